@@ -1,0 +1,80 @@
+#include "app/start_up.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "app/command_line.h"
+#include "control/control_server.h"
+#include "platform/module_utils.h"
+
+namespace tevra {
+namespace {
+
+constexpr unsigned kKickIntervalSeconds = 5;
+
+/** 0, which the watchdog's other functions then get, when it refuses. */
+int registerWithWatchdog() {
+  const int task = watchdog_register_task();
+  if (task == 0) {
+    log_function(kLogError, nullptr, "Couldn't register task for WD");
+  }
+  return task;
+}
+
+int moduleType() {
+  int id = 255;
+  return get_module_id(&id);
+}
+
+int refuseMpts(int set, int task) {
+  log_function(kLogError, nullptr, "Tornel: MPTSid [%d] not supported.", set);
+  if (watchdog_unregister_task(task) != 0) {
+    log_function(kLogWarning, nullptr, "Couldn't unregister task for WD");
+  }
+  return EXIT_SUCCESS;
+}
+
+[[noreturn]] void feedWatchdog(int task) {
+  for (;;) {
+    watchdog_kick(task);
+    sleep(kKickIntervalSeconds);
+  }
+}
+
+}  // namespace
+
+int highestMptsIndex(int moduleType) {
+  switch (moduleType) {
+    case kModuleTypeFourMpts:
+      return 3;
+    case kModuleTypeTwoMptsA:
+    case kModuleTypeTwoMptsB:
+      return 1;
+    default:
+      log_function(kLogError, nullptr, "Tornel: Module type [%d] not supported!", moduleType);
+      return 0;
+  }
+}
+
+int runTornel(int argc, char** argv) {
+  const CommandLineOptions options = parseCommandLine(argc, argv);
+  if (options.version) {
+    ShowVersionExitl(0, kProgramVersion);
+  }
+  if (options.help) {
+    printHelp(options.programName);
+    return EXIT_SUCCESS;
+  }
+  log_setup(options.level, options.console ? kLogWithConsole : kLogWithoutConsole);
+  const int task = registerWithWatchdog();
+  if (options.set > highestMptsIndex(moduleType())) {
+    return refuseMpts(options.set, task);
+  }
+  const ThreadedSimpleServer server = startControlServer(options.set);
+  SignalServiceIsStarted();
+  log_function(kLogWarning, nullptr, "Tornel %d started ...", options.set);
+  feedWatchdog(task);
+}
+
+}  // namespace tevra

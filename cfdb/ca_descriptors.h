@@ -1,0 +1,22 @@
+#pragma once
+
+#include <vector>
+
+#include "cfdb/pid_remap.h"
+#include "records/records.h"
+
+namespace tevra {
+
+/** descriptor_tag of the CA descriptor (ISO/IEC 13818-1, 2.6.16). */
+inline constexpr int32_t kCaDescriptorTag = 0x09;
+
+/**
+ * The conflict-free form of a descriptor loop, in the same order: CA descriptors are left out when
+ * `dropCA`, otherwise their CA_PID is replaced by its output PID; every other descriptor is copied.
+ * A CA descriptor that cannot be decoded is logged at level 3 and keeps its tag with an empty
+ * payload.
+ */
+[[nodiscard]] std::vector<Descriptor> cfDescriptors(const std::vector<Descriptor>& descriptors,
+                                                    bool dropCA, PidRemap& pids);
+
+}  // namespace tevra

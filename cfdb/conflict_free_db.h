@@ -1,0 +1,115 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "cfdb/conflict_free_db_owner.h"
+#include "cfdb/pid_remap.h"
+#include "platform/mutex.h"
+#include "records/records.h"
+#include "records/table_slot.h"
+
+namespace tevra {
+
+/**
+ * The tables of a module chain rewritten so that they can be multiplexed with other inputs: PIDs
+ * from the chain's pool, CA descriptors rewritten or stripped, EITs re-versioned and moved to the
+ * system clock.
+ *
+ * Callable from any thread. Each kind of table has a lock of its own, held for the whole operation;
+ * the PID lock of PidRemap is taken inside it, never around it. The EIT locks are recursive and are
+ * held while the owner is asked.
+ *
+ * Setters return true and copy the stored table to their out parameter. Getters return false and
+ * leave `out` untouched when nothing is held. `owner` must outlive the database.
+ */
+class ConflictFreeDB {
+ public:
+  /** Loads the PID mapping from its file; see PidRemap. */
+  ConflictFreeDB(int32_t chainIndex, ConflictFreeDBOwner& owner);
+
+  /** A PAT of another transport stream restarts the PID mapping. Saves the mapping if it grew. */
+  bool setConflictFreePAT(PAT& out, const PAT& in);
+
+  /** Stored unchanged: service ids are not remapped. */
+  bool setConflictFreeSDT(const SDT& in);
+
+  /**
+   * Keeps the streams whose type isCarriedStreamType; the others get no PID. Stored under the
+   * programme number. Saves the PID mapping if it grew.
+   */
+  bool setConflictFreePMT(PMT& out, const PMT& in);
+
+  /** PIDs that a CAT allocates reach the file only with the next PAT or PMT. Do not save here. */
+  bool setConflictFreeCAT(CAT& out, const CAT& in);
+
+  /** Stored unchanged. */
+  bool setConflictFreeTOT(TOT& out, const TOT& in);
+
+  /** Not implemented on purpose: one level-3 line, true. */
+  bool setConflictFreeNIT(NIT& out, const NIT& in);
+  bool setConflictFreeBAT(BAT& out, const BAT& in);
+  bool setConflictFreeEIT(EIT& out, const EIT& in);
+
+  [[nodiscard]] bool getConflictFreePAT(PAT& out);
+  [[nodiscard]] bool getConflictFreeSDT(SDT& out);
+  [[nodiscard]] bool getConflictFreeCAT(CAT& out);
+  [[nodiscard]] bool getConflictFreeTOT(TOT& out);
+
+  /** Never filled: one level-3 line, false. */
+  [[nodiscard]] bool getConflictFreeNIT(NIT& out);
+  [[nodiscard]] bool getConflictFreeBAT(BAT& out);
+
+  /** The stored PMT, CA descriptors included. */
+  [[nodiscard]] bool getConflictFreePMT(PMT& out, int32_t inputSID);
+
+  /** The stored PMT without any CA descriptor. Saves the PID mapping if it is unsaved. */
+  [[nodiscard]] bool getOutputPMT(PMT& out, int32_t inputSID);
+
+  /**
+   * Restamp `in`: a new version per EIT, event times moved by the owner's offset whether or not
+   * that is valid. `out` is emptied and receives the result, which is stored too. The restart
+   * counter of every service in `in` is reset.
+   */
+  bool getConflictFreeEITpf(EITMap& out, const EITMap& in);
+  bool getConflictFreeEITsch(EITMap& out, const EITMap& in);
+
+  /** Empties everything but the TOT and the PID mapping, which are meant to survive. */
+  void clearConflictFreeDB();
+
+  [[nodiscard]] uint16_t getConflictFreePID(int32_t inputPid) {
+    return pids_.getConflictFreePID(inputPid);
+  }
+  [[nodiscard]] int32_t getInputPID(int32_t outputPid) { return pids_.getInputPID(outputPid); }
+
+ private:
+  PMT makeConflictFreePMT(const PMT& in);
+  void restampAll(EITMap& out, const EITMap& in, EITMap& store, const char* caller);
+  void restampEIT(EIT& out, const EIT& in, int32_t version);
+
+  ConflictFreeDBOwner& owner_;
+  PidRemap pids_;
+
+  Mutex patMutex_;
+  Mutex sdtMutex_;
+  Mutex catMutex_;
+  Mutex pmtMutex_;
+  Mutex nitMutex_;
+  Mutex batMutex_;
+  Mutex totMutex_;
+  RecursiveMutex eitPresentFollowingMutex_;
+  RecursiveMutex eitScheduleMutex_;
+
+  TableSlot<PAT> pats_ GUARDED_BY(patMutex_);
+  TableSlot<SDT> sdts_ GUARDED_BY(sdtMutex_);
+  TableSlot<CAT> cats_ GUARDED_BY(catMutex_);
+  std::map<int32_t, PMT> pmts_ GUARDED_BY(pmtMutex_);  ///< by input service id
+  TableSlot<NIT> nits_ GUARDED_BY(nitMutex_);
+  TableSlot<BAT> bats_ GUARDED_BY(batMutex_);
+  TableSlot<TOT> tots_ GUARDED_BY(totMutex_);
+  EITMap eitPresentFollowing_ GUARDED_BY(eitPresentFollowingMutex_);
+  EITMap eitSchedule_ GUARDED_BY(eitScheduleMutex_);
+};
+
+}  // namespace tevra

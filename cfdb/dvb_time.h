@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+
+/**
+ * Arithmetic on DVB time values: bits 0-7 seconds, 8-15 minutes, 16-23 hours, two BCD digits each;
+ * from bit 24 up the Modified Julian Date (EN 300 468 annex C). Any value is accepted; digits above
+ * 9 count as they stand.
+ */
+namespace tevra {
+
+/** Seconds from `a` to `b`. */
+[[nodiscard]] int64_t dvbTimeDifference(uint64_t a, uint64_t b);
+
+/**
+ * `time` moved `offset` seconds earlier, so that a broadcast clock ahead of the system clock moves
+ * events back. Times before MJD 0 become MJD 0, 00:00:00.
+ */
+[[nodiscard]] uint64_t restampDVBTime(uint64_t time, int64_t offset);
+
+}  // namespace tevra

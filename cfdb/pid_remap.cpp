@@ -1,0 +1,129 @@
+#include "cfdb/pid_remap.h"
+
+#include <utility>
+
+#include "cfdb/pid_remap_file.h"
+#include "platform/configuration_root.h"
+#include "platform/module_utils.h"
+
+namespace tevra {
+namespace {
+
+constexpr int32_t kNoTransportStream = 0xFFFF;
+constexpr int32_t kPidsPerSlot = 800;
+constexpr int32_t kFirstInputSlot = 3;
+constexpr int32_t kFirstPoolPid = 100;
+
+int32_t firstPidOfPool(int32_t chainIndex, int32_t size) {
+  return kPidsPerSlot * (get_module_slot() - kFirstInputSlot) + kFirstPoolPid + chainIndex * size;
+}
+
+/** Wraps instead of overflowing: a counter from a damaged file may hold anything. */
+int32_t incremented(int32_t counter) {
+  return static_cast<int32_t>(static_cast<uint32_t>(counter) + 1U);
+}
+
+}  // namespace
+
+int32_t getPIDPollSizePerMPTS() {
+  int id = 0;
+  const int type = get_module_id(&id);
+  switch (type) {
+    case kModuleTypeFourMpts:
+      return 200;
+    case kModuleTypeTwoMptsA:
+    case kModuleTypeTwoMptsB:
+      return 400;
+    default:
+      log_function(kLogError, nullptr, "[%s] Module type [%d] not supported!",
+                   "getPIDPollSizePerMPTS", type);
+      return 0;
+  }
+}
+
+PidRemap::PidRemap(int32_t chainIndex) : PidRemap(chainIndex, getPIDPollSizePerMPTS()) {}
+
+PidRemap::PidRemap(int32_t chainIndex, int32_t poolSize)
+    : chainIndex_(chainIndex),
+      pidPoolFirst_(firstPidOfPool(chainIndex, poolSize)),
+      pidPoolLast_(pidPoolFirst_ + poolSize - 1),
+      path_(configurationRoot() + "/PIDRemap" + std::to_string(chainIndex)) {
+  log_function(kLogWarning, nullptr, "IN mod slot [%d] PID poll [%d/%d]", get_module_slot(),
+               pidPoolFirst_, pidPoolLast_);
+  resetPIDRemap();
+  load();
+}
+
+void PidRemap::load() {
+  PIDRemap stored;
+  if (readPIDRemapFile(path_, stored) != 0 || stored.moduleSlot != get_module_slot()) {
+    return;
+  }
+  RecursiveMutexLock lock(mutex_);
+  remap_ = std::move(stored);
+}
+
+uint16_t PidRemap::getConflictFreePID(int32_t inputPid) {
+  RecursiveMutexLock lock(mutex_);
+  const auto known = remap_.inputToOutput.find(inputPid);
+  if (known != remap_.inputToOutput.end()) {
+    return static_cast<uint16_t>(known->second);
+  }
+  remap_.nextPIDCounter = incremented(remap_.nextPIDCounter);
+  // One past the counter, so that the pool's first PID is never used. Devices in the field count on
+  // it.
+  const auto outputPid = static_cast<uint16_t>(incremented(remap_.nextPIDCounter));
+  warnIfExhausted(int64_t{remap_.nextPIDCounter} + 1);
+  remap_.inputToOutput[inputPid] = outputPid;
+  remap_.outputToInput[outputPid] = inputPid;
+  dirty_ = true;
+  return outputPid;
+}
+
+void PidRemap::warnIfExhausted(int64_t pid) {
+  if (pid <= pidPoolLast_ || exhaustionLogged_) {
+    return;
+  }
+  exhaustionLogged_ = true;
+  log_function(kLogWarning, nullptr, "[ModChain%d] PID pool exhausted, PID [%d] is beyond [%d]",
+               chainIndex_, static_cast<uint16_t>(pid), pidPoolLast_);
+}
+
+int32_t PidRemap::getInputPID(int32_t outputPid) {
+  RecursiveMutexLock lock(mutex_);
+  const auto known = remap_.outputToInput.find(outputPid);
+  return known == remap_.outputToInput.end() ? kUnknownPid : known->second;
+}
+
+void PidRemap::resetPIDRemap() {
+  RecursiveMutexLock lock(mutex_);
+  remap_.transportStreamId = kNoTransportStream;
+  remap_.inputToOutput.clear();
+  remap_.outputToInput.clear();
+  remap_.nextPIDCounter = pidPoolFirst_ - 1;
+  remap_.moduleSlot = get_module_slot();
+  exhaustionLogged_ = false;
+}
+
+void PidRemap::followTransportStream(int32_t transportStreamId) {
+  RecursiveMutexLock lock(mutex_);
+  if (remap_.transportStreamId == transportStreamId) {
+    return;
+  }
+  resetPIDRemap();  // takes the lock a second time
+  remap_.transportStreamId = transportStreamId;
+}
+
+void PidRemap::saveConflictFreeDB() {
+  RecursiveMutexLock lock(mutex_);
+  if (!dirty_) {
+    return;
+  }
+  if (writePIDRemapFile(path_, remap_) != 0) {
+    log_function(kLogError, nullptr, "[ModChain%d] Could not save conflict free database to disk",
+                 chainIndex_);
+  }
+  dirty_ = false;  // also after a failure: the next new PID tries again
+}
+
+}  // namespace tevra

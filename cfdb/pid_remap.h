@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/mutex.h"
+#include "records/records.h"
+
+namespace tevra {
+
+/** What getInputPID returns for an output PID that was never handed out. */
+inline constexpr int32_t kUnknownPid = 0xFFFF;
+
+/** Output PIDs reserved for one MPTS of this module, by module type: 200 or 400; 0, logged at level
+ * 3, if unknown. */
+[[nodiscard]] int32_t getPIDPollSizePerMPTS();
+
+/**
+ * Gives every input PID of a module chain an output PID from the chain's pool, the same one for as
+ * long as the mapping lives, and keeps the mapping in "PIDRemap<chain>" below the configuration
+ * root.
+ *
+ * The pool begins at 800 * (slot - 3) + 100 + chain * size. Allocation only counts up: the first
+ * PID after a reset is the pool's first plus one, PIDs are never reused, and past the pool's end it
+ * goes on counting, which is logged once per reset at level 4. No input PID is treated specially.
+ *
+ * Callable from any thread; every operation takes the PID lock, which is recursive. Callers may
+ * hold a table lock, never the other way round.
+ */
+class PidRemap {
+ public:
+  /** Takes the mapping from the file if that was made in this slot; otherwise starts from a reset,
+   * silently. */
+  explicit PidRemap(int32_t chainIndex);
+
+  /** The output PID of `inputPid`, allocated when new. */
+  [[nodiscard]] uint16_t getConflictFreePID(int32_t inputPid);
+
+  /** The input PID of `outputPid`, or kUnknownPid. Never allocates. */
+  [[nodiscard]] int32_t getInputPID(int32_t outputPid);
+
+  /** Forgets the mapping, which then belongs to transport stream 0xFFFF. What is unsaved stays so.
+   */
+  void resetPIDRemap();
+
+  /** Restarts the mapping when it belongs to another transport stream than `transportStreamId`. */
+  void followTransportStream(int32_t transportStreamId);
+
+  /**
+   * Writes the file if a PID was allocated since the last call. A failure is logged at level 3 and
+   * tried again only after the next new PID.
+   */
+  void saveConflictFreeDB();
+
+  [[nodiscard]] int32_t pidPoolFirst() const { return pidPoolFirst_; }
+  [[nodiscard]] int32_t pidPoolLast() const { return pidPoolLast_; }
+
+ private:
+  PidRemap(int32_t chainIndex, int32_t poolSize);
+  void load();
+  void warnIfExhausted(int64_t pid) REQUIRES(mutex_);
+
+  const int32_t chainIndex_;
+  const int32_t pidPoolFirst_;
+  const int32_t pidPoolLast_;
+  const std::string path_;
+
+  RecursiveMutex mutex_;
+  PIDRemap remap_ GUARDED_BY(mutex_);
+  bool dirty_ GUARDED_BY(mutex_) = false;
+  bool exhaustionLogged_ GUARDED_BY(mutex_) = false;
+};
+
+}  // namespace tevra

@@ -1,0 +1,30 @@
+# What a builder may choose.
+
+set(TEVRA_PLATFORM_LIBRARY "" CACHE STRING
+    "The device maker's library with the platform functions; empty: platform/host")
+option(TORNEL_BUILD_TESTS "Build the tests" ON)
+option(TORNEL_WERROR "Treat warnings as errors" ON)
+set(TORNEL_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=: address,undefined or thread")
+option(TORNEL_COVERAGE "Instrument for gcov" OFF)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
+endif()
+
+find_program(CCACHE ccache)
+if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+if(TORNEL_SANITIZE)
+  add_compile_options(-fsanitize=${TORNEL_SANITIZE} -fno-omit-frame-pointer
+                      -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${TORNEL_SANITIZE})
+endif()
+if(TORNEL_COVERAGE)
+  add_compile_options(--coverage -O0)
+  add_link_options(--coverage)
+endif()
+
+# 40-bit DVB times and files over 2 GiB on 32-bit boards.
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+
+#include <thrift/TProcessor.h>
+#include <thrift/protocol/TBinaryProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
+
+#include "im_SIControlSrv.h"
+
+namespace tevra {
+
+/** Framed transport and binary protocol name the same buffer class: Thrift's fast path. */
+using ControlProtocolBuffer = apache::thrift::transport::TBufferBase;
+using ControlProtocolFactory =
+    apache::thrift::protocol::TBinaryProtocolFactoryT<ControlProtocolBuffer>;
+
+/**
+ * The processor of im_SIControlSrv over `handler`, and around it a guard: an exception that is not
+ * Thrift's (a container header that claims more than memory holds, for example) is logged at level
+ * 3 and closes the connection it came over, no more. Thrift's own exceptions pass to the server,
+ * which does the same.
+ */
+[[nodiscard]] std::shared_ptr<apache::thrift::TProcessor> makeControlProcessor(
+    const std::shared_ptr<thrift::in_module::im_SIControlSrvIf>& handler);
+
+/** The guard alone. */
+class GuardedProcessor : public apache::thrift::TProcessor {
+ public:
+  explicit GuardedProcessor(std::shared_ptr<apache::thrift::TProcessor> guarded);
+
+  bool process(std::shared_ptr<apache::thrift::protocol::TProtocol> in,
+               std::shared_ptr<apache::thrift::protocol::TProtocol> out,
+               void* connectionContext) override;
+
+ private:
+  std::shared_ptr<apache::thrift::TProcessor> guarded_;
+};
+
+}  // namespace tevra

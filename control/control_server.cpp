@@ -1,0 +1,100 @@
+#include "control/control_server.h"
+
+#include <pthread.h>
+
+#include <utility>
+
+#include <thrift/concurrency/ThreadFactory.h>
+#include <thrift/server/TSimpleServer.h>
+#include <thrift/transport/TServerSocket.h>
+
+#include "control/control_processor.h"
+#include "control/control_transport.h"
+#include "control/restarting_server.h"
+#include "control/start_observer.h"
+#include "control/thrift_output.h"
+#include "platform/module_utils.h"
+
+namespace tevra {
+namespace {
+
+using apache::thrift::concurrency::Thread;
+using apache::thrift::concurrency::ThreadFactory;
+using apache::thrift::server::TServer;
+using apache::thrift::server::TSimpleServer;
+using apache::thrift::transport::TServerSocket;
+
+constexpr int32_t kMptsCount = 4;
+constexpr int kFirstControlPort = 9224;
+constexpr size_t kServerStackSize = 1024 * 1024;
+
+/** Threads made while it lives get a stack of this size; the library has no way to ask for one. */
+class DefaultStackSize {
+ public:
+  explicit DefaultStackSize(size_t size) {
+    pthread_getattr_default_np(&saved_);
+    pthread_attr_t attributes;
+    pthread_getattr_default_np(&attributes);
+    pthread_attr_setstacksize(&attributes, size);
+    pthread_setattr_default_np(&attributes);
+    pthread_attr_destroy(&attributes);
+  }
+  ~DefaultStackSize() {
+    pthread_setattr_default_np(&saved_);
+    pthread_attr_destroy(&saved_);
+  }
+  DefaultStackSize(const DefaultStackSize&) = delete;
+  DefaultStackSize& operator=(const DefaultStackSize&) = delete;
+
+ private:
+  pthread_attr_t saved_{};
+};
+
+std::shared_ptr<TServer> makeServer(const std::shared_ptr<SIControlSrvHandler>& handler, int port) {
+  return std::make_shared<TSimpleServer>(
+      makeControlProcessor(handler), std::make_shared<TServerSocket>(port),
+      std::make_shared<ControlTransportFactory>(), std::make_shared<ControlProtocolFactory>());
+}
+
+std::shared_ptr<Thread> startThread(
+    const std::shared_ptr<apache::thrift::concurrency::Runnable>& runnable) {
+  const DefaultStackSize stackSize(kServerStackSize);
+  constexpr bool kDetached = true;
+  std::shared_ptr<Thread> thread = ThreadFactory(kDetached).newThread(runnable);
+  thread->start();
+  return thread;
+}
+
+}  // namespace
+
+ThreadedSimpleServer::~ThreadedSimpleServer() {
+  if (thread_ == nullptr) {
+    return;
+  }
+  thread_->join();
+  server_.reset();
+  log_function(kLogInformation, nullptr, "Ended threaded simple server");
+  thread_.reset();
+  handler_.reset();
+}
+
+ThreadedSimpleServer startControlServer(int32_t mptsIndex) {
+  ThreadedSimpleServer result;
+  if (mptsIndex < 0 || mptsIndex >= kMptsCount) {
+    log_function(kLogError, nullptr, "MPTSIndex not valid [%d].", mptsIndex);
+    return result;
+  }
+  redirectThriftOutput();
+  const int port = kFirstControlPort + mptsIndex;
+  log_function(kLogWarning, nullptr, "[MPTS%d] Tornel listening on port [%d]", mptsIndex, port);
+  result.handler_ = std::make_shared<SIControlSrvHandler>(mptsIndex);
+  result.server_ = makeServer(result.handler_, port);
+  const auto observer = std::make_shared<thrift::TStartObserver>();
+  result.server_->setServerEventHandler(observer);
+  result.thread_ = startThread(std::make_shared<RestartingServer>(result.server_, observer));
+  observer->waitUntilStarted();
+  log_function(kLogInformation, nullptr, "Started threaded simple server, on port: %d", port);
+  return result;
+}
+
+}  // namespace tevra

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include <thrift/concurrency/Thread.h>
+#include <thrift/server/TServer.h>
+
+#include "control/si_control_handler.h"
+
+namespace tevra {
+
+/**
+ * A running control server; empty when the MPTS index was not valid. Kept for the life of the
+ * process: nothing stops the server. Destroying it joins the thread, which returns at once as the
+ * thread is detached and keeps what it uses.
+ */
+class ThreadedSimpleServer {
+ public:
+  ThreadedSimpleServer() = default;
+  ~ThreadedSimpleServer();
+  ThreadedSimpleServer(ThreadedSimpleServer&&) noexcept = default;
+  ThreadedSimpleServer& operator=(ThreadedSimpleServer&&) = delete;
+
+  [[nodiscard]] bool empty() const { return server_ == nullptr; }
+
+ private:
+  friend ThreadedSimpleServer startControlServer(int32_t mptsIndex);
+
+  std::shared_ptr<SIControlSrvHandler> handler_;
+  std::shared_ptr<apache::thrift::concurrency::Thread> thread_;
+  std::shared_ptr<apache::thrift::server::TServer> server_;
+};
+
+/**
+ * Builds the handler and serves im_SIControlSrv for one MPTS on TCP 9224 + index, one connection at
+ * a time, on a thread of its own. Returns once that thread listens. An index outside 0 to 3 is
+ * logged and gives an empty result. A port in use ends the process.
+ */
+[[nodiscard]] ThreadedSimpleServer startControlServer(int32_t mptsIndex);
+
+}  // namespace tevra

@@ -1,0 +1,37 @@
+#include "control/control_transport.h"
+
+#include <utility>
+
+#include <thrift/TConfiguration.h>
+
+namespace tevra {
+namespace {
+
+using apache::thrift::TConfiguration;
+using apache::thrift::transport::TFramedTransport;
+using apache::thrift::transport::TTransport;
+
+constexpr uint32_t kBufferReclaimThreshold = 1024 * 1024;
+
+std::shared_ptr<TConfiguration> limits() {
+  return std::make_shared<TConfiguration>(TConfiguration::DEFAULT_MAX_MESSAGE_SIZE, kMaxFrameSize);
+}
+
+}  // namespace
+
+ControlTransport::ControlTransport(std::shared_ptr<TTransport> transport)
+    : TFramedTransport(std::move(transport), DEFAULT_BUFFER_SIZE, kBufferReclaimThreshold,
+                       limits()) {}
+
+bool ControlTransport::readFrame() {
+  const bool read = TFramedTransport::readFrame();
+  resetConsumedMessageSize();
+  return read;
+}
+
+std::shared_ptr<TTransport> ControlTransportFactory::getTransport(
+    std::shared_ptr<TTransport> transport) {
+  return std::make_shared<ControlTransport>(std::move(transport));
+}
+
+}  // namespace tevra

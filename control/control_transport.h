@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+
+#include <thrift/transport/TBufferTransports.h>
+
+namespace tevra {
+
+/** Largest control call taken. A full EIT schedule of a multiplex is about half of it. */
+inline constexpr int kMaxFrameSize = 64 * 1024 * 1024;
+
+/**
+ * Framed transport for a control connection that may last for years.
+ *
+ * The library counts all bytes of a connection against one message limit and then closes it; here
+ * every frame starts anew. A buffer that grew beyond 1 MiB is given back after its call.
+ */
+class ControlTransport : public apache::thrift::transport::TFramedTransport {
+ public:
+  explicit ControlTransport(std::shared_ptr<apache::thrift::transport::TTransport> transport);
+
+ protected:
+  bool readFrame() override;
+};
+
+class ControlTransportFactory : public apache::thrift::transport::TTransportFactory {
+ public:
+  std::shared_ptr<apache::thrift::transport::TTransport> getTransport(
+      std::shared_ptr<apache::thrift::transport::TTransport> transport) override;
+};
+
+}  // namespace tevra

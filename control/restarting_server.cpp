@@ -1,0 +1,42 @@
+#include "control/restarting_server.h"
+
+#include <unistd.h>
+
+#include <utility>
+
+#include <thrift/Thrift.h>
+
+#include "platform/module_utils.h"
+
+namespace tevra {
+namespace {
+
+constexpr unsigned kPauseSeconds = 1;
+
+}  // namespace
+
+RestartingServer::RestartingServer(std::shared_ptr<apache::thrift::server::TServer> server,
+                                   std::shared_ptr<thrift::TStartObserver> observer)
+    : server_(std::move(server)), observer_(std::move(observer)) {}
+
+void RestartingServer::run() {
+  for (;;) {
+    serveOnce();
+    sleep(kPauseSeconds);
+  }
+}
+
+void RestartingServer::serveOnce() {
+  try {
+    server_->serve();
+    log_function(kLogError, nullptr, "Control server stopped accepting, starting it again");
+  } catch (const apache::thrift::TException& exception) {
+    if (!observer_->started()) {
+      throw;
+    }
+    log_function(kLogError, nullptr, "Control server failed, starting it again. EXCEPTION: %s",
+                 exception.what());
+  }
+}
+
+}  // namespace tevra

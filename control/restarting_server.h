@@ -1,0 +1,34 @@
+#pragma once
+
+#include <memory>
+
+#include <thrift/concurrency/Thread.h>
+#include <thrift/server/TServer.h>
+
+#include "control/start_observer.h"
+
+namespace tevra {
+
+/**
+ * Runs a server for as long as the process lives.
+ *
+ * Thrift's server ends when accept() fails, for lack of file descriptors for example, and the
+ * process would stay deaf. This runnable logs that and serves again after a second. An exception
+ * before the first client could connect, such as a port in use, is left to end the process.
+ */
+class RestartingServer : public apache::thrift::concurrency::Runnable {
+ public:
+  RestartingServer(std::shared_ptr<apache::thrift::server::TServer> server,
+                   std::shared_ptr<thrift::TStartObserver> observer);
+
+  /** Never returns. */
+  void run() override;
+
+ private:
+  void serveOnce();
+
+  std::shared_ptr<apache::thrift::server::TServer> server_;
+  std::shared_ptr<thrift::TStartObserver> observer_;
+};
+
+}  // namespace tevra

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "cfdb/conflict_free_db.h"
+#include "cfdb/conflict_free_db_owner.h"
+#include "im_SIControlSrv.h"
+#include "inputdb/input_table_db.h"
+#include "platform/mutex.h"
+#include "records/records.h"
+#include "store/main_task_client.h"
+#include "synth/psi_synthesis.h"
+
+namespace tevra {
+
+/**
+ * The control service of one MPTS. Every incoming table takes the same road: stored as received,
+ * made conflict-free, told to MainTask, saved where it must survive.
+ *
+ * All calls run on the one server thread. The three mutexes are taken one at a time, never nested
+ * with each other and never held across a notification. A failed notification or file never fails a
+ * call.
+ */
+class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
+                            private ConflictFreeDBOwner,
+                            private TableStoreOwner {
+ public:
+  /**
+   * Restores and ages the saved tables and versions, then asks MainTask for its configuration; may
+   * take seconds when MainTask does not answer. An index outside 0 to 3 is logged and leaves the
+   * handler without notifications.
+   */
+  explicit SIControlSrvHandler(int32_t mptsIndex);
+  ~SIControlSrvHandler() override;
+  SIControlSrvHandler(const SIControlSrvHandler&) = delete;
+  SIControlSrvHandler& operator=(const SIControlSrvHandler&) = delete;
+
+  void getSIData(SIService& result) override;
+  bool SISetData(const SIService& data) override;
+
+  /** Command 0 resets the databases and the time offset; the table stores stay. Always true. */
+  bool sendCmd(int32_t command) override;
+
+  void setPAT(const PAT& pat) override;
+  void setSDT(const SDT& sdt) override;
+  void setPMT(const PMT& pmt) override;
+
+  /** NIT and BAT are only stored. Their trace lines are of level 3 on purpose. */
+  bool setNIT(const NIT& nit) override;
+  void setTOT(const TOT& tot) override;
+  bool setBAT(const BAT& bat) override;
+  void setCAT(const CAT& cat) override;
+
+  /** EITs are restamped and notified from the first TOT on that has met a set system clock. */
+  void setEITPresentFollowing(const EITMap& eits) override;
+  void setEITSchedule(const EITMap& eits) override;
+
+  void getSrvOutputData(std::map<int32_t, SPTSConfiguration>& answer,
+                        const SrvOutputRequest& request) override;
+
+  /** Offered to the platform's other tasks; no control call uses it. */
+  bool notifyNIM(int32_t value);
+
+ private:
+  // ConflictFreeDBOwner
+  int64_t timeOffset() override;
+  bool timeOffsetValid() override;
+  int32_t selectEITVersion(int32_t serviceId, int32_t tableId) override;
+  void resetEITRestartCounter(int32_t serviceId) override;
+
+  // TableStoreOwner
+  int32_t mptsIndex() const override { return mptsIndex_; }
+  TableStore& tableStore(int32_t inputProgramNumber) override;
+  int writeTableStores() override;
+
+  void restoreTableStores();
+  void restoreEITVersions();
+  void reset();
+  bool updateTimeOffset(const TOT& tot);
+  bool restampStoredEITs();
+  void restampPresentFollowing(const EITMap& eits);
+  void restampSchedule(const EITMap& eits);
+  void saveEITVersions();
+
+  const int32_t mptsIndex_;
+  InputTableDB inputDatabase_;
+  ConflictFreeDB* conflictFreeDatabase_ =
+      nullptr;  ///< never released: lives as long as the process
+  NotificationTarget startupTarget_;
+
+  bool timeOffsetValid_ GUARDED_BY(timeMutex_) = false;
+  int64_t timeOffset_ GUARDED_BY(timeMutex_) = 0;  ///< DVB time minus system time, seconds
+  bool timeOffsetPending_ GUARDED_BY(timeMutex_) = true;
+
+  Mutex tableStoreMutex_;
+  Mutex eitVersionMutex_;
+  Mutex timeMutex_;
+
+  uint16_t notifyPort_ = 0;
+  SIService siService_;
+  TableStoreFile myTableStores_;  ///< changed on the server thread alone; the lock is the file's
+  EITTableVersionStoreFile eitVersionStore_ GUARDED_BY(eitVersionMutex_);
+};
+
+}  // namespace tevra

@@ -1,0 +1,14 @@
+#include "control/thrift_output.h"
+
+#include <thrift/Thrift.h>
+
+#include "platform/module_utils.h"
+
+namespace tevra {
+
+void redirectThriftOutput() {
+  apache::thrift::GlobalOutput.setOutputFunction(
+      [](const char* message) { log_function(kLogDebug, nullptr, "%s", message); });
+}
+
+}  // namespace tevra

@@ -1,0 +1,57 @@
+#pragma once
+
+// libdvbpsi's headers neither include what they need nor guard against a second inclusion: include
+// this one instead, and no other. The order matters.
+
+#include <cstddef>
+#include <cstdint>
+
+#include <sys/types.h>
+
+// clang-format off
+#include <dvbpsi/dvbpsi.h>
+#include <dvbpsi/psi.h>
+#include <dvbpsi/descriptor.h>
+#include <dvbpsi/demux.h>
+#include <dvbpsi/pat.h>
+#include <dvbpsi/pmt.h>
+#include <dvbpsi/cat.h>
+#include <dvbpsi/sdt.h>
+#include <dvbpsi/nit.h>
+#include <dvbpsi/bat.h>
+#include <dvbpsi/tot.h>
+#include <dvbpsi/eit.h>
+#include <dvbpsi/dr.h>
+// clang-format on
+
+#include <memory>
+
+namespace tevra {
+
+/** Releases what libdvbpsi allocates, each with its own function. */
+struct DvbpsiDeleter {
+  void operator()(dvbpsi_t* handle) const { dvbpsi_delete(handle); }
+  void operator()(dvbpsi_descriptor_t* chain) const { dvbpsi_DeleteDescriptors(chain); }
+  void operator()(dvbpsi_psi_section_t* chain) const { dvbpsi_DeletePSISections(chain); }
+  void operator()(dvbpsi_pat_t* table) const { dvbpsi_pat_delete(table); }
+  void operator()(dvbpsi_pmt_t* table) const { dvbpsi_pmt_delete(table); }
+  void operator()(dvbpsi_cat_t* table) const { dvbpsi_cat_delete(table); }
+  void operator()(dvbpsi_sdt_t* table) const { dvbpsi_sdt_delete(table); }
+  void operator()(dvbpsi_nit_t* table) const { dvbpsi_nit_delete(table); }
+  void operator()(dvbpsi_bat_t* table) const { dvbpsi_bat_delete(table); }
+  void operator()(dvbpsi_tot_t* table) const { dvbpsi_tot_delete(table); }
+  void operator()(dvbpsi_eit_t* table) const { dvbpsi_eit_delete(table); }
+};
+
+template <class Object>
+using DvbpsiPtr = std::unique_ptr<Object, DvbpsiDeleter>;
+
+using DvbpsiHandle = DvbpsiPtr<dvbpsi_t>;
+using DescriptorPtr = DvbpsiPtr<dvbpsi_descriptor_t>;
+using SectionsPtr = DvbpsiPtr<dvbpsi_psi_section_t>;
+using PatPtr = DvbpsiPtr<dvbpsi_pat_t>;
+using PmtPtr = DvbpsiPtr<dvbpsi_pmt_t>;
+using CatPtr = DvbpsiPtr<dvbpsi_cat_t>;
+using SdtPtr = DvbpsiPtr<dvbpsi_sdt_t>;
+
+}  // namespace tevra

@@ -1,0 +1,89 @@
+#include "records/dvbpsi_lists.h"
+
+#include <new>
+
+#include "platform/module_utils.h"
+
+namespace tevra {
+namespace {
+
+template <class Node>
+Node* allocated(Node* node) {
+  if (node == nullptr) {
+    throw std::bad_alloc();
+  }
+  return node;
+}
+
+/** Makes `node`, just appended through the window `tail`, the window's head and the table's first
+ * if needed. */
+template <class Node>
+void advance(Node*& first, Node*& tail, Node* node) {
+  if (first == nullptr) {
+    first = node;
+  }
+  tail = node;
+}
+
+// libdvbpsi takes payloads without const but only copies them.
+uint8_t* mutableBytes(const uint8_t* bytes) {
+  return const_cast<uint8_t*>(bytes);
+}
+
+}  // namespace
+
+void DescriptorAppender::add(uint8_t tag, const uint8_t* payload, uint8_t length) {
+  dvbpsi_descriptor_t* node = allocated(dvbpsi_NewDescriptor(tag, length, mutableBytes(payload)));
+  (last_ == nullptr ? first_ : last_->p_next) = node;
+  last_ = node;
+}
+
+// The appenders below call libdvbpsi's add function on a window, a table of one node: the list's
+// last.
+
+void ProgramAppender::add(uint16_t number, uint16_t pid) {
+  if (pid == 0) {
+    return;
+  }
+  advance(pat_.p_first_program, tail_.p_first_program,
+          allocated(dvbpsi_pat_program_add(&tail_, number, pid)));
+}
+
+dvbpsi_pmt_es_t& StreamAppender::add(uint8_t type, uint16_t pid) {
+  dvbpsi_pmt_es_t* stream = allocated(dvbpsi_pmt_es_add(&tail_, type, pid));
+  advance(pmt_.p_first_es, tail_.p_first_es, stream);
+  return *stream;
+}
+
+dvbpsi_sdt_service_t& ServiceAppender::add(const SDTService& source) {
+  dvbpsi_sdt_service_t* service = allocated(dvbpsi_sdt_service_add(
+      &tail_, static_cast<uint16_t>(source.serviceId), source.eitSchedule,
+      source.eitPresentFollowing, static_cast<uint8_t>(source.runningStatus), source.freeCA));
+  advance(sdt_.p_first_service, tail_.p_first_service, service);
+  return *service;
+}
+
+void toDvbpsi(const std::vector<Descriptor>& descriptors, dvbpsi_descriptor_t*& first) {
+  DescriptorAppender appender(first);
+  for (const Descriptor& descriptor : descriptors) {
+    if (descriptor.data.size() > kMaxDescriptorPayload) {
+      log_function(kLogWarning, nullptr, "Descriptor [0x%02x] of [%d] bytes left out",
+                   static_cast<unsigned>(descriptor.tag), static_cast<int>(descriptor.data.size()));
+      continue;
+    }
+    appender.add(static_cast<uint8_t>(descriptor.tag), bytesOf(descriptor.data),
+                 static_cast<uint8_t>(descriptor.data.size()));
+  }
+}
+
+std::vector<Descriptor> descriptorsFromDvbpsi(const dvbpsi_descriptor_t* first) {
+  std::vector<Descriptor> descriptors;
+  for (const dvbpsi_descriptor_t* node = first; node != nullptr; node = node->p_next) {
+    Descriptor& descriptor = descriptors.emplace_back();
+    descriptor.tag = node->i_tag;
+    descriptor.data.assign(reinterpret_cast<const char*>(node->p_data), node->i_length);
+  }
+  return descriptors;
+}
+
+}  // namespace tevra

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "records/dvbpsi.h"
+#include "records/records.h"
+
+/**
+ * Appending to libdvbpsi's singly linked lists in constant time: its own add functions walk from
+ * the head, which takes seconds for the largest tables. Nodes come from libdvbpsi and belong to the
+ * table.
+ *
+ * An appender must not outlive its table, and nothing else may append to the list meanwhile. All of
+ * them raise std::bad_alloc when libdvbpsi cannot allocate.
+ */
+namespace tevra {
+
+/** Appends to the descriptor loop that starts at `first`, which is empty at construction. */
+class DescriptorAppender {
+ public:
+  explicit DescriptorAppender(dvbpsi_descriptor_t*& first) : first_(first) {}
+
+  void add(uint8_t tag, const uint8_t* payload, uint8_t length);
+
+ private:
+  dvbpsi_descriptor_t*& first_;
+  dvbpsi_descriptor_t* last_ = nullptr;
+};
+
+/** Appends programmes to an empty PAT. */
+class ProgramAppender {
+ public:
+  explicit ProgramAppender(dvbpsi_pat_t& pat) : pat_(pat) {}
+
+  /** Adds nothing for PID 0, which libdvbpsi refuses. */
+  void add(uint16_t number, uint16_t pid);
+
+ private:
+  dvbpsi_pat_t& pat_;
+  dvbpsi_pat_t tail_{};
+};
+
+/** Appends elementary streams to a PMT that has none. */
+class StreamAppender {
+ public:
+  explicit StreamAppender(dvbpsi_pmt_t& pmt) : pmt_(pmt) {}
+
+  dvbpsi_pmt_es_t& add(uint8_t type, uint16_t pid);
+
+ private:
+  dvbpsi_pmt_t& pmt_;
+  dvbpsi_pmt_t tail_{};
+};
+
+/** Appends services to an empty SDT. */
+class ServiceAppender {
+ public:
+  explicit ServiceAppender(dvbpsi_sdt_t& sdt) : sdt_(sdt) {}
+
+  /** `source` gives everything but the descriptors. */
+  dvbpsi_sdt_service_t& add(const SDTService& source);
+
+ private:
+  dvbpsi_sdt_t& sdt_;
+  dvbpsi_sdt_t tail_{};
+};
+
+/** A descriptor's payload has an 8-bit length (ISO/IEC 13818-1, 2.6.1). */
+inline constexpr size_t kMaxDescriptorPayload = 255;
+
+/** `text` as the bytes that libdvbpsi takes. */
+inline const uint8_t* bytesOf(const std::string& text) {
+  return reinterpret_cast<const uint8_t*>(text.data());
+}
+
+/**
+ * Fills the empty loop at `first`, in order. A descriptor whose payload exceeds 255 bytes is left
+ * out with a level-4 line.
+ */
+void toDvbpsi(const std::vector<Descriptor>& descriptors, dvbpsi_descriptor_t*& first);
+
+/** The loop that starts at `first`, which may be null, as records. */
+[[nodiscard]] std::vector<Descriptor> descriptorsFromDvbpsi(const dvbpsi_descriptor_t* first);
+
+}  // namespace tevra

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include <thrift/protocol/TJSONProtocol.h>
+#include <thrift/protocol/TVirtualProtocol.h>
+
+namespace tevra {
+
+/**
+ * Thrift's JSON protocol, safe against what a damaged or hostile file may hold.
+ *
+ * Writing is the library's own. Reading differs in two places: the library aborts the process on a
+ * byte above 255, and it allocates whatever a container header claims before it reads the first
+ * element. Here both raise TProtocolException.
+ */
+class JsonProtocol
+    : public apache::thrift::protocol::TVirtualProtocol<JsonProtocol,
+                                                        apache::thrift::protocol::TJSONProtocol> {
+ public:
+  /** `inputSize`: bytes that the transport can yield at most; no container can have more elements.
+   */
+  JsonProtocol(const std::shared_ptr<apache::thrift::transport::TTransport>& transport,
+               uint64_t inputSize);
+
+  uint32_t readByte(int8_t& byte);
+  uint32_t readMapBegin(apache::thrift::protocol::TType& keyType,
+                        apache::thrift::protocol::TType& valueType, uint32_t& size);
+  uint32_t readListBegin(apache::thrift::protocol::TType& elementType, uint32_t& size);
+  uint32_t readSetBegin(apache::thrift::protocol::TType& elementType, uint32_t& size);
+
+ private:
+  void checkSize(uint32_t size) const;
+
+  uint64_t inputSize_;
+};
+
+/** Size in bytes of the open file, 0 when it has none to tell. */
+[[nodiscard]] uint64_t fileSize(int fd);
+
+}  // namespace tevra

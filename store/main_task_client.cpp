@@ -1,0 +1,135 @@
+#include "store/main_task_client.h"
+
+#include <memory>
+
+#include <thrift/protocol/TBinaryProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
+#include <thrift/transport/TSocket.h>
+
+#include "im_SINotifySrv.h"
+#include "platform/module_utils.h"
+
+namespace tevra {
+namespace {
+
+using apache::thrift::protocol::TBinaryProtocolT;
+using apache::thrift::transport::TBufferBase;
+using apache::thrift::transport::TFramedTransport;
+using apache::thrift::transport::TSocket;
+
+/** Framed transport and binary protocol name the same buffer class: Thrift's fast path. */
+using Protocol = TBinaryProtocolT<TBufferBase>;
+using Client = thrift::in_module::im_SINotifySrvClientT<Protocol>;
+
+constexpr const char* kHost = "127.0.0.1";
+
+/** Bounds connecting and sending alike; a connection time-out of its own would change the
+ * exception's text. */
+constexpr int kSendTimeoutMs = 2000;
+
+std::shared_ptr<TSocket> makeSocket(uint16_t port) {
+  auto socket = std::make_shared<TSocket>(kHost, port);
+  // The library's default resets the connection on close and so cuts off a large call that is still
+  // under way.
+  socket->setLinger(false, 0);
+  socket->setSendTimeout(kSendTimeoutMs);
+  return socket;
+}
+
+/** One notification: `call` makes it on the client, `successLine` is logged when it has been made.
+ */
+template <class Call>
+bool send(uint16_t port, int successLevel, const char* successLine, Call call) {
+  if (port == 0) {
+    log_function(kLogWarning, nullptr, "Notification Port not set.");
+    return false;
+  }
+  try {
+    auto transport = std::make_shared<TFramedTransport>(makeSocket(port));
+    Client client(std::make_shared<Protocol>(transport));
+    transport->open();
+    call(client);
+    log_function(successLevel, nullptr, "%s", successLine);
+    return true;
+  } catch (const apache::thrift::TException& exception) {
+    log_function(kLogError, nullptr, "Can't access to Notify server. EXCEPTION: %s",
+                 exception.what());
+    return false;
+  }
+}
+
+}  // namespace
+
+bool setNotificationPort(uint16_t& storedPort, uint16_t port) {
+  if (port == 0) {
+    log_function(kLogWarning, nullptr, "Zero notification port!");
+    return false;
+  }
+  storedPort = port;
+  return true;
+}
+
+bool setNotificationPort(NotificationTarget& target, uint16_t port) {
+  return setNotificationPort(target.port, port);
+}
+
+// The successes of NIM and PAT are meant to stand out: level 4, all others 7.
+
+bool notifyNIM(NotificationTarget& target, int32_t value) {
+  target.value = value;
+  (void)send(target.port, kLogWarning, "MainTask notified from NIM!!!",
+             [&](Client& client) { client.notifyNIM(target.value); });
+  return true;  // the value is stored, whatever became of the call
+}
+
+bool notifyPAT(uint16_t port, const PAT& pat) {
+  return send(port, kLogWarning, "MainTask notified from SI (new cf PAT)!!!",
+              [&](Client& client) { client.notifyPAT(pat); });
+}
+
+bool notifySDT(uint16_t port, const SDT& sdt) {
+  return send(port, kLogDebug, "MainTask notified from SI (new SDT)!!!",
+              [&](Client& client) { client.notifySDT(sdt); });
+}
+
+bool notifyPMT(uint16_t port, const PMT& pmt) {
+  return send(port, kLogDebug, "MainTask notified from SI (new PMT)!!!",
+              [&](Client& client) { client.notifyPMT(pmt); });
+}
+
+bool notifyNIT(uint16_t port, const NIT& nit) {
+  return send(port, kLogDebug, "MainTask notified from SI (new NIT)!!!",
+              [&](Client& client) { client.notifyNIT(nit); });
+}
+
+bool notifyTOT(uint16_t port, const TOT& tot) {
+  return send(port, kLogDebug, "MainTask notified from SI (new TOT)!!!",
+              [&](Client& client) { client.notifyTOT(tot); });
+}
+
+bool notifyBAT(uint16_t port, const BAT& bat) {
+  return send(port, kLogDebug, "MainTask notified from SI (new BAT)!!!",
+              [&](Client& client) { client.notifyBAT(bat); });
+}
+
+bool notifyCAT(uint16_t port, const CAT& cat) {
+  return send(port, kLogDebug, "MainTask notified from SI (new CAT)!!!",
+              [&](Client& client) { client.notifyCAT(cat); });
+}
+
+bool notifyEITPresentFollowing(uint16_t port, const EIT& eit) {
+  return send(port, kLogDebug, "MainTask notified from SI (new EIT pf)!!!",
+              [&](Client& client) { client.notifyEITPresentFollowing(eit); });
+}
+
+bool notifyEITSchedule(uint16_t port, const EIT& eit) {
+  return send(port, kLogDebug, "MainTask notified from SI (new EITsch)!!!",
+              [&](Client& client) { client.notifyEITSchedule(eit); });
+}
+
+bool requestConfiguration(const NotificationTarget& target) {
+  return send(target.port, kLogDebug, "I need Configuration!!!",
+              [](Client& client) { client.requestConfiguration(); });
+}
+
+}  // namespace tevra

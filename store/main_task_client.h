@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+
+#include "records/records.h"
+
+/**
+ * Client of MainTask's notification service on 127.0.0.1.
+ *
+ * Every notification opens a connection of its own, makes one oneway call and closes. Nothing is
+ * retried or queued. It waits at most 2 s for a MainTask that does not take the call. Called on the
+ * server thread only.
+ *
+ * The notifications return true when the call was made. Port 0 ("Notification Port not set.", level
+ * 4) and a failing call ("Can't access to Notify server. EXCEPTION: %s", level 3) return false;
+ * nothing of Thrift is raised.
+ */
+namespace tevra {
+
+/** Where requests to MainTask go. */
+struct NotificationTarget {
+  int32_t value = 0;  ///< the last value of notifyNIM
+  uint16_t port = 0;
+};
+
+/** Store `port`. Port 0 is refused with a level-4 line and false, the stored port staying as it
+ * was. */
+bool setNotificationPort(uint16_t& storedPort, uint16_t port);
+bool setNotificationPort(NotificationTarget& target, uint16_t port);
+
+/** Stores `value` in `target`, then sends it. True whatever becomes of the call. */
+bool notifyNIM(NotificationTarget& target, int32_t value);
+
+bool notifyPAT(uint16_t port, const PAT& pat);
+bool notifySDT(uint16_t port, const SDT& sdt);
+bool notifyPMT(uint16_t port, const PMT& pmt);
+bool notifyNIT(uint16_t port, const NIT& nit);
+bool notifyTOT(uint16_t port, const TOT& tot);
+bool notifyBAT(uint16_t port, const BAT& bat);
+bool notifyCAT(uint16_t port, const CAT& cat);
+bool notifyEITPresentFollowing(uint16_t port, const EIT& eit);
+bool notifyEITSchedule(uint16_t port, const EIT& eit);
+bool requestConfiguration(const NotificationTarget& target);
+
+}  // namespace tevra

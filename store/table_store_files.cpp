@@ -1,0 +1,73 @@
+#include "store/table_store_files.h"
+
+#include "platform/configuration_root.h"
+#include "platform/module_utils.h"
+#include "store/record_file.h"
+
+namespace tevra {
+namespace {
+
+constexpr mode_t kDirectoryMode = 0755;
+constexpr const char* kTableStoreFile = "TableStoreFile";
+constexpr const char* kEITVersionFile = "EITTableVersionStoreFile";
+
+std::string directory() {
+  return configurationRoot() + "/Tornel";
+}
+
+std::string filePath(const char* name, int32_t mptsIndex) {
+  return directory() + "/" + name + std::to_string(mptsIndex);
+}
+
+template <class Record>
+int save(const char* name, const Record& record, int32_t mptsIndex) {
+  if (createDirectory(directory().c_str(), kDirectoryMode) != 0) {
+    log_function(kLogError, nullptr, "[MPTS%d] Could not create directory: %s", mptsIndex,
+                 directory().c_str());
+    return 1;
+  }
+  const std::string path = filePath(name, mptsIndex);
+  if (writeRecordToFile(path, record) != kRecordFileDone) {
+    log_function(kLogError, nullptr, "[MPTS%d] Error writing file: %s", mptsIndex, path.c_str());
+    return 1;
+  }
+  return 0;
+}
+
+template <class Record>
+int load(const char* name, Record& record, int32_t mptsIndex) {
+  const std::string path = filePath(name, mptsIndex);
+  if (readRecordFromFile(path, record) != kRecordFileDone) {
+    log_function(kLogError, nullptr, "[MPTS%d] Error reading file: %s", mptsIndex, path.c_str());
+    return 1;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int saveTableStoreFile(const TableStoreFile& record, int32_t mptsIndex) {
+  return save(kTableStoreFile, record, mptsIndex);
+}
+
+int saveEITTableVersionStoreFile(const EITTableVersionStoreFile& record, int32_t mptsIndex) {
+  return save(kEITVersionFile, record, mptsIndex);
+}
+
+int loadTableStoreFile(TableStoreFile& record, int32_t mptsIndex) {
+  if (load(kTableStoreFile, record, mptsIndex) != 0) {
+    return 1;
+  }
+  log_function(kLogDebug, nullptr, "[MPTS%d] Recovering saved DVB tables", mptsIndex);
+  return 0;
+}
+
+int loadEITTableVersionStoreFile(EITTableVersionStoreFile& record, int32_t mptsIndex) {
+  if (load(kEITVersionFile, record, mptsIndex) != 0) {
+    return 1;
+  }
+  log_function(kLogDebug, nullptr, "[MPTS%d] Recovering saved EIT table versions", mptsIndex);
+  return 0;
+}
+
+}  // namespace tevra

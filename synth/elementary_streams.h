@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "records/dvbpsi.h"
+#include "records/records.h"
+#include "synth/pid_items.h"
+
+namespace tevra {
+
+/** PID of a PMT whose programme is not in the PAT. */
+inline constexpr int32_t kDefaultPmtPid = 0x666;
+
+/** Language of a stream that names none; compared like any other. */
+inline constexpr const char* kNoLanguage = "ndl";
+
+/**
+ * Sets `isAudio` when a private stream (type 0x06) carries an AC-3, ATSC AC-3, enhanced AC-3 or DTS
+ * descriptor, and logs which one at level 7, in that order of priority; otherwise leaves it as it
+ * is.
+ */
+void detectPrivateAudio(const dvbpsi_pmt_es_t& es, bool& isAudio);
+
+/**
+ * Whether the stream passes the language filter: true for anything but audio; for audio, whether
+ * the language of its last ISO 639 descriptor (EN 300 468, 6.2.19; first entry, in its English
+ * form) is wanted. Decodes descriptors in place.
+ */
+[[nodiscard]] bool keepElementaryStream(dvbpsi_pmt_es_t& es,
+                                        const std::vector<AudioLanguage>& wantedLanguages);
+
+/**
+ * Rebuilds `inPmt` into `outPmt` without the audio streams that `filterAudio` sorts out, and adds
+ * every PID that the programme then needs to `pidList`: PMT (from `pat`, kDefaultPmtPid if absent
+ * there), PCR, kept streams, and the ECMs of the programme and of kept streams. Languages are
+ * analysed, and logged, also without the filter. Values come out as wide as in the sections. Always
+ * true.
+ */
+bool filterPmt(PMT& outPmt, PidList& pidList, const PAT& pat, const PMT& inPmt, bool filterAudio,
+               const std::vector<AudioLanguage>& wantedLanguages);
+
+}  // namespace tevra

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "cfdb/conflict_free_db.h"
+#include "records/records.h"
+#include "synth/psi_synthesis.h"
+#include "synth/service_work_record.h"
+
+namespace tevra {
+
+/** The answer to a request: global service id to what its output is made of. */
+using OutputConfigurations = std::map<int32_t, SPTSConfiguration>;
+
+/**
+ * Answers getSrvOutputData: resolves which outputs of an input service are served with which
+ * last-node settings, and builds each.
+ *
+ * Keeps no state of its own; lasting effects are those of the table stores and of the PID mapping's
+ * file. Used on the server thread. `database` and `stores` must outlive it.
+ */
+class OutputData {
+ public:
+  OutputData(ConflictFreeDB& database, TableStoreOwner& stores)
+      : database_(database), stores_(stores) {}
+
+  /** Replaces `answer`. Empty when the input service is unknown or no output is described. */
+  void getSrvOutputData(OutputConfigurations& answer, const SrvOutputRequest& request);
+
+  /** How buildOutput treats the PID list. */
+  struct BuildOptions {
+    bool remapPids;     ///< set input PIDs to those of the input multiplex, 65535 where unknown
+    bool fromLastNode;  ///< settings of one last node; without it, and next node 1, EMM PIDs are
+                        ///< added
+  };
+
+  /**
+   * Builds one output from the service's tables in `workingStore`, which stays as it is.
+   * Synthesises and saves once.
+   */
+  [[nodiscard]] SPTSConfiguration buildOutput(const ServiceWorkRecord& workingStore,
+                                              const OutputServiceDescription& spts,
+                                              const LastNodeSettings& lastNode,
+                                              BuildOptions options);
+
+ private:
+  void serveFromLastNodes(OutputConfigurations& answer, const SrvOutputRequest& request,
+                          const OutputServiceDescription& spts, ServiceWorkRecord& work);
+  void serveDirect(OutputConfigurations& answer, const OutputServiceDescription& spts,
+                   const LastNodeSettings& lastNode, ServiceWorkRecord& work);
+  void serveListed(OutputConfigurations& answer, const OutputServiceDescription& spts,
+                   const LastNodeSettings& lastNode, const ServiceWorkRecord& work);
+  void serveFallback(OutputConfigurations& answer, const SrvOutputRequest& request,
+                     const OutputServiceDescription& spts, const ServiceWorkRecord& work);
+  void addEmmPids(PidList& pidItems);
+  void resolveInputPids(PidList& pidItems, bool remapPids);
+
+  ConflictFreeDB& database_;
+  TableStoreOwner& stores_;
+};
+
+}  // namespace tevra

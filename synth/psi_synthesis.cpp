@@ -1,0 +1,214 @@
+#include "synth/psi_synthesis.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "platform/dvb_utils.h"
+#include "platform/module_utils.h"
+#include "records/dvbpsi_converters.h"
+#include "records/dvbpsi_lists.h"
+#include "synth/dvb_name.h"
+#include "synth/packetizer.h"
+#include "synth/pmt_sections.h"
+#include "synth/table_comparison.h"
+
+namespace tevra {
+namespace {
+
+using thrift::dvb_tables::d2tPAT;
+using thrift::dvb_tables::d2tSDT;
+using thrift::dvb_tables::t2dPAT;
+using thrift::dvb_tables::t2dSDT;
+
+constexpr int32_t kPatPid = 0x0000;
+constexpr int32_t kSdtPid = 0x0011;
+constexpr uint8_t kSdtActualTableId = 0x42;
+constexpr uint8_t kServiceDescriptorTag = 0x48;
+constexpr int kProgramsPerPatSection = 100;
+constexpr uint8_t kRunning = 4;
+constexpr const char kProviderName[] = "TEVRA SA";
+constexpr size_t kProviderNameLength = sizeof(kProviderName) - 1;
+
+/** Service type, the two lengths and the provider leave this much of a descriptor; libdvbpsi does
+ * not check. */
+constexpr size_t kMaxServiceName = kMaxDescriptorPayload - 3 - kProviderNameLength;
+
+DvbpsiHandle newHandle() {
+  return DvbpsiHandle(dvbpsi_new(nullptr, DVBPSI_MSG_NONE));
+}
+
+/** The output service's PAT, as a record: a PMT PID of 0 has its place here, though not in a
+ * section. */
+PAT candidatePat(const ServiceWorkRecord& work, int32_t version) {
+  PAT pat;
+  pat.transportStreamId = static_cast<uint16_t>(work.transportStreamId);
+  pat.version = static_cast<uint8_t>(version);
+  pat.currentNext = work.pat.currentNext;
+  PATProgram& program = pat.programs.emplace_back();
+  program.programNumber = static_cast<uint16_t>(work.outputSID);
+  program.pid = static_cast<uint16_t>(findProgramPid(work.pmt.programNumber, work.pat));
+  return pat;
+}
+
+/** The name as the service descriptor carries it: DVB text up to its first zero byte, cut to what
+ * fits. */
+std::string encodedServiceName(const ServiceWorkRecord& work) {
+  std::string name;
+  if (!dvbTextFromUTF8(work.serviceName, name)) {
+    log_function(kLogWarning, nullptr, "[synthSDT] Service name cannot be encoded.");
+    name = "Noname" + std::to_string(work.outputSID);
+  }
+  name.resize(std::min(name.find('\0'), name.size()));
+  return cutDvbText(name, kMaxServiceName);
+}
+
+Descriptor serviceDescriptor(const ServiceWorkRecord& work) {
+  const uint8_t type = findServiceType(work.pmt.programNumber, work.sdt);
+  const std::string name = encodedServiceName(work);
+  dvbpsi_service_dr_t decoded{};
+  decoded.i_service_type = type;
+  decoded.i_service_provider_name_length = kProviderNameLength;
+  std::memcpy(decoded.i_service_provider_name, kProviderName, kProviderNameLength);
+  decoded.i_service_name_length = static_cast<uint8_t>(name.size());
+  std::memcpy(decoded.i_service_name, name.data(), name.size());
+  const DescriptorPtr generated(dvbpsi_GenServiceDr(&decoded, false));
+  if (generated == nullptr) {
+    throw std::bad_alloc();
+  }
+  return descriptorsFromDvbpsi(generated.get()).front();
+}
+
+SdtPtr candidateSdt(const ServiceWorkRecord& work, int32_t version) {
+  SDT sdt;
+  sdt.tableId = kSdtActualTableId;
+  sdt.transportStreamId = work.transportStreamId;
+  sdt.version = version;
+  sdt.currentNext = work.sdt.currentNext;
+  sdt.originalNetworkId = work.originalNetworkId;
+  SDTService& service = sdt.services.emplace_back();
+  service.serviceId = work.outputSID;
+  service.runningStatus = kRunning;
+  service.descriptors.push_back(serviceDescriptor(work));
+  return t2dSDT(sdt);
+}
+
+}  // namespace
+
+int16_t findProgramPid(int32_t programNumber, const PAT& pat) {
+  bool found = false;
+  int16_t pid = -1;
+  for (const PATProgram& program : pat.programs) {
+    if (program.programNumber == programNumber) {
+      pid = static_cast<int16_t>(program.pid);
+      found = true;
+    }
+  }
+  if (!found) {
+    log_function(kLogError, nullptr, "ProgramNumber not found.");
+  }
+  return pid;
+}
+
+uint8_t findServiceType(int32_t serviceId, const SDT& sdt) {
+  const SdtPtr table = t2dSDT(sdt);
+  for (auto* service = table->p_first_service; service != nullptr; service = service->p_next) {
+    if (service->i_service_id != serviceId) {
+      continue;
+    }
+    auto* descriptor = service->p_first_descriptor;
+    while (descriptor != nullptr && descriptor->i_tag != kServiceDescriptorTag) {
+      descriptor = descriptor->p_next;
+    }
+    const dvbpsi_service_dr_t* decoded =
+        descriptor == nullptr ? nullptr : dvbpsi_DecodeServiceDr(descriptor);
+    if (decoded != nullptr) {
+      return decoded->i_service_type;
+    }
+  }
+  log_function(kLogWarning, nullptr, "Service not found in STD!!");
+  return 0;
+}
+
+int synthPAT(ServiceWorkRecord& workingStore, PAT& storedPat) {
+  const DvbpsiHandle handle = newHandle();
+  if (handle == nullptr) {
+    return -1;
+  }
+  PAT pat = candidatePat(workingStore, storedPat.version);
+  if (patChanged(pat, storedPat)) {
+    log_function(kLogDebug, nullptr, "Saves a new PAT in myTableStores struct");
+    storedPat.transportStreamId = pat.transportStreamId;
+    storedPat.version = nextVersion(storedPat.version);
+    storedPat.currentNext = pat.currentNext;
+    storedPat.programs = pat.programs;
+    pat = storedPat;
+  }
+  const PatPtr table = t2dPAT(pat);
+  const SectionsPtr sections(
+      dvbpsi_pat_sections_generate(handle.get(), table.get(), kProgramsPerPatSection));
+  packetizeSections(workingStore.outputTables.patPackets, makePacketTemplate(kPatPid),
+                    sections.get());
+  workingStore.outputTables.dvbTables.pat = std::move(pat);
+  return 0;
+}
+
+int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt) {
+  const DvbpsiHandle handle = newHandle();
+  if (handle == nullptr) {
+    return 1;
+  }
+  SdtPtr table = candidateSdt(workingStore, storedSdt.version);
+  SDT sdt = d2tSDT(table.get());
+  if (sdtChanged(sdt, storedSdt)) {
+    log_function(kLogDebug, nullptr, "Saves a new SDT in myTableStores struct");
+    sdt.version = nextVersion(storedSdt.version);
+    storedSdt = sdt;
+    table = t2dSDT(sdt);
+  }
+  const SectionsPtr sections(dvbpsi_sdt_sections_generate(handle.get(), table.get()));
+  packetizeSections(workingStore.outputTables.sdtPackets, makePacketTemplate(kSdtPid),
+                    sections.get());
+  workingStore.outputTables.dvbTables.sdt = std::move(sdt);
+  return 0;
+}
+
+int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt) {
+  const DvbpsiHandle handle = newHandle();
+  if (handle == nullptr) {
+    return 1;
+  }
+  PMT& pmt = workingStore.pmt;
+  const int16_t pmtPid = findProgramPid(pmt.programNumber, workingStore.pat);
+  pmt.programNumber = workingStore.outputSID;
+  pmt.version = storedPmt.version;
+  const bool changed = pmtChanged(pmt, storedPmt);
+  if (changed) {
+    const int32_t version = nextVersion(storedPmt.version);
+    storedPmt = pmt;
+    storedPmt.version = version;
+    log_function(kLogDebug, nullptr, "Saves a new PMT in myTableStores struct");
+  }
+  const SectionsPtr sections = generatePmtSections(*handle, changed ? storedPmt : pmt);
+  packetizeSections(workingStore.outputTables.pmtPackets, makePacketTemplate(pmtPid),
+                    sections.get());
+  workingStore.outputTables.dvbTables.pmt = storedPmt;
+  return 0;
+}
+
+void saveSynthesisedTables(TableStoreOwner& owner, ServiceWorkRecord& workingStore) {
+  const int32_t key = workingStore.pmt.programNumber;
+  TableStore& store = owner.tableStore(key);
+  // Without a handle a table keeps its last version and the output goes without it.
+  (void)synthPAT(workingStore, store.pat);
+  (void)synthSDT(workingStore, store.sdt);
+  (void)synthPMT(workingStore, store.pmt);
+  log_function(kLogDebug, nullptr, "[MPTS%d] has to save the new tables in a file",
+               owner.mptsIndex());
+  if (owner.writeTableStores() != 0) {
+    log_function(kLogError, nullptr, "[MPTS%d] Error writing tables in file", owner.mptsIndex());
+  }
+}
+
+}  // namespace tevra

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+
+#include "records/records.h"
+#include "synth/service_work_record.h"
+
+namespace tevra {
+
+/** Keeps the tables last handed out, by input programme number, and their file. */
+class TableStoreOwner {
+ public:
+  [[nodiscard]] virtual int32_t mptsIndex() const = 0;
+
+  /** The entry of a programme, default-constructed the first time. Stays valid while the owner
+   * lives. */
+  [[nodiscard]] virtual TableStore& tableStore(int32_t inputProgramNumber) = 0;
+
+  /** Writes all entries under the table store lock. 0 on success. */
+  [[nodiscard]] virtual int writeTableStores() = 0;
+
+ protected:
+  ~TableStoreOwner() = default;
+};
+
+/**
+ * PMT PID of a programme as a 16-bit signed number, the last match winning; -1, with a level-3
+ * line, when the PAT does not list it.
+ */
+[[nodiscard]] int16_t findProgramPid(int32_t programNumber, const PAT& pat);
+
+/**
+ * service_type from the first service descriptor of the first service of that id which has one; 0,
+ * with a level-4 line, when there is none.
+ */
+[[nodiscard]] uint8_t findServiceType(int32_t serviceId, const SDT& sdt);
+
+/**
+ * Build one table of the output service each from `workingStore`, whose filtered PMT still carries
+ * the input programme number. A table whose content differs from the stored one moves the stored
+ * version by one modulo 32 and replaces the stored table. The output record and the packets go to
+ * `workingStore`.
+ *
+ * They return 0; synthPAT -1 and the others 1 when libdvbpsi gives no handle, and then change
+ * nothing. synthPMT gives the filtered PMT the output service id and the stored version, so it
+ * comes last.
+ */
+int synthPAT(ServiceWorkRecord& workingStore, PAT& storedPat);
+int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt);
+int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt);
+
+/**
+ * Synthesises all three against the owner's entry for the input programme number and writes the
+ * table store file, changed or not. A failed write is logged at level 3 and has no other
+ * consequence.
+ */
+void saveSynthesisedTables(TableStoreOwner& owner, ServiceWorkRecord& workingStore);
+
+}  // namespace tevra
