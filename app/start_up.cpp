@@ -71,7 +71,7 @@ int runTornel(int argc, char** argv) {
   if (options.set > highestMptsIndex(moduleType())) {
     return refuseMpts(options.set, task);
   }
-  const ThreadedSimpleServer server = startControlServer(options.set);
+  [[maybe_unused]] const ThreadedSimpleServer server = startControlServer(options.set);
   SignalServiceIsStarted();
   log_function(kLogWarning, nullptr, "Tornel %d started ...", options.set);
   feedWatchdog(task);

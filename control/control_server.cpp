@@ -26,7 +26,7 @@ using apache::thrift::transport::TServerSocket;
 
 constexpr int32_t kMptsCount = 4;
 constexpr int kFirstControlPort = 9224;
-constexpr size_t kServerStackSize = 1024 * 1024;
+constexpr size_t kServerStackSize = size_t{1024} * 1024;
 
 /** Threads made while it lives get a stack of this size; the library has no way to ask for one. */
 class DefaultStackSize {

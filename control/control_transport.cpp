@@ -8,7 +8,6 @@ namespace tevra {
 namespace {
 
 using apache::thrift::TConfiguration;
-using apache::thrift::transport::TFramedTransport;
 using apache::thrift::transport::TTransport;
 
 constexpr uint32_t kBufferReclaimThreshold = 1024 * 1024;

@@ -4,7 +4,6 @@
 
 namespace tevra {
 
-using apache::thrift::protocol::TJSONProtocol;
 using apache::thrift::protocol::TProtocolException;
 using apache::thrift::protocol::TType;
 

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <string_view>
 
 #include "platform/dvb_utils.h"
 #include "platform/module_utils.h"
@@ -17,7 +18,6 @@
 namespace tevra {
 namespace {
 
-using thrift::dvb_tables::d2tPAT;
 using thrift::dvb_tables::d2tSDT;
 using thrift::dvb_tables::t2dPAT;
 using thrift::dvb_tables::t2dSDT;
@@ -28,12 +28,11 @@ constexpr uint8_t kSdtActualTableId = 0x42;
 constexpr uint8_t kServiceDescriptorTag = 0x48;
 constexpr int kProgramsPerPatSection = 100;
 constexpr uint8_t kRunning = 4;
-constexpr const char kProviderName[] = "TEVRA SA";
-constexpr size_t kProviderNameLength = sizeof(kProviderName) - 1;
+constexpr std::string_view kProviderName = "TEVRA SA";
 
 /** Service type, the two lengths and the provider leave this much of a descriptor; libdvbpsi does
  * not check. */
-constexpr size_t kMaxServiceName = kMaxDescriptorPayload - 3 - kProviderNameLength;
+constexpr size_t kMaxServiceName = kMaxDescriptorPayload - 3 - kProviderName.size();
 
 DvbpsiHandle newHandle() {
   return DvbpsiHandle(dvbpsi_new(nullptr, DVBPSI_MSG_NONE));
@@ -69,8 +68,8 @@ Descriptor serviceDescriptor(const ServiceWorkRecord& work) {
   const std::string name = encodedServiceName(work);
   dvbpsi_service_dr_t decoded{};
   decoded.i_service_type = type;
-  decoded.i_service_provider_name_length = kProviderNameLength;
-  std::memcpy(decoded.i_service_provider_name, kProviderName, kProviderNameLength);
+  decoded.i_service_provider_name_length = static_cast<uint8_t>(kProviderName.size());
+  std::memcpy(decoded.i_service_provider_name, kProviderName.data(), kProviderName.size());
   decoded.i_service_name_length = static_cast<uint8_t>(name.size());
   std::memcpy(decoded.i_service_name, name.data(), name.size());
   const DescriptorPtr generated(dvbpsi_GenServiceDr(&decoded, false));
