@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 
 #include "app/command_line.h"
@@ -66,6 +67,8 @@ int runTornel(int argc, char** argv) {
     printHelp(options.programName);
     return EXIT_SUCCESS;
   }
+  // A reader of standard error that goes away must not take the service with it.
+  (void)std::signal(SIGPIPE, SIG_IGN);
   log_setup(options.level, options.console ? kLogWithConsole : kLogWithoutConsole);
   const int task = registerWithWatchdog();
   if (options.set > highestMptsIndex(moduleType())) {

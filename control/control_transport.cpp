@@ -13,7 +13,9 @@ using apache::thrift::transport::TTransport;
 constexpr uint32_t kBufferReclaimThreshold = 1024 * 1024;
 
 std::shared_ptr<TConfiguration> limits() {
-  return std::make_shared<TConfiguration>(TConfiguration::DEFAULT_MAX_MESSAGE_SIZE, kMaxFrameSize);
+  auto configuration = std::make_shared<TConfiguration>();
+  configuration->setMaxFrameSize(kMaxFrameSize);
+  return configuration;
 }
 
 }  // namespace

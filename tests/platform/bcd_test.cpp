@@ -1,0 +1,43 @@
+#include <gtest/gtest.h>
+
+#include "platform/dvb_utils.h"
+
+namespace tevra {
+namespace {
+
+TEST(Bcd, TwoDigitsReadAsTheirDecimalValue) {
+  EXPECT_EQ(bcd4_2_bin(0x00), 0);
+  EXPECT_EQ(bcd4_2_bin(0x09), 9);
+  EXPECT_EQ(bcd4_2_bin(0x10), 10);
+  EXPECT_EQ(bcd4_2_bin(0x59), 59);
+  EXPECT_EQ(bcd4_2_bin(0x99), 99);
+}
+
+TEST(Bcd, DigitsAboveNineCountAsTheyStand) {
+  EXPECT_EQ(bcd4_2_bin(0x0A), 10);
+  EXPECT_EQ(bcd4_2_bin(0xA0), 100);
+  EXPECT_EQ(bcd4_2_bin(0xFF), 165);
+}
+
+TEST(Bcd, ValuesWriteAsTwoDigits) {
+  EXPECT_EQ(bin_2_bcd4(0), 0x00);
+  EXPECT_EQ(bin_2_bcd4(9), 0x09);
+  EXPECT_EQ(bin_2_bcd4(10), 0x10);
+  EXPECT_EQ(bin_2_bcd4(59), 0x59);
+  EXPECT_EQ(bin_2_bcd4(99), 0x99);
+}
+
+TEST(Bcd, ValuesOfThreeDigitsKeepTheLastTwo) {
+  EXPECT_EQ(bin_2_bcd4(100), 0x00);
+  EXPECT_EQ(bin_2_bcd4(123), 0x23);
+  EXPECT_EQ(bin_2_bcd4(255), 0x55);
+}
+
+TEST(Bcd, EveryTwoDigitValueComesBack) {
+  for (uint8_t value = 0; value <= 99; ++value) {
+    EXPECT_EQ(bcd4_2_bin(bin_2_bcd4(value)), value);
+  }
+}
+
+}  // namespace
+}  // namespace tevra
