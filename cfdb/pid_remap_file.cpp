@@ -34,13 +34,13 @@ int writePIDRemapFile(const std::string& path, const PIDRemap& record) {
     const auto transport = owningTransport(fd);
     JsonProtocol protocol(transport, 0);
     record.write(&protocol);
-    (void)syncfs(fd);  // durability is best effort: the sync below covers what this could not
+    const bool synced = syncfs(fd) == 0;
     transport->close();
     sync();
+    return synced ? kDone : kFailed;
   } catch (...) {
     return kFailed;
   }
-  return kDone;
 }
 
 int readPIDRemapFile(const std::string& path, PIDRemap& record) {

@@ -3,18 +3,18 @@
 #include <exception>
 #include <utility>
 
+#include "control/control_protocol.h"
 #include "platform/module_utils.h"
 
 namespace tevra {
 
 using apache::thrift::TProcessor;
-using apache::thrift::protocol::TBinaryProtocolT;
 using apache::thrift::protocol::TProtocol;
 
 std::shared_ptr<TProcessor> makeControlProcessor(
     const std::shared_ptr<thrift::in_module::im_SIControlSrvIf>& handler) {
-  using Processor =
-      thrift::in_module::im_SIControlSrvProcessorT<TBinaryProtocolT<ControlProtocolBuffer>>;
+  // The protocol that ControlProtocolFactory makes: only then does Thrift take its fast path.
+  using Processor = thrift::in_module::im_SIControlSrvProcessorT<ControlProtocol>;
   return std::make_shared<GuardedProcessor>(std::make_shared<Processor>(handler));
 }
 

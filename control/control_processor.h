@@ -3,17 +3,10 @@
 #include <memory>
 
 #include <thrift/TProcessor.h>
-#include <thrift/protocol/TBinaryProtocol.h>
-#include <thrift/transport/TBufferTransports.h>
 
 #include "im_SIControlSrv.h"
 
 namespace tevra {
-
-/** Framed transport and binary protocol name the same buffer class: Thrift's fast path. */
-using ControlProtocolBuffer = apache::thrift::transport::TBufferBase;
-using ControlProtocolFactory =
-    apache::thrift::protocol::TBinaryProtocolFactoryT<ControlProtocolBuffer>;
 
 /**
  * The processor of im_SIControlSrv over `handler`, and around it a guard: an exception that is not

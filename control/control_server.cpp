@@ -9,6 +9,7 @@
 #include <thrift/transport/TServerSocket.h>
 
 #include "control/control_processor.h"
+#include "control/control_protocol.h"
 #include "control/control_transport.h"
 #include "control/restarting_server.h"
 #include "control/start_observer.h"

@@ -11,6 +11,13 @@ JsonProtocol::JsonProtocol(const std::shared_ptr<apache::thrift::transport::TTra
                            uint64_t inputSize)
     : TVirtualProtocol(transport), inputSize_(inputSize) {}
 
+uint32_t JsonProtocol::readBool(bool& value) {
+  int16_t number = 0;
+  const uint32_t consumed = readI16(number);
+  value = number != 0;
+  return consumed;
+}
+
 uint32_t JsonProtocol::readByte(int8_t& byte) {
   int16_t value = 0;
   const uint32_t consumed = readI16(value);

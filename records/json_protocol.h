@@ -11,9 +11,10 @@ namespace tevra {
 /**
  * Thrift's JSON protocol, safe against what a damaged or hostile file may hold.
  *
- * Writing is the library's own. Reading differs in two places: the library aborts the process on a
- * byte above 255, and it allocates whatever a container header claims before it reads the first
- * element. Here both raise TProtocolException.
+ * Writing is the library's own. Reading differs in three places. The library aborts the process on
+ * a byte above 255, and it allocates whatever a container header claims before it reads the first
+ * element: here both raise TProtocolException. It also takes a number without digits for success
+ * and returns whatever lies on its stack: an integer may then have any value, but a bool is one.
  */
 class JsonProtocol
     : public apache::thrift::protocol::TVirtualProtocol<JsonProtocol,
@@ -24,6 +25,8 @@ class JsonProtocol
   JsonProtocol(const std::shared_ptr<apache::thrift::transport::TTransport>& transport,
                uint64_t inputSize);
 
+  using TJSONProtocol::readBool;  // the form for std::vector<bool>
+  uint32_t readBool(bool& value);
   uint32_t readByte(int8_t& byte);
   uint32_t readMapBegin(apache::thrift::protocol::TType& keyType,
                         apache::thrift::protocol::TType& valueType, uint32_t& size);

@@ -1,5 +1,6 @@
 #include "store/main_task_client.h"
 
+#include <chrono>
 #include <memory>
 
 #include <thrift/protocol/TBinaryProtocol.h>
@@ -16,6 +17,7 @@ using apache::thrift::protocol::TBinaryProtocolT;
 using apache::thrift::transport::TBufferBase;
 using apache::thrift::transport::TFramedTransport;
 using apache::thrift::transport::TSocket;
+using apache::thrift::transport::TTransportException;
 
 /** Framed transport and binary protocol name the same buffer class: Thrift's fast path. */
 using Protocol = TBinaryProtocolT<TBufferBase>;
@@ -25,14 +27,38 @@ constexpr const char* kHost = "127.0.0.1";
 
 /** Bounds connecting and sending alike; a connection time-out of its own would change the
  * exception's text. */
-constexpr int kSendTimeoutMs = 2000;
+constexpr std::chrono::milliseconds kSendTimeout(2000);
+
+/** The kernel counts in ticks and may wake a sender a little early. */
+constexpr std::chrono::milliseconds kTick(100);
+
+/**
+ * Gives up when the time-out has expired once. The library's own sockets go on as long as every
+ * send passes a part, so that a peer that reads little or nothing holds them up several times as
+ * long.
+ */
+class NotificationSocket : public TSocket {
+ public:
+  using TSocket::TSocket;
+
+  uint32_t write_partial(const uint8_t* bytes, uint32_t size) override {
+    const auto start = std::chrono::steady_clock::now();
+    const uint32_t sent = TSocket::write_partial(bytes, size);
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    // A part sent in less time is an error or a signal: the next send tells which.
+    if (sent < size && elapsed >= kSendTimeout - kTick) {
+      throw TTransportException(TTransportException::TIMED_OUT, "send timeout expired");
+    }
+    return sent;
+  }
+};
 
 std::shared_ptr<TSocket> makeSocket(uint16_t port) {
-  auto socket = std::make_shared<TSocket>(kHost, port);
+  auto socket = std::make_shared<NotificationSocket>(kHost, port);
   // The library's default resets the connection on close and so cuts off a large call that is still
   // under way.
   socket->setLinger(false, 0);
-  socket->setSendTimeout(kSendTimeoutMs);
+  socket->setSendTimeout(static_cast<int>(kSendTimeout.count()));
   return socket;
 }
 

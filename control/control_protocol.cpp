@@ -1,0 +1,119 @@
+#include "control/control_protocol.h"
+
+#include <utility>
+
+namespace tevra {
+namespace {
+
+using apache::thrift::protocol::TMessageType;
+using apache::thrift::protocol::TProtocolException;
+using apache::thrift::protocol::TType;
+using apache::thrift::transport::TBufferBase;
+using apache::thrift::transport::TTransport;
+
+constexpr uint32_t kMessageTypeMask = 0xFF;
+
+/** The least that a value of `type` takes on the wire. */
+uint64_t smallestSize(TType type) {
+  switch (type) {
+    case apache::thrift::protocol::T_I16:
+      return 2;
+    case apache::thrift::protocol::T_I32:
+    case apache::thrift::protocol::T_STRING:
+      return 4;
+    case apache::thrift::protocol::T_LIST:
+    case apache::thrift::protocol::T_SET:
+      return 5;
+    case apache::thrift::protocol::T_MAP:
+      return 6;
+    case apache::thrift::protocol::T_I64:
+    case apache::thrift::protocol::T_DOUBLE:
+      return 8;
+    default:
+      return 1;
+  }
+}
+
+}  // namespace
+
+ControlProtocol::ControlProtocol(std::shared_ptr<TBufferBase> transport)
+    : TBinaryProtocolT(std::move(transport)) {}
+
+uint32_t ControlProtocol::readMessageBegin(std::string& name, TMessageType& type,
+                                           int32_t& sequenceId) {
+  int32_t header = 0;
+  uint32_t consumed = readI32(header);
+  if (header < 0) {
+    if ((static_cast<uint32_t>(header) & static_cast<uint32_t>(VERSION_MASK)) !=
+        static_cast<uint32_t>(VERSION_1)) {
+      throw TProtocolException(TProtocolException::BAD_VERSION, "Bad version identifier");
+    }
+    type = static_cast<TMessageType>(static_cast<uint32_t>(header) & kMessageTypeMask);
+    consumed += readString(name);
+  } else {
+    // Clients that do not write strictly begin with the name's length and have the type after the
+    // name.
+    checkFits(static_cast<uint32_t>(header));
+    consumed += readStringBody(name, header);
+    int8_t typeByte = 0;
+    consumed += readByte(typeByte);
+    type = static_cast<TMessageType>(typeByte);
+  }
+  return consumed + readI32(sequenceId);
+}
+
+uint32_t ControlProtocol::readString(std::string& text) {
+  int32_t size = 0;
+  const uint32_t consumed = readI32(size);
+  checkFits(size < 0 ? 0 : static_cast<uint32_t>(size));  // the base refuses negative sizes
+  return consumed + readStringBody(text, size);
+}
+
+uint32_t ControlProtocol::readBinary(std::string& bytes) {
+  return readString(bytes);
+}
+
+uint32_t ControlProtocol::readMapBegin(TType& keyType, TType& valueType, uint32_t& size) {
+  const uint32_t consumed = TBinaryProtocolT::readMapBegin(keyType, valueType, size);
+  checkFits(size * (smallestSize(keyType) + smallestSize(valueType)));
+  return consumed;
+}
+
+uint32_t ControlProtocol::readListBegin(TType& elementType, uint32_t& size) {
+  const uint32_t consumed = TBinaryProtocolT::readListBegin(elementType, size);
+  checkFits(size * smallestSize(elementType));
+  return consumed;
+}
+
+uint32_t ControlProtocol::readSetBegin(TType& elementType, uint32_t& size) {
+  const uint32_t consumed = TBinaryProtocolT::readSetBegin(elementType, size);
+  checkFits(size * smallestSize(elementType));
+  return consumed;
+}
+
+uint32_t ControlProtocol::skip(Type type) {
+  return apache::thrift::protocol::skip(*this, type);
+}
+
+uint32_t ControlProtocol::bytesLeft() {
+  uint32_t size = 0;
+  (void)trans_->borrow(nullptr, &size);  // sets the size only; asking for none always succeeds
+  return size;
+}
+
+void ControlProtocol::checkFits(uint64_t size) {
+  if (size > bytesLeft()) {
+    throw TProtocolException(TProtocolException::SIZE_LIMIT, "larger than the rest of its frame");
+  }
+}
+
+std::shared_ptr<apache::thrift::protocol::TProtocol> ControlProtocolFactory::getProtocol(
+    std::shared_ptr<TTransport> transport) {
+  auto buffered = std::dynamic_pointer_cast<TBufferBase>(transport);
+  if (buffered == nullptr) {
+    throw TProtocolException(TProtocolException::NOT_IMPLEMENTED, "not a framed transport");
+  }
+  return std::make_shared<ControlProtocol>(buffered);
+}
+
+}  // namespace tevra

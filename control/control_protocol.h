@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include <thrift/protocol/TBinaryProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
+
+namespace tevra {
+
+/**
+ * The binary protocol of a control connection: non-strict read, strict write, as ever, with no
+ * limits of its own but the frame's. A string or container that claims more than the rest of its
+ * frame could hold raises TProtocolException (SIZE_LIMIT) before anything is allocated for it.
+ *
+ * Over framed transport only. Naming the same protocol class to processor and factory keeps
+ * Thrift's fast path.
+ */
+class ControlProtocol
+    : public apache::thrift::protocol::TBinaryProtocolT<apache::thrift::transport::TBufferBase> {
+ public:
+  explicit ControlProtocol(std::shared_ptr<apache::thrift::transport::TBufferBase> transport);
+
+  using MessageType = apache::thrift::protocol::TMessageType;
+  using Type = apache::thrift::protocol::TType;
+
+  // What generated code calls when it knows this class.
+  uint32_t readMessageBegin(std::string& name, MessageType& type, int32_t& sequenceId);
+  uint32_t readString(std::string& text);
+  uint32_t readBinary(std::string& bytes);
+  uint32_t readMapBegin(Type& keyType, Type& valueType, uint32_t& size);
+  uint32_t readListBegin(Type& elementType, uint32_t& size);
+  uint32_t readSetBegin(Type& elementType, uint32_t& size);
+  uint32_t skip(Type type);
+
+  // The same for callers that know only TProtocol.
+  uint32_t readMessageBegin_virt(std::string& name, MessageType& type,
+                                 int32_t& sequenceId) override {
+    return readMessageBegin(name, type, sequenceId);
+  }
+  uint32_t readString_virt(std::string& text) override { return readString(text); }
+  uint32_t readBinary_virt(std::string& bytes) override { return readBinary(bytes); }
+  uint32_t readMapBegin_virt(Type& keyType, Type& valueType, uint32_t& size) override {
+    return readMapBegin(keyType, valueType, size);
+  }
+  uint32_t readListBegin_virt(Type& elementType, uint32_t& size) override {
+    return readListBegin(elementType, size);
+  }
+  uint32_t readSetBegin_virt(Type& elementType, uint32_t& size) override {
+    return readSetBegin(elementType, size);
+  }
+  uint32_t skip_virt(Type type) override { return skip(type); }
+
+ private:
+  [[nodiscard]] uint32_t bytesLeft();
+  void checkFits(uint64_t size);
+};
+
+/** Makes a ControlProtocol for every connection; its transport must be framed. */
+class ControlProtocolFactory : public apache::thrift::protocol::TProtocolFactory {
+ public:
+  std::shared_ptr<apache::thrift::protocol::TProtocol> getProtocol(
+      std::shared_ptr<apache::thrift::transport::TTransport> transport) override;
+};
+
+}  // namespace tevra

@@ -1,0 +1,251 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "cfdb/conflict_free_db.h"
+#include "tests/cfdb/builders.h"
+#include "tests/cfdb/conflict_free_db_fixture.h"
+
+namespace tevra {
+namespace {
+
+using fake::LogLine;
+using fake::logLines;
+using test::dvbTime;
+using test::makeDescriptor;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr uint64_t kMjd = 60000;
+
+EITEvent makeEvent(int32_t eventId, uint64_t startTime) {
+  EITEvent event;
+  event.eventId = eventId;
+  event.startTime = static_cast<int64_t>(startTime);
+  event.duration = 0x013000;
+  event.runningStatus = 4;
+  event.freeCA = true;
+  event.nvod = true;
+  event.descriptors = {makeDescriptor(0x4D, "eng\x04News"), makeDescriptor(9, "not remapped")};
+  return event;
+}
+
+EIT makeEit(int32_t serviceId, int32_t tableId, int32_t version,
+            std::vector<EITEvent> events = {}) {
+  EIT eit;
+  eit.tableId = tableId;
+  eit.serviceId = serviceId;
+  eit.version = version;
+  eit.currentNext = true;
+  eit.transportStreamId = 7;
+  eit.originalNetworkId = 0x20;
+  eit.segmentLastSectionNumber = 3;
+  eit.lastTableId = 0x51;
+  eit.events = std::move(events);
+  return eit;
+}
+
+EITMap mapOf(const std::vector<EIT>& eits) {
+  EITMap map;
+  for (const EIT& eit : eits) {
+    map[eit.serviceId][eit.tableId] = eit;
+  }
+  return map;
+}
+
+class EitRestamping : public test::ConflictFreeDBFixture {
+ protected:
+  EITMap restamp(const EITMap& in) {
+    EITMap out;
+    EXPECT_TRUE(database_.getConflictFreeEITpf(out, in));
+    return out;
+  }
+
+  /** The start time that an event at `time` gets. */
+  uint64_t restampedTime(uint64_t time) {
+    const EITMap out = restamp(mapOf({makeEit(1, 0x4E, 0, {makeEvent(1, time)})}));
+    return static_cast<uint64_t>(out.at(1).at(0x4E).events.at(0).startTime);
+  }
+};
+
+TEST_F(EitRestamping, ReplacesStartTimesAndTheVersionAndNothingElse) {
+  owner_.setOffset(60, true);
+  const EITMap in = mapOf(
+      {makeEit(3401, 0x4E, 17,
+               {makeEvent(1, dvbTime(kMjd, 12, 30, 0)), makeEvent(2, dvbTime(kMjd, 14, 0, 0))})});
+  const EITMap expected = mapOf(
+      {makeEit(3401, 0x4E, 1,
+               {makeEvent(1, dvbTime(kMjd, 12, 29, 0)), makeEvent(2, dvbTime(kMjd, 13, 59, 0))})});
+  EXPECT_EQ(restamp(in), expected);
+}
+
+TEST_F(EitRestamping, LeavesTheInputAlone) {
+  owner_.setOffset(60, true);
+  const EITMap in = mapOf({makeEit(1, 0x4E, 17, {makeEvent(1, dvbTime(kMjd, 12, 30, 0))})});
+  const EITMap before = in;
+  (void)restamp(in);
+  EXPECT_EQ(in, before);
+}
+
+TEST_F(EitRestamping, CrossesMidnightInBothDirections) {
+  owner_.setOffset(60, true);
+  EXPECT_EQ(restampedTime(dvbTime(kMjd, 0, 0, 30)), dvbTime(kMjd - 1, 23, 59, 30));
+  owner_.setOffset(-60, true);
+  EXPECT_EQ(restampedTime(dvbTime(kMjd, 23, 59, 30)), dvbTime(kMjd + 1, 0, 0, 30));
+}
+
+TEST_F(EitRestamping, AppliesAnOffsetThatIsNotValid) {
+  owner_.setOffset(60, false);
+  EXPECT_EQ(restampedTime(dvbTime(kMjd, 12, 30, 0)), dvbTime(kMjd, 12, 29, 0));
+}
+
+TEST_F(EitRestamping, TakesAnyStartTime) {
+  owner_.setOffset(0, true);
+  EXPECT_EQ(restampedTime(0), 0U);
+  EXPECT_EQ(restampedTime(std::numeric_limits<uint64_t>::max()),
+            ((uint64_t{1} << 40) - 1 + 6) << 24 | 0x234745);
+  EXPECT_EQ(restampedTime(uint64_t{1} << 63), uint64_t{1} << 63);
+  EXPECT_EQ(restampedTime(kMjd << 24 | 0x256161), dvbTime(kMjd + 1, 2, 2, 1));
+  owner_.setOffset(1, true);
+  EXPECT_EQ(restampedTime(0), 0U);
+}
+
+TEST_F(EitRestamping, ReadsTheOffsetForEveryEit) {
+  owner_.setOffset(60, true);
+  owner_.onSelect([this] { owner_.setOffset(owner_.timeOffset() * 2, true); });
+  const std::vector<EITEvent> events = {makeEvent(1, dvbTime(kMjd, 12, 30, 0))};
+  const EITMap out = restamp(mapOf({makeEit(1, 0x4E, 0, events), makeEit(2, 0x4E, 0, events)}));
+  EXPECT_EQ(static_cast<uint64_t>(out.at(1).at(0x4E).events.at(0).startTime),
+            dvbTime(kMjd, 12, 28, 0));
+  EXPECT_EQ(static_cast<uint64_t>(out.at(2).at(0x4E).events.at(0).startTime),
+            dvbTime(kMjd, 12, 26, 0));
+}
+
+// What is asked of the owner
+
+TEST_F(EitRestamping, GoesThroughServicesAndTablesInAscendingOrder) {
+  (void)restamp(mapOf({makeEit(300, 0x51, 0), makeEit(20, 0x5F, 0), makeEit(300, 0x50, 0),
+                       makeEit(20, 0x4E, 0), makeEit(-1, 0x4E, 0)}));
+  EXPECT_THAT(owner_.calls(),
+              ElementsAre("reset -1", "version -1/78", "reset 20", "version 20/78", "version 20/95",
+                          "reset 300", "version 300/80", "version 300/81"));
+}
+
+TEST_F(EitRestamping, ResetsTheRestartCounterOfAServiceWithoutTables) {
+  EITMap in;
+  in[5];
+  EITMap out = restamp(in);
+  EXPECT_THAT(owner_.calls(), ElementsAre("reset 5"));
+  EXPECT_THAT(out[5], IsEmpty());
+}
+
+TEST_F(EitRestamping, EveryPassTakesANewVersion) {
+  const EITMap in = mapOf({makeEit(1, 0x4E, 9)});
+  for (int32_t pass = 1; pass <= 66; ++pass) {
+    EXPECT_EQ(restamp(in), mapOf({makeEit(1, 0x4E, pass % 32)})) << pass;
+  }
+}
+
+TEST_F(EitRestamping, GoesByTheKeysOfTheMapNotByTheEitInside) {
+  EITMap in;
+  in[5][0x50] = makeEit(6, 0x51, 0);
+  const EITMap out = restamp(in);
+  EITMap expected;
+  expected[5][0x50] = makeEit(6, 0x51, 1);
+  EXPECT_EQ(out, expected);
+  EXPECT_THAT(owner_.calls(), ElementsAre("reset 5", "version 5/80"));
+  EXPECT_TRUE(fake::logged(7, "restampEIT: SID [0x0006] tid [0x51] v[0] nevents [0]"));
+}
+
+// The out map
+
+TEST_F(EitRestamping, EmptiesTheOutMapFirst) {
+  EITMap out = mapOf({makeEit(8, 0x4E, 3), makeEit(1, 0x4F, 3)});
+  EXPECT_TRUE(database_.getConflictFreeEITpf(out, mapOf({makeEit(1, 0x4E, 0)})));
+  EXPECT_EQ(out, mapOf({makeEit(1, 0x4E, 1)}));
+  EXPECT_TRUE(database_.getConflictFreeEITsch(out, {}));
+  EXPECT_THAT(out, IsEmpty());
+}
+
+TEST_F(EitRestamping, HandsOutOnlyWhatWasHandedIn) {
+  (void)restamp(mapOf({makeEit(1, 0x4E, 0), makeEit(2, 0x4E, 0)}));
+  EXPECT_EQ(restamp(mapOf({makeEit(2, 0x4E, 0)})), mapOf({makeEit(2, 0x4E, 2)}));
+}
+
+TEST_F(EitRestamping, NothingInNothingOut) {
+  EXPECT_THAT(restamp({}), IsEmpty());
+  EXPECT_THAT(owner_.calls(), IsEmpty());
+  EXPECT_THAT(logLines(),
+              ElementsAre(LogLine{7, "", "[getConflictFreeEITpf] Ready to apply offset [no] [0]"}));
+}
+
+TEST_F(EitRestamping, HoldsManyEvents) {
+  owner_.setOffset(-86400, true);
+  std::vector<EITEvent> events;
+  std::vector<EITEvent> expected;
+  for (int32_t i = 0; i < 3000; ++i) {
+    const auto day = static_cast<uint64_t>(i);
+    events.push_back(makeEvent(i, dvbTime(day, i % 24, i % 60, i % 60)));
+    expected.push_back(makeEvent(i, dvbTime(day + 1, i % 24, i % 60, i % 60)));
+  }
+  EXPECT_EQ(restamp(mapOf({makeEit(1, 0x50, 4, events)})), mapOf({makeEit(1, 0x50, 1, expected)}));
+}
+
+TEST_F(EitRestamping, StillWorksAfterAClear) {
+  const EITMap in = mapOf({makeEit(1, 0x4E, 9)});
+  (void)restamp(in);
+  database_.clearConflictFreeDB();
+  EXPECT_EQ(restamp(in), mapOf({makeEit(1, 0x4E, 2)}));
+}
+
+// Log lines
+
+TEST_F(EitRestamping, LogsTheOffsetAndThenEveryEit) {
+  owner_.setOffset(3600, true);
+  (void)restamp(mapOf(
+      {makeEit(3401, 0x4E, 17, {makeEvent(1, 0), makeEvent(2, 0)}), makeEit(3402, 0x4E, 31)}));
+  EXPECT_THAT(
+      logLines(),
+      ElementsAre(LogLine{7, "", "[getConflictFreeEITpf] Ready to apply offset [yes] [3600]"},
+                  LogLine{7, "", "restampEIT: SID [0x0d49] tid [0x4e] v[17] nevents [2]"},
+                  LogLine{7, "", "restampEIT: SID [0x0d4a] tid [0x4e] v[31] nevents [0]"}));
+}
+
+TEST_F(EitRestamping, LogsAnOffsetOf64Bits) {
+  owner_.setOffset(-94999999999, false);
+  (void)restamp({});
+  EXPECT_THAT(logLines(), ElementsAre(LogLine{7, "",
+                                              "[getConflictFreeEITpf] Ready to apply offset [no] "
+                                              "[-94999999999]"}));
+}
+
+// The schedule
+
+TEST_F(EitRestamping, TheScheduleIsRestampedLikePresentFollowing) {
+  owner_.setOffset(60, true);
+  EITMap out;
+  EXPECT_TRUE(database_.getConflictFreeEITsch(
+      out, mapOf({makeEit(3401, 0x51, 4, {makeEvent(1, dvbTime(kMjd, 0, 0, 30))}),
+                  makeEit(3401, 0x50, 3, {makeEvent(2, dvbTime(kMjd, 12, 30, 0))})})));
+  EXPECT_EQ(out, mapOf({makeEit(3401, 0x50, 1, {makeEvent(2, dvbTime(kMjd, 12, 29, 0))}),
+                        makeEit(3401, 0x51, 1, {makeEvent(1, dvbTime(kMjd - 1, 23, 59, 30))})}));
+  EXPECT_THAT(owner_.calls(), ElementsAre("reset 3401", "version 3401/80", "version 3401/81"));
+  EXPECT_THAT(
+      logLines(),
+      ElementsAre(LogLine{7, "", "[getConflictFreeEITsch] Ready to apply offset [yes] [60]"},
+                  LogLine{7, "", "restampEIT: SID [0x0d49] tid [0x50] v[3] nevents [1]"},
+                  LogLine{7, "", "restampEIT: SID [0x0d49] tid [0x51] v[4] nevents [1]"}));
+}
+
+TEST_F(EitRestamping, AllocatesNoPidAndSavesNothing) {
+  (void)restamp(mapOf({makeEit(1, 0x4E, 9, {makeEvent(1, 0)})}));
+  EXPECT_FALSE(fileExists());
+  EXPECT_EQ(database_.getConflictFreePID(-1), 101);
+}
+
+}  // namespace
+}  // namespace tevra

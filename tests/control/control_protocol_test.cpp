@@ -1,0 +1,219 @@
+#include "control/control_protocol.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <thrift/transport/TBufferTransports.h>
+#include <thrift/transport/TSocket.h>
+
+#include "control/control_transport.h"
+#include "im_SIControlSrv.h"
+#include "records/records.h"
+
+namespace tevra {
+namespace {
+
+using apache::thrift::protocol::T_CALL;
+using apache::thrift::protocol::T_I32;
+using apache::thrift::protocol::T_LIST;
+using apache::thrift::protocol::T_MAP;
+using apache::thrift::protocol::T_SET;
+using apache::thrift::protocol::T_STRING;
+using apache::thrift::protocol::T_STRUCT;
+using apache::thrift::protocol::TBinaryProtocol;
+using apache::thrift::protocol::TMessageType;
+using apache::thrift::protocol::TProtocol;
+using apache::thrift::protocol::TProtocolException;
+using apache::thrift::protocol::TType;
+using apache::thrift::transport::TFramedTransport;
+using apache::thrift::transport::TMemoryBuffer;
+using apache::thrift::transport::TTransportException;
+
+using Write = std::function<void(TBinaryProtocol&)>;
+
+/** A control protocol whose one frame holds what `write` wrote. */
+std::shared_ptr<TProtocol> reading(const Write& write) {
+  auto wire = std::make_shared<TMemoryBuffer>();
+  auto framed = std::make_shared<TFramedTransport>(wire);
+  TBinaryProtocol protocol(framed);
+  write(protocol);
+  framed->flush();
+  return ControlProtocolFactory().getProtocol(ControlTransportFactory().getTransport(wire));
+}
+
+/** The same with a first i32 already read, as in a call whose frame is being decoded. */
+std::shared_ptr<TProtocol> readingAfterAnInteger(const Write& write) {
+  auto protocol = reading([&](TBinaryProtocol& binary) {
+    binary.writeI32(7);
+    write(binary);
+  });
+  int32_t first = 0;
+  protocol->readI32(first);
+  EXPECT_EQ(first, 7);
+  return protocol;
+}
+
+void expectSizeLimit(const std::function<void()>& read) {
+  try {
+    read();
+    FAIL() << "was read";
+  } catch (const TProtocolException& exception) {
+    EXPECT_EQ(exception.getType(), TProtocolException::SIZE_LIMIT);
+  }
+}
+
+TEST(ControlProtocol, ReadsAStringThatFillsTheRestOfItsFrame) {
+  const auto protocol =
+      readingAfterAnInteger([](TBinaryProtocol& wire) { wire.writeString(std::string("abc")); });
+  std::string text;
+  protocol->readString(text);
+  EXPECT_EQ(text, "abc");
+}
+
+TEST(ControlProtocol, RefusesAStringOneByteLongerThanTheRestOfItsFrame) {
+  const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) {
+    wire.writeI32(4);  // its size
+    wire.writeByte('a');
+    wire.writeByte('b');
+    wire.writeByte('c');
+  });
+  std::string text;
+  expectSizeLimit([&] { protocol->readString(text); });
+  EXPECT_EQ(text.capacity(), std::string().capacity()) << "nothing was allocated";
+}
+
+TEST(ControlProtocol, RefusesAStringThatClaimsTwoGigabytes) {
+  const auto protocol =
+      readingAfterAnInteger([](TBinaryProtocol& wire) { wire.writeI32(INT32_MAX); });
+  std::string text;
+  expectSizeLimit([&] { protocol->readBinary(text); });
+}
+
+TEST(ControlProtocol, RefusesAStringOfNegativeSize) {
+  const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) { wire.writeI32(-1); });
+  std::string text;
+  EXPECT_THROW(protocol->readString(text), TProtocolException);
+}
+
+TEST(ControlProtocol, ReadsAListThatItsFrameCanHold) {
+  const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) {
+    wire.writeListBegin(T_I32, 2);
+    wire.writeI32(1);
+    wire.writeI32(2);
+  });
+  TType type{};
+  uint32_t size = 0;
+  protocol->readListBegin(type, size);
+  EXPECT_EQ(size, 2U);
+}
+
+TEST(ControlProtocol, RefusesAListWithOneElementMoreThanItsFrameCanHold) {
+  const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) {
+    wire.writeListBegin(T_I32, 3);
+    wire.writeI32(1);
+    wire.writeI32(2);
+  });
+  TType type{};
+  uint32_t size = 0;
+  expectSizeLimit([&] { protocol->readListBegin(type, size); });
+}
+
+TEST(ControlProtocol, RefusesContainersThatClaimFiveMillionElements) {
+  constexpr uint32_t kMany = 5'000'000;
+  TType type{};
+  TType valueType{};
+  uint32_t size = 0;
+  const auto list =
+      readingAfterAnInteger([](TBinaryProtocol& wire) { wire.writeListBegin(T_STRUCT, kMany); });
+  expectSizeLimit([&] { list->readListBegin(type, size); });
+  const auto set =
+      readingAfterAnInteger([](TBinaryProtocol& wire) { wire.writeSetBegin(T_LIST, kMany); });
+  expectSizeLimit([&] { set->readSetBegin(type, size); });
+  const auto map = readingAfterAnInteger(
+      [](TBinaryProtocol& wire) { wire.writeMapBegin(T_STRING, T_MAP, kMany); });
+  expectSizeLimit([&] { map->readMapBegin(type, valueType, size); });
+}
+
+TEST(ControlProtocol, RefusesAnOversizedContainerInAFieldThatNobodyKnows) {
+  const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) {
+    wire.writeFieldBegin("", T_LIST, 99);
+    wire.writeListBegin(T_STRUCT, INT32_MAX);
+  });
+  PAT pat;
+  expectSizeLimit([&] { pat.read(protocol.get()); });
+}
+
+TEST(ControlProtocol, RefusesAMessageWhoseNameIsLongerThanItsFrame) {
+  const auto protocol = reading([](TBinaryProtocol& wire) {
+    wire.writeI32(static_cast<int32_t>(TBinaryProtocol::VERSION_1 | T_CALL));
+    wire.writeI32(INT32_MAX);
+  });
+  std::string name;
+  TMessageType type{};
+  int32_t sequenceId = 0;
+  expectSizeLimit([&] { protocol->readMessageBegin(name, type, sequenceId); });
+}
+
+TEST(ControlProtocol, RefusesAnUnknownVersion) {
+  const auto protocol =
+      reading([](TBinaryProtocol& wire) { wire.writeI32(static_cast<int32_t>(0x80770001U)); });
+  std::string name;
+  TMessageType type{};
+  int32_t sequenceId = 0;
+  EXPECT_THROW(protocol->readMessageBegin(name, type, sequenceId), TProtocolException);
+}
+
+TEST(ControlProtocol, ReadsMessagesOfStrictAndOfOldClients) {
+  for (const bool strict : {true, false}) {
+    const auto protocol = reading([&](TBinaryProtocol& wire) {
+      wire.setStrict(false, strict);
+      wire.writeMessageBegin("sendCmd", T_CALL, 42);
+    });
+    std::string name;
+    TMessageType type{};
+    int32_t sequenceId = 0;
+    protocol->readMessageBegin(name, type, sequenceId);
+    EXPECT_EQ(name, "sendCmd");
+    EXPECT_EQ(type, T_CALL);
+    EXPECT_EQ(sequenceId, 42);
+  }
+}
+
+TEST(ControlProtocol, RefusesAnOldMessageWhoseNameIsLongerThanItsFrame) {
+  const auto protocol = reading([](TBinaryProtocol& wire) { wire.writeI32(0x7FFFFFF0); });
+  std::string name;
+  TMessageType type{};
+  int32_t sequenceId = 0;
+  expectSizeLimit([&] { protocol->readMessageBegin(name, type, sequenceId); });
+}
+
+TEST(ControlProtocol, ReadsEveryRecordThatFitsItsFrame) {
+  EIT eit;
+  eit.events.resize(3);
+  eit.events[1].startTime = INT64_C(0xE1F2123456);
+  eit.events[2].descriptors.resize(1);
+  eit.events[2].descriptors[0].data = std::string(255, '\0');
+  EITMap eits;
+  eits[1][0x50] = eit;
+  thrift::in_module::im_SIControlSrv_setEITSchedule_args call;
+  const auto protocol = reading([&](TBinaryProtocol& wire) {
+    thrift::in_module::im_SIControlSrv_setEITSchedule_args arguments;
+    arguments.eits = eits;
+    arguments.write(&wire);
+  });
+  call.read(protocol.get());
+  EXPECT_TRUE(call.eits == eits);
+}
+
+TEST(ControlProtocol, IsMadeOverAFramedTransportOnly) {
+  EXPECT_THROW((void)ControlProtocolFactory().getProtocol(
+                   std::make_shared<apache::thrift::transport::TSocket>("127.0.0.1", 1)),
+               TProtocolException);
+}
+
+}  // namespace
+}  // namespace tevra

@@ -1,0 +1,204 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "control/control_transport.h"
+#include "tests/control/control_client.h"
+#include "tests/control/messages.h"
+#include "tests/control/sanitizers.h"
+#include "tests/control/tables.h"
+
+// What a client may send, and what becomes of the server when it sends more.
+
+namespace {
+
+using tevra::fake::logged;
+using tevra::test::bigEndian;
+using tevra::test::ControlClient;
+using tevra::test::framed;
+using tevra::test::RawConnection;
+using tevra::test::waitForLine;
+
+class ControlServerLimits : public tevra::test::ControlServerTest {
+ protected:
+  static bool nextClientIsServed() {
+    ControlClient client;
+    return client->sendCmd(7);
+  }
+};
+
+/** A schedule of `megabytes` million bytes on the wire, and a little more. */
+tevra::EITMap largeSchedule(int megabytes) {
+  constexpr size_t kPayload = 10000;
+  tevra::EITMap eits;
+  tevra::EIT& eit = eits[1][0x50];
+  eit = tevra::test::makeEIT(1, 0x50, 0, std::vector<int64_t>(static_cast<size_t>(megabytes)));
+  for (tevra::EITEvent& event : eit.events) {
+    event.descriptors.assign(100, tevra::Descriptor());
+    for (tevra::Descriptor& descriptor : event.descriptors) {
+      descriptor.tag = 0x4E;
+      descriptor.data.assign(kPayload, 'e');
+    }
+  }
+  return eits;
+}
+
+TEST_F(ControlServerLimits, ScheduleOfThirtyMegabytesIsTaken) {
+  ControlClient client;
+  client->setEITSchedule(largeSchedule(30));
+  EXPECT_TRUE(logged(7, "setInputEITsch: SID [0x0001] tid [0x50] v[0] nevents [30]"));
+  EXPECT_TRUE(client->sendCmd(0));
+}
+
+TEST_F(ControlServerLimits, ConnectionNeverWearsOut) {
+  ControlClient client;
+  const tevra::EITMap eits = largeSchedule(30);
+  for (int call = 0; call < 5; ++call) {
+    client->setEITSchedule(eits);
+  }
+  EXPECT_EQ(5, tevra::fake::timesLogged(7, "Guardo EIT sch en DB local!"));
+  EXPECT_TRUE(client->sendCmd(0));
+}
+
+TEST_F(ControlServerLimits, FrameBeyondTheLimitClosesOnlyItsConnection) {
+  RawConnection connection;
+  connection.send(bigEndian(tevra::kMaxFrameSize + 1));
+  EXPECT_TRUE(connection.isClosedByServer());
+  EXPECT_TRUE(nextClientIsServed());
+}
+
+TEST_F(ControlServerLimits, NegativeFrameSizeClosesOnlyItsConnection) {
+  RawConnection connection;
+  connection.send(bigEndian(0xFFFFFFFF));
+  EXPECT_TRUE(connection.isClosedByServer());
+  EXPECT_TRUE(nextClientIsServed());
+}
+
+TEST_F(ControlServerLimits, OtherProtocolsCloseOnlyTheirConnection) {
+  for (const char* greeting : {"GET / HTTP/1.1\r\n\r\n", "SSH-2.0-OpenSSH\r\n"}) {
+    RawConnection connection;
+    connection.send(greeting);
+    EXPECT_TRUE(connection.isClosedByServer()) << greeting;
+  }
+  EXPECT_TRUE(nextClientIsServed());
+}
+
+TEST_F(ControlServerLimits, EmptyFrameClosesOnlyItsConnection) {
+  RawConnection connection;
+  connection.send(framed(""));
+  EXPECT_TRUE(connection.isClosedByServer());
+  EXPECT_TRUE(nextClientIsServed());
+}
+
+TEST_F(ControlServerLimits, FrameOfGarbageClosesOnlyItsConnection) {
+  RawConnection connection;
+  connection.send(framed(std::string(100, '\xFF')));
+  EXPECT_TRUE(connection.isClosedByServer());
+  EXPECT_TRUE(nextClientIsServed());
+}
+
+TEST_F(ControlServerLimits, ClientThatLeavesInTheMiddleHindersNobody) {
+  const std::string call = framed(tevra::test::callMessage("sendCmd"));
+  for (size_t length = 0; length < call.size(); ++length) {
+    RawConnection connection;
+    connection.send(call.substr(0, length));
+  }
+  EXPECT_TRUE(nextClientIsServed());
+  EXPECT_EQ(1, tevra::fake::timesLogged(7, "SI sendCmd"));
+}
+
+TEST_F(ControlServerLimits, ClientThatDoesNotWaitForItsAnswerHindersNobody) {
+  {
+    RawConnection connection;
+    connection.send(framed(tevra::test::callMessage("sendCmd")));
+  }
+  EXPECT_TRUE(nextClientIsServed());
+  EXPECT_EQ(2, tevra::fake::timesLogged(7, "SI sendCmd"));
+}
+
+TEST_F(ControlServerLimits, ListThatNoMemoryHoldsClosesOnlyItsConnection) {
+  RawConnection connection;
+  connection.send(framed(tevra::test::hugeListMessage(0x7FFFFFFF)));
+  EXPECT_TRUE(connection.isClosedByServer());
+  EXPECT_TRUE(nextClientIsServed());
+}
+
+TEST_F(ControlServerLimits, DeepNestingClosesOnlyItsConnection) {
+  std::string message = tevra::test::callMessage("setPAT");
+  message.pop_back();
+  for (int depth = 0; depth < 100000; ++depth) {
+    message += std::string("\x0C\x00\x63", 3);  // field 99, a struct
+  }
+  RawConnection connection;
+  connection.send(framed(message));
+  EXPECT_TRUE(connection.isClosedByServer());
+  EXPECT_TRUE(nextClientIsServed());
+}
+
+/** Leaves the process without a free file descriptor. */
+class DescriptorShortage {
+ public:
+  DescriptorShortage() {
+    getrlimit(RLIMIT_NOFILE, &former_);
+    rlimit limit = former_;
+    limit.rlim_cur = 200;
+    if (setrlimit(RLIMIT_NOFILE, &limit) != 0) {
+      throw std::runtime_error("cannot limit descriptors");
+    }
+    for (int held = open("/dev/null", O_RDONLY | O_CLOEXEC); held >= 0;
+         held = open("/dev/null", O_RDONLY | O_CLOEXEC)) {
+      held_.push_back(held);
+    }
+  }
+  ~DescriptorShortage() {
+    for (const int held : held_) {
+      close(held);
+    }
+    setrlimit(RLIMIT_NOFILE, &former_);
+  }
+  DescriptorShortage(const DescriptorShortage&) = delete;
+  DescriptorShortage& operator=(const DescriptorShortage&) = delete;
+
+  /** Room for one descriptor more. */
+  void spareOne() {
+    close(held_.back());
+    held_.pop_back();
+  }
+
+ private:
+  rlimit former_ = {};
+  std::vector<int> held_;
+};
+
+TEST_F(ControlServerLimits, FailedAcceptIsLoggedAndTheServerServesAgain) {
+  if (tevra::test::kAddressSanitizer) {
+    GTEST_SKIP() << "the undefined behaviour sanitizer that comes along needs descriptors itself";
+  }
+  {
+    DescriptorShortage shortage;
+    shortage.spareOne();
+    const RawConnection connection;  // takes the spared one, so that nothing is left to accept it
+    EXPECT_TRUE(waitForLine(3, "Control server stopped accepting, starting it again"));
+  }
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  bool served = false;
+  while (!served && std::chrono::steady_clock::now() < end) {
+    try {
+      served = nextClientIsServed();
+    } catch (const apache::thrift::transport::TTransportException&) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+  }
+  EXPECT_TRUE(served);
+  EXPECT_TRUE(waitForLine(7, "TServerTransport died: "));
+}
+
+}  // namespace

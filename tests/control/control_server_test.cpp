@@ -1,0 +1,250 @@
+#include "control/control_server.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <pthread.h>
+#include <sys/socket.h>
+#include <thrift/TApplicationException.h>
+#include <unistd.h>
+
+#include <climits>
+#include <csignal>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tests/control/control_client.h"
+#include "tests/control/messages.h"
+#include "tests/control/tables.h"
+#include "tests/fakes/fake_main_task.h"
+#include "tests/fakes/fake_platform.h"
+
+// A started server lives until the process ends, so every test that starts one of its own has an
+// MPTS index of its own.
+
+namespace {
+
+using apache::thrift::TApplicationException;
+using testing::ElementsAre;
+using testing::KilledBySignal;
+using tevra::startControlServer;
+using tevra::ThreadedSimpleServer;
+using tevra::fake::FakeMainTask;
+using tevra::fake::LogLine;
+using tevra::fake::platform;
+using tevra::fake::PlatformTest;
+using tevra::test::ControlClient;
+using tevra::test::framed;
+using tevra::test::kFirstControlPort;
+using tevra::test::RawConnection;
+
+using StartingControlServer = PlatformTest;
+using ControlServer = tevra::test::ControlServerTest;
+
+/** A listener that a server finds in its way. */
+class OccupiedPort {
+ public:
+  explicit OccupiedPort(uint16_t port) : socket_(socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in6 address = {};
+    address.sin6_family = AF_INET6;
+    address.sin6_port = htons(port);
+    const int on = 1;
+    setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        listen(socket_, 1) != 0) {
+      throw std::runtime_error("cannot occupy the port");
+    }
+  }
+  ~OccupiedPort() { close(socket_); }
+  OccupiedPort(const OccupiedPort&) = delete;
+  OccupiedPort& operator=(const OccupiedPort&) = delete;
+
+ private:
+  int socket_;
+};
+
+TEST_F(StartingControlServer, InvalidMptsIsLoggedAndGivesNoServer) {
+  for (const int32_t index : {-1, 4, INT_MIN, INT_MAX}) {
+    tevra::fake::clearLog();
+    EXPECT_TRUE(startControlServer(index).empty());
+    EXPECT_THAT(
+        tevra::fake::logLines(),
+        ElementsAre(LogLine{3, "", "MPTSIndex not valid [" + std::to_string(index) + "]."}));
+  }
+}
+
+TEST_F(StartingControlServer, HandlerIsBuiltBetweenTheFirstLineAndTheLast) {
+  FakeMainTask mainTask(1);
+  const ThreadedSimpleServer server = startControlServer(1);
+  EXPECT_FALSE(server.empty());
+  const std::string directory = path("Tornel");
+  EXPECT_THAT(
+      tevra::fake::logLines(),
+      ElementsAre(
+          LogLine{4, "", "[MPTS1] Tornel listening on port [9225]"},
+          LogLine{4, "", "[MPTS1] notifying to port [9257]"},
+          LogLine{4, "", "IN mod slot [3] PID poll [300/499]"},
+          LogLine{3, "", "[MPTS1] Error reading file: " + directory + "/TableStoreFile1"},
+          LogLine{3, "", "[MPTS1] Error reading tables from file"},
+          LogLine{3, "", "[MPTS1] Error reading file: " + directory + "/EITTableVersionStoreFile1"},
+          LogLine{3, "", "[MPTS1] Error reading tables from file"},
+          LogLine{7, "", "I need Configuration!!!"},
+          LogLine{6, "", "Started threaded simple server, on port: 9225"}));
+}
+
+TEST_F(StartingControlServer, MptsThreeListensOn9227AndAcceptsAtOnce) {
+  const ThreadedSimpleServer server = startControlServer(3);
+  ControlClient client(9227);
+  EXPECT_TRUE(client->sendCmd(7));
+  EXPECT_TRUE(tevra::fake::logged(4, "[MPTS3] Tornel listening on port [9227]"));
+  EXPECT_TRUE(tevra::fake::logged(6, "Started threaded simple server, on port: 9227"));
+  // From then on Thrift's own output is of level 7: a failed notification is one line of level 3.
+  tevra::fake::clearLog();
+  client->setSDT(tevra::SDT());
+  const std::vector<LogLine> lines = tevra::fake::logLines();
+  ASSERT_EQ(4U, lines.size());
+  EXPECT_EQ(7, lines[2].level);
+  EXPECT_THAT(lines[2].text, testing::HasSubstr("Connection refused"));
+  EXPECT_EQ(3, lines[3].level);
+}
+
+TEST_F(StartingControlServer, ReleasingItLogsAndLeavesTheThreadServing) {
+  {
+    const ThreadedSimpleServer server = startControlServer(2);
+    tevra::fake::clearLog();
+  }
+  EXPECT_THAT(tevra::fake::logLines(), ElementsAre(LogLine{6, "", "Ended threaded simple server"}));
+  ControlClient client(9226);
+  EXPECT_TRUE(client->setNIT(tevra::NIT()));
+}
+
+TEST_F(StartingControlServer, ReleasingAnEmptyOneIsSilent) {
+  { const ThreadedSimpleServer server; }
+  EXPECT_THAT(tevra::fake::logLines(), testing::IsEmpty());
+}
+
+/** In a process that starts nothing else, so that the port is free for the listener in the way. */
+TEST(StartingControlServerDeathTest, PortInUseEndsTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        platform().configurationRoot = "/nonexistent";
+        const OccupiedPort occupied(9227);
+        (void)startControlServer(3);
+      },
+      KilledBySignal(SIGABRT), "");
+}
+
+TEST_F(ControlServer, OneConnectionCarriesManyCalls) {
+  ControlClient client;
+  for (int i = 0; i < 200; ++i) {
+    EXPECT_TRUE(client->sendCmd(7));
+  }
+  EXPECT_EQ(200, tevra::fake::timesLogged(7, "SI sendCmd"));
+}
+
+TEST_F(ControlServer, OneClientComesAfterTheOther) {
+  for (int i = 0; i < 50; ++i) {
+    ControlClient client;
+    EXPECT_TRUE(client->sendCmd(7));
+  }
+  EXPECT_EQ(50, tevra::fake::timesLogged(7, "SI sendCmd"));
+}
+
+TEST_F(ControlServer, SecondClientWaitsUntilTheFirstLeaves) {
+  ControlClient first;
+  EXPECT_TRUE(first->sendCmd(7));
+  ControlClient second;
+  second->send_sendCmd(7);
+  EXPECT_FALSE(second.hasAnswerWithin(200));
+  EXPECT_TRUE(first->sendCmd(7));  // the first is still served
+  EXPECT_EQ(2, tevra::fake::timesLogged(7, "SI sendCmd"));
+  first.close();
+  EXPECT_TRUE(second->recv_sendCmd());
+  EXPECT_EQ(3, tevra::fake::timesLogged(7, "SI sendCmd"));
+}
+
+TEST_F(ControlServer, WaitingClientThatGivesUpHindersNobody) {
+  ControlClient first;
+  EXPECT_TRUE(first->sendCmd(7));
+  {
+    ControlClient impatient;
+    impatient->send_sendCmd(1);
+  }
+  ControlClient third;
+  third->send_sendCmd(2);
+  first.close();
+  EXPECT_TRUE(third->recv_sendCmd());
+}
+
+TEST_F(ControlServer, UnknownMethodIsAnsweredAndTheConnectionStaysUsable) {
+  RawConnection connection;
+  connection.send(framed(tevra::test::callMessage("reboot")));
+  const std::string reply = connection.receive(4);
+  const std::string message = connection.receive(static_cast<unsigned char>(reply[3]));
+  // An exception message, for the same method and the same sequence number.
+  EXPECT_EQ(std::string("\x80\x01\x00\x03\x00\x00\x00\x06reboot\x00\x00\x00\x07", 18),
+            message.substr(0, 18));
+  connection.send(framed(tevra::test::callMessage("sendCmd")));
+  (void)connection.receive(4);
+  EXPECT_TRUE(tevra::fake::logged(7, "SI sendCmd"));
+}
+
+TEST_F(ControlServer, WholeRoadFromTablesToTheOutput) {
+  ControlClient client;
+  client->setPAT(tevra::test::makePAT({0x100}));
+  client->setSDT(tevra::test::makeSDT(1));
+  client->setPMT(tevra::test::makePMT(1, 0x101));
+  std::map<int32_t, tevra::SPTSConfiguration> answer;
+  client->getSrvOutputData(answer, tevra::test::outputOf(1, "Uno"));
+  ASSERT_EQ(1U, answer.count(tevra::test::kGlobalSID));
+  const tevra::OutputTables& tables = answer.at(tevra::test::kGlobalSID).outputTables;
+  EXPECT_EQ(1U, tables.patPackets.size());
+  EXPECT_EQ(1U, tables.sdtPackets.size());
+  EXPECT_EQ(1U, tables.pmtPackets.size());
+  EXPECT_EQ(1201, tables.dvbTables.pmt.programNumber);
+  EXPECT_TRUE(client->sendCmd(0));
+}
+
+/** Stack of the calling thread, in bytes. */
+size_t stackSize() {
+  pthread_attr_t attributes;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) {
+    return 0;
+  }
+  size_t size = 0;
+  pthread_attr_getstacksize(&attributes, &size);
+  pthread_attr_destroy(&attributes);
+  return size;
+}
+
+TEST_F(ControlServer, CallsRunOnAThreadOfItsOwnWithAStackOfOneMebibyte) {
+  size_t size = 0;
+  pthread_t thread = pthread_self();
+  platform().textFromUTF8 = [&](const std::string& utf8, std::string& dvb) {
+    size = stackSize();
+    thread = pthread_self();
+    dvb = utf8;
+    return true;
+  };
+  ControlClient client;
+  client->setPMT(tevra::test::makePMT(1, 0x101));
+  std::map<int32_t, tevra::SPTSConfiguration> answer;
+  client->getSrvOutputData(answer, tevra::test::outputOf(1, "Uno"));
+  EXPECT_EQ(0, pthread_equal(thread, pthread_self()));
+  EXPECT_EQ(size_t{1024} * 1024, size);
+}
+
+TEST_F(ControlServer, StackSizeOfOtherThreadsIsAsBefore) {
+  pthread_attr_t attributes;
+  ASSERT_EQ(0, pthread_getattr_default_np(&attributes));
+  size_t size = 0;
+  pthread_attr_getstacksize(&attributes, &size);
+  pthread_attr_destroy(&attributes);
+  EXPECT_LT(size_t{1024} * 1024, size);
+}
+
+}  // namespace

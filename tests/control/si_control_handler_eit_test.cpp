@@ -1,0 +1,259 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/control/handler_eit_fixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using tevra::EIT;
+using tevra::EITMap;
+using tevra::fake::logged;
+using tevra::fake::Notification;
+using tevra::fake::platform;
+using tevra::fake::timesLogged;
+using tevra::test::dvbTime;
+using tevra::test::eitMap;
+using tevra::test::HandlerEIT;
+using tevra::test::kRefused;
+using tevra::test::makeEIT;
+using tevra::test::NotifiedEIT;
+
+constexpr const char* kSaving = "[MPTS0] has to save the new tables in a file";
+constexpr const char* kSavingFailed = "[MPTS0] Error writing EIT table version in file";
+
+TEST_F(HandlerEIT, PresentFollowingBeforeAnyTOTIsOnlyStored) {
+  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 9, {0})}));
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(7, "setEITPresentFollowing"), Pair(7, "Guardo EIT pf en DB local!"),
+                          Pair(7,
+                               "setInputEITpf: SID [0x0001] tid [0x4e] v[9] nevents "
+                               "[1]")));
+  EXPECT_FALSE(std::filesystem::exists(eitVersionPath()));
+}
+
+TEST_F(HandlerEIT, ScheduleBeforeAnyTOTIsOnlyStored) {
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 9, {0})}));
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(7, "setEITSchedule"), Pair(7, "Guardo EIT sch en DB local!"),
+                          Pair(7,
+                               "setInputEITsch: SID [0x0001] tid [0x50] v[9] nevents "
+                               "[1]")));
+  EXPECT_FALSE(std::filesystem::exists(eitVersionPath()));
+}
+
+TEST_F(HandlerEIT, PresentFollowingAfterATOTIsRestampedNotifiedAndSaved) {
+  setSteadyTOT();
+  tevra::fake::clearLog();
+  handler_->setEITPresentFollowing(eitMap({makeEIT(0x1234, 0x4E, 9, {0, 1})}));
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(7, "setEITPresentFollowing"), Pair(7, "Guardo EIT pf en DB local!"),
+                          Pair(7, "setInputEITpf: SID [0x1234] tid [0x4e] v[9] nevents [2]"),
+                          Pair(7, "[getConflictFreeEITpf] Ready to apply offset [yes] [0]"),
+                          Pair(7, "No previous EIT restamped [0x1234/0x4e] version 0 selected"),
+                          Pair(7, "restampEIT: SID [0x1234] tid [0x4e] v[9] nevents [2]"),
+                          Pair(3, kRefused), Pair(7, kSaving)));
+  EXPECT_EQ(1, savedVersion(0x1234, 0x4E));
+}
+
+TEST_F(HandlerEIT, ScheduleAfterATOTIsRestampedNotifiedAndSaved) {
+  setSteadyTOT();
+  tevra::fake::clearLog();
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x5F, 9, {})}));
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(7, "setEITSchedule"), Pair(7, "Guardo EIT sch en DB local!"),
+                          Pair(7, "setInputEITsch: SID [0x0001] tid [0x5f] v[9] nevents [0]"),
+                          Pair(7, "[getConflictFreeEITsch] Ready to apply offset [yes] [0]"),
+                          Pair(7, "No previous EIT restamped [0x0001/0x5f] version 0 selected"),
+                          Pair(7, "restampEIT: SID [0x0001] tid [0x5f] v[9] nevents [0]"),
+                          Pair(3, kRefused), Pair(7, kSaving)));
+}
+
+TEST_F(NotifiedEIT, TOTRestampsPresentFollowingThenScheduleThenSavesThenNotifiesItself) {
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 7, {})}));
+  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 8, {})}));
+  tevra::fake::clearLog();
+  setTOT(12, 0, 0);
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(7, "Guardo TOT en DB local!"), Pair(7, "Guardo TOT en DB local!"),
+                          Pair(4, "DVB to System Time offset set to [60] secs"),
+                          Pair(7, "[getConflictFreeEITpf] Ready to apply offset [yes] [60]"),
+                          Pair(7, "No previous EIT restamped [0x0001/0x4e] version 0 selected"),
+                          Pair(7, "restampEIT: SID [0x0001] tid [0x4e] v[8] nevents [0]"),
+                          Pair(7, "MainTask notified from SI (new EIT pf)!!!"),
+                          Pair(7, "[getConflictFreeEITsch] Ready to apply offset [yes] [60]"),
+                          Pair(7, "No previous EIT restamped [0x0001/0x50] version 0 selected"),
+                          Pair(7, "restampEIT: SID [0x0001] tid [0x50] v[7] nevents [0]"),
+                          Pair(7, "MainTask notified from SI (new EITsch)!!!"), Pair(7, kSaving),
+                          Pair(7, "MainTask notified from SI (new TOT)!!!")));
+  ASSERT_TRUE(mainTask_.waitFor(3));
+  EXPECT_THAT(mainTask_.methods(),
+              ElementsAre("notifyEITPresentFollowing", "notifyEITSchedule", "notifyTOT"));
+}
+
+TEST_F(HandlerEIT, TOTWithOnlyOneKindStoredRestampsThatKind) {
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 7, {})}));
+  setSteadyTOT();
+  EXPECT_TRUE(logged(7, "[getConflictFreeEITsch] Ready to apply offset [yes] [0]"));
+  EXPECT_FALSE(logged(7, "[getConflictFreeEITpf] Ready to apply offset [yes] [0]"));
+  EXPECT_EQ(1, timesLogged(7, kSaving));
+}
+
+TEST_F(NotifiedEIT, EventsMoveByTheOffsetAndKeepEverythingElse) {
+  setTOT(12, 0, 0);
+  const EIT in = makeEIT(1, 0x50, 9, {dvbTime(kMjd, 12, 30, 0), dvbTime(kMjd, 0, 0, 30)});
+  handler_->setEITSchedule(eitMap({in}));
+  EIT expected = in;
+  expected.version = 1;
+  expected.events[0].startTime = dvbTime(kMjd, 12, 29, 0);
+  expected.events[1].startTime = dvbTime(kMjd - 1, 23, 59, 30);
+  const std::vector<Notification> all = notified(2);
+  EXPECT_EQ("notifyEITSchedule", all[1].method);
+  EXPECT_EQ(expected, all[1].eit);
+}
+
+TEST_F(NotifiedEIT, NegativeOffsetMovesEventsLater) {
+  setTOT(11, 0, 0);
+  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {dvbTime(kMjd, 23, 30, 5)})}));
+  const std::vector<Notification> all = notified(2);
+  EXPECT_EQ("notifyEITPresentFollowing", all[1].method);
+  ASSERT_EQ(1U, all[1].eit.events.size());
+  EXPECT_EQ(dvbTime(kMjd + 1, 0, 29, 5), all[1].eit.events[0].startTime);
+}
+
+TEST_F(NotifiedEIT, ATOTMovesTheEventsAsReceivedAndNotTheMovedOnes) {
+  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {dvbTime(kMjd, 12, 30, 0)})}));
+  setTOT(12, 0, 0);
+  setTOT(12, 1, 0);
+  const std::vector<Notification> all = notified(4);
+  EXPECT_EQ(dvbTime(kMjd, 12, 29, 0), all[0].eit.events.at(0).startTime);
+  EXPECT_EQ(dvbTime(kMjd, 12, 28, 0), all[2].eit.events.at(0).startTime);
+}
+
+TEST_F(NotifiedEIT, OneNotificationPerEITInAscendingServiceThenTable) {
+  setSteadyTOT();
+  handler_->setEITSchedule(
+      eitMap({makeEIT(300, 0x50, 0, {}), makeEIT(2, 0x5F, 0, {}), makeEIT(2, 0x50, 0, {}),
+              makeEIT(65535, 0x51, 0, {}), makeEIT(2, 0x51, 0, {})}));
+  std::vector<std::pair<int32_t, int32_t>> order;
+  for (const Notification& notification : notified(6)) {
+    if (notification.method == "notifyEITSchedule") {
+      order.emplace_back(notification.eit.serviceId, notification.eit.tableId);
+    }
+  }
+  EXPECT_THAT(order, ElementsAre(Pair(2, 0x50), Pair(2, 0x51), Pair(2, 0x5F), Pair(300, 0x50),
+                                 Pair(65535, 0x51)));
+  EXPECT_EQ(1, timesLogged(7, kSaving));
+}
+
+TEST_F(NotifiedEIT, SetterRestampsOnlyWhatItBrings) {
+  setSteadyTOT();
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {}), makeEIT(2, 0x50, 0, {})}));
+  handler_->setEITSchedule(eitMap({makeEIT(2, 0x50, 0, {})}));
+  const std::vector<Notification> all = notified(4);
+  EXPECT_EQ(4U, all.size());
+  EXPECT_EQ(2, all[3].eit.serviceId);
+  EXPECT_EQ(2, all[3].eit.version);
+  EXPECT_EQ(1, savedVersion(1, 0x50));
+}
+
+TEST_F(NotifiedEIT, TOTRestampsEverythingEverStored) {
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 1, {}), makeEIT(1, 0x51, 1, {})}));
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 2, {0})}));
+  setSteadyTOT();
+  const std::vector<Notification> all = notified(3);
+  EXPECT_THAT(mainTask_.methods(),
+              ElementsAre("notifyEITSchedule", "notifyEITSchedule", "notifyTOT"));
+  EXPECT_EQ(1U, all[0].eit.events.size());  // the newer 0x50
+  EXPECT_EQ(0x51, all[1].eit.tableId);
+}
+
+TEST_F(NotifiedEIT, KeysOfTheMapAndNotTheIdsInsideChooseTheVersion) {
+  setSteadyTOT();
+  EITMap eits;
+  eits[10][0x60] = makeEIT(1, 0x50, 0, {});
+  handler_->setEITSchedule(eits);
+  const Notification last = notified(2)[1];
+  EXPECT_EQ(1, last.eit.serviceId);
+  EXPECT_EQ(0x50, last.eit.tableId);
+  EXPECT_EQ(1, savedVersion(10, 0x60));
+  EXPECT_EQ(0U, savedEITVersions().count(1));
+  EXPECT_TRUE(logged(7, "No previous EIT restamped [0x000a/0x60] version 0 selected"));
+  EXPECT_TRUE(logged(7, "restampEIT: SID [0x0001] tid [0x50] v[0] nevents [0]"));
+}
+
+TEST_F(NotifiedEIT, EmptyMapIsSavedAndNotifiesNothing) {
+  setSteadyTOT();
+  tevra::fake::clearLog();
+  handler_->setEITPresentFollowing({});
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(7, "setEITPresentFollowing"), Pair(7, "Guardo EIT pf en DB local!"),
+                          Pair(7, "[getConflictFreeEITpf] Ready to apply offset [yes] [0]"),
+                          Pair(7, kSaving)));
+  EXPECT_THAT(savedEITVersions(), IsEmpty());
+}
+
+TEST_F(HandlerEIT, TOTWithNothingStoredSavesNothing) {
+  setTOT(12, 0, 0);
+  EXPECT_FALSE(logged(7, kSaving));
+  EXPECT_FALSE(std::filesystem::exists(eitVersionPath()));
+}
+
+TEST_F(HandlerEIT, FailedDirectoryIsLoggedAndDoesNotFailTheCall) {
+  setSteadyTOT();
+  platform().createDirectoryResult = 1;
+  tevra::fake::clearLog();
+  handler_->setEITPresentFollowing({});
+  const auto all = lines();
+  ASSERT_EQ(6U, all.size());
+  EXPECT_THAT(all[3], Pair(7, kSaving));
+  EXPECT_THAT(all[4], Pair(3, "[MPTS0] Could not create directory: " + path("Tornel")));
+  EXPECT_THAT(all[5], Pair(3, kSavingFailed));
+}
+
+TEST_F(HandlerEIT, FailedFileIsLoggedAndTheVersionsAreKeptForTheNextSave) {
+  setSteadyTOT();
+  std::filesystem::create_directories(eitVersionPath());
+  tevra::fake::clearLog();
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {})}));
+  const auto all = lines();
+  ASSERT_LE(3U, all.size());
+  EXPECT_THAT(all[all.size() - 3], Pair(7, kSaving));
+  EXPECT_THAT(all[all.size() - 2], Pair(3, "[MPTS0] Error writing file: " + eitVersionPath()));
+  EXPECT_THAT(all[all.size() - 1], Pair(3, kSavingFailed));
+  std::filesystem::remove(eitVersionPath());
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {})}));
+  EXPECT_EQ(2, savedVersion(1, 0x50));
+}
+
+TEST_F(HandlerEIT, FailedFileOfATOTIsLoggedBeforeItsNotification) {
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {})}));
+  platform().createDirectoryResult = 1;
+  tevra::fake::clearLog();
+  setSteadyTOT();
+  const auto all = lines();
+  ASSERT_LE(4U, all.size());
+  EXPECT_THAT(all[all.size() - 4], Pair(7, kSaving));
+  EXPECT_THAT(all[all.size() - 3],
+              Pair(3, "[MPTS0] Could not create directory: " + path("Tornel")));
+  EXPECT_THAT(all[all.size() - 2], Pair(3, kSavingFailed));
+  EXPECT_THAT(all[all.size() - 1], Pair(3, kRefused));
+}
+
+TEST_F(HandlerEIT, PresentFollowingAndScheduleShareOneFile) {
+  setSteadyTOT();
+  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})}));
+  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {}), makeEIT(2, 0x50, 0, {})}));
+  EXPECT_EQ(1, savedVersion(1, 0x4E));
+  EXPECT_EQ(1, savedVersion(1, 0x50));
+  EXPECT_EQ(1, savedVersion(2, 0x50));
+}
+
+}  // namespace

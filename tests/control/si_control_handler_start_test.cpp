@@ -1,0 +1,313 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/control/handler_fixture.h"
+#include "tests/fakes/fake_main_task.h"
+
+namespace {
+
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::Pair;
+using tevra::EITTableVersionStore;
+using tevra::EITTableVersionStoreFile;
+using tevra::SIControlSrvHandler;
+using tevra::TableStore;
+using tevra::TableStoreFile;
+using tevra::fake::FakeMainTask;
+using tevra::fake::logged;
+using tevra::fake::platform;
+using tevra::test::HandlerTest;
+using tevra::test::kRefused;
+
+constexpr int64_t kMjd = 60000;
+
+/** A stored entry whose output service differs from its key, as on an air that renames services. */
+TableStore storeEntry(int32_t restartCounter, int32_t outputSID) {
+  TableStore entry;
+  entry.restartCounter = restartCounter;
+  entry.pat.version = 9;
+  entry.sdt.version = 10;
+  entry.pmt.version = 11;
+  entry.pmt.programNumber = outputSID;
+  return entry;
+}
+
+EITTableVersionStore versionEntry(int32_t restartCounter, int32_t version) {
+  EITTableVersionStore entry;
+  entry.restartCounter = restartCounter;
+  entry.versions[0x4E] = version;
+  return entry;
+}
+
+class HandlerStart : public HandlerTest {
+ protected:
+  /** Makes the handler save both files without touching the entries under test. */
+  static void saveBoth(SIControlSrvHandler& handler) {
+    constexpr int32_t kOtherService = 9999;
+    handler.setPMT(tevra::test::makePMT(kOtherService, 0x200));
+    std::map<int32_t, tevra::SPTSConfiguration> answer;
+    handler.getSrvOutputData(answer, tevra::test::outputOf(kOtherService, "Other"));
+    handler.setTOT(tevra::test::totAt(tevra::test::dvbTime(kMjd, 12, 0, 0)));
+    handler.setEITPresentFollowing(
+        tevra::test::eitMap({tevra::test::makeEIT(kOtherService, 0x4E, 0, {})}));
+  }
+
+  static void writeTableStores(const std::map<int32_t, TableStore>& entries) {
+    TableStoreFile file;
+    file.tableStores = entries;
+    writeFile(tableStorePath(), file);
+  }
+  static void writeEITVersions(const std::map<int32_t, EITTableVersionStore>& entries) {
+    EITTableVersionStoreFile file;
+    file.versionStores = entries;
+    writeFile(eitVersionPath(), file);
+  }
+
+  static void cutFile(const std::string& file, std::uintmax_t bytes) {
+    std::filesystem::resize_file(file, std::filesystem::file_size(file) - bytes);
+  }
+};
+
+TEST_F(HandlerStart, WithoutFilesAndMainTaskItLogsInThisOrder) {
+  const SIControlSrvHandler handler(0);
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(4, "[MPTS0] notifying to port [9256]"),
+                          Pair(4, "IN mod slot [3] PID poll [100/299]"),
+                          Pair(3, "[MPTS0] Error reading file: " + tableStorePath()),
+                          Pair(3, "[MPTS0] Error reading tables from file"),
+                          Pair(3, "[MPTS0] Error reading file: " + eitVersionPath()),
+                          Pair(3, "[MPTS0] Error reading tables from file"), Pair(3, kRefused)));
+}
+
+TEST_F(HandlerStart, WithFilesAndMainTaskItLogsInThisOrder) {
+  writeTableStores({{100, storeEntry(4, 1201)}, {200, storeEntry(0, 1202)}});
+  writeEITVersions({{300, versionEntry(0, 1)}, {400, versionEntry(4, 2)}});
+  FakeMainTask mainTask;
+  const SIControlSrvHandler handler(0);
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(4, "[MPTS0] notifying to port [9256]"),
+                          Pair(4, "IN mod slot [3] PID poll [100/299]"),
+                          Pair(7, "[MPTS0] Recovering saved DVB tables"),
+                          Pair(5, "[MPTS0] 1201 is erased from the table store struct"),
+                          Pair(7, "[MPTS0] Recovering saved EIT table versions"),
+                          Pair(5, "[MPTS0] 400 is erased from the EIT table version store struct"),
+                          Pair(7, "I need Configuration!!!")));
+}
+
+TEST_F(HandlerStart, MainTaskIsAskedForTheConfigurationOnce) {
+  FakeMainTask mainTask;
+  const SIControlSrvHandler handler(0);
+  ASSERT_TRUE(mainTask.waitFor(1));
+  EXPECT_THAT(mainTask.methods(), ElementsAre("requestConfiguration"));
+}
+
+TEST_F(HandlerStart, EveryMptsHasItsOwnPortPoolAndFiles) {
+  FakeMainTask mainTask(3);
+  const SIControlSrvHandler handler(3);
+  EXPECT_THAT(lines(), ElementsAre(Pair(4, "[MPTS3] notifying to port [9259]"),
+                                   Pair(4, "IN mod slot [3] PID poll [700/899]"),
+                                   Pair(3, "[MPTS3] Error reading file: " + tableStorePath(3)),
+                                   Pair(3, "[MPTS3] Error reading tables from file"),
+                                   Pair(3, "[MPTS3] Error reading file: " + eitVersionPath(3)),
+                                   Pair(3, "[MPTS3] Error reading tables from file"),
+                                   Pair(7, "I need Configuration!!!")));
+  ASSERT_TRUE(mainTask.waitFor(1));
+}
+
+TEST_F(HandlerStart, MiddleMptsNotifyToTheirPorts) {
+  const SIControlSrvHandler first(1);
+  EXPECT_TRUE(logged(4, "[MPTS1] notifying to port [9257]"));
+  const SIControlSrvHandler second(2);
+  EXPECT_TRUE(logged(4, "[MPTS2] notifying to port [9258]"));
+}
+
+TEST_F(HandlerStart, MptsAboveThreeIsLoggedAndGetsNoPort) {
+  const SIControlSrvHandler handler(4);
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(3, "[SIControlSrvHandler] MPTSId not supported [4]"),
+                          Pair(4, "[MPTS4] notifying to port [0]"),
+                          Pair(4, "Zero notification port!"), Pair(4, "Zero notification port!"),
+                          Pair(4, "IN mod slot [3] PID poll [900/1099]"),
+                          Pair(3, "[MPTS4] Error reading file: " + tableStorePath(4)),
+                          Pair(3, "[MPTS4] Error reading tables from file"),
+                          Pair(3, "[MPTS4] Error reading file: " + eitVersionPath(4)),
+                          Pair(3, "[MPTS4] Error reading tables from file"),
+                          Pair(4, "Notification Port not set.")));
+}
+
+TEST_F(HandlerStart, NegativeMptsIsLoggedAndGetsNoPort) {
+  const SIControlSrvHandler handler(-1);
+  EXPECT_TRUE(logged(3, "[SIControlSrvHandler] MPTSId not supported [-1]"));
+  EXPECT_TRUE(logged(4, "[MPTS-1] notifying to port [0]"));
+  EXPECT_EQ(2, tevra::fake::timesLogged(4, "Zero notification port!"));
+  EXPECT_EQ(1, tevra::fake::timesLogged(4, "Notification Port not set."));
+}
+
+TEST_F(HandlerStart, WithoutPortEveryNotificationIsALineAndNoConnection) {
+  SIControlSrvHandler handler(4);
+  tevra::fake::clearLog();
+  handler.setSDT(tevra::test::makeSDT(1));
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(7, "Guardo SDT en DB local!"), Pair(7, "Guardo SDT en DB local!"),
+                          Pair(4, "Notification Port not set.")));
+}
+
+TEST_F(HandlerStart, UnknownModuleTypeIsLoggedWhenThePoolIsMade) {
+  platform().moduleType = 9;
+  const SIControlSrvHandler handler(0);
+  const auto all = lines();
+  ASSERT_LE(3U, all.size());
+  EXPECT_THAT(all[1], Pair(3, "[getPIDPollSizePerMPTS] Module type [9] not supported!"));
+  EXPECT_THAT(all[2], Pair(4, "IN mod slot [3] PID poll [100/99]"));
+}
+
+TEST_F(HandlerStart, TableStoreWithCounterThreeIsKeptWithFour) {
+  writeTableStores({{100, storeEntry(3, 1201)}});
+  SIControlSrvHandler handler(0);
+  EXPECT_THAT(lines(), Not(Contains(Pair(5, testing::_))));
+  saveBoth(handler);
+  const auto saved = savedTableStores();
+  ASSERT_EQ(1U, saved.count(100));
+  EXPECT_EQ(storeEntry(4, 1201), saved.at(100));
+}
+
+TEST_F(HandlerStart, TableStoreWithCounterFourIsErased) {
+  writeTableStores({{100, storeEntry(4, 1201)}});
+  SIControlSrvHandler handler(0);
+  EXPECT_TRUE(logged(5, "[MPTS0] 1201 is erased from the table store struct"));
+  saveBoth(handler);
+  EXPECT_EQ(0U, savedTableStores().count(100));
+}
+
+TEST_F(HandlerStart, TableStoresAreAgedInKeyOrderAndEachForItself) {
+  writeTableStores({{-5, storeEntry(INT_MAX, 1)},
+                    {10, storeEntry(4, 2)},
+                    {20, storeEntry(INT_MIN, 3)},
+                    {30, storeEntry(-1, 4)},
+                    {40, storeEntry(5, 5)}});
+  SIControlSrvHandler handler(0);
+  EXPECT_THAT(lines(),
+              testing::IsSupersetOf({Pair(5, "[MPTS0] 1 is erased from the table store struct"),
+                                     Pair(5, "[MPTS0] 2 is erased from the table store struct"),
+                                     Pair(5, "[MPTS0] 5 is erased from the table store struct")}));
+  EXPECT_EQ(3U, tevra::fake::logLines(5).size() - tevra::fake::logLines(4).size());
+  saveBoth(handler);
+  const auto saved = savedTableStores();
+  EXPECT_EQ(INT_MIN + 1, saved.at(20).restartCounter);
+  EXPECT_EQ(0, saved.at(30).restartCounter);
+  EXPECT_EQ(3U, saved.size());  // with the one of saveBoth
+}
+
+TEST_F(HandlerStart, EITVersionsWithCounterThreeAreKeptWithFour) {
+  writeEITVersions({{300, versionEntry(3, 17)}});
+  SIControlSrvHandler handler(0);
+  EXPECT_THAT(lines(), Not(Contains(Pair(5, testing::_))));
+  saveBoth(handler);
+  EXPECT_EQ(versionEntry(4, 17), savedEITVersions().at(300));
+}
+
+TEST_F(HandlerStart, EITVersionsWithCounterFourAreErasedByTheirKey) {
+  writeEITVersions({{300, versionEntry(4, 17)}, {301, versionEntry(3, 18)}});
+  SIControlSrvHandler handler(0);
+  EXPECT_TRUE(logged(5, "[MPTS0] 300 is erased from the EIT table version store struct"));
+  EXPECT_FALSE(logged(5, "[MPTS0] 301 is erased from the EIT table version store struct"));
+  saveBoth(handler);
+  EXPECT_EQ(0U, savedEITVersions().count(300));
+  EXPECT_EQ(1U, savedEITVersions().count(301));
+}
+
+TEST_F(HandlerStart, EntryWithCounterZeroSurvivesFourStartsAndGoesAtTheFifth) {
+  writeTableStores({{100, storeEntry(0, 1201)}});
+  writeEITVersions({{300, versionEntry(0, 17)}});
+  for (int start = 1; start <= 4; ++start) {
+    SIControlSrvHandler handler(0);
+    saveBoth(handler);
+    EXPECT_EQ(start, savedTableStores().at(100).restartCounter);
+    EXPECT_EQ(start, savedEITVersions().at(300).restartCounter);
+  }
+  tevra::fake::clearLog();
+  SIControlSrvHandler handler(0);
+  EXPECT_TRUE(logged(5, "[MPTS0] 1201 is erased from the table store struct"));
+  EXPECT_TRUE(logged(5, "[MPTS0] 300 is erased from the EIT table version store struct"));
+  saveBoth(handler);
+  EXPECT_EQ(0U, savedTableStores().count(100));
+  EXPECT_EQ(0U, savedEITVersions().count(300));
+}
+
+TEST_F(HandlerStart, AgeingAloneWritesNoFile) {
+  writeTableStores({{100, storeEntry(4, 1201)}});
+  writeEITVersions({{300, versionEntry(4, 17)}});
+  const SIControlSrvHandler handler(0);
+  EXPECT_EQ(4, savedTableStores().at(100).restartCounter);
+  EXPECT_EQ(4, savedEITVersions().at(300).restartCounter);
+}
+
+TEST_F(HandlerStart, OnlyTheMissingFileIsAnError) {
+  writeEITVersions({{300, versionEntry(0, 1)}});
+  const SIControlSrvHandler handler(0);
+  EXPECT_EQ(1, tevra::fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
+  EXPECT_TRUE(logged(3, "[MPTS0] Error reading file: " + tableStorePath()));
+  EXPECT_TRUE(logged(7, "[MPTS0] Recovering saved EIT table versions"));
+}
+
+TEST_F(HandlerStart, WhatATruncatedTableStoreFileHoldsIsAgedAllTheSame) {
+  writeTableStores({{100, storeEntry(4, 1201)}, {200, storeEntry(2, 1202)}});
+  cutFile(tableStorePath(), 40);
+  SIControlSrvHandler handler(0);
+  const auto all = lines();
+  ASSERT_LE(5U, all.size());
+  EXPECT_THAT(all[2], Pair(3, "[MPTS0] Error reading file: " + tableStorePath()));
+  EXPECT_THAT(all[3], Pair(3, "[MPTS0] Error reading tables from file"));
+  EXPECT_THAT(all[4], Pair(5, "[MPTS0] 1201 is erased from the table store struct"));
+  saveBoth(handler);
+  EXPECT_EQ(0U, savedTableStores().count(100));
+  EXPECT_EQ(3, savedTableStores().at(200).restartCounter);
+}
+
+TEST_F(HandlerStart, WhatATruncatedEITVersionFileHoldsIsAgedAllTheSame) {
+  writeEITVersions({{300, versionEntry(4, 17)}, {301, versionEntry(3, 18)}});
+  cutFile(eitVersionPath(), 2);
+  SIControlSrvHandler handler(0);
+  EXPECT_TRUE(logged(3, "[MPTS0] Error reading file: " + eitVersionPath()));
+  EXPECT_TRUE(logged(5, "[MPTS0] 300 is erased from the EIT table version store struct"));
+  saveBoth(handler);
+  EXPECT_EQ(4, savedEITVersions().at(301).restartCounter);
+}
+
+TEST_F(HandlerStart, FilesThatAreNoRecordsAreLikeMissingOnes) {
+  std::filesystem::create_directories(path("Tornel"));
+  std::ofstream(tableStorePath()) << "no record at all";
+  std::ofstream(eitVersionPath()) << "";
+  const SIControlSrvHandler handler(0);
+  EXPECT_EQ(2, tevra::fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
+  EXPECT_EQ(kRefused, lines().back().second);
+}
+
+TEST_F(HandlerStart, EmptyRecordsAreRecoveredSilently) {
+  writeTableStores({});
+  writeEITVersions({});
+  const SIControlSrvHandler handler(0);
+  EXPECT_THAT(lines(), ElementsAre(Pair(4, "[MPTS0] notifying to port [9256]"),
+                                   Pair(4, "IN mod slot [3] PID poll [100/299]"),
+                                   Pair(7, "[MPTS0] Recovering saved DVB tables"),
+                                   Pair(7, "[MPTS0] Recovering saved EIT table versions"),
+                                   Pair(3, kRefused)));
+}
+
+TEST_F(HandlerStart, FilesOfAnotherMptsAreNotTouched) {
+  writeTableStores({{100, storeEntry(4, 1201)}});
+  const SIControlSrvHandler handler(2);
+  EXPECT_TRUE(logged(3, "[MPTS2] Error reading file: " + tableStorePath(2)));
+  EXPECT_EQ(1U, savedTableStores().size());
+}
+
+}  // namespace

@@ -1,0 +1,27 @@
+#include "control/thrift_output.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <thrift/Thrift.h>
+
+#include "tests/fakes/fake_platform.h"
+
+namespace {
+
+using apache::thrift::GlobalOutput;
+using testing::ElementsAre;
+using tevra::fake::LogLine;
+
+using ThriftOutput = tevra::fake::PlatformTest;
+
+TEST_F(ThriftOutput, BecomesLinesOfLevelSevenAndLeavesStandardErrorAlone) {
+  tevra::redirectThriftOutput();
+  testing::internal::CaptureStderr();
+  GlobalOutput("100% gone");
+  GlobalOutput.printf("%s died: %d", "TServerTransport", 24);
+  EXPECT_EQ("", testing::internal::GetCapturedStderr());
+  EXPECT_THAT(tevra::fake::logLines(), ElementsAre(LogLine{7, "", "100% gone"},
+                                                   LogLine{7, "", "TServerTransport died: 24"}));
+}
+
+}  // namespace

@@ -1,0 +1,50 @@
+#include "tests/inputdb/allocation_hook.h"
+
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+namespace tevra::test {
+namespace {
+
+thread_local AllocationHook* hookOfThread = nullptr;
+
+}  // namespace
+
+AllocationHook::AllocationHook(size_t bytes, std::function<void()> action)
+    : bytes_(bytes), action_(std::move(action)) {
+  hookOfThread = this;
+}
+
+AllocationHook::~AllocationHook() {
+  hookOfThread = nullptr;
+}
+
+void AllocationHook::allocating(size_t bytes) {
+  if (bytes >= bytes_ && !triggered_) {
+    triggered_ = true;
+    action_();
+  }
+}
+
+}  // namespace tevra::test
+
+// The whole program's: the other forms of new and delete call these two.
+
+void* operator new(size_t bytes) {
+  if (tevra::test::hookOfThread != nullptr) {
+    tevra::test::hookOfThread->allocating(bytes);
+  }
+  if (void* memory = std::malloc(bytes == 0 ? 1 : bytes)) {
+    return memory;
+  }
+  throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, size_t) noexcept {
+  std::free(memory);
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+namespace tevra::test {
+
+/**
+ * Calls `action` once, inside the first operator new of at least `bytes` bytes that this thread
+ * makes during the hook's life. An action that throws makes the allocation fail with what it
+ * throws. One hook per thread at a time.
+ */
+class AllocationHook {
+ public:
+  AllocationHook(size_t bytes, std::function<void()> action);
+  ~AllocationHook();
+  AllocationHook(const AllocationHook&) = delete;
+  AllocationHook& operator=(const AllocationHook&) = delete;
+
+  /** Whether the action has been called. */
+  [[nodiscard]] bool triggered() const { return triggered_; }
+
+  /** For operator new. */
+  void allocating(size_t bytes);
+
+ private:
+  size_t bytes_;
+  std::function<void()> action_;
+  bool triggered_ = false;
+};
+
+}  // namespace tevra::test

@@ -1,0 +1,237 @@
+#include <chrono>
+#include <future>
+#include <new>
+#include <type_traits>
+
+#include <gtest/gtest.h>
+
+#include "platform/module_utils.h"
+#include "tests/fakes/fake_platform.h"
+#include "tests/inputdb/allocation_hook.h"
+#include "tests/inputdb/table_kinds.h"
+#include "tests/records/sample_records.h"
+#include "tests/records/wire.h"
+
+// What holds for PAT, SDT, CAT, NIT, BAT and TOT alike.
+
+namespace tevra::test {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+constexpr size_t kManyElements = 50000;
+constexpr size_t kLargeAllocation = size_t{256} * 1024;
+
+template <class Table>
+class SingleTableKinds : public fake::PlatformTest {
+ protected:
+  static constexpr bool kSurvivesClear = std::is_same_v<Table, TOT>;
+
+  static Table withVersion(int32_t version) {
+    Table table = sample<Table>();
+    table.version = version;
+    return table;
+  }
+
+  /** A table whose copy makes one allocation of at least kLargeAllocation bytes. */
+  static Table large() {
+    Table table;
+    table.version = 21;
+    Kind<Table>::enlarge(table, kManyElements);
+    return table;
+  }
+
+  bool holdsNothing() {
+    Table out;
+    return !Kind<Table>::get(db_, out);
+  }
+
+  Table held() {
+    Table out;
+    EXPECT_TRUE(Kind<Table>::get(db_, out));
+    return out;
+  }
+
+  InputTableDB db_;
+};
+
+using Tables = ::testing::Types<PAT, SDT, CAT, NIT, BAT, TOT>;
+
+struct TableName {
+  template <class Table>
+  static std::string GetName(int) {
+    return Kind<Table>::kName;
+  }
+};
+
+TYPED_TEST_SUITE(SingleTableKinds, Tables, TableName);
+
+TYPED_TEST(SingleTableKinds, AMissLeavesTheOutputUntouched) {
+  TypeParam out = this->withVersion(9);
+  EXPECT_FALSE(Kind<TypeParam>::get(this->db_, out));
+  EXPECT_EQ(out, this->withVersion(9));
+}
+
+TYPED_TEST(SingleTableKinds, TheSetterLogsOneDebugLineAndReturnsTrue) {
+  EXPECT_TRUE(Kind<TypeParam>::set(this->db_, this->withVersion(1)));
+  EXPECT_EQ(fake::logLines(),
+            (std::vector<fake::LogLine>{{kLogDebug, "", Kind<TypeParam>::kLine}}));
+}
+
+TYPED_TEST(SingleTableKinds, TheGetterLogsNothing) {
+  Kind<TypeParam>::set(this->db_, this->withVersion(1));
+  fake::clearLog();
+  (void)this->held();
+  EXPECT_TRUE(fake::logLines().empty());
+}
+
+TYPED_TEST(SingleTableKinds, HoldsWhatWasStored) {
+  Kind<TypeParam>::set(this->db_, sample<TypeParam>());
+  EXPECT_EQ(this->held(), sample<TypeParam>());
+  EXPECT_EQ(this->held(), sample<TypeParam>()) << "the second time";
+}
+
+TYPED_TEST(SingleTableKinds, TheFlagsAreStoredToo) {
+  const auto received = fromBinary<TypeParam>(binaryOf(sample<TypeParam>()));
+  Kind<TypeParam>::set(this->db_, received);
+  EXPECT_EQ(flagsOf(this->held()), flagsOf(received));
+  Kind<TypeParam>::set(this->db_, sample<TypeParam>());
+  EXPECT_EQ(flagsOf(this->held()), flagsOf(TypeParam()));
+}
+
+TYPED_TEST(SingleTableKinds, TheGetterOverwritesEveryMember) {
+  Kind<TypeParam>::set(this->db_, TypeParam());
+  TypeParam out = sample<TypeParam>();
+  ASSERT_TRUE(Kind<TypeParam>::get(this->db_, out));
+  EXPECT_EQ(out, TypeParam());
+}
+
+TYPED_TEST(SingleTableKinds, EveryTableReplacesTheOneBefore) {
+  for (const int32_t version : {5, 31, 2, 2}) {
+    EXPECT_TRUE(Kind<TypeParam>::set(this->db_, this->withVersion(version)));
+    EXPECT_EQ(this->held(), this->withVersion(version));
+  }
+  EXPECT_EQ(fake::timesLogged(kLogDebug, Kind<TypeParam>::kLine), 4);
+}
+
+TYPED_TEST(SingleTableKinds, TheDatabaseSharesNothingWithItsCallers) {
+  TypeParam given = sample<TypeParam>();
+  Kind<TypeParam>::set(this->db_, given);
+  Kind<TypeParam>::enlarge(given, 0);
+  TypeParam taken = this->held();
+  EXPECT_EQ(taken, sample<TypeParam>());
+  Kind<TypeParam>::enlarge(taken, 0);
+  EXPECT_EQ(this->held(), sample<TypeParam>());
+}
+
+TYPED_TEST(SingleTableKinds, StoringOneKindStoresNoOther) {
+  Kind<TypeParam>::set(this->db_, sample<TypeParam>());
+  int holding = 0;
+  const auto count = [&](auto table) { holding += Kind<decltype(table)>::get(this->db_, table); };
+  count(PAT());
+  count(SDT());
+  count(CAT());
+  count(NIT());
+  count(BAT());
+  count(TOT());
+  EXPECT_EQ(holding, 1);
+  std::vector<PMT> pmts;
+  EXPECT_FALSE(this->db_.getInputPMTs(pmts));
+  EITMap eits;
+  EXPECT_FALSE(this->db_.getInputEITpf(eits));
+  EXPECT_FALSE(this->db_.getInputEITsch(eits));
+}
+
+TYPED_TEST(SingleTableKinds, ClearEmptiesEveryKindButTheTOT) {
+  Kind<TypeParam>::set(this->db_, sample<TypeParam>());
+  fake::clearLog();
+  this->db_.clear();
+  EXPECT_EQ(this->holdsNothing(), !TestFixture::kSurvivesClear);
+  EXPECT_TRUE(fake::logLines().empty());
+  Kind<TypeParam>::set(this->db_, this->withVersion(3));
+  EXPECT_EQ(this->held(), this->withVersion(3));
+}
+
+TYPED_TEST(SingleTableKinds, ACopyThatFailsLeavesTheKindEmptyAndUnlocked) {
+  Kind<TypeParam>::set(this->db_, sample<TypeParam>());
+  const TypeParam large = this->large();
+  {
+    const AllocationHook failing(kLargeAllocation, [] { throw std::bad_alloc(); });
+    EXPECT_THROW(Kind<TypeParam>::set(this->db_, large), std::bad_alloc);
+  }
+  EXPECT_TRUE(this->holdsNothing());
+  EXPECT_TRUE(Kind<TypeParam>::set(this->db_, sample<TypeParam>()));
+  EXPECT_EQ(this->held(), sample<TypeParam>());
+}
+
+TYPED_TEST(SingleTableKinds, AGetterThatFailsLeavesTheKindUnlocked) {
+  Kind<TypeParam>::set(this->db_, this->large());
+  TypeParam out;
+  {
+    const AllocationHook failing(kLargeAllocation, [] { throw std::bad_alloc(); });
+    EXPECT_THROW((void)Kind<TypeParam>::get(this->db_, out), std::bad_alloc);
+  }
+  EXPECT_EQ(this->held(), this->large());
+}
+
+TYPED_TEST(SingleTableKinds, AReaderWaitsUntilTheSetterIsDone) {
+  Kind<TypeParam>::set(this->db_, this->withVersion(1));
+  const TypeParam large = this->large();
+  std::future<TypeParam> reader;
+  {
+    const AllocationHook copying(kLargeAllocation, [&] {
+      reader = std::async(std::launch::async, [this] { return this->held(); });
+      EXPECT_EQ(reader.wait_for(milliseconds(50)), std::future_status::timeout);
+    });
+    Kind<TypeParam>::set(this->db_, large);
+    ASSERT_TRUE(copying.triggered());
+  }
+  EXPECT_EQ(reader.get(), large);
+}
+
+TYPED_TEST(SingleTableKinds, ASetterHoldsNoOtherKindUp) {
+  const TypeParam large = this->large();
+  std::future<void> others;  // outlives the hook: its end waits for the thread
+  const AllocationHook copying(kLargeAllocation, [&] {
+    others = std::async(std::launch::async, [this] {
+      const auto touch = [this](auto table) {
+        if constexpr (!std::is_same_v<decltype(table), TypeParam>) {
+          Kind<decltype(table)>::set(this->db_, table);
+        }
+      };
+      touch(PAT());
+      touch(SDT());
+      touch(CAT());
+      touch(NIT());
+      touch(BAT());
+      touch(TOT());
+      this->db_.setInputPMT(PMT());
+      this->db_.setInputEITpf(EITMap());
+      this->db_.setInputEITsch(EITMap());
+    });
+    EXPECT_EQ(others.wait_for(seconds(20)), std::future_status::ready);
+  });
+  Kind<TypeParam>::set(this->db_, large);
+  EXPECT_TRUE(copying.triggered());
+}
+
+TYPED_TEST(SingleTableKinds, ClearWaitsForASetterOfEveryKindButTheTOT) {
+  const TypeParam large = this->large();
+  std::future<void> clearing;
+  {
+    const AllocationHook copying(kLargeAllocation, [&] {
+      clearing = std::async(std::launch::async, [this] { this->db_.clear(); });
+      const auto status =
+          clearing.wait_for(TestFixture::kSurvivesClear ? milliseconds(20000) : milliseconds(50));
+      EXPECT_EQ(status == std::future_status::ready, TestFixture::kSurvivesClear);
+    });
+    Kind<TypeParam>::set(this->db_, large);
+    ASSERT_TRUE(copying.triggered());
+  }
+  clearing.get();
+  EXPECT_EQ(this->holdsNothing(), !TestFixture::kSurvivesClear);
+}
+
+}  // namespace
+}  // namespace tevra::test

@@ -1,0 +1,283 @@
+#include "records/dvbpsi_converters.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/module_utils.h"
+#include "tests/fakes/fake_platform.h"
+#include "tests/records/sample_records.h"
+
+// Single tables, member for member; dvbpsi_lists_test.cpp has what concerns their lists.
+
+namespace tevra::test {
+namespace {
+
+using thrift::dvb_tables::d2tPAT;
+using thrift::dvb_tables::d2tPMT;
+using thrift::dvb_tables::d2tSDT;
+using thrift::dvb_tables::t2dCAT;
+using thrift::dvb_tables::t2dPAT;
+using thrift::dvb_tables::t2dPMT;
+using thrift::dvb_tables::t2dSDT;
+
+class DvbpsiConverters : public fake::PlatformTest {};
+
+Descriptor descriptor(int32_t tag, const std::string& data) {
+  Descriptor record;
+  record.tag = tag;
+  record.data = data;
+  return record;
+}
+
+/** A PMT with two streams and, in each of its three loops, as many descriptors as its place. */
+PMT samplePMT() {
+  PMT pmt;
+  pmt.programNumber = 3401;
+  pmt.version = 31;
+  pmt.currentNext = true;
+  pmt.pcrPid = 0x1FFE;
+  pmt.descriptors = {descriptor(0x09, std::string("\x0B\x00\xE1\x23", 4))};
+  pmt.esList.resize(2);
+  pmt.esList[0].streamType = 0x1B;
+  pmt.esList[0].pid = 512;
+  pmt.esList[0].descriptors = {descriptor(0x52, "\x01"), descriptor(0x28, "")};
+  pmt.esList[1].streamType = 0x04;
+  pmt.esList[1].pid = 513;
+  pmt.esList[1].descriptors = {descriptor(0x0A, "eng\x01"), descriptor(0x0A, "ita"),
+                               descriptor(0x52, "\x02")};
+  return pmt;
+}
+
+SDT sampleSDT() {
+  SDT sdt;
+  sdt.tableId = 0x46;
+  sdt.transportStreamId = 905;
+  sdt.version = 17;
+  sdt.currentNext = true;
+  sdt.originalNetworkId = 0x2000;
+  sdt.services.resize(3);
+  sdt.services[0].serviceId = 0xFFFF;
+  sdt.services[0].eitSchedule = true;
+  sdt.services[0].runningStatus = 4;
+  sdt.services[1].serviceId = 2;
+  sdt.services[1].eitPresentFollowing = true;
+  sdt.services[1].runningStatus = 7;
+  sdt.services[1].descriptors = {descriptor(0x48, std::string("\x01\x00\x03One", 6)),
+                                 descriptor(0x5F, std::string(4, '\0'))};
+  sdt.services[2].serviceId = 1;
+  sdt.services[2].freeCA = true;
+  return sdt;
+}
+
+TEST_F(DvbpsiConverters, PATFromDvbpsi) {
+  const PatPtr table(dvbpsi_pat_new(0x1234, 5, true));
+  dvbpsi_pat_program_add(table.get(), 0, 16);
+  dvbpsi_pat_program_add(table.get(), 0xFFFF, 0x1FFF);
+  dvbpsi_pat_program_add(table.get(), 1, 0xFFFF);
+  const PAT pat = d2tPAT(table.get());
+  EXPECT_EQ(pat.transportStreamId, 0x1234);
+  EXPECT_EQ(pat.version, 5);
+  EXPECT_TRUE(pat.currentNext);
+  ASSERT_EQ(pat.programs.size(), 3U);
+  EXPECT_EQ(pat.programs[0].programNumber, 0);
+  EXPECT_EQ(pat.programs[0].pid, 16);
+  EXPECT_EQ(pat.programs[1].programNumber, 0xFFFF);
+  EXPECT_EQ(pat.programs[1].pid, 0x1FFF);
+  EXPECT_EQ(pat.programs[2].programNumber, 1);
+  EXPECT_EQ(pat.programs[2].pid, 0xFFFF);
+}
+
+TEST_F(DvbpsiConverters, PMTFromDvbpsi) {
+  const PmtPtr table(dvbpsi_pmt_new(3401, 31, true, 0x1FFE));
+  uint8_t caData[] = {0x0B, 0x00, 0xE1, 0x23};
+  dvbpsi_pmt_descriptor_add(table.get(), 0x09, 4, caData);
+  dvbpsi_pmt_es_t* stream = dvbpsi_pmt_es_add(table.get(), 0x1B, 512);
+  uint8_t language[] = {'e', 'n', 'g', 0};
+  dvbpsi_pmt_es_descriptor_add(stream, 0x0A, 4, language);
+  dvbpsi_pmt_es_add(table.get(), 0x04, 513);
+  const PMT pmt = d2tPMT(table.get());
+  EXPECT_EQ(pmt.programNumber, 3401);
+  EXPECT_EQ(pmt.version, 31);
+  EXPECT_TRUE(pmt.currentNext);
+  EXPECT_EQ(pmt.pcrPid, 0x1FFE);
+  EXPECT_EQ(pmt.descriptors, std::vector{descriptor(0x09, std::string("\x0B\x00\xE1\x23", 4))});
+  ASSERT_EQ(pmt.esList.size(), 2U);
+  EXPECT_EQ(pmt.esList[0].streamType, 0x1B);
+  EXPECT_EQ(pmt.esList[0].pid, 512);
+  EXPECT_EQ(pmt.esList[0].descriptors, std::vector{descriptor(0x0A, std::string("eng\0", 4))});
+  EXPECT_EQ(pmt.esList[1].streamType, 0x04);
+  EXPECT_EQ(pmt.esList[1].pid, 513);
+  EXPECT_TRUE(pmt.esList[1].descriptors.empty());
+}
+
+TEST_F(DvbpsiConverters, SDTFromDvbpsi) {
+  const SdtPtr table(dvbpsi_sdt_new(0x46, 905, 17, true, 0x2000));
+  dvbpsi_sdt_service_t* first = dvbpsi_sdt_service_add(table.get(), 7, true, false, 4, false);
+  uint8_t data[] = {1, 0, 0};
+  dvbpsi_sdt_service_descriptor_add(first, 0x48, 3, data);
+  dvbpsi_sdt_service_add(table.get(), 6, false, true, 1, true);
+  const SDT sdt = d2tSDT(table.get());
+  EXPECT_EQ(sdt.tableId, 0x46);
+  EXPECT_EQ(sdt.transportStreamId, 905);
+  EXPECT_EQ(sdt.version, 17);
+  EXPECT_TRUE(sdt.currentNext);
+  EXPECT_EQ(sdt.originalNetworkId, 0x2000);
+  ASSERT_EQ(sdt.services.size(), 2U);
+  const SDTService& service = sdt.services[0];
+  EXPECT_EQ(service.serviceId, 7);
+  EXPECT_TRUE(service.eitSchedule && !service.eitPresentFollowing && !service.freeCA);
+  EXPECT_EQ(service.runningStatus, 4);
+  EXPECT_EQ(service.descriptors, std::vector{descriptor(0x48, std::string("\x01\0\0", 3))});
+  const SDTService& last = sdt.services[1];
+  EXPECT_EQ(last.serviceId, 6);
+  EXPECT_TRUE(!last.eitSchedule && last.eitPresentFollowing && last.freeCA);
+  EXPECT_EQ(last.runningStatus, 1);
+  EXPECT_TRUE(last.descriptors.empty());
+}
+
+TEST_F(DvbpsiConverters, ANotCurrentTableIsNotCurrentInTheRecord) {
+  EXPECT_FALSE(d2tPAT(PatPtr(dvbpsi_pat_new(1, 1, false)).get()).currentNext);
+  EXPECT_FALSE(d2tPMT(PmtPtr(dvbpsi_pmt_new(1, 1, false, 1)).get()).currentNext);
+  EXPECT_FALSE(d2tSDT(SdtPtr(dvbpsi_sdt_new(0x42, 1, 1, false, 1)).get()).currentNext);
+}
+
+TEST_F(DvbpsiConverters, ANullTableGivesADefaultRecord) {
+  EXPECT_EQ(d2tPAT(nullptr), PAT());
+  EXPECT_EQ(d2tPMT(nullptr), PMT());
+  EXPECT_EQ(d2tSDT(nullptr), SDT());
+}
+
+TEST_F(DvbpsiConverters, TheFlagsOfConvertedRecordsStayFalse) {
+  const PMT pmt = d2tPMT(t2dPMT(samplePMT()).get());
+  EXPECT_EQ(flagsOf(pmt), std::vector<bool>(6, false));
+  EXPECT_EQ(flagsOf(pmt.esList[0]), std::vector<bool>(3, false));
+  EXPECT_EQ(flagsOf(pmt.esList[0].descriptors[0]), std::vector<bool>(2, false));
+}
+
+TEST_F(DvbpsiConverters, PATToDvbpsi) {
+  PAT pat;
+  pat.transportStreamId = 0xFFFE;
+  pat.version = 31;
+  pat.currentNext = true;
+  pat.programs.resize(2);
+  pat.programs[0].programNumber = 9;
+  pat.programs[0].pid = 0x1FFF;
+  pat.programs[1].pid = 16;
+  const PatPtr table = t2dPAT(pat);
+  EXPECT_EQ(table->i_ts_id, 0xFFFE);
+  EXPECT_EQ(table->i_version, 31);
+  EXPECT_TRUE(table->b_current_next);
+  ASSERT_NE(table->p_first_program, nullptr);
+  EXPECT_EQ(table->p_first_program->i_number, 9);
+  EXPECT_EQ(table->p_first_program->i_pid, 0x1FFF);
+  ASSERT_NE(table->p_first_program->p_next, nullptr);
+  EXPECT_EQ(table->p_first_program->p_next->i_number, 0);
+  EXPECT_EQ(table->p_first_program->p_next->i_pid, 16);
+  EXPECT_EQ(table->p_first_program->p_next->p_next, nullptr);
+}
+
+TEST_F(DvbpsiConverters, CATToDvbpsi) {
+  CAT cat;
+  cat.version = 3;
+  cat.currentNext = true;
+  cat.descriptors = {descriptor(0x09, std::string("\x01\x00\xE0\x50\x00", 5)),
+                     descriptor(0x09, "")};
+  const CatPtr table = t2dCAT(cat);
+  EXPECT_EQ(table->i_version, 3);
+  EXPECT_TRUE(table->b_current_next);
+  const dvbpsi_descriptor_t* first = table->p_first_descriptor;
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(first->i_tag, 0x09);
+  EXPECT_EQ(std::string(reinterpret_cast<const char*>(first->p_data), first->i_length),
+            std::string("\x01\x00\xE0\x50\x00", 5));
+  ASSERT_NE(first->p_next, nullptr);
+  EXPECT_EQ(first->p_next->i_length, 0);
+  EXPECT_EQ(first->p_next->p_next, nullptr);
+}
+
+TEST_F(DvbpsiConverters, PMTToDvbpsi) {
+  const PmtPtr table = t2dPMT(samplePMT());
+  EXPECT_EQ(table->i_program_number, 3401);
+  EXPECT_EQ(table->i_version, 31);
+  EXPECT_TRUE(table->b_current_next);
+  EXPECT_EQ(table->i_pcr_pid, 0x1FFE);
+  ASSERT_NE(table->p_first_descriptor, nullptr);
+  EXPECT_EQ(table->p_first_descriptor->i_tag, 0x09);
+  const dvbpsi_pmt_es_t* stream = table->p_first_es;
+  ASSERT_NE(stream, nullptr);
+  EXPECT_EQ(stream->i_type, 0x1B);
+  EXPECT_EQ(stream->i_pid, 512);
+  EXPECT_EQ(stream->p_first_descriptor->i_tag, 0x52);
+  EXPECT_EQ(stream->p_first_descriptor->p_next->i_tag, 0x28);
+  ASSERT_NE(stream->p_next, nullptr);
+  EXPECT_EQ(stream->p_next->i_type, 0x04);
+  EXPECT_EQ(stream->p_next->i_pid, 513);
+  EXPECT_EQ(stream->p_next->p_next, nullptr);
+}
+
+TEST_F(DvbpsiConverters, SDTToDvbpsi) {
+  const SdtPtr table = t2dSDT(sampleSDT());
+  EXPECT_EQ(table->i_table_id, 0x46);
+  EXPECT_EQ(table->i_extension, 905);
+  EXPECT_EQ(table->i_version, 17);
+  EXPECT_TRUE(table->b_current_next);
+  EXPECT_EQ(table->i_network_id, 0x2000);
+  const dvbpsi_sdt_service_t* first = table->p_first_service;
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(first->i_service_id, 0xFFFF);
+  EXPECT_TRUE(first->b_eit_schedule && !first->b_eit_present && !first->b_free_ca);
+  EXPECT_EQ(first->i_running_status, 4);
+  const dvbpsi_sdt_service_t* second = first->p_next;
+  ASSERT_NE(second, nullptr);
+  EXPECT_TRUE(!second->b_eit_schedule && second->b_eit_present && !second->b_free_ca);
+  EXPECT_EQ(second->i_running_status, 7);
+  ASSERT_NE(second->p_next, nullptr);
+  EXPECT_TRUE(second->p_next->b_free_ca);
+  EXPECT_EQ(second->p_next->p_next, nullptr);
+}
+
+TEST_F(DvbpsiConverters, DefaultRecordsGiveEmptyTables) {
+  const PatPtr pat = t2dPAT(PAT());
+  EXPECT_EQ(pat->p_first_program, nullptr);
+  EXPECT_FALSE(pat->b_current_next);
+  const PmtPtr pmt = t2dPMT(PMT());
+  EXPECT_EQ(pmt->p_first_descriptor, nullptr);
+  EXPECT_EQ(pmt->p_first_es, nullptr);
+  EXPECT_FALSE(pmt->b_current_next);
+  const SdtPtr sdt = t2dSDT(SDT());
+  EXPECT_EQ(sdt->p_first_service, nullptr);
+  EXPECT_FALSE(sdt->b_current_next);
+  const CatPtr cat = t2dCAT(CAT());
+  EXPECT_EQ(cat->p_first_descriptor, nullptr);
+  EXPECT_FALSE(cat->b_current_next);
+}
+
+TEST_F(DvbpsiConverters, TablesThatFitComeBackAsTheyWere) {
+  const PMT pmt = samplePMT();
+  EXPECT_EQ(d2tPMT(t2dPMT(pmt).get()), pmt);
+  const SDT sdt = sampleSDT();
+  EXPECT_EQ(d2tSDT(t2dSDT(sdt).get()), sdt);
+  const PAT pat = sample<PAT>();
+  EXPECT_EQ(d2tPAT(t2dPAT(pat).get()), pat);
+  EXPECT_TRUE(fake::logLines().empty());
+}
+
+TEST_F(DvbpsiConverters, WiderValuesAreNarrowedToTheMembersOfTheTable) {
+  PMT pmt;
+  pmt.programNumber = 0x12345;
+  pmt.version = 0x121;
+  pmt.pcrPid = -1;
+  pmt.descriptors = {descriptor(0x148, "x")};
+  pmt.esList.resize(1);
+  pmt.esList[0].streamType = -1;
+  pmt.esList[0].pid = 0x7FFF0123;
+  const PMT narrowed = d2tPMT(t2dPMT(pmt).get());
+  EXPECT_EQ(narrowed.programNumber, 0x2345);
+  EXPECT_EQ(narrowed.version, 0x21);
+  EXPECT_EQ(narrowed.pcrPid, 0xFFFF);
+  EXPECT_EQ(narrowed.descriptors[0].tag, 0x48);
+  EXPECT_EQ(narrowed.esList[0].streamType, 0xFF);
+  EXPECT_EQ(narrowed.esList[0].pid, 0x0123);
+}
+
+}  // namespace
+}  // namespace tevra::test

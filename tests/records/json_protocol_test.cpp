@@ -1,0 +1,298 @@
+#include "records/json_protocol.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <functional>
+#include <map>
+
+#include <gtest/gtest.h>
+
+#include "tests/fakes/fake_platform.h"
+#include "tests/records/sample_records.h"
+#include "tests/records/wire.h"
+
+namespace tevra::test {
+namespace {
+
+using apache::thrift::protocol::T_I32;
+using apache::thrift::protocol::TProtocol;
+using apache::thrift::protocol::TProtocolException;
+using apache::thrift::protocol::TType;
+
+template <class Record>
+void readJson(const std::string& json, Record& record) {
+  JsonProtocol protocol(memoryOf(json), json.size());
+  record.read(&protocol);
+}
+
+/** The kind of TProtocolException that reading `json` raises; -1: none. */
+template <class Record>
+int exceptionKind(const std::string& json, Record& record) {
+  try {
+    readJson(json, record);
+  } catch (const TProtocolException& exception) {
+    return exception.getType();
+  }
+  return -1;
+}
+
+/** The byte that `text`, a JSON number, is read as. */
+int byteOf(const std::string& text) {
+  JsonProtocol protocol(memoryOf(text + " "), text.size());
+  int8_t byte = 0;
+  protocol.readByte(byte);
+  return byte;
+}
+
+TEST(JsonProtocol, ReadsBytesSignedAndUnsigned) {
+  EXPECT_EQ(byteOf("0"), 0);
+  EXPECT_EQ(byteOf("127"), 127);
+  EXPECT_EQ(byteOf("-128"), -128);
+  EXPECT_EQ(byteOf("255"), -1);
+}
+
+TEST(JsonProtocol, RefusesNumbersThatAreNoByte) {
+  for (const char* text : {"256", "300", "-129", "32767", "-32768"}) {
+    EXPECT_THROW(byteOf(text), TProtocolException) << text;
+  }
+}
+
+TEST(JsonProtocol, AByteOf300InAFileIsAnErrorAndNotTheEnd) {
+  for (const char* json :
+       {"{\"1\":{\"i8\":300}}", "{\"7\":{\"i8\":256}}", "{\"7\":{\"lst\":[\"i8\",2,1,300]}}",
+        "{\"7\":{\"map\":[\"i8\",\"i8\",1,{\"1\":-129}]}}"}) {
+    TableStoreFile file;
+    EXPECT_EQ(exceptionKind(json, file), TProtocolException::INVALID_DATA) << json;
+  }
+}
+
+TEST(JsonProtocol, ReadsBools) {
+  for (const auto& [number, expected] : std::map<std::string, bool>{
+           {"0", false}, {"1", true}, {"2", true}, {"-1", true}, {"256", true}, {"65536", true}}) {
+    PAT pat;
+    pat.currentNext = !expected;
+    readJson("{\"3\":{\"tf\":" + number + "}}", pat);
+    EXPECT_EQ(pat.currentNext, expected) << number;
+  }
+}
+
+/** Leaves something on the stack that no bool may hold. */
+[[gnu::noinline]] void soilStack() {
+  volatile unsigned char bytes[16384];
+  for (volatile unsigned char& byte : bytes) {
+    byte = 0xBE;
+  }
+}
+
+TEST(JsonProtocol, ABoolWithoutDigitsIsABoolAllTheSame) {
+  PAT pat;
+  soilStack();
+  readJson("{\"3\":{\"tf\":}}", pat);
+  unsigned char representation = 0;
+  std::memcpy(&representation, &pat.currentNext, 1);
+  EXPECT_LE(representation, 1);
+}
+
+TEST(JsonProtocol, ABytewiseFieldThatNobodyKnowsIsSkipped) {
+  TableStoreFile file;
+  readJson("{\"7\":{\"i8\":255},\"1\":{\"map\":[\"i32\",\"rec\",1,{\"5\":{}}]}}", file);
+  EXPECT_EQ(file.tableStores.count(5), 1U);
+}
+
+TEST(JsonProtocol, AListThatClaims50MillionElementsIsRefused) {
+  PMT pmt;
+  EXPECT_EQ(exceptionKind("{\"5\":{\"lst\":[\"rec\",50000000]}}", pmt),
+            TProtocolException::SIZE_LIMIT);
+  EXPECT_EQ(pmt.descriptors.capacity(), 0U);
+}
+
+TEST(JsonProtocol, AnyContainerThatClaimsMoreElementsThanItsInputHasBytesIsRefused) {
+  for (const char* json :
+       {"{\"5\":{\"lst\":[\"rec\",100]}}", "{\"99\":{\"lst\":[\"rec\",100]}}",
+        "{\"99\":{\"set\":[\"rec\",100]}}", "{\"99\":{\"map\":[\"i32\",\"rec\",100,{}]}}"}) {
+    PMT pmt;
+    EXPECT_EQ(exceptionKind(json, pmt), TProtocolException::SIZE_LIMIT) << json;
+  }
+}
+
+TEST(JsonProtocol, AMapThatClaims50MillionElementsIsRefused) {
+  TableStoreFile file;
+  EXPECT_THROW(readJson("{\"1\":{\"map\":[\"i32\",\"rec\",50000000,{}]}}", file), std::exception);
+  EXPECT_TRUE(file.tableStores.empty());
+}
+
+TEST(JsonProtocol, ANegativeSizeIsRefused) {
+  for (const char* json : {"{\"5\":{\"lst\":[\"rec\",-1]}}", "{\"99\":{\"set\":[\"rec\",-1]}}",
+                           "{\"99\":{\"map\":[\"i32\",\"rec\",-1,{}]}}"}) {
+    PMT pmt;
+    EXPECT_THROW(readJson(json, pmt), std::exception) << json;
+    EXPECT_EQ(pmt.descriptors.capacity(), 0U);
+  }
+}
+
+/** Reads a container's head through the base class, as Thrift's generic functions do. */
+using ReadHead = std::function<uint32_t(TProtocol&)>;
+
+void expectBound(const std::string& json, const ReadHead& readHead) {
+  JsonProtocol exact(memoryOf(json), 7);
+  EXPECT_EQ(readHead(exact), 7U);
+  JsonProtocol tooSmall(memoryOf(json), 6);
+  EXPECT_THROW(readHead(tooSmall), TProtocolException);
+}
+
+TEST(JsonProtocol, AContainerMayHaveAsManyElementsAsItsInputHasBytes) {
+  TType type = T_I32;
+  uint32_t size = 0;
+  expectBound("[\"i32\",7,1,2]", [&](TProtocol& protocol) {
+    protocol.readListBegin(type, size);
+    return size;
+  });
+  expectBound("[\"i32\",7,1,2]", [&](TProtocol& protocol) {
+    protocol.readSetBegin(type, size);
+    return size;
+  });
+  expectBound("[\"i32\",\"i32\",7,{}]", [&](TProtocol& protocol) {
+    protocol.readMapBegin(type, type, size);
+    return size;
+  });
+}
+
+TEST(JsonProtocol, TheChecksHoldThroughTheBaseClass) {
+  JsonProtocol protocol(memoryOf("300 "), 4);
+  TProtocol& base = protocol;
+  int8_t byte = 0;
+  EXPECT_THROW(base.readByte(byte), TProtocolException);
+}
+
+TEST(JsonProtocol, WritesWhatTheLibraryWrites) {
+  const TableStoreFile file = sample<TableStoreFile>();
+  const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>();
+  JsonProtocol protocol(buffer, 0);
+  file.write(&protocol);
+  EXPECT_EQ(buffer->getBufferAsString(), jsonOf(file));
+}
+
+TEST(JsonProtocol, TruncationAtEveryOffsetIsAnError) {
+  const std::string json = jsonOf(sample<TableStoreFile>());
+  for (size_t length = 0; length < json.size(); ++length) {
+    TableStoreFile file;
+    EXPECT_THROW(readJson(json.substr(0, length), file), std::exception) << length;
+  }
+}
+
+TEST(JsonProtocol, TruncationKeepsWhatWasRead) {
+  const PIDRemap whole = sample<PIDRemap>();
+  const std::string json = jsonOf(whole);
+  PIDRemap remap;
+  EXPECT_THROW(readJson(json.substr(0, json.find("\"4\":{")), remap), std::exception);
+  EXPECT_EQ(remap.transportStreamId, whole.transportStreamId);
+  EXPECT_EQ(remap.inputToOutput, whole.inputToOutput);
+  EXPECT_EQ(remap.outputToInput, whole.outputToInput);
+  EXPECT_EQ(remap.nextPIDCounter, 0);
+}
+
+TEST(JsonProtocol, TrailingJunkIsAccepted) {
+  const PIDRemap whole = sample<PIDRemap>();
+  for (const char* junk : {" ", "\n", "}", "{\"1\":{\"i32\":7}}", "garbage", "\xFF"}) {
+    PIDRemap remap;
+    readJson(jsonOf(whole) + junk, remap);
+    EXPECT_EQ(remap, whole) << junk;
+  }
+}
+
+TEST(JsonProtocol, AnEmptyRecordIsAccepted) {
+  PIDRemap remap;
+  readJson("{}", remap);
+  EXPECT_EQ(remap, PIDRemap());
+}
+
+TEST(JsonProtocol, UnknownFieldsOfEveryTypeAreSkipped) {
+  PIDRemap remap;
+  readJson(
+      "{\"91\":{\"tf\":1},\"92\":{\"i8\":1},\"93\":{\"i16\":1},\"94\":{\"i32\":1},"
+      "\"95\":{\"i64\":1},\"96\":{\"dbl\":1.5},\"97\":{\"str\":\"dGV4\"},"
+      "\"98\":{\"rec\":{\"1\":{\"i32\":1}}},\"99\":{\"lst\":[\"i32\",2,1,2]},"
+      "\"100\":{\"set\":[\"i32\",1,1]},\"101\":{\"map\":[\"i32\",\"str\",1,{\"1\":\"a\"}]},"
+      "\"4\":{\"i32\":42}}",
+      remap);
+  EXPECT_EQ(remap.nextPIDCounter, 42);
+}
+
+TEST(JsonProtocol, NestingWithoutEndIsRefused) {
+  std::string json;
+  for (int depth = 0; depth < 100000; ++depth) {
+    json += "{\"99\":{\"rec\":";
+  }
+  PIDRemap remap;
+  EXPECT_EQ(exceptionKind(json, remap), TProtocolException::DEPTH_LIMIT);
+}
+
+TEST(JsonProtocol, NothingThatIsNoRecordIsRead) {
+  for (const char* text : {"", " ", "[", "]", "null", "0", "\"1\"", "{\"1\"", "{\"1\":}",
+                           "{\"x\":{\"i32\":1}}", "{\"1\":{\"wat\":1}}", "{\"1\":{\"i32\":x}}"}) {
+    PIDRemap remap;
+    EXPECT_THROW(readJson(text, remap), std::exception) << text;
+  }
+  PIDRemap remap;
+  EXPECT_THROW(readJson(std::string(4096, '\0'), remap), std::exception);
+}
+
+TEST(JsonProtocol, AnyOneByteChangedLoadsOrRaisesAStandardException) {
+  TableStoreFile whole;
+  whole.tableStores[3401].pmt = sample<PMT>();
+  const std::string json = jsonOf(whole);
+  int loaded = 0;
+  int refused = 0;
+  for (size_t offset = 0; offset < json.size(); ++offset) {
+    for (const char byte : {'\0', '9', '-', '"', '{', ']', ',', 'x', '\xFF'}) {
+      std::string mutated = json;
+      mutated[offset] = byte;
+      TableStoreFile file;
+      try {
+        readJson(mutated, file);
+        ++loaded;
+      } catch (const std::exception&) {
+        ++refused;
+      }
+    }
+  }
+  // Both must occur, or the mutations miss their aim.
+  EXPECT_GT(loaded, 0);
+  EXPECT_GT(refused, 0);
+}
+
+TEST(JsonProtocol, BinaryMembersKeepEveryByteValue) {
+  TableStoreFile whole;
+  Descriptor& descriptor = whole.tableStores[1].pmt.descriptors.emplace_back();
+  for (int value = 0; value < 256; ++value) {
+    descriptor.data.push_back(static_cast<char>(value));
+  }
+  TableStoreFile file;
+  readJson(jsonOf(whole), file);
+  EXPECT_EQ(file, whole);
+}
+
+class FileSize : public fake::PlatformTest {};
+
+TEST_F(FileSize, IsTheSizeOfARegularFile) {
+  const int fd = open(path("file").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_GE(fd, 0);
+  EXPECT_EQ(fileSize(fd), 0U);
+  ASSERT_EQ(ftruncate(fd, 0x123456789), 0);
+  EXPECT_EQ(fileSize(fd), 0x123456789U);
+  close(fd);
+}
+
+TEST_F(FileSize, IsZeroWhereThereIsNone) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  EXPECT_EQ(fileSize(ends[0]), 0U);
+  close(ends[0]);
+  close(ends[1]);
+  EXPECT_EQ(fileSize(-1), 0U);
+}
+
+}  // namespace
+}  // namespace tevra::test

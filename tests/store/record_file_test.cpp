@@ -1,0 +1,237 @@
+#include "store/record_file.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/fakes/fake_platform.h"
+#include "tests/records/sample_records.h"
+#include "tests/records/wire.h"
+#include "tests/store/file_helpers.h"
+
+namespace tevra::test {
+namespace {
+
+// What the routines are to return, whatever the names of the values.
+constexpr int kDone = 0;
+constexpr int kNotOpened = -1;
+constexpr int kFailed = -2;
+
+template <class Record>
+class RecordFile : public fake::PlatformTest {
+ protected:
+  /** No descriptor is left open, whatever happened. */
+  ~RecordFile() override { EXPECT_EQ(openDescriptors(), descriptorsAtStart_); }
+
+  [[nodiscard]] static std::string file() { return path("file"); }
+
+  /** The result of reading a file that holds `content`. */
+  int readContent(const std::string& content) {
+    writeContent(file(), content);
+    read_ = Record();
+    return readRecordFromFile(file(), read_);
+  }
+
+  Record read_;
+
+ private:
+  std::ptrdiff_t descriptorsAtStart_ = openDescriptors();
+};
+
+using Records = ::testing::Types<TableStoreFile, EITTableVersionStoreFile>;
+
+struct RecordName {
+  template <class Record>
+  static std::string GetName(int) {
+    return Members<Record>::kName;
+  }
+};
+
+TYPED_TEST_SUITE(RecordFile, Records, RecordName);
+
+TYPED_TEST(RecordFile, WhatIsWrittenIsRead) {
+  EXPECT_EQ(writeRecordToFile(this->file(), sample<TypeParam>()), kDone);
+  EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kDone);
+  EXPECT_EQ(this->read_, sample<TypeParam>());
+}
+
+TYPED_TEST(RecordFile, TheFileIsTheRecordsJsonAndNothingElse) {
+  for (const TypeParam& record : {sample<TypeParam>(), TypeParam()}) {
+    EXPECT_EQ(writeRecordToFile(this->file(), record), kDone);
+    EXPECT_EQ(contentOf(this->file()), jsonOf(record));
+  }
+}
+
+TYPED_TEST(RecordFile, AnEmptyMapIsWrittenAsARecordWithAnEmptyMap) {
+  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kDone);
+  EXPECT_EQ(contentOf(this->file()), "{\"1\":{\"map\":[\"i32\",\"rec\",0,{}]}}");
+  EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kDone);
+  EXPECT_EQ(this->read_, TypeParam());
+}
+
+TYPED_TEST(RecordFile, ANewFileIsForItsOwnerAlone) {
+  for (const mode_t mask : {mode_t{0}, mode_t{022}, mode_t{077}}) {
+    const ScopedUmask umask(mask);
+    EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kDone);
+    EXPECT_EQ(modeOf(this->file()), 0600U);
+    std::filesystem::remove(this->file());
+  }
+}
+
+TYPED_TEST(RecordFile, WritingTruncatesWhatWasThere) {
+  writeContent(this->file(), std::string(100000, 'x'));
+  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kDone);
+  EXPECT_EQ(contentOf(this->file()), jsonOf(TypeParam()));
+}
+
+TYPED_TEST(RecordFile, AMissingDirectoryCannotBeWrittenTo) {
+  EXPECT_EQ(writeRecordToFile(this->path("none/file"), sample<TypeParam>()), kNotOpened);
+  EXPECT_FALSE(std::filesystem::exists(this->path("none")));
+}
+
+TYPED_TEST(RecordFile, AMissingFileCannotBeRead) {
+  this->read_ = sample<TypeParam>();
+  EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kNotOpened);
+  EXPECT_EQ(this->read_, sample<TypeParam>());
+  EXPECT_FALSE(std::filesystem::exists(this->file()));
+}
+
+TYPED_TEST(RecordFile, ADirectoryIsNoFile) {
+  std::filesystem::create_directory(this->file());
+  EXPECT_EQ(writeRecordToFile(this->file(), sample<TypeParam>()), kNotOpened);
+  EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kFailed);
+  EXPECT_EQ(this->read_, TypeParam());
+}
+
+TYPED_TEST(RecordFile, AFullDiskFailsWhetherTheRecordFitsTheBufferOrNot) {
+  std::filesystem::create_symlink("/dev/full", this->file());
+  EXPECT_LT(jsonOf(TypeParam()).size(), 512U);
+  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kFailed);
+  TypeParam large = sample<TypeParam>();
+  auto& entries = large.*std::get<0>(Members<TypeParam>::kAll);
+  const auto entry = entries.begin()->second;
+  for (int32_t key = 0; key < 100; ++key) {
+    entries[key] = entry;
+  }
+  EXPECT_GT(jsonOf(large).size(), 512U);
+  EXPECT_EQ(writeRecordToFile(this->file(), large), kFailed);
+}
+
+TYPED_TEST(RecordFile, TruncationAtEveryOffsetFails) {
+  const std::string json = jsonOf(sample<TypeParam>());
+  for (size_t length = 0; length < json.size(); ++length) {
+    ASSERT_EQ(this->readContent(json.substr(0, length)), kFailed) << length;
+  }
+  EXPECT_EQ(this->readContent(json), kDone);
+}
+
+TYPED_TEST(RecordFile, WhatWasReadBeforeTheFaultIsKept) {
+  TypeParam whole = sample<TypeParam>();
+  auto& entries = whole.*std::get<0>(Members<TypeParam>::kAll);
+  entries[INT32_MAX] = entries.begin()->second;
+  const std::string json = jsonOf(whole);
+  ASSERT_EQ(entries.size(), 3U);
+  EXPECT_EQ(this->readContent(json.substr(0, json.find("\"2147483647\""))), kFailed);
+  entries.erase(INT32_MAX);
+  EXPECT_EQ(this->read_, whole);
+}
+
+TYPED_TEST(RecordFile, WhatIsNoRecordFails) {
+  for (const std::string& content :
+       {std::string(), std::string("\n"), std::string("null"), std::string("[]"),
+        std::string(4096, '\0'), std::string(4096, '{'), std::string("{\"1\":{\"i32\":}"),
+        std::string("{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"x\":{}}]}}")}) {
+    EXPECT_EQ(this->readContent(content), kFailed) << content.substr(0, 40);
+  }
+}
+
+TYPED_TEST(RecordFile, HostileContentFails) {
+  for (const char* content :
+       {"{\"1\":{\"i8\":300}}", "{\"1\":{\"map\":[\"i32\",\"rec\",50000000,{}]}}",
+        "{\"9\":{\"lst\":[\"rec\",50000000]}}", "{\"9\":{\"set\":[\"i8\",50000000]}}",
+        "{\"1\":{\"map\":[\"i32\",\"rec\",-1,{}]}}"}) {
+    EXPECT_EQ(this->readContent(content), kFailed) << content;
+    EXPECT_EQ(this->read_, TypeParam());
+  }
+}
+
+TYPED_TEST(RecordFile, TrailingJunkAndTheEmptyRecordAreAccepted) {
+  EXPECT_EQ(this->readContent(jsonOf(sample<TypeParam>()) + "\n}junk"), kDone);
+  EXPECT_EQ(this->read_, sample<TypeParam>());
+  EXPECT_EQ(this->readContent("{}"), kDone);
+  EXPECT_EQ(this->read_, TypeParam());
+}
+
+TYPED_TEST(RecordFile, UnknownFieldsAreSkipped) {
+  const std::string json = jsonOf(sample<TypeParam>());
+  const std::string unknown =
+      "{\"7\":{\"rec\":{\"1\":{\"lst\":[\"i8\",2,1,2]}}},\"8\":{\"str\":\"text\"},";
+  EXPECT_EQ(this->readContent(unknown + json.substr(1)), kDone);
+  EXPECT_EQ(this->read_, sample<TypeParam>());
+}
+
+TYPED_TEST(RecordFile, AFieldOfAnotherTypeIsSkipped) {
+  EXPECT_EQ(this->readContent("{\"1\":{\"i32\":5}}"), kDone);
+  EXPECT_EQ(this->read_, TypeParam());
+}
+
+TYPED_TEST(RecordFile, NothingIsLogged) {
+  EXPECT_EQ(writeRecordToFile(this->path("none/file"), TypeParam()), kNotOpened);
+  EXPECT_EQ(this->readContent("x"), kFailed);
+  EXPECT_TRUE(fake::logLines().empty());
+}
+
+class RecordFileText : public fake::PlatformTest {};
+
+TEST_F(RecordFileText, OfTheEITVersions) {
+  EITTableVersionStoreFile record;
+  record.versionStores[3401].restartCounter = 2;
+  record.versionStores[3401].versions = {{0x50, 31}, {0x4E, 5}};
+  ASSERT_EQ(writeRecordToFile(path("file"), record), kDone);
+  EXPECT_EQ(contentOf(path("file")),
+            "{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"3401\":{\"1\":{\"i32\":2},"
+            "\"2\":{\"map\":[\"i32\",\"i32\",2,{\"78\":5,\"80\":31}]}}}]}}");
+}
+
+TEST_F(RecordFileText, OfATableStore) {
+  TableStoreFile record;
+  TableStore& store = record.tableStores[-1];
+  store.restartCounter = 4;
+  store.pat.currentNext = true;
+  store.pmt.descriptors.resize(1);
+  store.pmt.descriptors[0].tag = 9;
+  store.pmt.descriptors[0].data = std::string("\x00\xFF\x7F", 3);
+  ASSERT_EQ(writeRecordToFile(path("file"), record), kDone);
+  EXPECT_EQ(contentOf(path("file")),
+            "{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"-1\":{\"1\":{\"i32\":4},"
+            "\"2\":{\"rec\":{\"1\":{\"i32\":0},\"2\":{\"i32\":0},\"3\":{\"tf\":1},"
+            "\"4\":{\"lst\":[\"rec\",0]}}},"
+            "\"3\":{\"rec\":{\"1\":{\"i32\":0},\"2\":{\"i32\":0},\"3\":{\"i32\":0},"
+            "\"4\":{\"tf\":0},\"5\":{\"i32\":0},\"6\":{\"lst\":[\"rec\",0]}}},"
+            "\"4\":{\"rec\":{\"1\":{\"i32\":0},\"2\":{\"i32\":0},\"3\":{\"tf\":0},"
+            "\"4\":{\"i32\":0},\"5\":{\"lst\":[\"rec\",1,{\"1\":{\"i32\":9},"
+            "\"2\":{\"str\":\"AP9/\"}}]},\"6\":{\"lst\":[\"rec\",0]}}}}}]}}");
+}
+
+TEST_F(RecordFileText, ValuesComeBackAsTheyStandInTheFile) {
+  writeContent(path("file"),
+               "{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"7\":{\"1\":{\"i32\":-2147483648},"
+               "\"2\":{\"map\":[\"i32\",\"i32\",1,{\"78\":2147483647}]}}}]}}");
+  EITTableVersionStoreFile record;
+  ASSERT_EQ(readRecordFromFile(path("file"), record), kDone);
+  EXPECT_EQ(record.versionStores[7].restartCounter, INT32_MIN);
+  EXPECT_EQ(record.versionStores[7].versions[78], INT32_MAX);
+}
+
+TEST_F(RecordFileText, ALargeStoreSurvives) {
+  TableStoreFile record;
+  for (int32_t service = 0; service < 2000; ++service) {
+    record.tableStores[service] = sample<TableStore>();
+    record.tableStores[service].pmt.programNumber = service;
+  }
+  ASSERT_EQ(writeRecordToFile(path("file"), record), kDone);
+  TableStoreFile read;
+  ASSERT_EQ(readRecordFromFile(path("file"), read), kDone);
+  EXPECT_TRUE(read == record);
+}
+
+}  // namespace
+}  // namespace tevra::test

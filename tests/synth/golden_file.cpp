@@ -1,0 +1,57 @@
+#include "tests/synth/golden_file.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace tevra::test {
+namespace {
+
+constexpr size_t kBytesPerLine = 16;
+
+std::string toText(const Packets& packets) {
+  std::string text;
+  for (const std::string& packet : packets) {
+    text += "packet of " + std::to_string(packet.size()) + " bytes\n";
+    for (size_t i = 0; i < packet.size(); ++i) {
+      char hex[4];
+      std::snprintf(hex, sizeof hex, "%02x%c", static_cast<uint8_t>(packet[i]),
+                    (i + 1) % kBytesPerLine == 0 || i + 1 == packet.size() ? '\n' : ' ');
+      text += hex;
+    }
+  }
+  return text;
+}
+
+std::string contentOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream content;
+  content << file.rdbuf();
+  return content.str();
+}
+
+bool updateWanted() {
+  const char* update = std::getenv("TORNEL_UPDATE_GOLDEN");
+  return update != nullptr && std::string(update) == "1";
+}
+
+}  // namespace
+
+testing::AssertionResult matchesGolden(const std::string& name, const Packets& packets) {
+  const std::string path = std::string(TORNEL_GOLDEN_DIR) + "/" + name + ".hex";
+  const std::string text = toText(packets);
+  if (updateWanted()) {
+    std::ofstream(path, std::ios::binary) << text;
+    return testing::AssertionFailure() << path << " rewritten: review it and test again";
+  }
+  const std::string golden = contentOf(path);
+  if (text == golden) {
+    return testing::AssertionSuccess();
+  }
+  return testing::AssertionFailure() << path << " differs. Golden:\n"
+                                     << golden << "Made:\n"
+                                     << text;
+}
+
+}  // namespace tevra::test

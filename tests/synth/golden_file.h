@@ -1,0 +1,21 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/synth/transport_packets.h"
+
+namespace tevra::test {
+
+/**
+ * Whether `packets` are, byte for byte, those of golden/<name>.hex.
+ *
+ * With TORNEL_UPDATE_GOLDEN=1 in the environment the file is rewritten instead and the result is a
+ * failure all the same, so that no run that updates can pass for one that compared. Review the
+ * difference before committing it.
+ */
+[[nodiscard]] ::testing::AssertionResult matchesGolden(const std::string& name,
+                                                       const Packets& packets);
+
+}  // namespace tevra::test

@@ -1,0 +1,141 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/synth/output_data_fixture.h"
+
+namespace tevra::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Key;
+using testing::SizeIs;
+
+/** One output from a work record of the test's own. */
+class BuildOutput : public OutputDataTest {
+ protected:
+  BuildOutput() {
+    EXPECT_TRUE(database_.getConflictFreePMT(work_.pmt, kInputProgram));
+    EXPECT_TRUE(database_.getConflictFreePAT(work_.pat));
+    EXPECT_TRUE(database_.getConflictFreeSDT(work_.sdt));
+    work_.inputSID = kInputProgram;
+  }
+
+  SPTSConfiguration build(OutputData::BuildOptions options, int32_t nextNode = 0) {
+    fake::clearLog();
+    return data_.buildOutput(work_, describe(50, nextNode), makeLastNode(50, 500), options);
+  }
+
+  ServiceWorkRecord work_;
+};
+
+TEST_F(BuildOutput, RemapsWhenTold) {
+  EXPECT_THAT(build({true, true}).pidItems.at(1), remapped(kVideoIn, 0x0C));
+  EXPECT_THAT(build({false, true}).pidItems.at(1), unmapped(kVideoIn, 0x0C));
+  EXPECT_THAT(build({true, false}).pidItems.at(1), remapped(kVideoIn, 0x0C));
+  EXPECT_THAT(build({false, false}).pidItems.at(1), unmapped(kVideoIn, 0x0C));
+}
+
+TEST_F(BuildOutput, AddsEmmPidsOnlyWithoutLastNodeAndTowardsNodeOne) {
+  storeCat({kEmmIn});
+  EXPECT_THAT(build({true, false}, 1).pidItems, SizeIs(7));
+  EXPECT_THAT(build({true, true}, 1).pidItems, SizeIs(6));
+  EXPECT_THAT(build({true, false}, 0).pidItems, SizeIs(6));
+  EXPECT_THAT(build({true, false}, 2).pidItems, SizeIs(6));
+}
+
+TEST_F(BuildOutput, FiltersThenNamesTheNextNodeThenCollectsEmmPidsThenSynthesises) {
+  storeCat({kEmmIn});
+  (void)build({false, false}, 1);
+  const std::vector<std::string> texts = debugTexts();
+  ASSERT_THAT(texts, SizeIs(17));
+  const std::vector<std::string> untilSynthesis(texts.begin(), texts.begin() + 4);
+  EXPECT_THAT(untilSynthesis,
+              ElementsAre("Encuentro uno previamente insertado!!! PID [0x0067] ATTR [0x000c]",
+                          "Next node [1]", "EMM PID found [0x006c].",
+                          "Saves a new PAT in myTableStores struct"));
+  EXPECT_EQ(texts[8], "Numero de paquetes necesarios para la sintesis [1]");
+  EXPECT_EQ(texts[9], "[MPTS2] has to save the new tables in a file");
+  EXPECT_EQ(texts[16], "iPID [00108] oPID [00108]");
+}
+
+TEST_F(BuildOutput, NamesAnyNextNode) {
+  for (const int32_t nextNode : {0, 1, 2, -7}) {
+    (void)build({true, true}, nextNode);
+    EXPECT_EQ(fake::timesLogged(7, "Next node [" + std::to_string(nextNode) + "]"), 1);
+  }
+}
+
+TEST_F(BuildOutput, LeavesTheWorkRecordAsItIs) {
+  const ServiceWorkRecord before = work_;
+  (void)build({true, false});
+  EXPECT_EQ(work_.pmt, before.pmt);
+  EXPECT_EQ(work_.pidItems, before.pidItems);
+  EXPECT_EQ(work_.outputTables, before.outputTables);
+  EXPECT_EQ(work_.outputSID, 0);
+  EXPECT_EQ(work_.serviceName, "");
+}
+
+TEST_F(BuildOutput, StartsFromTheWorkRecordsListAndTables) {
+  addPidItem(work_.pidItems, 5, PidAttribute::Emm);
+  work_.outputTables.outputParam1 = 1;
+  work_.outputTables.outputParam2 = 2;
+  work_.outputTables.patPackets = {"old"};
+  work_.outputTables.sdtPackets = {"old"};
+  work_.outputTables.pmtPackets = {"old"};
+  work_.outputTables.otherPackets = {"other"};
+  const SPTSConfiguration built = build({false, true});
+  EXPECT_THAT(built.pidItems.at(0), pidItem(5, 0x20));
+  EXPECT_EQ(built.outputTables.outputParam1, 500);
+  EXPECT_EQ(built.outputTables.outputParam2, 2);
+  EXPECT_THAT(built.outputTables.otherPackets, ElementsAre("other"));
+  EXPECT_THAT(sectionsOf(built.outputTables.patPackets, 0), SizeIs(1));
+  EXPECT_THAT(sectionsOf(built.outputTables.sdtPackets, 0x11), SizeIs(1));
+  EXPECT_THAT(sectionsOf(built.outputTables.pmtPackets, outputPid(kPmtIn)), SizeIs(1));
+}
+
+TEST_F(BuildOutput, KeepsTheIdentityOfTheWorkRecordTowardsAnotherNode) {
+  work_.outputSID = 33;
+  work_.serviceName = "kept";
+  work_.transportStreamId = 34;
+  work_.originalNetworkId = 35;
+  const DVBOutputTables towards = build({true, true}, 2).outputTables.dvbTables;
+  EXPECT_EQ(towards.pmt.programNumber, 33);
+  EXPECT_EQ(towards.pat.transportStreamId, 34);
+  EXPECT_EQ(towards.sdt.originalNetworkId, 35);
+  const DVBOutputTables leaving = build({true, true}, 0).outputTables.dvbTables;
+  EXPECT_EQ(leaving.pmt.programNumber, 1201);
+  EXPECT_EQ(leaving.pat.transportStreamId, 7);
+  EXPECT_EQ(leaving.sdt.originalNetworkId, 8);
+}
+
+TEST_F(BuildOutput, AnUnknownPidIs65535WhenRemapped) {
+  work_.pmt.esList.push_back(makeStream(6, 0x1ABC));
+  EXPECT_THAT(build({true, true}).pidItems.back(), pidItem(65535, 0x1ABC, 0x08));
+  EXPECT_TRUE(fake::logged(7, "iPID [65535] oPID [06844]"));
+  EXPECT_THAT(build({false, true}).pidItems.back(), pidItem(0x1ABC, 0x08));
+  EXPECT_TRUE(fake::logged(7, "iPID [06844] oPID [06844]"));
+}
+
+TEST_F(BuildOutput, TwoUnknownPidsStayTwoItems) {
+  work_.pmt.esList.push_back(makeStream(6, 0x1ABC));
+  work_.pmt.esList.push_back(makeStream(6, 0x1ABD));
+  EXPECT_THAT(build({true, true}).pidItems, SizeIs(8));
+}
+
+TEST_F(BuildOutput, UsesTheStoreOfTheInputProgrammeAndSavesOnce) {
+  (void)build({true, true});
+  EXPECT_THAT(stores_.stores, ElementsAre(Key(kInputProgram)));
+  EXPECT_THAT(stores_.written, SizeIs(1));
+}
+
+TEST_F(BuildOutput, AnEmptyWorkRecordGivesAnEmptyOutput) {
+  work_ = ServiceWorkRecord();
+  const SPTSConfiguration built = build({true, true}, 1);
+  EXPECT_THAT(built.pidItems, ElementsAre(pidItem(65535, 0x666, 0x02), pidItem(65535, 0, 0x04)));
+  EXPECT_THAT(built.outputTables.dvbTables.pmt.esList, IsEmpty());
+  EXPECT_THAT(stores_.stores, ElementsAre(Key(0)));
+}
+
+}  // namespace
+}  // namespace tevra::test

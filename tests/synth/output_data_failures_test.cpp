@@ -1,0 +1,165 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iostream>
+#include <sstream>
+#include <stdexcept>
+
+#include "tests/synth/output_data_fixture.h"
+
+namespace tevra::test {
+namespace {
+
+using fake::LogLine;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Key;
+using testing::SizeIs;
+
+const LogLine kNoSettings{3, "", "Output SPTS has no LastNodeSettings"};
+const LogLine kCannotSave{3, "", "[MPTS2] Error writing tables in file"};
+
+/** What the program writes to std::cerr meanwhile. */
+class StandardError {
+ public:
+  StandardError() : former_(std::cerr.rdbuf(text_.rdbuf())) {}
+  ~StandardError() { std::cerr.rdbuf(former_); }
+  StandardError(const StandardError&) = delete;
+  StandardError& operator=(const StandardError&) = delete;
+
+  [[nodiscard]] std::string text() const { return text_.str(); }
+
+ private:
+  std::ostringstream text_;
+  std::streambuf* former_;
+};
+
+class OutputFailures : public OutputDataTest {
+ protected:
+  OutputFailures() { request_.outputs[1] = describe(50); }
+
+  /** The platform's language conversion raises std::out_of_range for English. */
+  static void failOnEnglish() {
+    fake::platform().englishAudioCode = [](const std::string& code, std::string& english,
+                                           std::string&) {
+      if (code == "eng") {
+        throw std::out_of_range("no such code");
+      }
+      english = code;
+      return true;
+    };
+  }
+
+  /** The platform's text conversion raises std::out_of_range at these calls, counted from 1. */
+  void failOnNames(std::initializer_list<int> calls) {
+    fake::platform().textFromUTF8 = [this, failing = std::vector<int>(calls)](
+                                        const std::string& utf8, std::string& dvb) {
+      if (std::count(failing.begin(), failing.end(), ++namesConverted_) > 0) {
+        throw std::out_of_range("no such character");
+      }
+      dvb = utf8;
+      return true;
+    };
+  }
+
+  int namesConverted_ = 0;
+};
+
+TEST_F(OutputFailures, AnOutOfRangeFilterGoesToStandardErrorAndTheCallGoesOn) {
+  request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
+  failOnEnglish();
+  const StandardError standardError;
+  ask();
+  EXPECT_EQ(standardError.text(), "Out of Range error: no such code\n");
+  ASSERT_THAT(answer_, ElementsAre(Key(50)));
+  EXPECT_THAT(stores_.written, SizeIs(1));
+  EXPECT_THAT(fake::logLines(4), IsEmpty());
+}
+
+TEST_F(OutputFailures, AnOutputThatWasNotFilteredHasThePidsSoFarAndTheWholePmt) {
+  request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
+  request_.lastNodeSettings[50][0].audioFilter = 1;
+  failOnEnglish();
+  const StandardError standardError;
+  ask();
+  EXPECT_THAT(answer_[50].pidItems, ElementsAre(remapped(kPmtIn, 0x02), remapped(kVideoIn, 0x0C)));
+  const PMT& pmt = answer_[50].outputTables.dvbTables.pmt;
+  EXPECT_EQ(pmt.programNumber, 1201);
+  EXPECT_THAT(pmt.esList, SizeIs(3));
+  EXPECT_EQ(decodePmt(answer_[50].outputTables.pmtPackets, 1201), pmt);
+}
+
+TEST_F(OutputFailures, EveryOutputOfARequestMeetsTheFilterAgain) {
+  request_.lastNodeSettings[50] = {makeLastNode(60, 600)};
+  request_.outputs[2] = describe(70);
+  failOnEnglish();
+  const StandardError standardError;
+  ask();
+  EXPECT_EQ(standardError.text(),
+            "Out of Range error: no such code\nOut of Range error: no such code\n"
+            "Out of Range error: no such code\n");
+  EXPECT_THAT(answer_, ElementsAre(Key(50), Key(60), Key(70)));
+}
+
+TEST_F(OutputFailures, NothingGoesToStandardErrorOtherwise) {
+  const StandardError standardError;
+  ask();
+  EXPECT_EQ(standardError.text(), "");
+}
+
+TEST_F(OutputFailures, AnOutOfRangeDirectOutputFallsBack) {
+  request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
+  failOnNames({1});
+  ask();
+  ASSERT_THAT(answer_, ElementsAre(Key(50)));
+  EXPECT_EQ(answer_[50].outputTables.outputParam1, 50);
+  EXPECT_THAT(fake::logLines(3), ElementsAre(kNoSettings));
+  EXPECT_THAT(answer_[50].pidItems, SizeIs(4));  // the PMT without CA descriptors stays
+  EXPECT_THAT(stores_.written, SizeIs(1));
+}
+
+TEST_F(OutputFailures, AnOutOfRangeListedOutputEndsTheListAndFallsBack) {
+  request_.lastNodeSettings[50] = {makeLastNode(60, 600), makeLastNode(70, 700),
+                                   makeLastNode(80, 800)};
+  failOnNames({2});
+  ask();
+  EXPECT_THAT(answer_, ElementsAre(Key(50), Key(60)));
+  EXPECT_THAT(fake::logLines(3), ElementsAre(kNoSettings));
+  EXPECT_THAT(answer_[50].pidItems, SizeIs(6));
+}
+
+TEST_F(OutputFailures, OneOutputsFailureLeavesTheOthersAlone) {
+  request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
+  request_.lastNodeSettings[51] = {makeLastNode(51, 510)};
+  request_.outputs[2] = describe(51);
+  failOnNames({1});
+  ask();
+  EXPECT_THAT(answer_, ElementsAre(Key(50), Key(51)));
+  EXPECT_EQ(answer_[51].outputTables.outputParam1, 510);
+}
+
+TEST_F(OutputFailures, AFailedWriteIsReportedForEveryOutputAndChangesNoAnswer) {
+  request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
+  request_.lastNodeSettings[51] = {makeLastNode(51, 510)};
+  request_.outputs[2] = describe(51);
+  ask();
+  const OutputConfigurations written = answer_;
+  stores_.writeResult = 1;
+  ask();
+  EXPECT_EQ(answer_, written);
+  EXPECT_THAT(fake::logLines(3), ElementsAre(kCannotSave, kCannotSave));
+}
+
+TEST_F(OutputFailures, ANameThatCannotBeEncodedIsNonameInTheAnswer) {
+  fake::platform().textFromUTF8 = [](const std::string&, std::string&) { return false; };
+  request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
+  ask();
+  EXPECT_EQ(answer_[50].outputTables.dvbTables.sdt.services.at(0).descriptors.at(0).data,
+            "\x19\x08TEVRA SA\x0ANoname1201");
+  EXPECT_THAT(fake::logLines(4),
+              ElementsAre(LogLine{4, "", "[synthSDT] Service name cannot be encoded."}));
+}
+
+}  // namespace
+}  // namespace tevra::test

@@ -1,0 +1,157 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "synth/psi_synthesis.h"
+#include "tests/fakes/fake_platform.h"
+#include "tests/synth/builders.h"
+#include "tests/synth/fake_table_stores.h"
+
+namespace tevra::test {
+namespace {
+
+using fake::LogLine;
+using testing::ElementsAre;
+using testing::Key;
+using testing::SizeIs;
+
+const LogLine kOnePacket{7, "", "Numero de paquetes necesarios para la sintesis [1]"};
+const LogLine kHasToSave{7, "", "[MPTS2] has to save the new tables in a file"};
+const LogLine kCannotSave{3, "", "[MPTS2] Error writing tables in file"};
+
+LogLine saves(const std::string& table) {
+  return {7, "", "Saves a new " + table + " in myTableStores struct"};
+}
+
+class SavedTables : public fake::PlatformTest {
+ protected:
+  /** One call; the work record of the fixture stays as it is. */
+  OutputTables save() {
+    fake::clearLog();
+    ServiceWorkRecord work = work_;
+    saveSynthesisedTables(owner_, work);
+    return work.outputTables;
+  }
+
+  /** The versions of one call's tables: PAT, SDT, PMT. */
+  std::vector<int32_t> versions() {
+    const DVBOutputTables tables = save().dvbTables;
+    return {tables.pat.version, tables.sdt.version, tables.pmt.version};
+  }
+
+  FakeTableStores owner_;
+  ServiceWorkRecord work_ = makeWorkRecord();
+};
+
+TEST_F(SavedTables, TheFirstTimeAllThreeTablesAreNew) {
+  EXPECT_THAT(versions(), ElementsAre(1, 1, 1));
+  EXPECT_THAT(fake::logLines(), ElementsAre(saves("PAT"), kOnePacket, saves("SDT"), kOnePacket,
+                                            saves("PMT"), kOnePacket, kHasToSave));
+}
+
+TEST_F(SavedTables, TheEntryIsThatOfTheInputProgramme) {
+  const OutputTables tables = save();
+  ASSERT_THAT(owner_.stores, ElementsAre(Key(kInputProgram)));
+  const TableStore& store = owner_.stores[kInputProgram];
+  EXPECT_EQ(store.pat, tables.dvbTables.pat);
+  EXPECT_EQ(store.sdt, tables.dvbTables.sdt);
+  EXPECT_EQ(store.pmt, tables.dvbTables.pmt);
+  EXPECT_EQ(store.restartCounter, 0);
+}
+
+TEST_F(SavedTables, TheRestartCounterOfAnEntryIsLeftAlone) {
+  owner_.stores[kInputProgram].restartCounter = 3;
+  save();
+  EXPECT_EQ(owner_.stores[kInputProgram].restartCounter, 3);
+}
+
+TEST_F(SavedTables, OtherEntriesAreLeftAlone) {
+  owner_.stores[1201].pat = makePat(1, {{1, 2}});
+  const TableStore before = owner_.stores[1201];
+  save();
+  EXPECT_EQ(owner_.stores[1201], before);
+  EXPECT_THAT(owner_.stores, ElementsAre(Key(1201), Key(kInputProgram)));
+}
+
+TEST_F(SavedTables, OfTwoIdenticalRequestsTheSecondMovesNoVersionAndIsWrittenAllTheSame) {
+  const OutputTables first = save();
+  EXPECT_EQ(save(), first);
+  EXPECT_THAT(fake::logLines(), ElementsAre(kOnePacket, kOnePacket, kOnePacket, kHasToSave));
+  ASSERT_THAT(owner_.written, SizeIs(2));
+  EXPECT_EQ(owner_.written[0], owner_.written[1]);
+}
+
+TEST_F(SavedTables, AStreamMoreMovesTheVersionOfThePmtAlone) {
+  save();
+  work_.pmt.esList.push_back(makeStream(6, 0x68));
+  EXPECT_THAT(versions(), ElementsAre(1, 1, 2));
+}
+
+TEST_F(SavedTables, AnotherNameMovesTheVersionOfTheSdtAlone) {
+  save();
+  work_.serviceName = "Dos HD";
+  EXPECT_THAT(versions(), ElementsAre(1, 2, 1));
+}
+
+TEST_F(SavedTables, AnotherOutputServiceIdMovesAllVersions) {
+  save();
+  work_.outputSID = 1202;
+  EXPECT_THAT(versions(), ElementsAre(2, 2, 2));
+  EXPECT_THAT(owner_.stores, ElementsAre(Key(kInputProgram)));
+}
+
+TEST_F(SavedTables, VersionsGoOnFromARestoredStoreAndAround) {
+  TableStore& store = owner_.stores[kInputProgram];
+  store.pat.version = 31;
+  store.sdt.version = 30;
+  store.pmt.version = 0;
+  EXPECT_THAT(versions(), ElementsAre(0, 31, 1));
+}
+
+TEST_F(SavedTables, ThirtyTwoChangesLeadBackToTheSameVersion) {
+  save();
+  for (int i = 0; i < 32; ++i) {
+    work_.outputSID = 2000 + i;
+    save();
+  }
+  EXPECT_THAT(versions(), ElementsAre(1, 1, 1));
+}
+
+TEST_F(SavedTables, WhatIsWrittenAreTheNewTablesAndAfterItsLine) {
+  std::vector<LogLine> linesBefore;
+  owner_.onWrite = [&] { linesBefore = fake::logLines(); };
+  const OutputTables tables = save();
+  ASSERT_THAT(owner_.written, SizeIs(1));
+  EXPECT_EQ(owner_.written[0].at(kInputProgram).pmt, tables.dvbTables.pmt);
+  ASSERT_FALSE(linesBefore.empty());
+  EXPECT_EQ(linesBefore.back(), kHasToSave);
+}
+
+TEST_F(SavedTables, AFailedWriteIsAnErrorWithoutConsequence) {
+  owner_.writeResult = 1;
+  const OutputTables tables = save();
+  EXPECT_THAT(fake::logLines(3), ElementsAre(kCannotSave));
+  EXPECT_EQ(fake::logLines().back(), kCannotSave);
+  EXPECT_EQ(owner_.stores[kInputProgram].pmt, tables.dvbTables.pmt);
+  EXPECT_THAT(tables.pmtPackets, SizeIs(1));
+  EXPECT_THAT(versions(), ElementsAre(1, 1, 1));
+}
+
+TEST_F(SavedTables, TheLinesNameTheMpts) {
+  owner_.index = 3;
+  owner_.writeResult = -2;
+  save();
+  EXPECT_TRUE(fake::logged(7, "[MPTS3] has to save the new tables in a file"));
+  EXPECT_TRUE(fake::logged(3, "[MPTS3] Error writing tables in file"));
+}
+
+TEST_F(SavedTables, AnAbsentProgrammeIsReportedByPatAndPmt) {
+  work_.pat = PAT();
+  work_.sdt = SDT();
+  save();
+  EXPECT_THAT(fake::logLines(4), ElementsAre(LogLine{3, "", "ProgramNumber not found."},
+                                             LogLine{4, "", "Service not found in STD!!"},
+                                             LogLine{3, "", "ProgramNumber not found."}));
+}
+
+}  // namespace
+}  // namespace tevra::test

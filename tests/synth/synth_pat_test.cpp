@@ -1,0 +1,186 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "synth/psi_synthesis.h"
+#include "tests/fakes/fake_platform.h"
+#include "tests/synth/builders.h"
+#include "tests/synth/transport_packets.h"
+
+namespace tevra::test {
+namespace {
+
+using fake::LogLine;
+using testing::ElementsAre;
+using testing::SizeIs;
+
+const LogLine kSaves{7, "", "Saves a new PAT in myTableStores struct"};
+const LogLine kOnePacket{7, "", "Numero de paquetes necesarios para la sintesis [1]"};
+
+class SynthPat : public fake::PlatformTest {
+ protected:
+  int synthesise() {
+    fake::clearLog();
+    return synthPAT(work_, stored_);
+  }
+
+  [[nodiscard]] const PAT& output() const { return work_.outputTables.dvbTables.pat; }
+  [[nodiscard]] const Packets& packets() const { return work_.outputTables.patPackets; }
+  [[nodiscard]] std::string section() const { return sectionsOf(packets(), 0).at(0); }
+
+  ServiceWorkRecord work_ = makeWorkRecord();
+  PAT stored_;
+};
+
+TEST_F(SynthPat, TheFirstPatListsTheOutputServiceAlone) {
+  EXPECT_EQ(synthesise(), 0);
+  PAT expected = makePat(7, {{1201, kPmtPid}});
+  expected.version = 1;
+  expected.currentNext = true;
+  EXPECT_EQ(output(), expected);
+  EXPECT_EQ(stored_, expected);
+  EXPECT_EQ(decodePat(packets()), expected);
+  EXPECT_THAT(fake::logLines(), ElementsAre(kSaves, kOnePacket));
+}
+
+TEST_F(SynthPat, OneProgrammeTakesSixteenBytesAndOnePacket) {
+  synthesise();
+  ASSERT_THAT(packets(), SizeIs(1));
+  const std::string section("\x00\xB0\x0D\x00\x07\xC3\x00\x00\x04\xB1\xE0\x65", 12);
+  const std::string& packet = packets()[0];
+  EXPECT_EQ(packet.substr(0, 17), std::string("\x47\x40\x00\x10\x00", 5) + section);
+  EXPECT_EQ(crc32Mpeg2(packet.substr(5, 16)), 0U);
+  EXPECT_EQ(packet.substr(21), std::string(167, '\xFF'));
+}
+
+TEST_F(SynthPat, ASecondTimeNothingIsSavedAndTheVersionStays) {
+  synthesise();
+  const PAT first = output();
+  const Packets firstPackets = packets();
+  EXPECT_EQ(synthesise(), 0);
+  EXPECT_EQ(output(), first);
+  EXPECT_EQ(stored_, first);
+  EXPECT_EQ(packets(), firstPackets);
+  EXPECT_THAT(fake::logLines(), ElementsAre(kOnePacket));
+}
+
+TEST_F(SynthPat, VersionThirtyOneIsFollowedByZero) {
+  stored_.version = 31;
+  synthesise();
+  EXPECT_EQ(output().version, 0);
+  EXPECT_EQ(stored_.version, 0);
+  EXPECT_EQ(versionOf(section()), 0);
+}
+
+TEST_F(SynthPat, AnyStoredVersionLeadsBackIntoRange) {
+  const std::vector<std::pair<int32_t, int>> versions = {
+      {-1, 0}, {300, 13}, {std::numeric_limits<int32_t>::max(), 0}};
+  for (const auto& [stored, next] : versions) {
+    stored_ = PAT();
+    stored_.version = stored;
+    synthesise();
+    EXPECT_EQ(stored_.version, next);
+    EXPECT_EQ(output().version, next);
+    EXPECT_EQ(versionOf(section()), next);
+  }
+}
+
+TEST_F(SynthPat, AnotherTransportStreamPidOrServiceMovesTheVersion) {
+  synthesise();
+  work_.transportStreamId = 9;
+  synthesise();
+  EXPECT_EQ(output().version, 2);
+  EXPECT_EQ(stored_.transportStreamId, 9);
+  work_.pat.programs[0].pid = 0x99;
+  synthesise();
+  EXPECT_EQ(output().version, 3);
+  EXPECT_EQ(output().programs[0].pid, 0x99);
+  work_.outputSID = 1202;
+  synthesise();
+  EXPECT_EQ(output().version, 4);
+  EXPECT_EQ(stored_.programs[0].programNumber, 1202);
+  EXPECT_THAT(fake::logLines(), ElementsAre(kSaves, kOnePacket));
+  EXPECT_EQ(decodePat(packets()), stored_);
+}
+
+TEST_F(SynthPat, OtherProgrammesOfTheInputDoNotMatter) {
+  synthesise();
+  work_.pat = makePat(4711, {{1, 0x11}, {kInputProgram, kPmtPid}, {2, 0x22}});
+  work_.pat.version = 17;
+  work_.pat.currentNext = true;
+  synthesise();
+  EXPECT_EQ(output().version, 1);
+  EXPECT_THAT(fake::logLines(), ElementsAre(kOnePacket));
+}
+
+TEST_F(SynthPat, StoredProgrammesInExcessAreAChange) {
+  synthesise();
+  stored_.programs.push_back(stored_.programs[0]);
+  synthesise();
+  EXPECT_EQ(output().version, 2);
+  EXPECT_THAT(stored_.programs, SizeIs(1));
+}
+
+TEST_F(SynthPat, TheCurrentNextFlagIsHandedOutButMovesNoVersion) {
+  synthesise();
+  work_.pat.currentNext = false;
+  synthesise();
+  EXPECT_THAT(fake::logLines(), ElementsAre(kOnePacket));
+  EXPECT_EQ(output().version, 1);
+  EXPECT_FALSE(output().currentNext);
+  EXPECT_FALSE(currentNextOf(section()));
+  EXPECT_TRUE(stored_.currentNext);  // what is stored changes with the content only
+}
+
+TEST_F(SynthPat, AChangedPatTakesTheFlagOfTheInput) {
+  stored_.currentNext = true;
+  work_.pat.currentNext = false;
+  synthesise();
+  EXPECT_FALSE(stored_.currentNext);
+  EXPECT_FALSE(currentNextOf(section()));
+}
+
+TEST_F(SynthPat, AnAbsentProgrammeHasPidMinusOneInTheRecordAndAllOnesInTheSection) {
+  work_.pat.programs.clear();
+  EXPECT_EQ(synthesise(), 0);
+  EXPECT_THAT(fake::logLines(),
+              ElementsAre(LogLine{3, "", "ProgramNumber not found."}, kSaves, kOnePacket));
+  EXPECT_EQ(output().programs, makePat(7, {{1201, 0xFFFF}}).programs);
+  EXPECT_EQ(decodePat(packets()).programs, makePat(7, {{1201, 0x1FFF}}).programs);
+  synthesise();
+  EXPECT_EQ(output().version, 1);
+}
+
+TEST_F(SynthPat, OfSeveralProgrammesOfThatNumberTheLastGivesThePid) {
+  work_.pat = makePat(1, {{kInputProgram, 0x11}, {kInputProgram, 0x22}});
+  synthesise();
+  EXPECT_EQ(output().programs, makePat(7, {{1201, 0x22}}).programs);
+}
+
+TEST_F(SynthPat, APmtOnPidZeroIsInTheRecordAndNotInTheSection) {
+  work_.pat.programs[0].pid = 0;
+  synthesise();
+  EXPECT_EQ(output().programs, makePat(7, {{1201, 0}}).programs);
+  EXPECT_EQ(stored_.programs, output().programs);
+  const std::string empty("\x00\xB0\x09\x00\x07\xC3\x00\x00", 8);
+  ASSERT_EQ(section().size(), empty.size() + 4);
+  EXPECT_EQ(section().substr(0, empty.size()), empty);
+  synthesise();
+  EXPECT_EQ(output().version, 1);
+  EXPECT_EQ(output().programs, makePat(7, {{1201, 0}}).programs);
+  EXPECT_EQ(section().size(), 12U);
+}
+
+TEST_F(SynthPat, ValuesTooWideForASectionAreNarrowedOnceAndForAll) {
+  work_.transportStreamId = 0x12345;
+  work_.outputSID = 0x1F001;
+  synthesise();
+  EXPECT_EQ(output().transportStreamId, 0x2345);
+  EXPECT_EQ(output().programs, makePat(0, {{0xF001, kPmtPid}}).programs);
+  synthesise();
+  EXPECT_EQ(output().version, 1);
+}
+
+}  // namespace
+}  // namespace tevra::test

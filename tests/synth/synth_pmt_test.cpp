@@ -1,0 +1,204 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "synth/psi_synthesis.h"
+#include "tests/fakes/fake_platform.h"
+#include "tests/synth/builders.h"
+#include "tests/synth/transport_packets.h"
+
+namespace tevra::test {
+namespace {
+
+using fake::LogLine;
+using testing::ElementsAre;
+using testing::SizeIs;
+
+const LogLine kSaves{7, "", "Saves a new PMT in myTableStores struct"};
+
+LogLine packetsMade(int count) {
+  return {7, "", "Numero de paquetes necesarios para la sintesis [" + std::to_string(count) + "]"};
+}
+
+class SynthPmt : public fake::PlatformTest {
+ protected:
+  /** Synthesises the filtered PMT, which it changes, as a call of its own would have it. */
+  int synthesise() {
+    fake::clearLog();
+    work_.pmt = filtered_;
+    return synthPMT(work_, stored_);
+  }
+
+  /** Fills the PMT up so that its section takes `size` bytes. */
+  void fillTo(size_t size) {
+    filtered_ = makePmt(kInputProgram, 0x66);
+    filtered_.currentNext = true;
+    filtered_.descriptors = makeFillers(size - 16);
+  }
+
+  [[nodiscard]] const PMT& output() const { return work_.outputTables.dvbTables.pmt; }
+  [[nodiscard]] const Packets& packets() const { return work_.outputTables.pmtPackets; }
+  [[nodiscard]] std::vector<std::string> sections() const { return sectionsOf(packets(), kPmtPid); }
+
+  ServiceWorkRecord work_ = makeWorkRecord();
+  PMT filtered_ = makeWorkRecord().pmt;
+  PMT stored_;
+};
+
+TEST_F(SynthPmt, TheFirstPmtIsTheFilteredOneUnderTheOutputsNumber) {
+  EXPECT_EQ(synthesise(), 0);
+  PMT expected = filtered_;
+  expected.programNumber = 1201;
+  expected.version = 1;
+  EXPECT_EQ(output(), expected);
+  EXPECT_EQ(stored_, expected);
+  EXPECT_EQ(decodePmt(packets(), 1201), expected);
+  EXPECT_THAT(fake::logLines(), ElementsAre(kSaves, packetsMade(1)));
+}
+
+TEST_F(SynthPmt, TheSectionIsExactToTheByte) {
+  synthesise();
+  const std::string expected = std::string("\x02\xB0\x1D\x04\xB1\xC3\x00\x00\xE0\x66\xF0\x00", 12) +
+                               std::string("\x1B\xE0\x66\xF0\x00", 5) +
+                               std::string("\x04\xE0\x67\xF0\x06\x0A\x04spa\x00", 11);
+  ASSERT_THAT(sections(), SizeIs(1));
+  EXPECT_EQ(sections()[0].substr(0, sections()[0].size() - 4), expected);
+  EXPECT_EQ(packets()[0].substr(0, 5), std::string("\x47\x40\x65\x10\x00", 5));
+}
+
+TEST_F(SynthPmt, TheFilteredPmtTakesNumberAndStoredVersionToo) {
+  stored_.version = 17;
+  synthesise();
+  PMT expected = filtered_;
+  expected.programNumber = 1201;
+  expected.version = 17;  // the one before it moved
+  EXPECT_EQ(work_.pmt, expected);
+  EXPECT_EQ(output().version, 18);
+}
+
+TEST_F(SynthPmt, ASecondTimeNothingIsSavedAndTheVersionStays) {
+  synthesise();
+  const PMT first = output();
+  const Packets firstPackets = packets();
+  EXPECT_EQ(synthesise(), 0);
+  EXPECT_EQ(output(), first);
+  EXPECT_EQ(stored_, first);
+  EXPECT_EQ(packets(), firstPackets);
+  EXPECT_THAT(fake::logLines(), ElementsAre(packetsMade(1)));
+}
+
+TEST_F(SynthPmt, VersionThirtyOneIsFollowedByZero) {
+  stored_.version = 31;
+  synthesise();
+  EXPECT_EQ(output().version, 0);
+  EXPECT_EQ(stored_.version, 0);
+  EXPECT_EQ(versionOf(sections().at(0)), 0);
+}
+
+TEST_F(SynthPmt, AnyStoredVersionLeadsBackIntoRange) {
+  const std::vector<std::pair<int32_t, int>> versions = {
+      {-1, 0}, {300, 13}, {std::numeric_limits<int32_t>::max(), 0}};
+  for (const auto& [stored, next] : versions) {
+    stored_ = PMT();
+    stored_.version = stored;
+    synthesise();
+    EXPECT_EQ(stored_.version, next);
+    EXPECT_EQ(output().version, next);
+    EXPECT_EQ(versionOf(sections().at(0)), next);
+  }
+}
+
+TEST_F(SynthPmt, AStreamMoreOrAnotherPcrMovesTheVersion) {
+  synthesise();
+  filtered_.esList.push_back(makeStream(6, 0x68));
+  synthesise();
+  EXPECT_EQ(output().version, 2);
+  filtered_.pcrPid = 0x67;
+  synthesise();
+  EXPECT_EQ(output().version, 3);
+  work_.outputSID = 1202;
+  synthesise();
+  EXPECT_EQ(output().version, 4);
+  EXPECT_THAT(fake::logLines(), ElementsAre(kSaves, packetsMade(1)));
+  EXPECT_EQ(stored_, output());
+  EXPECT_EQ(decodePmt(packets(), 1202), output());
+}
+
+TEST_F(SynthPmt, TheInputsVersionIsNoMatter) {
+  synthesise();
+  filtered_.version = 22;
+  synthesise();
+  EXPECT_EQ(output().version, 1);
+  EXPECT_EQ(versionOf(sections().at(0)), 1);
+}
+
+TEST_F(SynthPmt, AnUnchangedPmtIsAnsweredAsStoredAndSentAsFiltered) {
+  synthesise();
+  filtered_.currentNext = false;  // the one member that can differ
+  synthesise();
+  EXPECT_THAT(fake::logLines(), ElementsAre(packetsMade(1)));
+  EXPECT_TRUE(output().currentNext);
+  EXPECT_TRUE(stored_.currentNext);
+  EXPECT_FALSE(currentNextOf(sections().at(0)));
+  EXPECT_EQ(versionOf(sections().at(0)), 1);
+}
+
+TEST_F(SynthPmt, AnAbsentProgrammeIsSentOnTheLowBitsOfMinusOne) {
+  work_.pat.programs.clear();
+  EXPECT_EQ(synthesise(), 0);
+  EXPECT_THAT(fake::logLines(),
+              ElementsAre(LogLine{3, "", "ProgramNumber not found."}, kSaves, packetsMade(1)));
+  EXPECT_THAT(sectionsOf(packets(), 0x1FFF), SizeIs(1));
+}
+
+TEST_F(SynthPmt, ThePacketsTravelOnTheLastPidOfThatProgramme) {
+  work_.pat = makePat(1, {{kInputProgram, 0x11}, {kInputProgram, 0x22}, {1201, 0x33}});
+  synthesise();
+  EXPECT_THAT(sectionsOf(packets(), 0x22), SizeIs(1));
+}
+
+TEST_F(SynthPmt, OnlyTheLowThirteenBitsOfItsPidAreSent) {
+  work_.pat.programs[0].pid = 0x2000 + 0x65;
+  synthesise();
+  EXPECT_THAT(sections(), SizeIs(1));
+}
+
+TEST_F(SynthPmt, SectionsAtTheEdgesOfPacketsTakeThePacketsTheyNeed) {
+  const std::vector<std::pair<size_t, size_t>> sizes = {
+      {18, 1}, {182, 1}, {183, 1}, {184, 2}, {185, 2}, {367, 2}, {368, 3}, {551, 3}, {552, 4}};
+  for (const auto& [size, count] : sizes) {
+    fillTo(size);
+    synthesise();
+    ASSERT_THAT(sections(), SizeIs(1)) << size;
+    EXPECT_EQ(sections()[0].size(), size);
+    EXPECT_THAT(packets(), SizeIs(count)) << size;
+    EXPECT_TRUE(fake::logged(7, packetsMade(static_cast<int>(count)).text));
+    EXPECT_EQ(decodePmt(packets(), 1201), output()) << size;
+  }
+}
+
+TEST_F(SynthPmt, FourHundredBytesTakeThreePackets) {
+  fillTo(400);
+  synthesise();
+  ASSERT_THAT(packets(), SizeIs(3));
+  for (size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(byteAt(packets()[i], 3), static_cast<int>(0x10 + i));
+    EXPECT_EQ((byteAt(packets()[i], 1) & 0x40) != 0, i == 0);
+  }
+  EXPECT_EQ(byteAt(packets()[0], 4), 0);     // pointer_field
+  EXPECT_EQ(byteAt(packets()[0], 5), 0x02);  // table_id
+  EXPECT_EQ(packets()[1].substr(4), sections()[0].substr(183, 184));
+}
+
+TEST_F(SynthPmt, TheNumberInTheRecordIsTheOneAskedForAndInTheSectionItsLowBits) {
+  work_.outputSID = 0x1F001;
+  synthesise();
+  EXPECT_EQ(output().programNumber, 0x1F001);
+  EXPECT_EQ(decodePmt(packets(), 0xF001).programNumber, 0xF001);
+  synthesise();
+  EXPECT_EQ(output().version, 1);
+}
+
+}  // namespace
+}  // namespace tevra::test

@@ -1,0 +1,38 @@
+#include "tests/system/control_client.h"
+
+#include <thrift/TConfiguration.h>
+#include <thrift/protocol/TBinaryProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
+#include <thrift/transport/TSocket.h>
+
+#include "tests/system/child_process.h"
+
+namespace tevra::test {
+namespace {
+
+using apache::thrift::TConfiguration;
+using apache::thrift::protocol::TBinaryProtocol;
+using apache::thrift::transport::TFramedTransport;
+using apache::thrift::transport::TSocket;
+
+constexpr int kMaxSize = 256 * 1024 * 1024;
+
+}  // namespace
+
+ControlClient::ControlClient(int32_t mptsIndex) {
+  const auto limits = std::make_shared<TConfiguration>(kMaxSize, kMaxSize);
+  const auto socket = std::make_shared<TSocket>("127.0.0.1", kFirstControlPort + mptsIndex, limits);
+  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(kPatience);
+  socket->setSendTimeout(static_cast<int>(milliseconds.count()));
+  socket->setRecvTimeout(static_cast<int>(milliseconds.count()));
+  transport_ = std::make_shared<TFramedTransport>(socket, limits);
+  protocol_ = std::make_shared<TBinaryProtocol>(transport_);
+  service_ = std::make_unique<Service>(protocol_);
+  transport_->open();
+}
+
+ControlClient::~ControlClient() {
+  transport_->close();
+}
+
+}  // namespace tevra::test

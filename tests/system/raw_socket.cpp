@@ -1,0 +1,165 @@
+#include "tests/system/raw_socket.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "tests/system/child_process.h"
+
+namespace tevra::test {
+namespace {
+
+sockaddr_in loopback(int port) {
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<uint16_t>(port));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return address;
+}
+
+/** -1 when nobody listens. */
+int connectTo(int port) {
+  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const sockaddr_in address = loopback(port);
+  if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+    close(fd);
+    return -1;
+  }
+  return fd;
+}
+
+bool readable(int fd) {
+  pollfd poller = {fd, POLLIN, 0};
+  const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(kPatience);
+  return poll(&poller, 1, static_cast<int>(milliseconds.count())) == 1;
+}
+
+void reset(int fd) {
+  const linger atOnce = {1, 0};
+  setsockopt(fd, SOL_SOCKET, SO_LINGER, &atOnce, sizeof(atOnce));
+  close(fd);
+}
+
+void readUpTo(int fd, size_t bytes) {
+  std::vector<char> buffer(64 * 1024);
+  while (bytes > 0) {
+    const ssize_t got = recv(fd, buffer.data(), std::min(bytes, buffer.size()), 0);
+    if (got <= 0) {
+      return;
+    }
+    bytes -= static_cast<size_t>(got);
+  }
+}
+
+}  // namespace
+
+RawConnection::RawConnection(int port) : socket_(connectTo(port)) {
+  if (socket_ < 0) {
+    throw std::runtime_error("nobody listens on port " + std::to_string(port));
+  }
+}
+
+RawConnection::~RawConnection() {
+  close(socket_);
+}
+
+void RawConnection::send(const std::string& bytes) const {
+  size_t sent = 0;
+  while (sent < bytes.size()) {
+    const ssize_t result = ::send(socket_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+    if (result <= 0) {
+      return;
+    }
+    sent += static_cast<size_t>(result);
+  }
+}
+
+bool RawConnection::closedByPeer() const {
+  if (!readable(socket_)) {
+    return false;
+  }
+  char byte = 0;
+  return recv(socket_, &byte, 1, 0) <= 0;  // 0: closed; -1: reset
+}
+
+bool isListening(int port) {
+  const int fd = connectTo(port);
+  if (fd < 0) {
+    return false;
+  }
+  close(fd);
+  return true;
+}
+
+RawListener::RawListener(int port, int backlog)
+    : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  const int on = 1;
+  setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
+  const sockaddr_in address = loopback(port);
+  if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 ||
+      listen(socket_, backlog) != 0) {
+    close(socket_);
+    throw std::runtime_error("cannot listen on port " + std::to_string(port));
+  }
+}
+
+RawListener::~RawListener() {
+  shutdown(socket_, SHUT_RDWR);  // wakes accept
+  if (thread_.joinable()) {
+    thread_.join();
+  }
+  close(socket_);
+}
+
+std::string RawListener::takeConnection() const {
+  const int fd = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC);
+  std::string received;
+  std::string buffer(64 * 1024, '\0');
+  for (ssize_t got = 1; got > 0;) {
+    got = recv(fd, buffer.data(), buffer.size(), 0);
+    received.append(buffer, 0, static_cast<size_t>(std::max<ssize_t>(got, 0)));
+  }
+  close(fd);
+  return received;
+}
+
+void RawListener::resetConnections() {
+  resetConnectionsAfter(0);
+}
+
+void RawListener::resetConnectionsAfter(size_t bytes) {
+  thread_ = std::thread([this, bytes] { serve(bytes); });
+}
+
+void RawListener::serve(size_t bytes) const {
+  for (;;) {
+    const int fd = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC);
+    if (fd < 0) {
+      return;
+    }
+    readUpTo(fd, bytes);
+    reset(fd);
+  }
+}
+
+FullBacklog::FullBacklog(int port, int connections) {
+  const sockaddr_in address = loopback(port);
+  for (int number = 0; number < connections; ++number) {
+    sockets_.push_back(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    // Those beyond the backlog stay under way: that is what they are for.
+    (void)connect(sockets_.back(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+  }
+}
+
+FullBacklog::~FullBacklog() {
+  for (const int fd : sockets_) {
+    close(fd);
+  }
+}
+
+}  // namespace tevra::test

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tevra::test {
+
+/** A TCP connection to a port of 127.0.0.1 that sends what it is told, sense or none. */
+class RawConnection {
+ public:
+  /** Raises std::runtime_error when nobody listens. */
+  explicit RawConnection(int port);
+  ~RawConnection();
+  RawConnection(const RawConnection&) = delete;
+  RawConnection& operator=(const RawConnection&) = delete;
+
+  /** Sends all of it; what the peer no longer takes is lost. */
+  void send(const std::string& bytes) const;
+
+  /** Waits until the peer closes the connection; false when it does not within kPatience, or sends
+   * something. */
+  [[nodiscard]] bool closedByPeer() const;
+
+ private:
+  int socket_;
+};
+
+/** True when a connection to the port of 127.0.0.1 is taken. */
+[[nodiscard]] bool isListening(int port);
+
+/** A socket that listens on a port of 127.0.0.1 and lets connections wait until told otherwise. */
+class RawListener {
+ public:
+  /** `backlog` as for listen(2): one more connection may wait. */
+  explicit RawListener(int port, int backlog = 16);
+  ~RawListener();
+  RawListener(const RawListener&) = delete;
+  RawListener& operator=(const RawListener&) = delete;
+
+  /** Takes the connection that has waited longest and reads until its end: all that was sent,
+   * unless it was reset. */
+  [[nodiscard]] std::string takeConnection() const;
+
+  /** From now on takes connections on a thread of its own and resets each at once. */
+  void resetConnections();
+
+  /** From now on takes connections, reads `bytes` of each and then resets it. */
+  void resetConnectionsAfter(size_t bytes);
+
+ private:
+  void serve(size_t bytes) const;
+
+  int socket_;
+  std::thread thread_;
+};
+
+/** Connections that wait on a port of 127.0.0.1 in such numbers that no other is taken. */
+class FullBacklog {
+ public:
+  /** `connections`: more than the listener lets wait. */
+  FullBacklog(int port, int connections);
+  ~FullBacklog();
+  FullBacklog(const FullBacklog&) = delete;
+  FullBacklog& operator=(const FullBacklog&) = delete;
+
+ private:
+  std::vector<int> sockets_;
+};
+
+}  // namespace tevra::test

@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "tests/fakes/fake_main_task.h"
+#include "tests/platform/temporary_directory.h"
+#include "tests/system/control_client.h"
+#include "tests/system/daemon.h"
+#include "tests/system/multiplex.h"
+#include "tests/system/raw_socket.h"
+#include "tests/system/sanitizers.h"
+
+namespace tevra::test {
+namespace {
+
+using fake::FakeMainTask;
+
+class DaemonResources : public testing::Test {
+ protected:
+  [[nodiscard]] std::string ofProcess(const std::string& file) const {
+    return "/proc/" + std::to_string(daemon_.pid()) + "/" + file;
+  }
+
+  [[nodiscard]] int64_t entriesIn(const std::string& directory) const {
+    return std::distance(std::filesystem::directory_iterator(ofProcess(directory)), {});
+  }
+
+  /** Kilobytes in memory. */
+  [[nodiscard]] int64_t residentSize() const {
+    std::ifstream status(ofProcess("status"));
+    for (std::string word; status >> word;) {
+      if (word == "VmRSS:") {
+        int64_t size = 0;
+        status >> size;
+        return size;
+      }
+    }
+    return 0;
+  }
+
+  FakeMainTask mainTask_;
+  TemporaryDirectory root_;
+  DaemonSetup quiet_ = [] {
+    DaemonSetup setup;
+    setup.level = 4;
+    return setup;
+  }();
+  Daemon daemon_{root_.path(), quiet_};
+};
+
+/** Twelve kilobytes of descriptors. */
+std::vector<Descriptor> manyDescriptors() {
+  return std::vector<Descriptor>(48, descriptor(0x4E, std::string(250, 'x')));
+}
+
+void useEveryCall(int rounds) {
+  PMT pmt = televisionPmt();
+  for (const Descriptor& entry : manyDescriptors()) {
+    pmt.esList.emplace_back(pmt.esList[0]).descriptors = {entry};
+  }
+  EIT schedule = eit(kTelevision, 0x50, 0);
+  schedule.events[0].descriptors = manyDescriptors();
+  ControlClient client;
+  for (int round = 0; round < rounds; ++round) {
+    giveMultiplex(client);
+    client->setPMT(pmt);
+    EXPECT_TRUE(client->setNIT(multiplexNit()));
+    EXPECT_TRUE(client->setBAT(multiplexBat()));
+    client->setTOT(totAt(std::time(nullptr)));
+    client->setEITPresentFollowing(eitMap({eit(kTelevision, 0x4E, 0), eit(kRadio, 0x4E, 0)}));
+    client->setEITSchedule(eitMap({schedule}));
+    (void)onlyOutput(client, televisionRequest("Uno " + std::to_string(round % 2)));
+  }
+}
+
+TEST_F(DaemonResources, AreTwoThreads) {
+  if (kSanitized) {
+    GTEST_SKIP() << "a sanitizer has threads of its own";
+  }
+  EXPECT_EQ(entriesIn("task"), 2);
+}
+
+TEST_F(DaemonResources, DoNotGrowByDescriptors) {
+  useEveryCall(1);
+  const int64_t before = entriesIn("fd");
+  useEveryCall(20);
+  for (int connection = 0; connection < 50; ++connection) {
+    RawConnection(kFirstControlPort).send("GET / HTTP/1.1\r\n\r\n");
+  }
+  useEveryCall(1);  // all of those have been dealt with by now
+  EXPECT_TRUE(eventually([&] { return entriesIn("fd") <= before; })) << entriesIn("fd");
+}
+
+TEST_F(DaemonResources, DoNotGrowByMemory) {
+  if (kSanitized) {
+    GTEST_SKIP() << "a sanitizer keeps freed memory";
+  }
+  useEveryCall(30);
+  const int64_t before = residentSize();
+  ASSERT_GT(before, 0);
+  useEveryCall(100);
+  EXPECT_LT(residentSize() - before, 600);  // one large table lost per round would be 1200
+}
+
+}  // namespace
+}  // namespace tevra::test

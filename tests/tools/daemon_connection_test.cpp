@@ -1,0 +1,134 @@
+#include "tools/daemon_connection.h"
+
+#include <chrono>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <thrift/transport/TServerSocket.h>
+
+#include "tests/tools/fake_daemon_server.h"
+#include "tools/tool_error.h"
+
+namespace tevra::tools {
+namespace {
+
+using apache::thrift::transport::TServerSocket;
+using test::FakeDaemonServer;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using thrift::in_module::im_SIControlSrvIf;
+
+DaemonAddress addressOf(int port, int timeoutSeconds = 10) {
+  return {"127.0.0.1", port, timeoutSeconds};
+}
+
+std::string errorOf(const DaemonAddress& address) {
+  try {
+    withDaemon(address, [](im_SIControlSrvIf& daemon) { (void)daemon.sendCmd(1); });
+  } catch (const ToolError& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+/** Accepts one connection, reads a little, answers with `answer` and hangs up. */
+class RudeServer {
+ public:
+  explicit RudeServer(const std::string& answer) : socket_("127.0.0.1", 0) {
+    socket_.listen();
+    thread_ = std::thread([this, answer] {
+      const auto connection = socket_.accept();
+      uint8_t byte = 0;
+      (void)connection->read(&byte, 1);
+      connection->write(reinterpret_cast<const uint8_t*>(answer.data()),
+                        static_cast<uint32_t>(answer.size()));
+      connection->close();
+    });
+  }
+  ~RudeServer() { thread_.join(); }
+  RudeServer(const RudeServer&) = delete;
+  RudeServer& operator=(const RudeServer&) = delete;
+
+  [[nodiscard]] int port() const { return socket_.getPort(); }
+
+ private:
+  TServerSocket socket_;
+  std::thread thread_;
+};
+
+TEST(DaemonConnection, MakesItsCallsOverOneConnection) {
+  FakeDaemonServer server;
+  withDaemon(addressOf(server.port()), [](im_SIControlSrvIf& daemon) {
+    daemon.setPAT(PAT());
+    EXPECT_TRUE(daemon.sendCmd(0));
+  });
+  EXPECT_THAT(server.daemon().calls, ElementsAre("setPAT PAT 0 v0", "sendCmd 0"));
+}
+
+TEST(DaemonConnection, SaysWhatToDoWhereNobodyListens) {
+  int port = 0;
+  {
+    FakeDaemonServer server;
+    port = server.port();
+  }
+  EXPECT_THAT(errorOf(addressOf(port)),
+              AllOf(HasSubstr("no daemon answers at 127.0.0.1:" + std::to_string(port)),
+                    HasSubstr("--port")));
+}
+
+TEST(DaemonConnection, SaysWhatToDoWhenTheHostIsNotKnown) {
+  EXPECT_THAT(errorOf({"no.such.host.invalid", 9224, 1}), HasSubstr("--host"));
+}
+
+TEST(DaemonConnection, SaysWhatToDoWhenNoAnswerComes) {
+  FakeDaemonServer server;
+  server.daemon().beforeCall = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1500)); };
+  EXPECT_THAT(errorOf(addressOf(server.port(), 1)),
+              AllOf(HasSubstr("did not answer within 1 s"), HasSubstr("--timeout")));
+}
+
+TEST(DaemonConnection, SaysWhenTheDaemonHangsUp) {
+  const RudeServer server("");
+  EXPECT_THAT(errorOf(addressOf(server.port())),
+              testing::AnyOf(HasSubstr("closed the connection"), HasSubstr("broke")));
+}
+
+TEST(DaemonConnection, SaysWhenTheAnswerIsNone) {
+  const RudeServer server("HTTP/1.1 400 Bad Request\r\n\r\n");
+  EXPECT_THAT(errorOf(addressOf(server.port())), HasSubstr("127.0.0.1:"));
+}
+
+TEST(DaemonConnection, SaysWhenACallIsRefused) {
+  FakeDaemonServer server;
+  server.daemon().beforeCall = [] { throw std::runtime_error("disk on fire"); };
+  EXPECT_THAT(errorOf(addressOf(server.port())),
+              AllOf(HasSubstr("refused a call"), HasSubstr("disk on fire")));
+}
+
+TEST(DaemonConnection, SendsAScheduleLargerThanTheLibrarysOwnFrameLimit) {
+  FakeDaemonServer server;
+  EIT eit;
+  eit.serviceId = 101;
+  eit.tableId = 0x50;
+  eit.events.resize(100);
+  for (EITEvent& event : eit.events) {
+    event.descriptors.resize(1);
+    event.descriptors[0].data.assign(300'000, 'x');
+  }
+  withDaemon(addressOf(server.port()), [&eit](im_SIControlSrvIf& daemon) {
+    daemon.setEITSchedule({{101, {{0x50, eit}}}});
+  });
+  ASSERT_EQ(1U, server.daemon().eitMaps.size());
+  EXPECT_EQ(100U, server.daemon().eitMaps[0].at(101).at(0x50).events.size());
+}
+
+TEST(DaemonConnection, PassesOnWhatTheCallerRaises) {
+  FakeDaemonServer server;
+  EXPECT_THROW(withDaemon(addressOf(server.port()),
+                          [](im_SIControlSrvIf&) { throw std::runtime_error("mine"); }),
+               std::runtime_error);
+}
+
+}  // namespace
+}  // namespace tevra::tools

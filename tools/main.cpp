@@ -1,0 +1,7 @@
+#include <iostream>
+
+#include "tools/cli.h"
+
+int main(int argc, char** argv) {
+  return tevra::tools::runTornelctl(argc, argv, std::cout, std::cerr);
+}

@@ -1,0 +1,114 @@
+#include "tools/output_command_options.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tevra::tools {
+namespace {
+
+CLI::Validator sixteenBits() {
+  return CLI::Range(0, 65535).description("0..65535");
+}
+
+CLI::Validator languageList() {
+  const auto check = [](const std::string& text) {
+    return parseLanguages(text) ? std::string() : "'" + text + "' is no three-letter language code";
+  };
+  return {check, "LANG"};
+}
+
+CLI::Validator listedNode() {
+  const auto check = [](const std::string& text) {
+    return parseListedNode(text) ? std::string() : "'" + text + "' is not GSID[:USID[:LANGUAGES]]";
+  };
+  return {check, "GSID[:USID[:LANG+LANG]]"};
+}
+
+void addServiceOptions(CLI::App& command, OutputCommandOptions& options, OutputDefaults defaults) {
+  OutputOptions& output = options.output;
+  const bool fromStream = defaults == OutputDefaults::kFromStream;
+  const std::string streams = " (default: the input stream's)";
+  command
+      .add_option("--service", options.service,
+                  std::string("Input service id") +
+                      (fromStream ? " (default: the stream's first with a PMT)" : ""))
+      ->required(!fromStream)
+      ->check(sixteenBits());
+  command.add_option("--output-sid", output.outputSid, "Output service id (default: the input's)")
+      ->check(sixteenBits());
+  command.add_option(
+      "--name", output.name,
+      "Output service name, UTF-8" + (fromStream ? streams : " (default: Service ID)"));
+  command
+      .add_option("--transport-stream-id", output.transportStreamId,
+                  "Output transport stream id" + (fromStream ? streams : " (default: 1)"))
+      ->check(sixteenBits());
+  command
+      .add_option("--original-network-id", output.originalNetworkId,
+                  "Output original network id" + (fromStream ? streams : " (default: 1)"))
+      ->check(sixteenBits());
+}
+
+void addNodeOptions(CLI::App& command, OutputCommandOptions& options) {
+  static const std::map<std::string, LastNode> kLastNodes = {
+      {"direct", LastNode::kDirect}, {"listed", LastNode::kListed}, {"none", LastNode::kNone}};
+  OutputOptions& output = options.output;
+  command.add_option("--global-sid", output.globalSid,
+                     "Global service id of the output (default: the output service id)");
+  command
+      .add_option("--next-node", output.nextNode,
+                  "Next node; 0: the output leaves here under its output service id and name")
+      ->capture_default_str();
+  command.add_option("--output-param", output.outputParam, "The description's further value")
+      ->capture_default_str();
+  command
+      .add_option("--last-node", output.lastNode,
+                  "Last-node settings sent: direct (one, with the output's global service id), "
+                  "listed (those of --listed-node), none (default: direct)")
+      ->transform(CLI::CheckedTransformer(kLastNodes).description("{direct,listed,none}"));
+  command.add_option("--unique-sid", output.uniqueSid,
+                     "Unique service id of the direct last node (default: the global service id)");
+  command
+      .add_option("--listed-node", options.listedNodes,
+                  "A last node with a global service id of its own; repeatable")
+      ->allow_extra_args(false)
+      ->check(listedNode());
+}
+
+}  // namespace
+
+void addOutputOptions(CLI::App& command, OutputCommandOptions& options, OutputDefaults defaults) {
+  addServiceOptions(command, options, defaults);
+  command
+      .add_option("--audio", options.audio,
+                  "Audio language to keep, of several with commas or repeatedly; the others are "
+                  "dropped. Codes are ISO 639-2 bibliographic ones in lower case, as the daemon "
+                  "compares them: fre and ger, not fra and deu. none drops all audio. "
+                  "(default: all audio is kept)")
+      ->allow_extra_args(false)
+      ->check(languageList());
+  addNodeOptions(command, options);
+}
+
+OutputOptions finishOutputOptions(const OutputCommandOptions& options) {
+  OutputOptions output = options.output;
+  output.inputSid = options.service.value_or(0);
+  for (const std::string& text : options.audio) {
+    if (!output.audio) {
+      output.audio.emplace();
+    }
+    for (const std::string& language : parseLanguages(text).value_or(std::vector<std::string>{})) {
+      output.audio->push_back(language);
+    }
+  }
+  for (const std::string& text : options.listedNodes) {
+    output.listedNodes.push_back(parseListedNode(text).value_or(ListedNode{}));
+  }
+  if (const std::optional<std::string> reason = contradiction(output)) {
+    throw CLI::ValidationError(*reason);
+  }
+  return output;
+}
+
+}  // namespace tevra::tools

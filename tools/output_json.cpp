@@ -1,0 +1,136 @@
+#include "tools/output_json.h"
+
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+#include "tools/descriptors.h"
+#include "tools/pid_attributes.h"
+
+namespace tevra::tools {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kIndent = 2;
+
+std::string hexDigits(const std::string& bytes) {
+  static constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string text;
+  text.reserve(2 * bytes.size());
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 0x0F];
+  }
+  return text;
+}
+
+template <class Record, class ToJson>
+Json jsonList(const std::vector<Record>& records, ToJson toJson) {
+  Json list = Json::array();
+  for (const Record& record : records) {
+    list.push_back(toJson(record));
+  }
+  return list;
+}
+
+Json descriptorsJson(const std::vector<Descriptor>& descriptors) {
+  return jsonList(descriptors, [](const Descriptor& descriptor) {
+    return Json{{"tag", descriptor.tag}, {"data", hexDigits(descriptor.data)}};
+  });
+}
+
+Json patJson(const PAT& pat) {
+  Json json;
+  json["transportStreamId"] = pat.transportStreamId;
+  json["version"] = pat.version;
+  json["currentNext"] = pat.currentNext;
+  json["programs"] = jsonList(pat.programs, [](const PATProgram& program) {
+    return Json{{"programNumber", program.programNumber}, {"pid", program.pid}};
+  });
+  return json;
+}
+
+Json serviceJson(const SDTService& service) {
+  const ServiceNames names = serviceNames(service.descriptors);
+  Json json;
+  json["serviceId"] = service.serviceId;
+  json["eitSchedule"] = service.eitSchedule;
+  json["eitPresentFollowing"] = service.eitPresentFollowing;
+  json["runningStatus"] = service.runningStatus;
+  json["freeCA"] = service.freeCA;
+  json["serviceType"] = names.type;
+  json["providerName"] = names.provider;
+  json["serviceName"] = names.name;
+  json["descriptors"] = descriptorsJson(service.descriptors);
+  return json;
+}
+
+Json sdtJson(const SDT& sdt) {
+  Json json;
+  json["tableId"] = sdt.tableId;
+  json["transportStreamId"] = sdt.transportStreamId;
+  json["version"] = sdt.version;
+  json["currentNext"] = sdt.currentNext;
+  json["originalNetworkId"] = sdt.originalNetworkId;
+  json["services"] = jsonList(sdt.services, serviceJson);
+  return json;
+}
+
+Json streamJson(const PMTES& stream) {
+  Json json;
+  json["streamType"] = stream.streamType;
+  json["pid"] = stream.pid;
+  json["languages"] = languages(stream.descriptors);
+  json["descriptors"] = descriptorsJson(stream.descriptors);
+  return json;
+}
+
+Json pmtJson(const PMT& pmt) {
+  Json json;
+  json["programNumber"] = pmt.programNumber;
+  json["version"] = pmt.version;
+  json["currentNext"] = pmt.currentNext;
+  json["pcrPid"] = pmt.pcrPid;
+  json["descriptors"] = descriptorsJson(pmt.descriptors);
+  json["esList"] = jsonList(pmt.esList, streamJson);
+  return json;
+}
+
+Json tablesJson(const OutputTables& tables) {
+  Json json;
+  json["outputParam1"] = tables.outputParam1;
+  json["outputParam2"] = tables.outputParam2;
+  json["pat"] = patJson(tables.dvbTables.pat);
+  json["sdt"] = sdtJson(tables.dvbTables.sdt);
+  json["pmt"] = pmtJson(tables.dvbTables.pmt);
+  json["patPackets"] = jsonList(tables.patPackets, hexDigits);
+  json["sdtPackets"] = jsonList(tables.sdtPackets, hexDigits);
+  json["pmtPackets"] = jsonList(tables.pmtPackets, hexDigits);
+  json["otherPackets"] = jsonList(tables.otherPackets, hexDigits);
+  return json;
+}
+
+Json itemJson(const PIDItem& item) {
+  Json json;
+  json["inputPid"] = item.inputPid;
+  json["outputPid"] = item.outputPid;
+  json["attributes"] = item.attributes;
+  json["attributeNames"] = pidAttributeNames(item.attributes);
+  return json;
+}
+
+}  // namespace
+
+std::string outputJson(const std::map<int32_t, SPTSConfiguration>& answer) {
+  Json json = Json::object();
+  for (const auto& [globalSid, configuration] : answer) {
+    Json& entry = json[std::to_string(globalSid)];
+    entry["pidItems"] = jsonList(configuration.pidItems, itemJson);
+    entry["outputTables"] = tablesJson(configuration.outputTables);
+  }
+  return json.dump(kIndent, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace);
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "tools/si_table.h"
+
+namespace tevra::tools {
+
+/** A service as the tables of its stream describe it. */
+struct ServiceSummary {
+  int serviceId = 0;
+  int type = 0;
+  std::string name;
+  std::string provider;
+  std::optional<int> pmtPid;
+  bool hasPmt = false;
+  size_t streams = 0;
+  std::vector<std::string> audioLanguages;
+};
+
+/** The last PAT, SDT and PMTs of a stream: what its services are. */
+class StreamInventory {
+ public:
+  void add(const SiTable& table);
+
+  [[nodiscard]] std::optional<int> transportStreamId() const;
+  [[nodiscard]] std::optional<int> originalNetworkId() const;
+  /** Those of the PAT and the SDT, in ascending service id. */
+  [[nodiscard]] std::vector<ServiceSummary> services() const;
+  /** As constructed, but for its id, when the stream knows nothing of the service. */
+  [[nodiscard]] ServiceSummary service(int serviceId) const;
+
+  /** The lowest id; nothing when no service has a PMT. */
+  [[nodiscard]] std::optional<int> firstServiceWithPmt() const;
+
+  /** A table for people. */
+  void print(std::ostream& out) const;
+  /** The services that have a PMT, on one line: '3401 "Uno", 3402 "Due"'. */
+  [[nodiscard]] std::string servicesWithPmt() const;
+
+ private:
+  std::optional<PAT> pat_;
+  std::optional<SDT> sdt_;
+  std::map<int, PMT> pmts_;  // by programme number
+};
+
+}  // namespace tevra::tools

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <map>
+#include <ostream>
+#include <string>
+
+#include "im_SIControlSrv.h"
+#include "tools/si_table.h"
+
+namespace tevra::tools {
+
+/** Hands tables to a daemon, one call each, and keeps account of them. */
+class TableFeeder {
+ public:
+  /** `daemon` must outlive the feeder. */
+  explicit TableFeeder(thrift::in_module::im_SIControlSrvIf& daemon) : daemon_(daemon) {}
+
+  /** Passes on what the call raises. */
+  void feed(const SiTable& table);
+
+  [[nodiscard]] size_t sent() const { return sent_; }
+  /** Tables that the daemon said no to. */
+  [[nodiscard]] size_t refused() const { return refused_; }
+  /** A table for people: what was sent, how often and with which version last. */
+  void print(std::ostream& out) const;
+
+ private:
+  /**
+   * One line of the account: a table, told from the others by kind, id and table_id, in this order.
+   */
+  struct Line {
+    int kind;  // the place of its name in print's list
+    int id;
+    int tableId;
+
+    [[nodiscard]] bool operator<(const Line& other) const;
+  };
+  struct Account {
+    std::string what;
+    std::string last;
+    size_t count = 0;
+  };
+
+  void note(const Line& line, const std::string& what, const std::string& last);
+
+  // One per kind of table; the daemon's answer, true where it gives none.
+  bool send(const PAT& pat);
+  bool send(const CAT& cat);
+  bool send(const PMT& pmt);
+  bool send(const SDT& sdt);
+  bool send(const NIT& nit);
+  bool send(const BAT& bat);
+  bool send(const TOT& tot);
+  bool send(const EIT& eit);
+
+  thrift::in_module::im_SIControlSrvIf& daemon_;
+  std::map<Line, Account> accounts_;
+  size_t sent_ = 0;
+  size_t refused_ = 0;
+};
+
+}  // namespace tevra::tools

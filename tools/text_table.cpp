@@ -1,0 +1,66 @@
+#include "tools/text_table.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <sstream>
+#include <utility>
+
+namespace tevra::tools {
+namespace {
+
+constexpr size_t kColumnGap = 2;
+
+/** Characters, counting UTF-8's continuation bytes with the byte they follow. */
+size_t width(const std::string& text) {
+  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  }));
+}
+
+}  // namespace
+
+TextTable::TextTable(std::vector<std::string> heading) {
+  rows_.push_back(std::move(heading));
+}
+
+void TextTable::addRow(std::vector<std::string> cells) {
+  cells.resize(rows_.front().size());
+  rows_.push_back(std::move(cells));
+}
+
+void TextTable::print(std::ostream& out, size_t indent) const {
+  std::vector<size_t> widths(rows_.front().size());
+  for (const auto& row : rows_) {
+    for (size_t i = 0; i < row.size(); ++i) {
+      widths[i] = std::max(widths[i], width(row[i]));
+    }
+  }
+  for (const auto& row : rows_) {
+    std::string line(indent, ' ');
+    for (size_t i = 0; i < row.size(); ++i) {
+      line += row[i] + std::string(widths[i] - width(row[i]) + kColumnGap, ' ');
+    }
+    const size_t end = line.find_last_not_of(' ');
+    out << line.substr(0, end == std::string::npos ? 0 : end + 1) << "\n";
+  }
+}
+
+std::string counted(unsigned long long count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string hex(int value, int digits) {
+  std::ostringstream text;
+  text << "0x" << std::hex << std::uppercase << std::setfill('0') << std::setw(digits) << value;
+  return text.str();
+}
+
+std::string joined(const std::vector<std::string>& parts, const std::string& separator) {
+  std::string text;
+  for (const std::string& part : parts) {
+    text += (text.empty() ? "" : separator) + part;
+  }
+  return text;
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace tevra::tools {
+
+/** Columns of UTF-8 text, each as wide as its widest cell, for people to read. */
+class TextTable {
+ public:
+  explicit TextTable(std::vector<std::string> heading);
+
+  /** A row may have fewer cells than the heading, not more. */
+  void addRow(std::vector<std::string> cells);
+  [[nodiscard]] bool empty() const { return rows_.size() == 1; }
+
+  /**
+   * One line per row, the heading first, each behind `indent` blanks; no blanks at a line's end.
+   */
+  void print(std::ostream& out, size_t indent = 0) const;
+
+ private:
+  std::vector<std::vector<std::string>> rows_;
+};
+
+/** "1 packet", "2 packets". */
+[[nodiscard]] std::string counted(unsigned long long count, const std::string& noun);
+
+/** "0x" and at least `digits` hexadecimal digits. */
+[[nodiscard]] std::string hex(int value, int digits);
+
+/** The parts with `separator` between them. */
+[[nodiscard]] std::string joined(const std::vector<std::string>& parts,
+                                 const std::string& separator);
+
+}  // namespace tevra::tools
