@@ -8,8 +8,10 @@
 namespace tevra::tools {
 namespace {
 
-// A tenth less than what is allowed: tables are inserted where a packet lies, not between packets.
-constexpr int64_t kPatAndPmtInterval = kSystemClock * 9 / 100;
+// Tables are inserted where a packet lies, and a receiver takes them for as much as a PCR interval
+// (at most 40 ms, ETSI TR 101 154) earlier, since it spreads the packets between two PCRs evenly:
+// less than what is allowed by that.
+constexpr int64_t kPatAndPmtInterval = kSystemClock * 6 / 100;
 constexpr int64_t kSdtInterval = kSystemClock * 9 / 10;
 
 std::vector<TsPacket> packetsOf(const std::vector<std::string>& list, const std::string& table) {

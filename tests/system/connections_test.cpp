@@ -31,6 +31,9 @@ using apache::thrift::protocol::TBinaryProtocol;
 using apache::thrift::protocol::TMessageType;
 using apache::thrift::transport::TMemoryBuffer;
 using fake::FakeMainTask;
+using testing::AllOf;
+using testing::Contains;
+using testing::HasSubstr;
 using testing::StartsWith;
 
 class DaemonConnections : public testing::Test {
@@ -173,12 +176,6 @@ TEST_F(DaemonConnections, LeftBeforeTheAnswerDoNoHarm) {
 }
 
 TEST_F(DaemonConnections, ThatClaimAnEndlessListAreClosed) {
-  if (kSanitized) {
-    GTEST_SKIP() << "a sanitizer's allocator would end the process";
-  }
-  DaemonSetup setup;
-  setup.addressSpace = 4ULL << 30;
-  daemon_.restart(setup);
   // setEITSchedule: map of one service, of one table, whose ninth member is a list of 2^31-1
   // structures.
   const std::string header =
@@ -188,9 +185,9 @@ TEST_F(DaemonConnections, ThatClaimAnEndlessListAreClosed) {
   connection.send(frame(callOf("setEITSchedule") + header));
   EXPECT_TRUE(connection.closedByPeer());
   EXPECT_TRUE(daemon_.running());
-  const Lines errors = upToLevel(daemon_.logLines(), '3');
-  EXPECT_THAT(errors.back(), StartsWith("3 Control connection closed. EXCEPTION: "));
   expectService();
+  EXPECT_THAT(daemon_.logLines(),
+              Contains(AllOf(StartsWith("7 "), HasSubstr("larger than the rest of its frame"))));
 }
 
 /** About 30 MB of schedule: `services` services with 16 tables of 60 kB each. */
