@@ -114,7 +114,7 @@ TEST_F(PmtSections, ManySectionsComeBackAsTheyWere) {
   PMT pmt = somePmt();
   pmt.descriptors = makeFillers(1500);
   for (int32_t i = 0; i < 500; ++i) {
-    pmt.esList.push_back(makeStream(i % 256, 0x20 + i, makeFillers(2 + i)));
+    pmt.esList.push_back(makeStream(i % 256, 0x20 + i, makeFillers(static_cast<size_t>(2 + i))));
   }
   expectRoundTrip(pmt);
 }
