@@ -9,4 +9,11 @@ inline constexpr bool kSanitized = true;
 inline constexpr bool kSanitized = false;
 #endif
 
+/** True with AddressSanitizer, which is always built together with UndefinedBehaviorSanitizer. */
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr bool kAddressSanitized = true;
+#else
+inline constexpr bool kAddressSanitized = false;
+#endif
+
 }  // namespace tevra::test
