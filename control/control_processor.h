@@ -10,7 +10,7 @@ namespace tevra {
 
 /**
  * The processor of im_SIControlSrv over `handler`, and around it a guard: an exception that is not
- * Thrift's (a container header that claims more than memory holds, for example) is logged at level
+ * Thrift's (memory that runs out, for example) is logged at level
  * 3 and closes the connection it came over, no more. Thrift's own exceptions pass to the server,
  * which does the same.
  */
