@@ -1,5 +1,8 @@
 #include "app/start_up.h"
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 #include <unistd.h>
 
 #include <csignal>
@@ -36,6 +39,17 @@ int refuseMpts(int set, int task) {
   return EXIT_SUCCESS;
 }
 
+/**
+ * Memory that a large table took goes back to the system. glibc's own limit grows with every large
+ * block that is freed, up to 64 MiB, and with it what the process keeps for good.
+ */
+void keepLittleFreeMemory() {
+#if defined(__GLIBC__)
+  constexpr int kKept = 1024 * 1024;
+  (void)mallopt(M_TRIM_THRESHOLD, kKept);
+#endif
+}
+
 [[noreturn]] void feedWatchdog(int task) {
   for (;;) {
     watchdog_kick(task);
@@ -67,6 +81,7 @@ int runTornel(int argc, char** argv) {
     printHelp(options.programName);
     return EXIT_SUCCESS;
   }
+  keepLittleFreeMemory();
   // A reader of standard error that goes away must not take the service with it.
   (void)std::signal(SIGPIPE, SIG_IGN);
   log_setup(options.level, options.console ? kLogWithConsole : kLogWithoutConsole);

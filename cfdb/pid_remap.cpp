@@ -14,8 +14,10 @@ constexpr int32_t kPidsPerSlot = 800;
 constexpr int32_t kFirstInputSlot = 3;
 constexpr int32_t kFirstPoolPid = 100;
 
+/** Wraps where a platform names a slot that no rack has. */
 int32_t firstPidOfPool(int32_t chainIndex, int32_t size) {
-  return kPidsPerSlot * (get_module_slot() - kFirstInputSlot) + kFirstPoolPid + chainIndex * size;
+  const int64_t slot = int64_t{get_module_slot()} - kFirstInputSlot;
+  return static_cast<int32_t>(kPidsPerSlot * slot + kFirstPoolPid + int64_t{chainIndex} * size);
 }
 
 /** Wraps instead of overflowing: a counter from a damaged file may hold anything. */
@@ -46,7 +48,7 @@ PidRemap::PidRemap(int32_t chainIndex) : PidRemap(chainIndex, getPIDPollSizePerM
 PidRemap::PidRemap(int32_t chainIndex, int32_t poolSize)
     : chainIndex_(chainIndex),
       pidPoolFirst_(firstPidOfPool(chainIndex, poolSize)),
-      pidPoolLast_(pidPoolFirst_ + poolSize - 1),
+      pidPoolLast_(static_cast<int32_t>(int64_t{pidPoolFirst_} + poolSize - 1)),
       path_(configurationRoot() + "/PIDRemap" + std::to_string(chainIndex)) {
   log_function(kLogWarning, nullptr, "IN mod slot [%d] PID poll [%d/%d]", get_module_slot(),
                pidPoolFirst_, pidPoolLast_);
@@ -100,7 +102,7 @@ void PidRemap::resetPIDRemap() {
   remap_.transportStreamId = kNoTransportStream;
   remap_.inputToOutput.clear();
   remap_.outputToInput.clear();
-  remap_.nextPIDCounter = pidPoolFirst_ - 1;
+  remap_.nextPIDCounter = static_cast<int32_t>(int64_t{pidPoolFirst_} - 1);
   remap_.moduleSlot = get_module_slot();
   exhaustionLogged_ = false;
 }

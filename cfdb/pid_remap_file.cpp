@@ -1,32 +1,22 @@
 #include "cfdb/pid_remap_file.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <memory>
 
-#include <thrift/transport/TFDTransport.h>
-
 #include "records/json_protocol.h"
+#include "records/record_file_access.h"
 
 namespace tevra {
 namespace {
 
-using apache::thrift::transport::TFDTransport;
-
 constexpr int kDone = 0;
 constexpr int kNotOpened = -1;
 constexpr int kFailed = -2;
-constexpr mode_t kFileMode = 0600;
-
-std::shared_ptr<TFDTransport> owningTransport(int fd) {
-  return std::make_shared<TFDTransport>(fd, TFDTransport::CLOSE_ON_DESTROY);
-}
-
 }  // namespace
 
 int writePIDRemapFile(const std::string& path, const PIDRemap& record) {
-  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kFileMode);
+  const int fd = createRecordFile(path);
   if (fd < 0) {
     return kNotOpened;
   }
@@ -44,13 +34,12 @@ int writePIDRemapFile(const std::string& path, const PIDRemap& record) {
 }
 
 int readPIDRemapFile(const std::string& path, PIDRemap& record) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const int fd = openRecordFile(path);
   if (fd < 0) {
     return kNotOpened;
   }
   try {
-    const auto transport = owningTransport(fd);
-    JsonProtocol protocol(transport, fileSize(fd));
+    JsonProtocol protocol(std::make_shared<RecordFileReader>(fd), fileSize(fd));
     record.read(&protocol);
   } catch (...) {
     return kFailed;

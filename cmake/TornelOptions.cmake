@@ -3,6 +3,7 @@
 set(TEVRA_PLATFORM_LIBRARY "" CACHE STRING
     "The device maker's library with the platform functions; empty: platform/host")
 option(TORNEL_BUILD_TESTS "Build the tests" ON)
+option(TORNEL_FUZZ "Build the libFuzzer programs; needs clang" OFF)
 option(TORNEL_WERROR "Treat warnings as errors" ON)
 set(TORNEL_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=: address,undefined or thread")
 option(TORNEL_COVERAGE "Instrument for gcov" OFF)
@@ -20,6 +21,9 @@ if(TORNEL_SANITIZE)
   add_compile_options(-fsanitize=${TORNEL_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${TORNEL_SANITIZE})
+endif()
+if(TORNEL_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)  # each program links libFuzzer itself
 endif()
 if(TORNEL_COVERAGE)
   add_compile_options(--coverage -O0)

@@ -13,6 +13,15 @@ using apache::thrift::transport::TTransport;
 
 constexpr uint32_t kMessageTypeMask = 0xFF;
 
+/** The number of a type, or of a message's, as an enumerator; INVALID_DATA where there is none. */
+template <class Enum>
+Enum checked(int number, Enum last) {
+  if (number < 0 || number > last) {
+    throw TProtocolException(TProtocolException::INVALID_DATA, "unknown type");
+  }
+  return static_cast<Enum>(number);
+}
+
 /** The least that a value of `type` takes on the wire. */
 uint64_t smallestSize(TType type) {
   switch (type) {
@@ -41,6 +50,7 @@ ControlProtocol::ControlProtocol(std::shared_ptr<TBufferBase> transport)
 
 uint32_t ControlProtocol::readMessageBegin(std::string& name, TMessageType& type,
                                            int32_t& sequenceId) {
+  elementsLeft_ = kMaxElementsPerCall;
   int32_t header = 0;
   uint32_t consumed = readI32(header);
   if (header < 0) {
@@ -48,7 +58,8 @@ uint32_t ControlProtocol::readMessageBegin(std::string& name, TMessageType& type
         static_cast<uint32_t>(VERSION_1)) {
       throw TProtocolException(TProtocolException::BAD_VERSION, "Bad version identifier");
     }
-    type = static_cast<TMessageType>(static_cast<uint32_t>(header) & kMessageTypeMask);
+    const uint32_t number = static_cast<uint32_t>(header) & kMessageTypeMask;
+    type = checked(static_cast<int>(number), apache::thrift::protocol::T_ONEWAY);
     consumed += readString(name);
   } else {
     // Clients that do not write strictly begin with the name's length and have the type after the
@@ -57,7 +68,7 @@ uint32_t ControlProtocol::readMessageBegin(std::string& name, TMessageType& type
     consumed += readStringBody(name, header);
     int8_t typeByte = 0;
     consumed += readByte(typeByte);
-    type = static_cast<TMessageType>(typeByte);
+    type = checked(typeByte, apache::thrift::protocol::T_ONEWAY);
   }
   return consumed + readI32(sequenceId);
 }
@@ -73,26 +84,55 @@ uint32_t ControlProtocol::readBinary(std::string& bytes) {
   return readString(bytes);
 }
 
+uint32_t ControlProtocol::readFieldBegin(std::string& /*name*/, TType& type, int16_t& id) {
+  const uint32_t consumed = readType(type);
+  id = 0;
+  return type == apache::thrift::protocol::T_STOP ? consumed : consumed + readI16(id);
+}
+
 uint32_t ControlProtocol::readMapBegin(TType& keyType, TType& valueType, uint32_t& size) {
-  const uint32_t consumed = TBinaryProtocolT::readMapBegin(keyType, valueType, size);
-  checkFits(size * (smallestSize(keyType) + smallestSize(valueType)));
-  return consumed;
+  uint32_t consumed = readType(keyType);
+  consumed += readType(valueType);
+  return consumed + readSize(size, smallestSize(keyType) + smallestSize(valueType));
 }
 
 uint32_t ControlProtocol::readListBegin(TType& elementType, uint32_t& size) {
-  const uint32_t consumed = TBinaryProtocolT::readListBegin(elementType, size);
-  checkFits(size * smallestSize(elementType));
-  return consumed;
+  const uint32_t consumed = readType(elementType);
+  return consumed + readSize(size, smallestSize(elementType));
 }
 
 uint32_t ControlProtocol::readSetBegin(TType& elementType, uint32_t& size) {
-  const uint32_t consumed = TBinaryProtocolT::readSetBegin(elementType, size);
-  checkFits(size * smallestSize(elementType));
-  return consumed;
+  return readListBegin(elementType, size);
 }
 
 uint32_t ControlProtocol::skip(Type type) {
   return apache::thrift::protocol::skip(*this, type);
+}
+
+uint32_t ControlProtocol::readType(TType& type) {
+  int8_t number = 0;
+  const uint32_t consumed = readByte(number);
+  type = checked(number, apache::thrift::protocol::T_UTF16);
+  return consumed;
+}
+
+/**
+ * Generated code makes room for `size` elements of the type that it expects, whatever the message
+ * says they are: hence the count besides the bytes.
+ */
+uint32_t ControlProtocol::readSize(uint32_t& size, uint64_t smallestElement) {
+  int32_t number = 0;
+  const uint32_t consumed = readI32(number);
+  if (number < 0) {
+    throw TProtocolException(TProtocolException::NEGATIVE_SIZE);
+  }
+  size = static_cast<uint32_t>(number);
+  checkFits(size * smallestElement);
+  if (size > elementsLeft_) {
+    throw TProtocolException(TProtocolException::SIZE_LIMIT, "more elements than a call may have");
+  }
+  elementsLeft_ -= size;
+  return consumed;
 }
 
 uint32_t ControlProtocol::bytesLeft() {

@@ -10,9 +10,16 @@
 namespace tevra {
 
 /**
- * The binary protocol of a control connection: non-strict read, strict write, as ever, with no
- * limits of its own but the frame's. A string or container that claims more than the rest of its
- * frame could hold raises TProtocolException (SIZE_LIMIT) before anything is allocated for it.
+ * Elements that the containers of one call may hold together. The schedule of a full multiplex is a
+ * third of it. An empty record takes one byte of a frame but about a hundred of memory.
+ */
+inline constexpr uint32_t kMaxElementsPerCall = 1024 * 1024;
+
+/**
+ * The binary protocol of a control connection: non-strict read, strict write, as ever. What no
+ * client's library would write raises TProtocolException before anything is allocated for it: a
+ * string or container that claims more than the rest of its frame could hold, elements beyond
+ * kMaxElementsPerCall (SIZE_LIMIT), and types that the protocol does not know (INVALID_DATA).
  *
  * Over framed transport only. Naming the same protocol class to processor and factory keeps
  * Thrift's fast path.
@@ -29,6 +36,7 @@ class ControlProtocol
   uint32_t readMessageBegin(std::string& name, MessageType& type, int32_t& sequenceId);
   uint32_t readString(std::string& text);
   uint32_t readBinary(std::string& bytes);
+  uint32_t readFieldBegin(std::string& name, Type& type, int16_t& id);
   uint32_t readMapBegin(Type& keyType, Type& valueType, uint32_t& size);
   uint32_t readListBegin(Type& elementType, uint32_t& size);
   uint32_t readSetBegin(Type& elementType, uint32_t& size);
@@ -41,6 +49,9 @@ class ControlProtocol
   }
   uint32_t readString_virt(std::string& text) override { return readString(text); }
   uint32_t readBinary_virt(std::string& bytes) override { return readBinary(bytes); }
+  uint32_t readFieldBegin_virt(std::string& name, Type& type, int16_t& id) override {
+    return readFieldBegin(name, type, id);
+  }
   uint32_t readMapBegin_virt(Type& keyType, Type& valueType, uint32_t& size) override {
     return readMapBegin(keyType, valueType, size);
   }
@@ -53,8 +64,12 @@ class ControlProtocol
   uint32_t skip_virt(Type type) override { return skip(type); }
 
  private:
+  uint32_t readType(Type& type);
+  uint32_t readSize(uint32_t& size, uint64_t smallestElement);
   [[nodiscard]] uint32_t bytesLeft();
   void checkFits(uint64_t size);
+
+  uint32_t elementsLeft_ = kMaxElementsPerCall;
 };
 
 /** Makes a ControlProtocol for every connection; its transport must be framed. */

@@ -22,12 +22,27 @@ std::shared_ptr<TConfiguration> limits() {
 
 ControlTransport::ControlTransport(std::shared_ptr<TTransport> transport)
     : TFramedTransport(std::move(transport), DEFAULT_BUFFER_SIZE, kBufferReclaimThreshold,
-                       limits()) {}
+                       limits()) {
+  startFromNothing();
+}
 
 bool ControlTransport::readFrame() {
   const bool read = TFramedTransport::readFrame();
   resetConsumedMessageSize();
   return read;
+}
+
+uint32_t ControlTransport::readEnd() {
+  const uint32_t size = TFramedTransport::readEnd();
+  if (rBase_ == nullptr) {
+    startFromNothing();
+  }
+  return size;
+}
+
+/** The library starts from a null pointer, and again after giving a buffer back, and adds to it. */
+void ControlTransport::startFromNothing() {
+  setReadBuffer(&nothing_, 0);
 }
 
 std::shared_ptr<TTransport> ControlTransportFactory::getTransport(

@@ -19,8 +19,15 @@ class ControlTransport : public apache::thrift::transport::TFramedTransport {
  public:
   explicit ControlTransport(std::shared_ptr<apache::thrift::transport::TTransport> transport);
 
+  uint32_t readEnd() override;
+
  protected:
   bool readFrame() override;
+
+ private:
+  void startFromNothing();
+
+  uint8_t nothing_ = 0;  ///< where the read buffer begins while there is none
 };
 
 class ControlTransportFactory : public apache::thrift::transport::TTransportFactory {

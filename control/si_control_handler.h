@@ -62,6 +62,10 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
   /** Offered to the platform's other tasks; no control call uses it. */
   bool notifyNIM(int32_t value);
 
+ protected:
+  /** For whoever has handlers come and go: the destructor does not release it. */
+  [[nodiscard]] ConflictFreeDB* conflictFreeDatabase() { return conflictFreeDatabase_; }
+
  private:
   // ConflictFreeDBOwner
   int64_t timeOffset() override;

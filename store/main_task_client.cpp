@@ -1,5 +1,6 @@
 #include "store/main_task_client.h"
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 
@@ -25,40 +26,50 @@ using Client = thrift::in_module::im_SINotifySrvClientT<Protocol>;
 
 constexpr const char* kHost = "127.0.0.1";
 
-/** Bounds connecting and sending alike; a connection time-out of its own would change the
- * exception's text. */
-constexpr std::chrono::milliseconds kSendTimeout(2000);
+/** For connecting and sending together. */
+constexpr std::chrono::milliseconds kPatience(2000);
 
 /** The kernel counts in ticks and may wake a sender a little early. */
 constexpr std::chrono::milliseconds kTick(100);
 
 /**
- * Gives up when the time-out has expired once. The library's own sockets go on as long as every
- * send passes a part, so that a peer that reads little or nothing holds them up several times as
- * long.
+ * Gives up when its patience is at an end, counted from construction. The library's own sockets
+ * give each connection attempt and each send a time-out of its own and go on as long as every send
+ * passes a part, so that a peer that reads little or nothing holds them up several times as long.
  */
 class NotificationSocket : public TSocket {
  public:
-  using TSocket::TSocket;
+  explicit NotificationSocket(uint16_t port) : TSocket(kHost, port) {
+    // It bounds connecting too. A connection time-out would, but would also change the text of the
+    // exception.
+    setSendTimeout(static_cast<int>(kPatience.count()));
+  }
 
   uint32_t write_partial(const uint8_t* bytes, uint32_t size) override {
-    const auto start = std::chrono::steady_clock::now();
+    setSendTimeout(static_cast<int>(std::max(remaining(), kTick).count()));
     const uint32_t sent = TSocket::write_partial(bytes, size);
-    const auto elapsed = std::chrono::steady_clock::now() - start;
-    // A part sent in less time is an error or a signal: the next send tells which.
-    if (sent < size && elapsed >= kSendTimeout - kTick) {
+    // A part sent before the end is an error or a signal: the next send tells which.
+    if (sent < size && remaining() <= kTick) {
       throw TTransportException(TTransportException::TIMED_OUT, "send timeout expired");
     }
     return sent;
   }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  [[nodiscard]] std::chrono::milliseconds remaining() const {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(end_ - Clock::now());
+  }
+
+  const Clock::time_point end_ = Clock::now() + kPatience;
 };
 
 std::shared_ptr<TSocket> makeSocket(uint16_t port) {
-  auto socket = std::make_shared<NotificationSocket>(kHost, port);
+  auto socket = std::make_shared<NotificationSocket>(port);
   // The library's default resets the connection on close and so cuts off a large call that is still
   // under way.
   socket->setLinger(false, 0);
-  socket->setSendTimeout(static_cast<int>(kSendTimeout.count()));
   return socket;
 }
 

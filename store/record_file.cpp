@@ -1,14 +1,15 @@
 #include "store/record_file.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <memory>
+#include <utility>
 
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TFDTransport.h>
 
 #include "records/json_protocol.h"
+#include "records/record_file_access.h"
 
 namespace tevra {
 namespace {
@@ -16,13 +17,11 @@ namespace {
 using apache::thrift::transport::TBufferedTransport;
 using apache::thrift::transport::TFDTransport;
 
-constexpr mode_t kFileMode = 0600;
-
-/** JSON over a 512-byte buffer over a descriptor that the transport closes. */
+/** JSON over a 512-byte buffer over an open file. */
 class RecordTransports {
  public:
-  RecordTransports(int fd, uint64_t inputSize)
-      : file_(std::make_shared<TFDTransport>(fd, TFDTransport::CLOSE_ON_DESTROY)),
+  RecordTransports(std::shared_ptr<TFDTransport> file, uint64_t inputSize)
+      : file_(std::move(file)),
         buffered_(std::make_shared<TBufferedTransport>(file_)),
         protocol_(buffered_, inputSize) {
     file_->flush();
@@ -42,12 +41,12 @@ class RecordTransports {
 
 template <class Record>
 int write(const std::string& path, const Record& record) {
-  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kFileMode);
+  const int fd = createRecordFile(path);
   if (fd < 0) {
     return kRecordFileNotOpened;
   }
   try {
-    RecordTransports transports(fd, 0);
+    RecordTransports transports(owningTransport(fd), 0);
     record.write(&transports.protocol());
     // syncfs comes before the last buffer reaches the file; the sync after it makes that durable.
     (void)syncfs(fd);
@@ -61,12 +60,12 @@ int write(const std::string& path, const Record& record) {
 
 template <class Record>
 int read(const std::string& path, Record& record) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const int fd = openRecordFile(path);
   if (fd < 0) {
     return kRecordFileNotOpened;
   }
   try {
-    RecordTransports transports(fd, fileSize(fd));
+    RecordTransports transports(std::make_shared<RecordFileReader>(fd), fileSize(fd));
     record.read(&transports.protocol());
     transports.close();
   } catch (...) {

@@ -128,9 +128,10 @@ SPTSConfiguration OutputData::buildOutput(const ServiceWorkRecord& workingStore,
     takeOutputIdentity(local, spts);
   }
   saveSynthesisedTables(stores_, local);
-  resolveInputPids(local.pidItems, options.remapPids);
+  std::vector<PIDItem> pidItems = local.pidItems.take();
+  resolveInputPids(pidItems, options.remapPids);
   SPTSConfiguration configuration;
-  configuration.pidItems = std::move(local.pidItems);
+  configuration.pidItems = std::move(pidItems);
   configuration.outputTables = std::move(local.outputTables);
   return configuration;
 }
@@ -144,7 +145,7 @@ void OutputData::addEmmPids(PidList& pidItems) {
   collectEmmPids(pidItems, cat);
 }
 
-void OutputData::resolveInputPids(PidList& pidItems, bool remapPids) {
+void OutputData::resolveInputPids(std::vector<PIDItem>& pidItems, bool remapPids) {
   for (PIDItem& item : pidItems) {
     if (remapPids) {
       item.inputPid = database_.getInputPID(item.outputPid);

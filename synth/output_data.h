@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <vector>
 
 #include "cfdb/conflict_free_db.h"
 #include "records/records.h"
@@ -54,7 +55,7 @@ class OutputData {
   void serveFallback(OutputConfigurations& answer, const SrvOutputRequest& request,
                      const OutputServiceDescription& spts, const ServiceWorkRecord& work);
   void addEmmPids(PidList& pidItems);
-  void resolveInputPids(PidList& pidItems, bool remapPids);
+  void resolveInputPids(std::vector<PIDItem>& pidItems, bool remapPids);
 
   ConflictFreeDB& database_;
   TableStoreOwner& stores_;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <unordered_map>
 #include <vector>
 
 #include "records/records.h"
@@ -16,8 +18,27 @@ enum class PidAttribute : int32_t {
   Emm = 0x20,
 };
 
-/** In order of first addition; a PID occurs once. */
-using PidList = std::vector<PIDItem>;
+/**
+ * What an output carries: items in order of first addition, none with the input PID of another.
+ * Finding one takes about the same time however many there are.
+ */
+class PidList {
+ public:
+  /** The item of that input PID; null when there is none. Valid until the next append. */
+  [[nodiscard]] PIDItem* find(int32_t inputPid);
+
+  /** Appends an item with both PIDs equal to `pid`, which must be new, and no attribute. */
+  PIDItem& append(int32_t pid);
+
+  [[nodiscard]] const std::vector<PIDItem>& items() const { return items_; }
+
+  /** Hands out the items and leaves the list empty. */
+  [[nodiscard]] std::vector<PIDItem> take();
+
+ private:
+  std::vector<PIDItem> items_;
+  std::unordered_map<int32_t, size_t> positions_;  ///< of all items, once they are many
+};
 
 /**
  * Adds `attribute` to the item whose input PID is `pid` (logged at level 7), or appends an item

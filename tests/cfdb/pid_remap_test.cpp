@@ -108,6 +108,15 @@ INSTANTIATE_TEST_SUITE_P(
                     Pool{5, 4, 3, 1500, 1699}, Pool{0, 4, 1, 1300, 1699}, Pool{6, 5, 0, 1700, 2099},
                     Pool{5, 5, 2, 2100, 2299}, Pool{5, 2, 0, -700, -501}, Pool{0, 2, 1, -300, 99}));
 
+TEST_F(PidRemapTest, ASlotThatNoRackHasIsCountedWithAllTheSame) {
+  for (const int slot : {std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+    platform().moduleSlot = slot;
+    PidRemap pids(3);
+    EXPECT_EQ(pids.pidPoolLast() - int64_t{pids.pidPoolFirst()}, 199);
+    EXPECT_EQ(pids.getInputPID(pids.getConflictFreePID(0x100)), 0x100);
+  }
+}
+
 TEST_F(PidRemapTest, EveryChainOfAnUnknownModuleTypeStartsAtTheSlotsFirstPid) {
   platform().moduleType = 2;
   platform().moduleSlot = 4;

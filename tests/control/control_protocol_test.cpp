@@ -57,14 +57,26 @@ std::shared_ptr<TProtocol> readingAfterAnInteger(const Write& write) {
   return protocol;
 }
 
-void expectSizeLimit(const std::function<void()>& read) {
+void expectRefusal(TProtocolException::TProtocolExceptionType type,
+                   const std::function<void()>& read) {
   try {
     read();
     FAIL() << "was read";
   } catch (const TProtocolException& exception) {
-    EXPECT_EQ(exception.getType(), TProtocolException::SIZE_LIMIT);
+    EXPECT_EQ(exception.getType(), type);
   }
 }
+
+void expectSizeLimit(const std::function<void()>& read) {
+  expectRefusal(TProtocolException::SIZE_LIMIT, read);
+}
+
+void expectInvalidData(const std::function<void()>& read) {
+  expectRefusal(TProtocolException::INVALID_DATA, read);
+}
+
+/** Types that no protocol has: beyond the last, and negative. */
+constexpr int8_t kUnknownTypes[] = {18, 78, 127, -1, -128};
 
 TEST(ControlProtocol, ReadsAStringThatFillsTheRestOfItsFrame) {
   const auto protocol =
@@ -145,6 +157,143 @@ TEST(ControlProtocol, RefusesAnOversizedContainerInAFieldThatNobodyKnows) {
   });
   PAT pat;
   expectSizeLimit([&] { pat.read(protocol.get()); });
+}
+
+/** A list of empty records, one byte each: the frame could hold them, the memory need not. */
+std::shared_ptr<TProtocol> readingEmptyRecords(TType claimedType, uint32_t count) {
+  return reading([&](TBinaryProtocol& wire) {
+    wire.writeListBegin(claimedType, count);
+    for (uint32_t written = 0; written < count; ++written) {
+      wire.writeFieldStop();
+    }
+  });
+}
+
+TEST(ControlProtocol, ReadsAsManyElementsAsACallMayHave) {
+  const auto protocol = readingEmptyRecords(T_STRUCT, kMaxElementsPerCall);
+  TType type{};
+  uint32_t size = 0;
+  protocol->readListBegin(type, size);
+  EXPECT_EQ(size, kMaxElementsPerCall);
+}
+
+TEST(ControlProtocol, RefusesMoreElementsThanACallMayHave) {
+  TType type{};
+  uint32_t size = 0;
+  for (const TType claimed : {T_STRUCT, apache::thrift::protocol::T_BOOL}) {
+    const auto protocol = readingEmptyRecords(claimed, kMaxElementsPerCall + 1);
+    expectSizeLimit([&] { protocol->readListBegin(type, size); });
+  }
+}
+
+TEST(ControlProtocol, CountsTheElementsOfAllContainersOfACall) {
+  const auto protocol = reading([](TBinaryProtocol& wire) {
+    wire.writeListBegin(T_STRUCT, kMaxElementsPerCall / 2);
+    wire.writeMapBegin(T_I32, T_STRUCT, kMaxElementsPerCall / 2);
+    wire.writeSetBegin(T_STRUCT, 1);
+    wire.writeBinary(std::string(16 * 1024 * 1024, '\0'));
+  });
+  TType type{};
+  TType valueType{};
+  uint32_t size = 0;
+  protocol->readListBegin(type, size);
+  protocol->readMapBegin(type, valueType, size);
+  expectSizeLimit([&] { protocol->readSetBegin(type, size); });
+}
+
+TEST(ControlProtocol, CountsTheElementsOfEveryCallAnew) {
+  auto protocol = reading([](TBinaryProtocol& wire) {
+    for (int call = 0; call < 3; ++call) {
+      wire.writeMessageBegin("setPAT", T_CALL, call);
+      wire.writeListBegin(T_STRUCT, kMaxElementsPerCall);
+      wire.writeBinary(std::string());
+    }
+    wire.writeBinary(std::string(2 * 1024 * 1024, '\0'));
+  });
+  for (int call = 0; call < 3; ++call) {
+    std::string text;
+    TMessageType messageType{};
+    int32_t sequenceId = 0;
+    TType type{};
+    uint32_t size = 0;
+    protocol->readMessageBegin(text, messageType, sequenceId);
+    EXPECT_NO_THROW(protocol->readListBegin(type, size));
+    protocol->readBinary(text);
+  }
+}
+
+TEST(ControlProtocol, RefusesFieldsOfUnknownTypes) {
+  for (const int8_t unknown : kUnknownTypes) {
+    const auto protocol = reading([&](TBinaryProtocol& wire) {
+      wire.writeByte(unknown);
+      wire.writeI16(1);
+    });
+    PAT pat;
+    expectInvalidData([&] { pat.read(protocol.get()); });
+  }
+}
+
+TEST(ControlProtocol, RefusesContainersOfUnknownTypes) {
+  const auto empty = [](std::initializer_list<int8_t> types) {
+    return reading([&](TBinaryProtocol& wire) {
+      for (const int8_t type : types) {
+        wire.writeByte(type);
+      }
+      wire.writeI32(0);
+    });
+  };
+  TType type{};
+  TType valueType{};
+  uint32_t size = 0;
+  for (const int8_t unknown : kUnknownTypes) {
+    expectInvalidData([&] { empty({unknown})->readListBegin(type, size); });
+    expectInvalidData([&] { empty({unknown})->readSetBegin(type, size); });
+    expectInvalidData([&] { empty({unknown, T_I32})->readMapBegin(type, valueType, size); });
+    expectInvalidData([&] { empty({T_I32, unknown})->readMapBegin(type, valueType, size); });
+  }
+}
+
+TEST(ControlProtocol, ReadsTheTypesOfAMapInTheirOrder) {
+  const auto protocol = reading([](TBinaryProtocol& wire) {
+    wire.writeMapBegin(T_I32, T_STRING, 1);
+    wire.writeI64(0);
+  });
+  TType keyType{};
+  TType valueType{};
+  uint32_t size = 0;
+  EXPECT_EQ(protocol->readMapBegin(keyType, valueType, size), 6U);
+  EXPECT_EQ(keyType, T_I32);
+  EXPECT_EQ(valueType, T_STRING);
+  EXPECT_EQ(size, 1U);
+}
+
+TEST(ControlProtocol, RefusesMessagesOfUnknownTypes) {
+  std::string name;
+  TMessageType type{};
+  int32_t sequenceId = 0;
+  for (const uint8_t unknown : std::initializer_list<uint8_t>{5, 78, 255}) {
+    const auto strict = reading([&](TBinaryProtocol& wire) {
+      wire.writeI32(
+          static_cast<int32_t>(static_cast<uint32_t>(TBinaryProtocol::VERSION_1) | unknown));
+      wire.writeString(std::string("setPAT"));
+    });
+    expectInvalidData([&] { strict->readMessageBegin(name, type, sequenceId); });
+    const auto old = reading([&](TBinaryProtocol& wire) {
+      wire.writeString(std::string("setPAT"));
+      wire.writeByte(static_cast<int8_t>(unknown));
+    });
+    expectInvalidData([&] { old->readMessageBegin(name, type, sequenceId); });
+  }
+}
+
+TEST(ControlProtocol, RefusesContainersOfNegativeSize) {
+  const auto protocol = reading([](TBinaryProtocol& wire) {
+    wire.writeByte(T_STRUCT);
+    wire.writeI32(-1);
+  });
+  TType type{};
+  uint32_t size = 0;
+  expectRefusal(TProtocolException::NEGATIVE_SIZE, [&] { protocol->readListBegin(type, size); });
 }
 
 TEST(ControlProtocol, RefusesAMessageWhoseNameIsLongerThanItsFrame) {

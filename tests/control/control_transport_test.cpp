@@ -73,6 +73,7 @@ class ByteSource : public apache::thrift::transport::TVirtualTransport<ByteSourc
 class InspectableTransport : public ControlTransport {
  public:
   using ControlTransport::ControlTransport;
+  [[nodiscard]] const uint8_t* readPosition() const { return rBase_; }
   [[nodiscard]] uint32_t readBufferSize() const { return rBufSize_; }
   [[nodiscard]] uint32_t writeBufferSize() const { return wBufSize_; }
 };
@@ -165,6 +166,14 @@ TEST(ControlTransport, LargeReadBufferIsGivenBackAfterItsCall) {
   EXPECT_EQ(2 * kMebibyte, transport.readBufferSize());
   transport.readEnd();
   EXPECT_EQ(0U, transport.readBufferSize());
+}
+
+TEST(ControlTransport, NoReadStartsFromANullPointer) {
+  InspectableTransport transport(std::make_shared<FrameSource>(2 * kMebibyte));
+  EXPECT_NE(nullptr, transport.readPosition());
+  readFrame(transport, 2 * kMebibyte);  // its buffer is given back
+  EXPECT_NE(nullptr, transport.readPosition());
+  readFrame(transport, 2 * kMebibyte);
 }
 
 TEST(ControlTransport, ReadBufferOfOneMebibyteIsKept) {

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -236,6 +237,28 @@ TEST_F(MainTaskConnection, AMainTaskThatNeverAcceptsCostsTheSendTimeOut) {
   }
   expectToCostTheTimeOutOnce([&] { return notifyPMT(mainTask.port(), PMT()); });
   expectOneFailure();
+  for (const int fd : others) {
+    close(fd);
+  }
+}
+
+TEST_F(MainTaskConnection, WhatConnectingTookIsNotGivenToSendingAgain) {
+  RawMainTask mainTask(0);
+  std::vector<int> others;
+  for (int count = 0; count < 4; ++count) {
+    others.push_back(startConnecting(mainTask.port()));
+  }
+  // There is room for the connection when the kernel asks a second time, after a second.
+  std::future<void> room = std::async(std::launch::async, [&] {
+    std::this_thread::sleep_for(milliseconds(300));
+    mainTask.accept();
+  });
+  const EIT eit = eitOf(12'000'000);
+  const auto start = Clock::now();
+  EXPECT_FALSE(notifyEITSchedule(mainTask.port(), eit));
+  EXPECT_LT(Clock::now() - start, kTimeout + milliseconds(700));
+  expectOneFailure();
+  room.get();
   for (const int fd : others) {
     close(fd);
   }

@@ -87,34 +87,35 @@ TEST_F(FilterPmt, AudioWithoutLanguageGoesUnlessNdlIsWanted) {
 
 TEST_F(FilterPmt, EveryNeededPidIsListedInOrderOfFirstUse) {
   EXPECT_TRUE(filter(television(), true, {"spa"}));
-  EXPECT_THAT(pids_, ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x70, 0x0C), pidItem(0x71, 0x08),
-                                 pidItem(0x73, 0x08)));
+  EXPECT_THAT(pids_.items(), ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x70, 0x0C),
+                                         pidItem(0x71, 0x08), pidItem(0x73, 0x08)));
 }
 
 TEST_F(FilterPmt, APcrPidOfItsOwnIsListedAloneAndWithoutALine) {
   filter(makePmt(kInputProgram, 0x80, {makeStream(0x1B, 0x70)}));
-  EXPECT_THAT(pids_, ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x80, 0x04), pidItem(0x70, 0x08)));
+  EXPECT_THAT(pids_.items(),
+              ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x80, 0x04), pidItem(0x70, 0x08)));
   EXPECT_THAT(fake::logLines(), IsEmpty());
 }
 
 TEST_F(FilterPmt, ThePcrOnADroppedStreamIsStillListed) {
   filter(makePmt(kInputProgram, 0x71, {makeStream(4, 0x71, {kSpanish})}), true, {});
-  EXPECT_THAT(pids_, ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x71, 0x04)));
+  EXPECT_THAT(pids_.items(), ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x71, 0x04)));
 }
 
 TEST_F(FilterPmt, TheFirstMatchingProgrammeOfThePatGivesThePmtPid) {
   pat_ = makePat(1001, {{1, 0x11}, {kInputProgram, 0x22}, {kInputProgram, 0x33}});
   filter(television());
-  EXPECT_THAT(pids_.at(0), pidItem(0x22, 0x02));
+  EXPECT_THAT(pids_.items().at(0), pidItem(0x22, 0x02));
 }
 
 TEST_F(FilterPmt, WithoutTheProgrammeInThePatTheDefaultPidIsListedSilently) {
   const PMT pmt = makePmt(kInputProgram, 0x70);
   for (const PAT& pat : {PAT(), makePat(1001, {{1, 0x11}})}) {
-    pids_.clear();
+    pids_ = {};
     pat_ = pat;
     EXPECT_TRUE(filter(pmt));
-    EXPECT_THAT(pids_, ElementsAre(pidItem(0x666, 0x02), pidItem(0x70, 0x04)));
+    EXPECT_THAT(pids_.items(), ElementsAre(pidItem(0x666, 0x02), pidItem(0x70, 0x04)));
   }
   EXPECT_THAT(fake::logLines(), IsEmpty());
 }
@@ -126,15 +127,16 @@ TEST_F(FilterPmt, EcmPidsComeFromTheProgrammeAndFromKeptStreams) {
   pmt.descriptors = {makeCaDescriptor(0x0500, 0x90), makeDescriptor(0x0E, "abc")};
   filter(pmt, true, {"spa"});
   EXPECT_EQ(out_, pmt);
-  EXPECT_THAT(pids_, ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x70, 0x0C), pidItem(0x90, 0x10),
-                                 pidItem(0x91, 0x10), pidItem(0x71, 0x08), pidItem(0x92, 0x10)));
+  EXPECT_THAT(pids_.items(),
+              ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x70, 0x0C), pidItem(0x90, 0x10),
+                          pidItem(0x91, 0x10), pidItem(0x71, 0x08), pidItem(0x92, 0x10)));
 }
 
 TEST_F(FilterPmt, TheEcmPidOfADroppedStreamIsNotListed) {
   filter(makePmt(kInputProgram, 0x70,
                  {makeStream(0x1B, 0x70), makeStream(4, 0x71, {makeCaDescriptor(0x0100, 0x92)})}),
          true, {"spa"});
-  EXPECT_THAT(pids_, ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x70, 0x0C)));
+  EXPECT_THAT(pids_.items(), ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x70, 0x0C)));
 }
 
 TEST_F(FilterPmt, AnEcmPidSharedByAllStreamsIsListedOnce) {
@@ -142,8 +144,9 @@ TEST_F(FilterPmt, AnEcmPidSharedByAllStreamsIsListedOnce) {
   PMT pmt = makePmt(kInputProgram, 0x80, {makeStream(0x1B, 0x70, {ca}), makeStream(4, 0x71, {ca})});
   pmt.descriptors = {ca};
   filter(pmt);
-  EXPECT_THAT(pids_, ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x80, 0x04), pidItem(0x90, 0x10),
-                                 pidItem(0x70, 0x08), pidItem(0x71, 0x08)));
+  EXPECT_THAT(pids_.items(),
+              ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x80, 0x04), pidItem(0x90, 0x10),
+                          pidItem(0x70, 0x08), pidItem(0x71, 0x08)));
   EXPECT_EQ(
       fake::timesLogged(7, "Encuentro uno previamente insertado!!! PID [0x0090] ATTR [0x0010]"), 2);
 }
@@ -153,20 +156,21 @@ TEST_F(FilterPmt, ACaDescriptorThatCannotBeDecodedIsCopiedAndAddsNoPid) {
   pmt.descriptors = {makeDescriptor(0x09, "")};
   EXPECT_TRUE(filter(pmt));
   EXPECT_EQ(out_, pmt);
-  EXPECT_THAT(pids_, ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x80, 0x04), pidItem(0x70, 0x08)));
+  EXPECT_THAT(pids_.items(),
+              ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x80, 0x04), pidItem(0x70, 0x08)));
 }
 
 TEST_F(FilterPmt, PidsAreAddedToWhatTheListHolds) {
   addPidItem(pids_, 0x70, PidAttribute::Emm);
   filter(makePmt(kInputProgram, 0x70));
-  EXPECT_THAT(pids_, ElementsAre(pidItem(0x70, 0x24), pidItem(kPmtPid, 0x02)));
+  EXPECT_THAT(pids_.items(), ElementsAre(pidItem(0x70, 0x24), pidItem(kPmtPid, 0x02)));
 }
 
 TEST_F(FilterPmt, WhatTheOutputHeldBeforeIsGone) {
   out_ = television();
   EXPECT_TRUE(filter(PMT()));
   EXPECT_EQ(out_, PMT());
-  EXPECT_THAT(pids_, ElementsAre(pidItem(0x666, 0x02), pidItem(0, 0x04)));
+  EXPECT_THAT(pids_.items(), ElementsAre(pidItem(0x666, 0x02), pidItem(0, 0x04)));
 }
 
 TEST_F(FilterPmt, ADescriptorTooLongForItsLengthByteIsLeftOut) {
@@ -187,7 +191,7 @@ TEST_F(FilterPmt, ThousandsOfStreamsAreFilteredInTheirOrder) {
   }
   EXPECT_TRUE(filter(pmt));
   EXPECT_EQ(out_, pmt);
-  EXPECT_EQ(pids_.size(), 0x1FF1U);  // the PMT's PID is one of them
+  EXPECT_EQ(pids_.items().size(), 0x1FF1U);  // the PMT's PID is one of them
 }
 
 }  // namespace

@@ -70,7 +70,7 @@ TEST_F(BuildOutput, LeavesTheWorkRecordAsItIs) {
   const ServiceWorkRecord before = work_;
   (void)build({true, false});
   EXPECT_EQ(work_.pmt, before.pmt);
-  EXPECT_EQ(work_.pidItems, before.pidItems);
+  EXPECT_EQ(work_.pidItems.items(), before.pidItems.items());
   EXPECT_EQ(work_.outputTables, before.outputTables);
   EXPECT_EQ(work_.outputSID, 0);
   EXPECT_EQ(work_.serviceName, "");

@@ -4,12 +4,16 @@
 #include <sys/resource.h>
 
 #include <chrono>
+#include <cstdio>
 #include <ctime>
+#include <fstream>
 #include <future>
 #include <initializer_list>
 #include <memory>
 #include <ostream>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include <thrift/TApplicationException.h>
 #include <thrift/protocol/TBinaryProtocol.h>
@@ -64,6 +68,34 @@ TEST_F(DaemonConnections, MayComeAndGo) {
     const RawConnection passing(kFirstControlPort);
   }
   expectService();
+}
+
+/** The timers that established connections to a port of 127.0.0.1 run, by the kernel's account. */
+std::vector<int> timersOf(int port) {
+  char local[16];
+  std::snprintf(local, sizeof local, "0100007F:%04X", static_cast<unsigned>(port));
+  constexpr const char* kEstablished = "01";
+  std::vector<int> timers;
+  std::ifstream sockets("/proc/net/tcp6");  // a server for both families has all of them there
+  std::string line;
+  while (std::getline(sockets, line)) {
+    std::istringstream fields(line);
+    std::string number, address, peer, state, queues, timer;
+    fields >> number >> address >> peer >> state >> queues >> timer;
+    if (state == kEstablished && address.find(local) != std::string::npos) {
+      timers.push_back(std::stoi(timer, nullptr, 16));
+    }
+  }
+  return timers;
+}
+
+/** A client whose machine has died would hold the port for ever. */
+TEST_F(DaemonConnections, AreProbedWhenTheyAreSilent) {
+  constexpr int kKeepAliveTimer = 2;
+  ControlClient client;
+  EXPECT_TRUE(client->sendCmd(7));
+  EXPECT_TRUE(
+      eventually([] { return timersOf(kFirstControlPort) == std::vector<int>{kKeepAliveTimer}; }));
 }
 
 TEST_F(DaemonConnections, CarryAnyNumberOfCalls) {

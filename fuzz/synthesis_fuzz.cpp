@@ -1,0 +1,140 @@
+// Tables of any content synthesised, cut into packets and received again: what a receiver finds is
+// what the answer's records say, as far as a section can carry it.
+
+#include <map>
+#include <utility>
+
+#include "fuzz/byte_source.h"
+#include "fuzz/check.h"
+#include "fuzz/packet_decoder.h"
+#include "fuzz/record_source.h"
+#include "fuzz/target.h"
+#include "synth/psi_synthesis.h"
+
+namespace tevra::fuzz {
+namespace {
+
+constexpr int kVersions = 32;
+constexpr size_t kMaxDescriptor = 255;
+constexpr size_t kMaxSectionBody = 1008;  // of a PMT section, without header, PCR, length and CRC
+constexpr size_t kMaxSections = 256;
+
+/** Table stores in memory. */
+class Stores final : public TableStoreOwner {
+ public:
+  [[nodiscard]] int32_t mptsIndex() const override { return 0; }
+  [[nodiscard]] TableStore& tableStore(int32_t programme) override { return stores_[programme]; }
+  [[nodiscard]] int writeTableStores() override { return 0; }
+
+ private:
+  std::map<int32_t, TableStore> stores_;
+};
+
+// Records as sections hold them: fields as wide as the standard's, and nothing that does not fit.
+
+std::vector<Descriptor> carried(const std::vector<Descriptor>& descriptors, size_t& room) {
+  std::vector<Descriptor> result;
+  for (const Descriptor& descriptor : descriptors) {
+    const size_t size = descriptor.data.size() + 2;
+    if (descriptor.data.size() > kMaxDescriptor) {
+      continue;  // its length has 8 bits
+    }
+    if (size > room) {
+      break;
+    }
+    room -= size;
+    result.push_back(descriptor);
+    result.back().tag &= 0xFF;
+  }
+  return result;
+}
+
+PAT carried(PAT pat) {
+  pat.transportStreamId &= 0xFFFF;
+  pat.version &= kVersions - 1;
+  const PATProgram program = pat.programs.at(0);
+  pat.programs.clear();
+  if ((program.pid & 0xFFFF) != 0) {
+    PATProgram& listed = pat.programs.emplace_back();
+    listed.programNumber = program.programNumber & 0xFFFF;
+    listed.pid = program.pid & 0x1FFF;
+  }
+  return pat;
+}
+
+SDT carried(SDT sdt) {
+  sdt.version &= kVersions - 1;
+  return sdt;  // its other fields have been narrowed by libdvbpsi
+}
+
+PMT carried(PMT pmt) {
+  pmt.programNumber &= 0xFFFF;
+  pmt.version &= kVersions - 1;
+  pmt.pcrPid &= 0x1FFF;
+  size_t endless = SIZE_MAX;  // a loop may go on in further sections
+  pmt.descriptors = carried(pmt.descriptors, endless);
+  for (PMTES& stream : pmt.esList) {
+    stream.streamType &= 0xFF;
+    stream.pid &= 0x1FFF;
+    size_t room = kMaxSectionBody - 5;  // a stream is never divided
+    stream.descriptors = carried(stream.descriptors, room);
+  }
+  return pmt;
+}
+
+/** All of `sent`, or its beginning where 256 sections were not enough. */
+void checkPmt(const Received<PMT>& received, PMT sent, bool currentNext) {
+  sent.currentNext = currentNext;  // of an unchanged PMT the record keeps the flag handed out last
+  PMT expected = carried(std::move(sent));
+  if (received.sections == kMaxSections) {
+    TORNEL_FUZZ_CHECK(received.table.esList.size() <= expected.esList.size());
+    expected.esList.resize(received.table.esList.size());
+  }
+  TORNEL_FUZZ_CHECK(received.table == expected);
+}
+
+ServiceWorkRecord makeWork(ByteSource& source) {
+  ServiceWorkRecord work;
+  work.pat = makePat(source);
+  work.sdt = makeSdt(source);
+  work.outputSID = source.number();
+  work.serviceName = source.text(300);
+  work.transportStreamId = source.number();
+  work.originalNetworkId = source.number();
+  work.pmt = makePmt(source);
+  return work;
+}
+
+/** As a file may have left them. */
+void setVersions(TableStore& store, ByteSource& source) {
+  store.pat.version = source.number();
+  store.sdt.version = source.number();
+  store.pmt.version = source.number();
+}
+
+void synthesise(Stores& stores, ServiceWorkRecord work) {
+  const auto pmtPid = findProgramPid(work.pmt.programNumber, work.pat) & 0x1FFF;
+  saveSynthesisedTables(stores, work);
+  const OutputTables& output = work.outputTables;
+  const auto pat = receivePat(output.patPackets);
+  TORNEL_FUZZ_CHECK(pat.sections == 1 && pat.table == carried(output.dvbTables.pat));
+  const auto sdt = receiveSdt(output.sdtPackets);
+  TORNEL_FUZZ_CHECK(sdt.sections == 1 && sdt.table == carried(output.dvbTables.sdt));
+  checkPmt(receivePmt(output.pmtPackets, pmtPid), output.dvbTables.pmt, work.pmt.currentNext);
+}
+
+}  // namespace
+}  // namespace tevra::fuzz
+
+int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
+  using namespace tevra::fuzz;  // NOLINT(google-build-using-namespace): the target itself
+  ByteSource source(bytes, size);
+  Stores stores;
+  tevra::ServiceWorkRecord work = makeWork(source);
+  setVersions(stores.tableStore(work.pmt.programNumber), source);
+  synthesise(stores, work);
+  synthesise(stores, work);  // the tables known, the versions kept
+  work.serviceName = source.text(300);
+  synthesise(stores, work);
+  return 0;
+}
