@@ -1,8 +1,6 @@
 #include "app/start_up.h"
 
-#if defined(__GLIBC__)
 #include <malloc.h>
-#endif
 #include <unistd.h>
 
 #include <csignal>
@@ -44,7 +42,7 @@ int refuseMpts(int set, int task) {
  * block that is freed, up to 64 MiB, and with it what the process keeps for good.
  */
 void keepLittleFreeMemory() {
-#if defined(__GLIBC__)
+#if defined(M_TRIM_THRESHOLD)
   constexpr int kKept = 1024 * 1024;
   (void)mallopt(M_TRIM_THRESHOLD, kKept);
 #endif

@@ -30,42 +30,42 @@ class ConflictFreeDB {
   ConflictFreeDB(int32_t chainIndex, ConflictFreeDBOwner& owner);
 
   /** A PAT of another transport stream restarts the PID mapping. Saves the mapping if it grew. */
-  bool setConflictFreePAT(PAT& out, const PAT& in);
+  bool setConflictFreePAT(PAT& out, const PAT& in) EXCLUDES(patMutex_);
 
   /** Stored unchanged: service ids are not remapped. */
-  bool setConflictFreeSDT(const SDT& in);
+  bool setConflictFreeSDT(const SDT& in) EXCLUDES(sdtMutex_);
 
   /**
    * Keeps the streams whose type isCarriedStreamType; the others get no PID. Stored under the
    * programme number. Saves the PID mapping if it grew.
    */
-  bool setConflictFreePMT(PMT& out, const PMT& in);
+  bool setConflictFreePMT(PMT& out, const PMT& in) EXCLUDES(pmtMutex_);
 
   /** PIDs that a CAT allocates reach the file only with the next PAT or PMT. Do not save here. */
-  bool setConflictFreeCAT(CAT& out, const CAT& in);
+  bool setConflictFreeCAT(CAT& out, const CAT& in) EXCLUDES(catMutex_);
 
   /** Stored unchanged. */
-  bool setConflictFreeTOT(TOT& out, const TOT& in);
+  bool setConflictFreeTOT(TOT& out, const TOT& in) EXCLUDES(totMutex_);
 
   /** Not implemented on purpose: one level-3 line, true. */
-  bool setConflictFreeNIT(NIT& out, const NIT& in);
-  bool setConflictFreeBAT(BAT& out, const BAT& in);
+  bool setConflictFreeNIT(NIT& out, const NIT& in) EXCLUDES(nitMutex_);
+  bool setConflictFreeBAT(BAT& out, const BAT& in) EXCLUDES(batMutex_);
   bool setConflictFreeEIT(EIT& out, const EIT& in);
 
-  [[nodiscard]] bool getConflictFreePAT(PAT& out);
-  [[nodiscard]] bool getConflictFreeSDT(SDT& out);
-  [[nodiscard]] bool getConflictFreeCAT(CAT& out);
-  [[nodiscard]] bool getConflictFreeTOT(TOT& out);
+  [[nodiscard]] bool getConflictFreePAT(PAT& out) EXCLUDES(patMutex_);
+  [[nodiscard]] bool getConflictFreeSDT(SDT& out) EXCLUDES(sdtMutex_);
+  [[nodiscard]] bool getConflictFreeCAT(CAT& out) EXCLUDES(catMutex_);
+  [[nodiscard]] bool getConflictFreeTOT(TOT& out) EXCLUDES(totMutex_);
 
   /** Never filled: one level-3 line, false. */
-  [[nodiscard]] bool getConflictFreeNIT(NIT& out);
-  [[nodiscard]] bool getConflictFreeBAT(BAT& out);
+  [[nodiscard]] bool getConflictFreeNIT(NIT& out) EXCLUDES(nitMutex_);
+  [[nodiscard]] bool getConflictFreeBAT(BAT& out) EXCLUDES(batMutex_);
 
   /** The stored PMT, CA descriptors included. */
-  [[nodiscard]] bool getConflictFreePMT(PMT& out, int32_t inputSID);
+  [[nodiscard]] bool getConflictFreePMT(PMT& out, int32_t inputSID) EXCLUDES(pmtMutex_);
 
   /** The stored PMT without any CA descriptor. Saves the PID mapping if it is unsaved. */
-  [[nodiscard]] bool getOutputPMT(PMT& out, int32_t inputSID);
+  [[nodiscard]] bool getOutputPMT(PMT& out, int32_t inputSID) EXCLUDES(pmtMutex_);
 
   /**
    * Restamp `in`: a new version per EIT, event times moved by the owner's offset whether or not
@@ -76,7 +76,8 @@ class ConflictFreeDB {
   bool getConflictFreeEITsch(EITMap& out, const EITMap& in);
 
   /** Empties everything but the TOT and the PID mapping, which are meant to survive. */
-  void clearConflictFreeDB();
+  void clearConflictFreeDB()
+      EXCLUDES(patMutex_, sdtMutex_, catMutex_, pmtMutex_, nitMutex_, batMutex_);
 
   [[nodiscard]] uint16_t getConflictFreePID(int32_t inputPid) {
     return pids_.getConflictFreePID(inputPid);
@@ -98,7 +99,7 @@ class ConflictFreeDB {
   Mutex nitMutex_;
   Mutex batMutex_;
   Mutex totMutex_;
-  RecursiveMutex eitPresentFollowingMutex_;
+  RecursiveMutex eitPresentFollowingMutex_ ACQUIRED_BEFORE(eitScheduleMutex_);
   RecursiveMutex eitScheduleMutex_;
 
   TableSlot<PAT> pats_ GUARDED_BY(patMutex_);

@@ -4,7 +4,7 @@ add_library(tornel_warnings INTERFACE)
 target_compile_options(tornel_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wno-psabi
   $<$<BOOL:${TORNEL_WERROR}>:-Werror>
-  $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
+  $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety -Wthread-safety-beta>)
 
 # tornel_add_library(name SOURCES ... LINK ...): a layer, with the root as its include path.
 function(tornel_add_library name)

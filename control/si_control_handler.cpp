@@ -98,7 +98,7 @@ bool SIControlSrvHandler::sendCmd(int32_t command) {
 
 void SIControlSrvHandler::reset() {
   inputDatabase_.clear();
-  conflictFreeDatabase_->clearConflictFreeDB();
+  conflictFreeDatabase()->clearConflictFreeDB();
   MutexLock lock(timeMutex_);
   timeOffset_ = 0;
   timeOffsetValid_ = false;
@@ -108,20 +108,20 @@ void SIControlSrvHandler::reset() {
 void SIControlSrvHandler::setPAT(const PAT& pat) {
   inputDatabase_.setInputPAT(pat);
   PAT conflictFree;
-  conflictFreeDatabase_->setConflictFreePAT(conflictFree, pat);
+  conflictFreeDatabase()->setConflictFreePAT(conflictFree, pat);
   (void)notifyPAT(notifyPort_, conflictFree);
 }
 
 void SIControlSrvHandler::setSDT(const SDT& sdt) {
   inputDatabase_.setInputSDT(sdt);
-  conflictFreeDatabase_->setConflictFreeSDT(sdt);
+  conflictFreeDatabase()->setConflictFreeSDT(sdt);
   (void)notifySDT(notifyPort_, sdt);
 }
 
 void SIControlSrvHandler::setPMT(const PMT& pmt) {
   inputDatabase_.setInputPMT(pmt);
   PMT conflictFree;
-  conflictFreeDatabase_->setConflictFreePMT(conflictFree, pmt);
+  conflictFreeDatabase()->setConflictFreePMT(conflictFree, pmt);
   (void)notifyPMT(notifyPort_, conflictFree);
 }
 
@@ -138,14 +138,14 @@ bool SIControlSrvHandler::setBAT(const BAT& bat) {
 void SIControlSrvHandler::setCAT(const CAT& cat) {
   inputDatabase_.setInputCAT(cat);
   CAT conflictFree;
-  conflictFreeDatabase_->setConflictFreeCAT(conflictFree, cat);
+  conflictFreeDatabase()->setConflictFreeCAT(conflictFree, cat);
   (void)notifyCAT(notifyPort_, conflictFree);
 }
 
 void SIControlSrvHandler::setTOT(const TOT& tot) {
   inputDatabase_.setInputTOT(tot);
   TOT conflictFree;
-  conflictFreeDatabase_->setConflictFreeTOT(conflictFree, tot);
+  conflictFreeDatabase()->setConflictFreeTOT(conflictFree, tot);
   if (IsSystemTimeSet() != 0) {
     log_function(kLogWarning, nullptr, "System time not set. Time offset not calculated!");
   } else if (updateTimeOffset(tot) && restampStoredEITs()) {
@@ -204,7 +204,7 @@ void SIControlSrvHandler::setEITSchedule(const EITMap& eits) {
 
 void SIControlSrvHandler::restampPresentFollowing(const EITMap& eits) {
   EITMap restamped;
-  conflictFreeDatabase_->getConflictFreeEITpf(restamped, eits);
+  conflictFreeDatabase()->getConflictFreeEITpf(restamped, eits);
   for (const auto& [serviceId, tables] : restamped) {
     for (const auto& [tableId, eit] : tables) {
       (void)notifyEITPresentFollowing(notifyPort_, eit);
@@ -214,7 +214,7 @@ void SIControlSrvHandler::restampPresentFollowing(const EITMap& eits) {
 
 void SIControlSrvHandler::restampSchedule(const EITMap& eits) {
   EITMap restamped;
-  conflictFreeDatabase_->getConflictFreeEITsch(restamped, eits);
+  conflictFreeDatabase()->getConflictFreeEITsch(restamped, eits);
   for (const auto& [serviceId, tables] : restamped) {
     for (const auto& [tableId, eit] : tables) {
       (void)notifyEITSchedule(notifyPort_, eit);
@@ -233,7 +233,7 @@ void SIControlSrvHandler::saveEITVersions() {
 
 void SIControlSrvHandler::getSrvOutputData(std::map<int32_t, SPTSConfiguration>& answer,
                                            const SrvOutputRequest& request) {
-  OutputData(*conflictFreeDatabase_, *this).getSrvOutputData(answer, request);
+  OutputData(*conflictFreeDatabase(), *this).getSrvOutputData(answer, request);
 }
 
 bool SIControlSrvHandler::notifyNIM(int32_t value) {

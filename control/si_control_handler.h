@@ -63,29 +63,37 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
   bool notifyNIM(int32_t value);
 
  protected:
-  /** For whoever has handlers come and go: the destructor does not release it. */
-  [[nodiscard]] ConflictFreeDB* conflictFreeDatabase() { return conflictFreeDatabase_; }
+  /**
+   * The database calls back for the time offset and EIT versions: no mutex may be held. It is never
+   * released, unless a derived class does: one whose objects come and go.
+   */
+  [[nodiscard]] ConflictFreeDB* conflictFreeDatabase()
+      EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_) {
+    return conflictFreeDatabase_;
+  }
 
  private:
   // ConflictFreeDBOwner
-  int64_t timeOffset() override;
-  bool timeOffsetValid() override;
-  int32_t selectEITVersion(int32_t serviceId, int32_t tableId) override;
-  void resetEITRestartCounter(int32_t serviceId) override;
+  int64_t timeOffset() override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
+  bool timeOffsetValid() override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
+  int32_t selectEITVersion(int32_t serviceId, int32_t tableId) override
+      EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
+  void resetEITRestartCounter(int32_t serviceId) override
+      EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   // TableStoreOwner
   int32_t mptsIndex() const override { return mptsIndex_; }
   TableStore& tableStore(int32_t inputProgramNumber) override;
-  int writeTableStores() override;
+  int writeTableStores() override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
-  void restoreTableStores();
-  void restoreEITVersions();
-  void reset();
-  bool updateTimeOffset(const TOT& tot);
+  void restoreTableStores() EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
+  void restoreEITVersions() EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
+  void reset() EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
+  bool updateTimeOffset(const TOT& tot) EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
   bool restampStoredEITs();
   void restampPresentFollowing(const EITMap& eits);
   void restampSchedule(const EITMap& eits);
-  void saveEITVersions();
+  void saveEITVersions() EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   const int32_t mptsIndex_;
   InputTableDB inputDatabase_;
