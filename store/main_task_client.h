@@ -8,8 +8,8 @@
  * Client of MainTask's notification service on 127.0.0.1.
  *
  * Every notification opens a connection of its own, makes one oneway call and closes. Nothing is
- * retried or queued. It waits for a MainTask that does not take the call, at most 2 s to connect
- * and 2 s to send. Called on the server thread only.
+ * retried or queued. It waits for a MainTask that does not take the call, at most 2 s for
+ * connecting and sending together. Called on the server thread only.
  *
  * The notifications return true when the call was made. Port 0 ("Notification Port not set.", level
  * 4) and a failing call ("Can't access to Notify server. EXCEPTION: %s", level 3) return false;
