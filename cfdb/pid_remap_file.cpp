@@ -39,7 +39,8 @@ int readPIDRemapFile(const std::string& path, PIDRemap& record) {
     return kNotOpened;
   }
   try {
-    JsonProtocol protocol(std::make_shared<RecordFileReader>(fd), fileSize(fd));
+    const auto text = readRecordFile(fd);
+    JsonProtocol protocol(text, text->available_read());
     record.read(&protocol);
   } catch (...) {
     return kFailed;

@@ -1,6 +1,6 @@
 #include "records/json_protocol.h"
 
-#include <sys/stat.h>
+#include <algorithm>
 
 namespace tevra {
 
@@ -9,7 +9,7 @@ using apache::thrift::protocol::TType;
 
 JsonProtocol::JsonProtocol(const std::shared_ptr<apache::thrift::transport::TTransport>& transport,
                            uint64_t inputSize)
-    : TVirtualProtocol(transport), inputSize_(inputSize) {}
+    : TVirtualProtocol(transport), elementsLeft_(std::min(inputSize, kMaxElementsPerFile)) {}
 
 uint32_t JsonProtocol::readBool(bool& value) {
   int16_t number = 0;
@@ -30,31 +30,27 @@ uint32_t JsonProtocol::readByte(int8_t& byte) {
 
 uint32_t JsonProtocol::readMapBegin(TType& keyType, TType& valueType, uint32_t& size) {
   const uint32_t consumed = TJSONProtocol::readMapBegin(keyType, valueType, size);
-  checkSize(size);
+  countElements(size);
   return consumed;
 }
 
 uint32_t JsonProtocol::readListBegin(TType& elementType, uint32_t& size) {
   const uint32_t consumed = TJSONProtocol::readListBegin(elementType, size);
-  checkSize(size);
+  countElements(size);
   return consumed;
 }
 
 uint32_t JsonProtocol::readSetBegin(TType& elementType, uint32_t& size) {
   const uint32_t consumed = TJSONProtocol::readSetBegin(elementType, size);
-  checkSize(size);
+  countElements(size);
   return consumed;
 }
 
-void JsonProtocol::checkSize(uint32_t size) const {
-  if (size > inputSize_) {
+void JsonProtocol::countElements(uint32_t size) {
+  if (size > elementsLeft_) {
     throw TProtocolException(TProtocolException::SIZE_LIMIT, "container larger than its file");
   }
-}
-
-uint64_t fileSize(int fd) {
-  struct stat status {};
-  return fstat(fd, &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
+  elementsLeft_ -= size;
 }
 
 }  // namespace tevra

@@ -8,6 +8,10 @@
 
 namespace tevra {
 
+/** Many times what a file holds; an empty record takes a few bytes of it but a hundred of memory.
+ */
+inline constexpr uint64_t kMaxElementsPerFile = 1024 * 1024;
+
 /**
  * Thrift's JSON protocol, safe against what a damaged or hostile file may hold.
  *
@@ -20,7 +24,9 @@ class JsonProtocol
     : public apache::thrift::protocol::TVirtualProtocol<JsonProtocol,
                                                         apache::thrift::protocol::TJSONProtocol> {
  public:
-  /** `inputSize`: bytes that the transport can yield at most; no container can have more elements.
+  /**
+   * `inputSize`: bytes that the transport can yield at most. All containers together cannot have
+   * more elements, and not more than kMaxElementsPerFile.
    */
   JsonProtocol(const std::shared_ptr<apache::thrift::transport::TTransport>& transport,
                uint64_t inputSize);
@@ -34,12 +40,9 @@ class JsonProtocol
   uint32_t readSetBegin(apache::thrift::protocol::TType& elementType, uint32_t& size);
 
  private:
-  void checkSize(uint32_t size) const;
+  void countElements(uint32_t size);
 
-  uint64_t inputSize_;
+  uint64_t elementsLeft_;
 };
-
-/** Size in bytes of the open file, 0 when it has none to tell. */
-[[nodiscard]] uint64_t fileSize(int fd);
 
 }  // namespace tevra

@@ -8,6 +8,7 @@ namespace tevra {
 namespace {
 
 using apache::thrift::transport::TFDTransport;
+using apache::thrift::transport::TMemoryBuffer;
 
 constexpr mode_t kFileMode = 0600;
 
@@ -26,14 +27,20 @@ std::shared_ptr<TFDTransport> owningTransport(int fd) {
   return std::make_shared<TFDTransport>(fd, TFDTransport::CLOSE_ON_DESTROY);
 }
 
-RecordFileReader::RecordFileReader(int fd, uint64_t limit)
-    : TVirtualTransport(fd, TFDTransport::CLOSE_ON_DESTROY), left_(limit) {}
-
-uint32_t RecordFileReader::read(uint8_t* buffer, uint32_t size) {
-  const auto wanted = static_cast<uint32_t>(std::min<uint64_t>(size, left_));
-  const uint32_t got = wanted == 0 ? 0 : TFDTransport::read(buffer, wanted);
-  left_ -= got;
-  return got;
+std::shared_ptr<TMemoryBuffer> readRecordFile(int fd, size_t limit) {
+  constexpr size_t kBlock = size_t{16} * 1024;
+  const auto file = owningTransport(fd);
+  auto text = std::make_shared<TMemoryBuffer>();
+  for (size_t left = limit; left > 0;) {
+    const auto wanted = static_cast<uint32_t>(std::min(kBlock, left));
+    const uint32_t got = file->read(text->getWritePtr(wanted), wanted);
+    if (got == 0) {
+      break;
+    }
+    text->wroteBytes(got);
+    left -= got;
+  }
+  return text;
 }
 
 }  // namespace tevra

@@ -1,17 +1,18 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 
+#include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TFDTransport.h>
-#include <thrift/transport/TVirtualTransport.h>
 
 /** How the files that survive a restart are opened and read, whatever lies in their place. */
 namespace tevra {
 
 /** What is read of a file at most: many times what the tables of a multiplex take. */
-inline constexpr uint64_t kMaxRecordFileSize = uint64_t{64} * 1024 * 1024;
+inline constexpr size_t kMaxRecordFileSize = size_t{16} * 1024 * 1024;
 
 /** Opens for reading; -1 on failure. Never waits, not even for the writer of a pipe. */
 [[nodiscard]] int openRecordFile(const std::string& path);
@@ -26,20 +27,11 @@ inline constexpr uint64_t kMaxRecordFileSize = uint64_t{64} * 1024 * 1024;
 [[nodiscard]] std::shared_ptr<apache::thrift::transport::TFDTransport> owningTransport(int fd);
 
 /**
- * The same for reading, ending after `limit` bytes: a string without an end would otherwise be read
- * into memory until there is none left.
+ * What the open file holds, from where it stands and up to `limit` bytes: a string without an end
+ * would otherwise be read until there is no memory left. Closes the file; raises
+ * TTransportException when it cannot be read.
  */
-class RecordFileReader
-    : public apache::thrift::transport::TVirtualTransport<RecordFileReader,
-                                                          apache::thrift::transport::TFDTransport> {
- public:
-  explicit RecordFileReader(int fd, uint64_t limit = kMaxRecordFileSize);
-
-  /** Bytes read, 0 at the end. */
-  uint32_t read(uint8_t* buffer, uint32_t size);
-
- private:
-  uint64_t left_;
-};
+[[nodiscard]] std::shared_ptr<apache::thrift::transport::TMemoryBuffer> readRecordFile(
+    int fd, size_t limit = kMaxRecordFileSize);
 
 }  // namespace tevra

@@ -3,10 +3,8 @@
 #include <unistd.h>
 
 #include <memory>
-#include <utility>
 
 #include <thrift/transport/TBufferTransports.h>
-#include <thrift/transport/TFDTransport.h>
 
 #include "records/json_protocol.h"
 #include "records/record_file_access.h"
@@ -15,29 +13,6 @@ namespace tevra {
 namespace {
 
 using apache::thrift::transport::TBufferedTransport;
-using apache::thrift::transport::TFDTransport;
-
-/** JSON over a 512-byte buffer over an open file. */
-class RecordTransports {
- public:
-  RecordTransports(std::shared_ptr<TFDTransport> file, uint64_t inputSize)
-      : file_(std::move(file)),
-        buffered_(std::make_shared<TBufferedTransport>(file_)),
-        protocol_(buffered_, inputSize) {
-    file_->flush();
-    buffered_->open();
-  }
-
-  JsonProtocol& protocol() { return protocol_; }
-
-  /** Flushes what is buffered, then closes the descriptor. */
-  void close() { buffered_->close(); }
-
- private:
-  std::shared_ptr<TFDTransport> file_;
-  std::shared_ptr<TBufferedTransport> buffered_;
-  JsonProtocol protocol_;
-};
 
 template <class Record>
 int write(const std::string& path, const Record& record) {
@@ -46,11 +21,12 @@ int write(const std::string& path, const Record& record) {
     return kRecordFileNotOpened;
   }
   try {
-    RecordTransports transports(owningTransport(fd), 0);
-    record.write(&transports.protocol());
+    const auto buffered = std::make_shared<TBufferedTransport>(owningTransport(fd));
+    JsonProtocol protocol(buffered, 0);
+    record.write(&protocol);
     // syncfs comes before the last buffer reaches the file; the sync after it makes that durable.
     (void)syncfs(fd);
-    transports.close();
+    buffered->close();  // flushes, then closes the file
     sync();
   } catch (...) {
     return kRecordFileFailed;
@@ -65,9 +41,9 @@ int read(const std::string& path, Record& record) {
     return kRecordFileNotOpened;
   }
   try {
-    RecordTransports transports(std::make_shared<RecordFileReader>(fd), fileSize(fd));
-    record.read(&transports.protocol());
-    transports.close();
+    const auto text = readRecordFile(fd);
+    JsonProtocol protocol(text, text->available_read());
+    record.read(&protocol);
   } catch (...) {
     return kRecordFileFailed;
   }

@@ -117,6 +117,12 @@ bool FakeMainTask::waitFor(size_t count) {
   return arrived_.wait_for(lock, kPatience, [&] { return received_.size() >= count; });
 }
 
+std::vector<Notification> FakeMainTask::take(size_t count) {
+  (void)waitFor(count);  // too few say so themselves
+  std::lock_guard lock(mutex_);
+  return std::exchange(received_, {});
+}
+
 void FakeMainTask::record(Notification notification) {
   std::lock_guard lock(mutex_);
   received_.push_back(std::move(notification));

@@ -50,6 +50,10 @@ class FakeMainTask {
   /** Waits until at least `count` notifications have arrived; false after 5 s. */
   [[nodiscard]] bool waitFor(size_t count);
 
+  /** Waits like waitFor, then gives what has arrived and forgets it: for runs so long that it would
+   * not all be kept. */
+  [[nodiscard]] std::vector<Notification> take(size_t count);
+
  private:
   class Handler;
 

@@ -1,15 +1,11 @@
 #include "records/json_protocol.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cstring>
 #include <functional>
 #include <map>
 
 #include <gtest/gtest.h>
 
-#include "tests/fakes/fake_platform.h"
 #include "tests/records/sample_records.h"
 #include "tests/records/wire.h"
 
@@ -115,6 +111,24 @@ TEST(JsonProtocol, AnyContainerThatClaimsMoreElementsThanItsInputHasBytesIsRefus
     PMT pmt;
     EXPECT_EQ(exceptionKind(json, pmt), TProtocolException::SIZE_LIMIT) << json;
   }
+}
+
+TEST(JsonProtocol, ContainersThatTogetherClaimMoreElementsThanTheInputHasBytesAreRefused) {
+  // Three elements, then as many more as the text has bytes but two.
+  const std::string json = "{\"9\":{\"lst\":[\"i8\",3,1,2,3]},\"5\":{\"lst\":[\"rec\",49]}}";
+  ASSERT_EQ(json.size(), 51U);
+  PMT pmt;
+  EXPECT_EQ(exceptionKind(json, pmt), TProtocolException::SIZE_LIMIT);
+  EXPECT_EQ(pmt.descriptors.capacity(), 0U);
+  EXPECT_EQ(exceptionKind(json + "  ", pmt), TProtocolException::INVALID_DATA);
+}
+
+TEST(JsonProtocol, NoFileHasMoreElementsThanAFileMayHave) {
+  const std::string blanks(4 * kMaxElementsPerFile, ' ');
+  PMT pmt;
+  EXPECT_EQ(exceptionKind("{\"5\":{\"lst\":[\"rec\",1048577]}}" + blanks, pmt),
+            TProtocolException::SIZE_LIMIT);
+  EXPECT_EQ(pmt.descriptors.capacity(), 0U);
 }
 
 TEST(JsonProtocol, AMapThatClaims50MillionElementsIsRefused) {
@@ -272,26 +286,6 @@ TEST(JsonProtocol, BinaryMembersKeepEveryByteValue) {
   TableStoreFile file;
   readJson(jsonOf(whole), file);
   EXPECT_EQ(file, whole);
-}
-
-class FileSize : public fake::PlatformTest {};
-
-TEST_F(FileSize, IsTheSizeOfARegularFile) {
-  const int fd = open(path("file").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  ASSERT_GE(fd, 0);
-  EXPECT_EQ(fileSize(fd), 0U);
-  ASSERT_EQ(ftruncate(fd, 0x123456789), 0);
-  EXPECT_EQ(fileSize(fd), 0x123456789U);
-  close(fd);
-}
-
-TEST_F(FileSize, IsZeroWhereThereIsNone) {
-  int ends[2];
-  ASSERT_EQ(pipe(ends), 0);
-  EXPECT_EQ(fileSize(ends[0]), 0U);
-  close(ends[0]);
-  close(ends[1]);
-  EXPECT_EQ(fileSize(-1), 0U);
 }
 
 }  // namespace

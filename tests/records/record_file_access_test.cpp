@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <fstream>
 #include <string>
-#include <vector>
 
 #include "tests/fakes/fake_platform.h"
 
@@ -19,16 +18,6 @@ class RecordFileAccess : public fake::PlatformTest {
   const std::string file_ = path("file");
   const std::string pipe_ = path("pipe");
 };
-
-/** What is read until the end, asking for `piece` bytes at a time. */
-std::string readAll(RecordFileReader& reader, uint32_t piece) {
-  std::string all;
-  std::vector<uint8_t> buffer(piece);
-  while (const uint32_t size = reader.read(buffer.data(), piece)) {
-    all.append(buffer.begin(), buffer.begin() + size);
-  }
-  return all;
-}
 
 TEST_F(RecordFileAccess, ANewFileIsForItsOwnerAlone) {
   const auto transport = owningTransport(createRecordFile(file_));
@@ -57,30 +46,37 @@ TEST_F(RecordFileAccess, APipeWithoutAWriterIsEmpty) {
   ASSERT_EQ(mkfifo(pipe_.c_str(), 0600), 0);
   const int fd = openRecordFile(pipe_);
   ASSERT_GE(fd, 0);
-  RecordFileReader reader(fd);
-  EXPECT_EQ(readAll(reader, 100), "");
+  EXPECT_EQ(readRecordFile(fd)->getBufferAsString(), "");
 }
 
 TEST_F(RecordFileAccess, ReadsAFileWhole) {
-  std::ofstream(file_) << "abcdefgh";
-  for (const uint32_t piece : {1U, 3U, 8U, 512U}) {
-    RecordFileReader reader(openRecordFile(file_));
-    EXPECT_EQ(readAll(reader, piece), "abcdefgh") << piece;
+  for (const size_t size : {0U, 1U, 8U, 16383U, 16384U, 16385U, 100000U}) {
+    std::string content(size, 'x');
+    std::ofstream(file_) << content;
+    EXPECT_EQ(readRecordFile(openRecordFile(file_))->getBufferAsString(), content);
   }
 }
 
 TEST_F(RecordFileAccess, ReadsNoMoreThanTheLimit) {
   std::ofstream(file_) << "abcdefgh";
-  for (const uint32_t piece : {1U, 3U, 5U, 6U, 512U}) {
-    RecordFileReader reader(openRecordFile(file_), 5);
-    EXPECT_EQ(readAll(reader, piece), "abcde") << piece;
-  }
+  EXPECT_EQ(readRecordFile(openRecordFile(file_), 0)->getBufferAsString(), "");
+  EXPECT_EQ(readRecordFile(openRecordFile(file_), 5)->getBufferAsString(), "abcde");
+  EXPECT_EQ(readRecordFile(openRecordFile(file_), 9)->getBufferAsString(), "abcdefgh");
 }
 
-TEST_F(RecordFileAccess, TheReaderClosesItsFile) {
+TEST_F(RecordFileAccess, ReadsOfAnEndlessFileWhatAFileMayHold) {
+  EXPECT_EQ(readRecordFile(openRecordFile("/dev/zero"))->available_read(), kMaxRecordFileSize);
+}
+
+TEST_F(RecordFileAccess, ADirectoryCannotBeRead) {
+  EXPECT_THROW((void)readRecordFile(openRecordFile(path("."))),
+               apache::thrift::transport::TTransportException);
+}
+
+TEST_F(RecordFileAccess, ReadingClosesTheFile) {
   std::ofstream(file_) << "abc";
   const int fd = openRecordFile(file_);
-  { const RecordFileReader reader(fd); }
+  (void)readRecordFile(fd);
   EXPECT_EQ(close(fd), -1);
 }
 

@@ -1,6 +1,7 @@
 #include "tests/system/child_process.h"
 
 #include <fcntl.h>
+#include <grp.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -59,19 +60,32 @@ void limit(int resource, rlim_t value) {
   (void)setrlimit(static_cast<__rlimit_resource>(resource), &both);
 }
 
+bool becomeUser(uid_t user) {
+  return setgroups(0, nullptr) == 0 && setresgid(user, user, user) == 0 &&
+         setresuid(user, user, user) == 0;
+}
+
 /** Between fork and exec, with threads in the parent: only what is safe in a signal handler. */
 [[noreturn]] void becomeProgram(char** command, char** environment, int out, int err, pid_t parent,
-                                const std::optional<uint64_t>& addressSpace) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
+                                const ChildProcess::Setup& setup) {
+  // Opened before the user changes, who need not be able to reach it.
+  const int program = open(command[0], O_PATH | O_CLOEXEC);
+  if (setup.user && !becomeUser(*setup.user)) {
+    _exit(kCannotStart);
+  }
+  prctl(PR_SET_PDEATHSIG, SIGKILL);  // which a change of user would undo
   if (getppid() != parent) {
     _exit(kCannotStart);
   }
   limit(RLIMIT_CORE, 0);
-  if (addressSpace) {
-    limit(RLIMIT_AS, *addressSpace);
+  if (setup.addressSpace) {
+    limit(RLIMIT_AS, *setup.addressSpace);
   }
   dup2(out, STDOUT_FILENO);
   dup2(err, STDERR_FILENO);
+  if (setup.user) {
+    fexecve(program, command, environment);
+  }
   execve(command[0], command, environment);
   _exit(kCannotStart);
 }
@@ -99,7 +113,7 @@ ChildProcess::ChildProcess(const Setup& setup) {
   pid_ = fork();
   if (pid_ == 0) {
     becomeProgram(const_cast<char**>(command.data()), const_cast<char**>(environment.data()), out,
-                  err, parent, setup.addressSpace);
+                  err, parent, setup);
   }
   close(out);
   close(err);

@@ -37,6 +37,7 @@ class ChildProcess {
     std::vector<std::string> command;           ///< the program's path, then its arguments
     Environment environment = {};               ///< replaces and extends what is inherited
     std::optional<uint64_t> addressSpace = {};  ///< bytes, as for setrlimit
+    std::optional<uid_t> user = {};  ///< runs as this user and the group of that number, no other
   };
 
   /** Starts the program. Inherited are all variables but NOTIFY_SOCKET and those of the host

@@ -19,12 +19,11 @@ Lines splitLines(const std::string& text) {
 }
 
 std::unique_ptr<ChildProcess> startIn(const std::string& root, std::vector<std::string> command,
-                                      Environment environment,
-                                      const std::optional<uint64_t>& addressSpace) {
+                                      Environment environment, const DaemonSetup& setup) {
   command.insert(command.begin(), daemonPath());
   environment.emplace("TEVRA_CONF_ROOT", root);
-  return std::make_unique<ChildProcess>(
-      ChildProcess::Setup{std::move(command), std::move(environment), addressSpace});
+  return std::make_unique<ChildProcess>(ChildProcess::Setup{
+      std::move(command), std::move(environment), setup.addressSpace, setup.user});
 }
 
 }  // namespace
@@ -58,7 +57,7 @@ void Daemon::start() {
   std::vector<std::string> command = {"--set", std::to_string(setup_.set), "--console", "--level",
                                       std::to_string(setup_.level)};
   command.insert(command.end(), setup_.arguments.begin(), setup_.arguments.end());
-  process_ = startIn(root_, std::move(command), setup_.environment, setup_.addressSpace);
+  process_ = startIn(root_, std::move(command), setup_.environment, setup_);
   if (!waitForLine("4 Tornel " + std::to_string(setup_.set) + " started ...")) {
     throw std::runtime_error("the daemon does not start:\n" + process_->standardError());
   }

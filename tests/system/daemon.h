@@ -29,6 +29,7 @@ struct DaemonSetup {
   Environment environment = {};  ///< besides TEVRA_CONF_ROOT
   std::vector<std::string> arguments = {};    ///< after --set, --console and --level
   std::optional<uint64_t> addressSpace = {};  ///< bytes, as for setrlimit
+  std::optional<uid_t> user = {};             ///< who runs it
 };
 
 /**

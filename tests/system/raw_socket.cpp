@@ -39,7 +39,7 @@ bool readable(int fd) {
   return poll(&poller, 1, static_cast<int>(milliseconds.count())) == 1;
 }
 
-void reset(int fd) {
+void resetSocket(int fd) {
   const linger atOnce = {1, 0};
   setsockopt(fd, SOL_SOCKET, SO_LINGER, &atOnce, sizeof(atOnce));
   close(fd);
@@ -65,7 +65,9 @@ RawConnection::RawConnection(int port) : socket_(connectTo(port)) {
 }
 
 RawConnection::~RawConnection() {
-  close(socket_);
+  if (socket_ >= 0) {
+    close(socket_);
+  }
 }
 
 void RawConnection::send(const std::string& bytes) const {
@@ -85,6 +87,28 @@ bool RawConnection::closedByPeer() const {
   }
   char byte = 0;
   return recv(socket_, &byte, 1, 0) <= 0;  // 0: closed; -1: reset
+}
+
+void RawConnection::finish() const {
+  shutdown(socket_, SHUT_WR);
+}
+
+std::optional<std::string> RawConnection::readToEnd() const {
+  std::string received;
+  std::string buffer(64 * 1024, '\0');
+  while (readable(socket_)) {
+    const ssize_t got = recv(socket_, buffer.data(), buffer.size(), 0);
+    if (got <= 0) {
+      return received;
+    }
+    received.append(buffer, 0, static_cast<size_t>(got));
+  }
+  return std::nullopt;
+}
+
+void RawConnection::reset() {
+  resetSocket(socket_);
+  socket_ = -1;
 }
 
 bool isListening(int port) {
@@ -143,7 +167,7 @@ void RawListener::serve(size_t bytes) const {
       return;
     }
     readUpTo(fd, bytes);
-    reset(fd);
+    resetSocket(fd);
   }
 }
 

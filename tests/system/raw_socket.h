@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -23,6 +24,17 @@ class RawConnection {
   /** Waits until the peer closes the connection; false when it does not within kPatience, or sends
    * something. */
   [[nodiscard]] bool closedByPeer() const;
+
+  /** Tells the peer that nothing more comes. */
+  void finish() const;
+
+  /** All that the peer sends until it closes the connection; nothing when it does not within
+   * kPatience of its last byte. */
+  [[nodiscard]] std::optional<std::string> readToEnd() const;
+
+  /** Ends the connection as the kernel does for a process that crashes: at once, dropping what is
+   * under way. The object is good for nothing more. */
+  void reset();
 
  private:
   int socket_;

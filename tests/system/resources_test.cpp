@@ -2,7 +2,6 @@
 
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "tests/system/control_client.h"
 #include "tests/system/daemon.h"
 #include "tests/system/multiplex.h"
+#include "tests/system/process_figures.h"
 #include "tests/system/raw_socket.h"
 #include "tests/system/sanitizers.h"
 
@@ -22,25 +22,9 @@ using fake::FakeMainTask;
 
 class DaemonResources : public testing::Test {
  protected:
-  [[nodiscard]] std::string ofProcess(const std::string& file) const {
-    return "/proc/" + std::to_string(daemon_.pid()) + "/" + file;
-  }
-
-  [[nodiscard]] int64_t entriesIn(const std::string& directory) const {
-    return std::distance(std::filesystem::directory_iterator(ofProcess(directory)), {});
-  }
-
-  /** Kilobytes in memory. */
-  [[nodiscard]] int64_t residentSize() const {
-    std::ifstream status(ofProcess("status"));
-    for (std::string word; status >> word;) {
-      if (word == "VmRSS:") {
-        int64_t size = 0;
-        status >> size;
-        return size;
-      }
-    }
-    return 0;
+  [[nodiscard]] int64_t threads() const {
+    const std::string tasks = "/proc/" + std::to_string(daemon_.pid()) + "/task";
+    return std::distance(std::filesystem::directory_iterator(tasks), {});
   }
 
   FakeMainTask mainTask_;
@@ -51,6 +35,7 @@ class DaemonResources : public testing::Test {
     return setup;
   }();
   Daemon daemon_{root_.path(), quiet_};
+  ProcessFigures figures_{daemon_.pid()};
 };
 
 /** Twelve kilobytes of descriptors. */
@@ -82,18 +67,19 @@ TEST_F(DaemonResources, AreTwoThreads) {
   if (kSanitized) {
     GTEST_SKIP() << "a sanitizer has threads of its own";
   }
-  EXPECT_EQ(entriesIn("task"), 2);
+  EXPECT_EQ(threads(), 2);
 }
 
 TEST_F(DaemonResources, DoNotGrowByDescriptors) {
   useEveryCall(1);
-  const int64_t before = entriesIn("fd");
+  const int64_t before = figures_.descriptors();
   useEveryCall(20);
   for (int connection = 0; connection < 50; ++connection) {
     RawConnection(kFirstControlPort).send("GET / HTTP/1.1\r\n\r\n");
   }
   useEveryCall(1);  // all of those have been dealt with by now
-  EXPECT_TRUE(eventually([&] { return entriesIn("fd") <= before; })) << entriesIn("fd");
+  EXPECT_TRUE(eventually([&] { return figures_.descriptors() <= before; }))
+      << figures_.descriptors();
 }
 
 TEST_F(DaemonResources, DoNotGrowByMemory) {
@@ -101,10 +87,10 @@ TEST_F(DaemonResources, DoNotGrowByMemory) {
     GTEST_SKIP() << "a sanitizer keeps freed memory";
   }
   useEveryCall(30);
-  const int64_t before = residentSize();
+  const int64_t before = figures_.residentSize();
   ASSERT_GT(before, 0);
   useEveryCall(100);
-  EXPECT_LT(residentSize() - before, 600);  // one large table lost per round would be 1200
+  EXPECT_LT(figures_.residentSize() - before, 600);  // one large table lost per round would be 1200
 }
 
 }  // namespace

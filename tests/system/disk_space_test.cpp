@@ -1,0 +1,200 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <string>
+
+#include "tests/system/disk_faults.h"
+#include "tests/system/mounted_tmpfs.h"
+
+// A configuration root that is read-only, or full.
+
+namespace tevra::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using thrift::in_module::TableStore;
+using thrift::in_module::TableStoreFile;
+
+class MountedRoot : public DiskFaults {
+ protected:
+  MountedRoot() { fs::create_directories(root_); }
+
+  void SetUp() override {
+    if (!MountedTmpfs::whyNot().empty()) {
+      GTEST_SKIP() << MountedTmpfs::whyNot();
+    }
+  }
+};
+
+using ReadOnlyRoot = MountedRoot;
+
+TEST_F(ReadOnlyRoot, IsReadAndCostsNothingButTheSavesUntilItIsWritable) {
+  const MountedTmpfs disk(root_, "size=1m,mode=0755");
+  writeGoodFiles();
+  const std::string before = readText(pathOf(kTables));
+  disk.makeReadOnly();
+  start();
+  EXPECT_THAT(errors(), IsEmpty());
+  EXPECT_EQ(serve(), expectedAfter({}, 1));
+  EXPECT_THAT(roundErrors_,
+              ElementsAre(kPidsNotSaved, saveErrors(kTables)[0], saveErrors(kTables)[1],
+                          saveErrors(kVersions)[0], saveErrors(kVersions)[1]));
+  EXPECT_EQ(readText(pathOf(kTables)), before);
+  disk.makeWritable();
+  EXPECT_EQ(serve(), expectedAfter({}, 2));
+  EXPECT_THAT(roundErrors_, IsEmpty());
+  expectFilesHold(expectedAfter({}, 2));
+  start();
+  EXPECT_THAT(errors(), IsEmpty());
+  EXPECT_EQ(serve(), expectedAfter({}, 3));
+}
+
+TEST_F(ReadOnlyRoot, ThatIsEmptyIsServedFromAllTheSame) {
+  const MountedTmpfs disk(root_, "size=1m,mode=0755");
+  disk.makeReadOnly();
+  start();
+  EXPECT_EQ(serve(), expectedAfter({true, true, true}, 1));
+  const std::string noDirectory = "3 [MPTS0] Could not create directory: " + directory_;
+  EXPECT_THAT(roundErrors_,
+              ElementsAre(kPidsNotSaved, kPidsNotSaved, noDirectory, saveErrors(kTables)[1],
+                          noDirectory, saveErrors(kVersions)[1]));
+  disk.makeWritable();
+  EXPECT_EQ(serve(), expectedAfter({true, true, true}, 2));
+  EXPECT_THAT(roundErrors_, IsEmpty());
+  expectFilesHold(expectedAfter({true, true, true}, 2));
+}
+
+/** Services 1 to `last`, each with an output of its own, on a disk of few blocks. */
+class SmallDisk : public MountedRoot {
+ protected:
+  static constexpr const char* kSmall = "size=16k,mode=0755";
+  static constexpr int32_t kServices = 80;
+
+  static int32_t serviceId(int32_t service) { return 1000 + service; }
+
+  /** Asks for the output of `service` under a name of `round`, and takes its version down. */
+  void request(ControlClient& client, int32_t service, int32_t round) {
+    PMT pmt = radioPmt();
+    pmt.programNumber = serviceId(service);
+    client->setPMT(pmt);
+    SrvOutputRequest request = radioRequest();
+    request.inputSID = pmt.programNumber;
+    request.outputs[0].serviceName = "Radio " + std::to_string(round);
+    versions_[service] = onlyOutput(client, request).outputTables.dvbTables.sdt.version;
+  }
+
+  /** True when a table save failed on the way. */
+  bool requestAll(int32_t round) {
+    ControlClient client;
+    const Lines lines = daemon().linesOf([&] {
+      for (int32_t service = 1; service <= kServices; ++service) {
+        request(client, service, round);
+      }
+    });
+    return timesIn(lines, saveErrors(kTables)[1]) > 0;
+  }
+
+  /** Services whose entries lie in the file from beginning to end. */
+  [[nodiscard]] int32_t wholeEntries() const {
+    const std::string text = readText(pathOf(kTables));
+    int32_t service = 0;
+    // Each ends where the next one's key begins.
+    while (service < kServices && text.find(keyOf(serviceId(service + 2))) != std::string::npos) {
+      ++service;
+    }
+    return service;
+  }
+
+  std::map<int32_t, int32_t> versions_;  ///< of the SDT, by service
+
+ private:
+  static std::string keyOf(int32_t id) { return ",\"" + std::to_string(id) + "\":{"; }
+};
+
+TEST_F(SmallDisk, FillsUpWhileTheVersionsGoOn) {
+  const MountedTmpfs disk(root_, kSmall);
+  start();
+  ASSERT_TRUE(requestAll(1));
+  for (int32_t round = 2; round <= 4; ++round) {
+    EXPECT_TRUE(requestAll(round));
+    for (int32_t service = 1; service <= kServices; ++service) {
+      ASSERT_EQ(versions_[service], round) << service;
+    }
+  }
+}
+
+TEST_F(SmallDisk, KeepsTheEntriesThatFitAndIsRepairedWhenThereIsRoom) {
+  const MountedTmpfs disk(root_, kSmall);
+  start();
+  ASSERT_TRUE(requestAll(1));
+  ASSERT_TRUE(requestAll(2));
+  const int32_t kept = wholeEntries();
+  ASSERT_GT(kept, 5);
+  ASSERT_LT(kept, kServices - 5);
+  start();
+  EXPECT_THAT(errors(), Contains(loadErrors(kTables)[0]));
+  disk.makeWritable("size=1m");
+  EXPECT_FALSE(requestAll(3));
+  for (int32_t service = 1; service <= kServices; ++service) {
+    if (service <= kept) {
+      EXPECT_EQ(versions_[service], 3) << service;
+    } else if (service > kept + 1) {  // of the one between, some tables may have been read
+      EXPECT_EQ(versions_[service], 1) << service;
+    }
+  }
+  EXPECT_EQ(readRecord<TableStoreFile>(pathOf(kTables)).tableStores.size(), size_t{kServices});
+}
+
+/** Files that leave no block free on the disk below `root`. */
+Lines fill(const std::string& root) {
+  Lines files;
+  while (fs::space(root).available > 0) {
+    files.push_back(root + "/ballast" + std::to_string(files.size()));
+    writeText(files.back(), std::string(4096, 'x'));
+  }
+  return files;
+}
+
+TEST_F(SmallDisk, ThatIsFullStillTakesTheFilesThatItHas) {
+  const MountedTmpfs disk(root_, kSmall);
+  writeGoodFiles();
+  (void)fill(root_);
+  start();
+  EXPECT_THAT(errors(), IsEmpty());
+  // Truncating a file frees the block that it is then written to.
+  EXPECT_EQ(serve(), expectedAfter({}, 1));
+  EXPECT_THAT(roundErrors_, IsEmpty());
+  expectFilesHold(expectedAfter({}, 1));
+}
+
+TEST_F(SmallDisk, ThatIsFullLeavesNewFilesEmptyUntilThereIsRoom) {
+  const MountedTmpfs disk(root_, kSmall);
+  const Lines ballast = fill(root_);
+  start();
+  EXPECT_EQ(serve(), expectedAfter({true, true, true}, 1));
+  EXPECT_THAT(roundErrors_, ElementsAre(kPidsNotSaved, kPidsNotSaved, saveErrors(kTables)[0],
+                                        saveErrors(kTables)[1], saveErrors(kVersions)[0],
+                                        saveErrors(kVersions)[1]));
+  for (const StoreFile file : kStoreFiles) {
+    EXPECT_EQ(fs::file_size(pathOf(file)), 0U);
+  }
+  start();  // with the empty files
+  EXPECT_EQ(serve(), expectedAfter({true, true, true}, 1));
+  for (const std::string& file : ballast) {
+    fs::remove(file);
+  }
+  EXPECT_EQ(serve(), expectedAfter({true, true, true}, 2));
+  EXPECT_THAT(roundErrors_, IsEmpty());
+  expectFilesHold(expectedAfter({true, true, true}, 2));
+}
+
+}  // namespace
+}  // namespace tevra::test
