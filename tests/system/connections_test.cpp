@@ -70,13 +70,11 @@ TEST_F(DaemonConnections, MayComeAndGo) {
   expectService();
 }
 
-/** The timers that established connections to a port of 127.0.0.1 run, by the kernel's account. */
-std::vector<int> timersOf(int port) {
-  char local[16];
-  std::snprintf(local, sizeof local, "0100007F:%04X", static_cast<unsigned>(port));
+/** Adds the timers that established connections to `local` run, by the kernel's account in `file`.
+ */
+void addTimers(std::vector<int>& timers, const char* file, const std::string& local) {
   constexpr const char* kEstablished = "01";
-  std::vector<int> timers;
-  std::ifstream sockets("/proc/net/tcp6");  // a server for both families has all of them there
+  std::ifstream sockets(file);
   std::string line;
   while (std::getline(sockets, line)) {
     std::istringstream fields(line);
@@ -86,6 +84,15 @@ std::vector<int> timersOf(int port) {
       timers.push_back(std::stoi(timer, nullptr, 16));
     }
   }
+}
+
+/** Of the connections to a port of 127.0.0.1, which a server for both families has as IPv6 ones. */
+std::vector<int> timersOf(int port) {
+  char local[16];
+  std::snprintf(local, sizeof local, "0100007F:%04X", static_cast<unsigned>(port));
+  std::vector<int> timers;
+  addTimers(timers, "/proc/net/tcp", local);
+  addTimers(timers, "/proc/net/tcp6", local);
   return timers;
 }
 

@@ -131,6 +131,15 @@ TEST_F(CliTest, FeedFailsWhenTheDaemonRefusesATable) {
   EXPECT_THAT(result.err, HasSubstr("1 table refused by the daemon"));
 }
 
+TEST_F(CliTest, ExtractWithoutAServiceNeedsAStreamWithAPmt) {
+  test::PacketWriter writer;
+  const TemporaryFile file("ts");
+  file.write(writer.section(0x11, test::makeSdt(1, 4, 101, "One")));
+  const Result result = runWithDaemon({"extract", file.path(), "-o", file.path() + ".out"});
+  EXPECT_EQ(kExitFailed, result.status);
+  EXPECT_EQ("tornelctl: no service of this stream has a PMT\n", result.err);
+}
+
 TEST_F(CliTest, FeedFailsWithOneLineForAFileThatIsNone) {
   const Result result = runWithDaemon({"feed", "/no/such/file.ts"});
   EXPECT_EQ(kExitFailed, result.status);

@@ -130,5 +130,11 @@ TEST(DaemonConnection, PassesOnWhatTheCallerRaises) {
                std::runtime_error);
 }
 
+TEST(DaemonConnection, SaysThatAnAnswerMakesNoSense) {
+  const RudeServer server(std::string("\0\0\0\x04\x80\x77\0\x02", 8));  // of no known version
+  EXPECT_THAT(errorOf(addressOf(server.port())),
+              AllOf(HasSubstr("makes no sense"), HasSubstr("is it another program?")));
+}
+
 }  // namespace
 }  // namespace tevra::tools

@@ -1,4 +1,6 @@
+#include <map>
 #include <sstream>
+#include <string>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -96,6 +98,21 @@ TEST(OutputText, ShowsPidsAndTablesToPeople) {
       "    502  MPEG-2 video\n"
       "    503  MPEG-2 audio  eng       0x0A\n",
       out.str());
+}
+
+TEST(OutputText, NamesTheStreamTypesThatAnOutputCanCarry) {
+  const std::map<int, std::string> names = {
+      {0x01, "MPEG-1 video"}, {0x02, "MPEG-2 video"},   {0x03, "MPEG-1 audio"},
+      {0x04, "MPEG-2 audio"}, {0x06, "private PES"},    {0x0F, "AAC audio"},
+      {0x10, "MPEG-4 video"}, {0x11, "LATM AAC audio"}, {0x1B, "H.264 video"},
+      {0x24, "HEVC video"},   {0x86, "type 0x86"}};
+  for (const auto& [type, name] : names) {
+    SPTSConfiguration configuration;
+    configuration.outputTables.dvbTables.pmt.esList.emplace_back().streamType = type;
+    std::ostringstream out;
+    printOutput(out, 5, configuration);
+    EXPECT_THAT(out.str(), testing::HasSubstr("  " + name)) << type;
+  }
 }
 
 TEST(OutputText, TakesAnEmptyOutput) {

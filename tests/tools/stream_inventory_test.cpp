@@ -1,6 +1,8 @@
 #include "tools/stream_inventory.h"
 
+#include <map>
 #include <sstream>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -78,6 +80,22 @@ TEST(StreamInventory, JoinsWhatPatSdtAndPmtSayOfAService) {
   EXPECT_TRUE(service.hasPmt);
   EXPECT_EQ(3U, service.streams);
   EXPECT_EQ((std::vector<std::string>{"spa", "-"}), service.audioLanguages);
+}
+
+TEST(StreamInventory, NamesTheCommonServiceTypes) {
+  const std::map<char, std::string> names = {
+      {0x00, "?"},        {0x01, "TV"},    {0x02, "radio"},   {0x0A, "radio (advanced codec)"},
+      {0x11, "HD TV"},    {0x19, "HD TV"}, {0x1F, "HEVC TV"}, {0x16, "SD TV (advanced codec)"},
+      {0x04, "type 0x04"}};
+  for (const auto& [type, name] : names) {
+    SDT sdt;
+    sdt.services = {sdtService(101, std::string(1, type) + std::string(2, '\0'))};
+    StreamInventory inventory;
+    inventory.add(sdt);
+    std::ostringstream out;
+    inventory.print(out);
+    EXPECT_NE(std::string::npos, out.str().find("  " + name)) << out.str();
+  }
 }
 
 TEST(StreamInventory, ListsTheServicesOfPatAndSdtInOrder) {

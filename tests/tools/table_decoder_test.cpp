@@ -142,6 +142,50 @@ TEST(TableDecoder, DecodesABat) {
   EXPECT_EQ(12, bat.transportStreams[0].originalNetworkId);
 }
 
+/** One transport stream of that id behind a descriptor of that text. */
+Bytes networkPayload(const std::string& name, int transportStreamId) {
+  return test::joined({test::loop(0xF, descriptor(0x40, test::bytesOf(name))),
+                       test::loop(0xF, test::joined({test::be16(transportStreamId), test::be16(1),
+                                                     test::loop(0xF, {})}))});
+}
+
+/** What `table` has of the two payloads above, in order. */
+template <class Table>
+void expectBothParts(const Table& table) {
+  EXPECT_EQ((std::vector<Descriptor>{makeDescriptor(0x40, "One"), makeDescriptor(0x40, "Two")}),
+            table.descriptors);
+  ASSERT_EQ(2U, table.transportStreams.size());
+  EXPECT_EQ(11, table.transportStreams[0].transportStreamId);
+  EXPECT_EQ(21, table.transportStreams[1].transportStreamId);
+}
+
+TEST(TableDecoder, JoinsTheSectionsOfANit) {
+  expectBothParts(decoded<NIT>({makeSection({0x40, 1, 2, 0, 1}, networkPayload("One", 11)),
+                                makeSection({0x40, 1, 2, 1, 1}, networkPayload("Two", 21))}));
+}
+
+TEST(TableDecoder, JoinsTheSectionsOfABat) {
+  expectBothParts(decoded<BAT>({makeSection({0x4A, 1, 2, 0, 1}, networkPayload("One", 11)),
+                                makeSection({0x4A, 1, 2, 1, 1}, networkPayload("Two", 21))}));
+}
+
+TEST(TableDecoder, JoinsTheSectionsOfAPmt) {
+  const auto payload = [](const std::string& text, uint8_t type) {
+    return test::joined({test::be16(0xE101),
+                         test::loop(0xF, descriptor(0x05, test::bytesOf(text))),
+                         {type},
+                         test::be16(0xE102),
+                         test::loop(0xF, {})});
+  };
+  const PMT pmt = decoded<PMT>({makeSection({0x02, 101, 2, 0, 1}, payload("One", 2)),
+                                makeSection({0x02, 101, 2, 1, 1}, payload("Two", 4))});
+  EXPECT_EQ((std::vector<Descriptor>{makeDescriptor(0x05, "One"), makeDescriptor(0x05, "Two")}),
+            pmt.descriptors);
+  ASSERT_EQ(2U, pmt.esList.size());
+  EXPECT_EQ(2, pmt.esList[0].streamType);
+  EXPECT_EQ(4, pmt.esList[1].streamType);
+}
+
 TEST(TableDecoder, DecodesATot) {
   const TOT tot = decoded<TOT>({test::makeTot(0xEC1F235959, kEnglish)});
   EXPECT_EQ(0x73, tot.tableId);
