@@ -17,6 +17,7 @@
 #include "tests/system/multiplex.h"
 #include "tests/system/process_figures.h"
 #include "tests/system/raw_socket.h"
+#include "tests/system/sanitizers.h"
 
 // Whatever MainTask does, every control call returns: at most 2 s per notification, each that fails
 // being one line of level 3.
@@ -37,11 +38,14 @@ constexpr const char* kNoAccess = "3 Can't access to Notify server. EXCEPTION: "
 constexpr const char* kRefused =
     "3 Can't access to Notify server. EXCEPTION: connect() failed: Connection refused";
 
-/** A notification gives up after 2 s; the rest is for a loaded machine to build and log it. */
-constexpr milliseconds kPerNotification(3000);
+/**
+ * A notification gives up after 2 s; the rest is for a loaded machine to take the call, build the
+ * notification and log it. A sanitizer multiplies that rest: with one, only an end is waited for.
+ */
+constexpr milliseconds kPerNotification(kSanitized ? 30'000 : 3500);
 
 /** For calls that need not wait for MainTask. */
-constexpr milliseconds kAtOnce(1000);
+constexpr milliseconds kAtOnce(kSanitized ? 10'000 : 1500);
 
 /** More than all the buffers between two processes hold. */
 constexpr size_t kLarge = 12'000'000;
