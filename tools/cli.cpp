@@ -30,6 +30,9 @@ int parse(int argc, const char* const* argv, Action& action, const Streams& stre
   addOutputCommand(app, action);
   addExtractCommand(app, action);
   addListenCommand(app, action);
+  addResetCommand(app, action);
+  addPingCommand(app, action);
+  addHelpCommand(app, action);
   try {
     app.parse(argc, argv);
     return kExitDone;
