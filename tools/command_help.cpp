@@ -4,14 +4,18 @@
 namespace tevra::tools {
 namespace {
 
-/** The command of that name, `app` itself for none; null where there is no such command. */
-const CLI::App* findCommand(CLI::App& app, const std::string& name) {
+/** What `tornelctl COMMAND --help` prints, `tornelctl --help` without a name. */
+std::string helpOn(const CLI::App& app, const std::string& name) {
   if (name.empty()) {
-    return &app;
+    // Its own help() would explain the chosen command, which is this one.
+    return app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal);
   }
   const auto found =
       app.get_subcommands([&](const CLI::App* command) { return command->get_name() == name; });
-  return found.empty() ? nullptr : found.front();
+  if (found.empty()) {
+    throw CLI::ValidationError("there is no command '" + name + "'");
+  }
+  return found.front()->help(app.get_name());
 }
 
 }  // namespace
@@ -21,11 +25,7 @@ void addHelpCommand(CLI::App& app, Action& action) {
   CLI::App* command = app.add_subcommand("help", "Explain a command, or list them all");
   command->add_option("COMMAND", *name, "The command to explain");
   command->callback([&app, &action, name] {
-    const CLI::App* explained = findCommand(app, *name);
-    if (explained == nullptr) {
-      throw CLI::ValidationError("there is no command '" + *name + "'");
-    }
-    action = [text = explained->help()](const Streams& streams) {
+    action = [text = helpOn(app, *name)](const Streams& streams) {
       streams.out << text;
       return kExitDone;
     };

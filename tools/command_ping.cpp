@@ -22,7 +22,7 @@ RoundTrips measure(const PingOptions& options) {
   using Clock = std::chrono::steady_clock;
   RoundTrips times;
   withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    SIService answer;
+    thrift::in_module::SIService answer;
     for (int call = 0; call < options.count; ++call) {
       const auto start = Clock::now();
       daemon.getSIData(answer);
