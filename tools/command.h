@@ -26,6 +26,7 @@ void addFeedCommand(CLI::App& app, Action& action);
 void addOutputCommand(CLI::App& app, Action& action);
 void addExtractCommand(CLI::App& app, Action& action);
 void addListenCommand(CLI::App& app, Action& action);
+void addTablesCommand(CLI::App& app, Action& action);
 void addResetCommand(CLI::App& app, Action& action);
 void addPingCommand(CLI::App& app, Action& action);
 

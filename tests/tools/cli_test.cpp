@@ -54,11 +54,11 @@ TEST(Cli, PrintsHelpAndVersion) {
   const Result help = run({"--help"});
   EXPECT_EQ(kExitDone, help.status);
   EXPECT_THAT(help.out, AllOf(HasSubstr("feed"), HasSubstr("output"), HasSubstr("extract"),
-                              HasSubstr("listen")));
+                              HasSubstr("tables"), HasSubstr("listen")));
   const Result version = run({"--version"});
   EXPECT_EQ(kExitDone, version.status);
   EXPECT_THAT(version.out, testing::MatchesRegex("tornelctl [0-9.]+\n"));
-  for (const char* command : {"feed", "output", "extract", "listen"}) {
+  for (const char* command : {"feed", "output", "extract", "tables", "listen"}) {
     EXPECT_EQ(kExitDone, run({command, "--help"}).status) << command;
   }
   EXPECT_THAT(run({"output", "--help"}).out, HasSubstr("fre and ger, not fra and deu"));
@@ -66,7 +66,8 @@ TEST(Cli, PrintsHelpAndVersion) {
 
 TEST(Cli, HelpExplainsTheProgramOrACommand) {
   EXPECT_EQ(run({"--help"}).out, run({"help"}).out);
-  for (const char* command : {"feed", "output", "extract", "listen", "reset", "ping", "help"}) {
+  for (const char* command :
+       {"feed", "output", "extract", "tables", "listen", "reset", "ping", "help"}) {
     const Result help = run({"help", command});
     EXPECT_EQ(kExitDone, help.status) << command;
     EXPECT_THAT(help.out, HasSubstr(command));
