@@ -195,7 +195,7 @@ std::string extendedComponentName(int extension) {
 }  // namespace
 
 std::string contentName(int nibbles) {
-  const std::string name = nameIn(kGenres, nibbles);
+  std::string name = nameIn(kGenres, nibbles);
   if (!name.empty()) {
     return name;
   }

@@ -26,8 +26,8 @@ constexpr std::array<NamedCode, 4> kAlignments = {{
 }};
 constexpr std::array<NamedCode, 3> kAspectRatios = {
     {{1, "square pixels"}, {2, "4:3"}, {3, "16:9"}}};
-/** ISO/IEC 13818-1, 2.6.57: bytes per second come in units of 50. */
-constexpr int64_t kBitsPerRateUnit = 50 * 8;
+/** ISO/IEC 13818-1, 2.6.27 and 2.6.31: rates come in units of 50 bytes per second. */
+constexpr int64_t kBitsPerRateUnit = 400;
 
 std::string frameRateName(int code) {
   return nameIn(kFrameRates, code);
