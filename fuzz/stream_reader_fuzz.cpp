@@ -16,6 +16,7 @@
 #include "tools/stream_inventory.h"
 #include "tools/table_demux.h"
 #include "tools/table_feeder.h"
+#include "tools/table_printer.h"
 #include "tools/tool_error.h"
 #include "tools/ts_packet_reader.h"
 
@@ -44,18 +45,25 @@ std::vector<TsPacket> readPackets(const Bytes& stream, size_t piece) {
   return packets;
 }
 
-/** Feeds a daemon that does nothing, and prints what people would see. */
+/** Feeds a daemon that does nothing, and prints what people and programs would see. */
 tools::StreamInventory takeTables(const std::vector<TsPacket>& packets) {
   NullDaemon daemon;
   tools::TableFeeder feeder(daemon);
   tools::StreamInventory inventory;
+  std::ostringstream tables;
+  tools::TablePrinter people(tables, /*json=*/false);
+  tools::TablePrinter programs(tables, /*json=*/true);
   tools::TableDemux demux([&](const tools::SiTable& table) {
     feeder.feed(table);
     inventory.add(table);
+    people.print(table);
+    programs.print(table);
   });
   for (const TsPacket& packet : packets) {
     demux.push(packet);
   }
+  programs.finish();
+  TORNEL_FUZZ_CHECK(people.printed() == feeder.sent() && programs.printed() == feeder.sent());
   std::ostringstream text;
   feeder.print(text);
   inventory.print(text);

@@ -29,7 +29,11 @@ int parse(int argc, const char* const* argv, Action& action, const Streams& stre
   addFeedCommand(app, action);
   addOutputCommand(app, action);
   addExtractCommand(app, action);
+  addTablesCommand(app, action);
   addListenCommand(app, action);
+  addResetCommand(app, action);
+  addPingCommand(app, action);
+  addHelpCommand(app, action);
   try {
     app.parse(argc, argv);
     return kExitDone;

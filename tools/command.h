@@ -26,6 +26,12 @@ void addFeedCommand(CLI::App& app, Action& action);
 void addOutputCommand(CLI::App& app, Action& action);
 void addExtractCommand(CLI::App& app, Action& action);
 void addListenCommand(CLI::App& app, Action& action);
+void addTablesCommand(CLI::App& app, Action& action);
+void addResetCommand(CLI::App& app, Action& action);
+void addPingCommand(CLI::App& app, Action& action);
+
+/** Comes last: it explains the commands that `app` has by then. */
+void addHelpCommand(CLI::App& app, Action& action);
 
 /** The options that say where the daemon, or its stand-in for MainTask, is reached. */
 struct EndpointOptions {

@@ -10,6 +10,7 @@
 #include "tools/stream_feed.h"
 #include "tools/text_table.h"
 #include "tools/tool_error.h"
+#include "tools/ts_packet_reader.h"
 
 namespace tevra::tools {
 namespace {

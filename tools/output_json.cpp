@@ -1,10 +1,9 @@
 #include "tools/output_json.h"
 
-#include <string_view>
-
 #include <nlohmann/json.hpp>
 
 #include "tools/descriptors.h"
+#include "tools/hex_digits.h"
 #include "tools/pid_attributes.h"
 
 namespace tevra::tools {
@@ -13,18 +12,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr int kIndent = 2;
-
-std::string hexDigits(const std::string& bytes) {
-  static constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string text;
-  text.reserve(2 * bytes.size());
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 0x0F];
-  }
-  return text;
-}
 
 template <class Record, class ToJson>
 Json jsonList(const std::vector<Record>& records, ToJson toJson) {

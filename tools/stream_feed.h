@@ -2,12 +2,11 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "im_SIControlSrv.h"
 #include "tools/stream_inventory.h"
-#include "tools/table_demux.h"
 #include "tools/table_feeder.h"
-#include "tools/ts_packet_reader.h"
 
 namespace tevra::tools {
 
@@ -30,9 +29,6 @@ class StreamFeed {
   void printFaults(std::ostream& out) const;
 
  private:
-  void noteFaults(const TsPacketReader& reader, const TableDemux& demux);
-  void noteIncomplete(const std::vector<IncompleteTable>& tables);
-
   TableFeeder feeder_;
   StreamInventory inventory_;
   uint64_t packets_ = 0;

@@ -10,13 +10,6 @@ namespace {
 
 constexpr size_t kColumnGap = 2;
 
-/** Characters, counting UTF-8's continuation bytes with the byte they follow. */
-size_t width(const std::string& text) {
-  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-  }));
-}
-
 }  // namespace
 
 TextTable::TextTable(std::vector<std::string> heading) {
@@ -32,24 +25,31 @@ void TextTable::print(std::ostream& out, size_t indent) const {
   std::vector<size_t> widths(rows_.front().size());
   for (const auto& row : rows_) {
     for (size_t i = 0; i < row.size(); ++i) {
-      widths[i] = std::max(widths[i], width(row[i]));
+      widths[i] = std::max(widths[i], displayWidth(row[i]));
     }
   }
   for (const auto& row : rows_) {
     std::string line(indent, ' ');
     for (size_t i = 0; i < row.size(); ++i) {
-      line += row[i] + std::string(widths[i] - width(row[i]) + kColumnGap, ' ');
+      line += row[i] + std::string(widths[i] - displayWidth(row[i]) + kColumnGap, ' ');
     }
     const size_t end = line.find_last_not_of(' ');
     out << line.substr(0, end == std::string::npos ? 0 : end + 1) << "\n";
   }
 }
 
+size_t displayWidth(const std::string& utf8) {
+  // Continuation bytes count with the byte they follow.
+  return static_cast<size_t>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  }));
+}
+
 std::string counted(unsigned long long count, const std::string& noun) {
   return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
-std::string hex(int value, int digits) {
+std::string hex(int64_t value, int digits) {
   std::ostringstream text;
   text << "0x" << std::hex << std::uppercase << std::setfill('0') << std::setw(digits) << value;
   return text.str();

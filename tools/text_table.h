@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -24,11 +25,14 @@ class TextTable {
   std::vector<std::vector<std::string>> rows_;
 };
 
+/** How many characters UTF-8 text has. */
+[[nodiscard]] size_t displayWidth(const std::string& utf8);
+
 /** "1 packet", "2 packets". */
 [[nodiscard]] std::string counted(unsigned long long count, const std::string& noun);
 
-/** "0x" and at least `digits` hexadecimal digits. */
-[[nodiscard]] std::string hex(int value, int digits);
+/** "0x" and at least `digits` hexadecimal digits; `value` is not negative. */
+[[nodiscard]] std::string hex(int64_t value, int digits);
 
 /** The parts with `separator` between them. */
 [[nodiscard]] std::string joined(const std::vector<std::string>& parts,

@@ -54,14 +54,25 @@ TEST(Cli, PrintsHelpAndVersion) {
   const Result help = run({"--help"});
   EXPECT_EQ(kExitDone, help.status);
   EXPECT_THAT(help.out, AllOf(HasSubstr("feed"), HasSubstr("output"), HasSubstr("extract"),
-                              HasSubstr("listen")));
+                              HasSubstr("tables"), HasSubstr("listen")));
   const Result version = run({"--version"});
   EXPECT_EQ(kExitDone, version.status);
   EXPECT_THAT(version.out, testing::MatchesRegex("tornelctl [0-9.]+\n"));
-  for (const char* command : {"feed", "output", "extract", "listen"}) {
+  for (const char* command : {"feed", "output", "extract", "tables", "listen"}) {
     EXPECT_EQ(kExitDone, run({command, "--help"}).status) << command;
   }
   EXPECT_THAT(run({"output", "--help"}).out, HasSubstr("fre and ger, not fra and deu"));
+}
+
+TEST(Cli, HelpExplainsTheProgramOrACommand) {
+  EXPECT_EQ(run({"--help"}).out, run({"help"}).out);
+  for (const char* command :
+       {"feed", "output", "extract", "tables", "listen", "reset", "ping", "help"}) {
+    const Result help = run({"help", command});
+    EXPECT_EQ(kExitDone, help.status) << command;
+    EXPECT_THAT(help.out, HasSubstr(command));
+    EXPECT_EQ(run({command, "--help"}).out, help.out) << command;
+  }
 }
 
 TEST(Cli, EndsWithStatus2ForWrongUsage) {
@@ -85,6 +96,9 @@ TEST(Cli, EndsWithStatus2ForWrongUsage) {
       {"extract", "-", "--service", "1", "-o", "x.ts"},
       {"extract", test::sample(), "--service", "1", "-o", test::sample()},
       {"listen", "--timeout", "1"},
+      {"help", "fed"},
+      {"ping", "--count", "0"},
+      {"reset", "all"},
   };
   for (const auto& arguments : wrong) {
     const Result result = run(arguments);
@@ -104,7 +118,9 @@ TEST(Cli, EndsWithStatus1AndOneLineWhenTheDaemonIsNotThere) {
   for (const auto& arguments : std::vector<std::vector<std::string>>{
            {"feed", test::sample()},
            {"output", "--service", "101"},
-           {"extract", test::sample(), "--service", "101", "-o", testing::TempDir() + "x.ts"}}) {
+           {"extract", test::sample(), "--service", "101", "-o", testing::TempDir() + "x.ts"},
+           {"ping"},
+           {"reset"}}) {
     std::vector<std::string> all = arguments;
     all.insert(all.end(), {"--port", portText});
     const Result result = run(all);
@@ -122,6 +138,31 @@ TEST_F(CliTest, FeedSendsTheTablesAndSumsUp) {
               AllOf(HasSubstr("10013 packets, 24 tables sent\n"),
                     HasSubstr("PMT                    service 102"), HasSubstr("Radio Cuatro")));
   EXPECT_EQ("", result.err);
+}
+
+TEST_F(CliTest, PingCallsAsOftenAsTold) {
+  const Result result = runWithDaemon({"ping", "--count", "3"});
+  EXPECT_EQ(kExitDone, result.status) << result.err;
+  EXPECT_THAT(server_.daemon().calls, testing::ElementsAre("getSIData", "getSIData", "getSIData"));
+  EXPECT_THAT(result.out,
+              testing::MatchesRegex("3 calls of getSIData: min [0-9.]+ ms, median [0-9.]+ ms, max "
+                                    "[0-9.]+ ms\n"));
+}
+
+TEST_F(CliTest, PingPrintsItsFiguresAsJson) {
+  const Result result = runWithDaemon({"ping", "--json"});
+  const auto json = nlohmann::json::parse(result.out);
+  EXPECT_EQ(10, json.at("calls"));
+  EXPECT_GT(json.at("minMs"), 0.0);
+  EXPECT_LE(json.at("minMs"), json.at("medianMs"));
+  EXPECT_LE(json.at("medianMs"), json.at("maxMs"));
+}
+
+TEST_F(CliTest, ResetSendsTheResetCommand) {
+  const Result result = runWithDaemon({"reset"});
+  EXPECT_EQ(kExitDone, result.status) << result.err;
+  EXPECT_THAT(server_.daemon().calls, testing::ElementsAre("sendCmd 0"));
+  EXPECT_THAT(result.out, HasSubstr("forgotten"));
 }
 
 TEST_F(CliTest, FeedFailsWhenTheDaemonRefusesATable) {

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+
+/** Names that the standards give to coded values; all are empty for a value without one. */
+namespace tevra::tools {
+
+/** ISO/IEC 13818-1, table 2-34. */
+[[nodiscard]] std::string streamTypeName(int streamType);
+/** ISO/IEC 13818-1, 2.6.19. */
+[[nodiscard]] std::string audioTypeName(int audioType);
+/** ISO/IEC 13818-1, table 2-50: hierarchy_type. */
+[[nodiscard]] std::string hierarchyTypeName(int hierarchyType);
+
+/** EN 300 468, table 6: of a service or an event. */
+[[nodiscard]] std::string runningStatusName(int runningStatus);
+/** EN 300 468, 6.2.33: service_type. */
+[[nodiscard]] std::string serviceTypeName(int serviceType);
+/** EN 300 468, 6.2.19: linkage_type. */
+[[nodiscard]] std::string linkageTypeName(int linkageType);
+/** EN 300 468, 6.2.19: hand-over_type. */
+[[nodiscard]] std::string handOverTypeName(int handOverType);
+/** EN 300 468, 6.2.43: teletext_type. */
+[[nodiscard]] std::string teletextTypeName(int teletextType);
+/** EN 300 468, 6.2.47: data_service_id. */
+[[nodiscard]] std::string vbiServiceName(int dataServiceId);
+/** EN 300 468, 6.2.28: the minimum age that a rating stands for. */
+[[nodiscard]] std::string parentalRatingName(int rating);
+/** ETSI TS 101 162: data_broadcast_id. */
+[[nodiscard]] std::string dataBroadcastName(int dataBroadcastId);
+/** ETSI TS 102 323, 12.1: crid_type. */
+[[nodiscard]] std::string cridTypeName(int cridType);
+/** ETSI TS 102 809, 5.3.5.1: application_type. */
+[[nodiscard]] std::string applicationTypeName(int applicationType);
+/** ETSI TS 101 162: private_data_specifier. */
+[[nodiscard]] std::string privateDataSpecifierName(int specifier);
+/** EN 300 468, table 29: content_nibble_level_1 in the upper, level_2 in the lower four bits. */
+[[nodiscard]] std::string contentName(int nibbles);
+/** EN 300 468, table 26: stream_content (with its extension above it) and component_type. */
+[[nodiscard]] std::string componentName(int streamContent, int componentType);
+/** EN 300 468, table 26: component_type of subtitles. */
+[[nodiscard]] std::string subtitlingTypeName(int subtitlingType);
+/** ETSI TS 101 154, AAC_type: component_type of stream_content 6. */
+[[nodiscard]] std::string aacTypeName(int aacType);
+/** EN 300 468, table D.1: the codec's bits of an (enhanced) AC-3 component_type. */
+[[nodiscard]] std::string ac3ComponentName(int componentType);
+
+}  // namespace tevra::tools

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+
+namespace tevra::tools {
+
+/** One line of a standard's table of codes. */
+struct NamedCode {
+  int code;
+  const char* name;
+};
+
+/** The name of `code`; empty where the table has none. */
+template <size_t size>
+[[nodiscard]] std::string nameIn(const std::array<NamedCode, size>& table, int code) {
+  for (const NamedCode& entry : table) {
+    if (entry.code == code) {
+      return entry.name;
+    }
+  }
+  return {};
+}
+
+}  // namespace tevra::tools
