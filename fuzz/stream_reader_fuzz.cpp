@@ -54,7 +54,7 @@ tools::StreamInventory takeTables(const std::vector<TsPacket>& packets) {
   tools::TablePrinter people(tables, /*json=*/false);
   tools::TablePrinter programs(tables, /*json=*/true);
   tools::TableDemux demux([&](const tools::SiTable& table) {
-    feeder.feed(table);
+    feeder.feed(table, demux.sectionsOfTable());
     inventory.add(table);
     people.print(table);
     programs.print(table);

@@ -40,6 +40,18 @@ size_t InputFile::read(uint8_t* buffer, size_t size) {
   return count;
 }
 
+std::optional<uint64_t> InputFile::size() const {
+  struct stat status {};
+  if (fstat(fileno(file_.get()), &status) != 0 || !S_ISREG(status.st_mode)) {
+    return std::nullopt;
+  }
+  return static_cast<uint64_t>(status.st_size);
+}
+
+bool InputFile::rewind() {
+  return std::fseek(file_.get(), 0, SEEK_SET) == 0;
+}
+
 bool isSameFile(const std::string& a, const std::string& b) {
   struct stat first {};
   struct stat second {};

@@ -6,16 +6,20 @@
 #include <memory>
 #include <string>
 
+#include "tools/byte_source.h"
+
 namespace tevra::tools {
 
 /** A file that is read from front to end; "-" is standard input. */
-class InputFile {
+class InputFile : public ByteSource {
  public:
   /** Raises ToolError when the file cannot be opened. */
   explicit InputFile(const std::string& path);
 
-  /** Reads up to `size` bytes, 0 at the end. Raises ToolError when reading fails. */
-  [[nodiscard]] size_t read(uint8_t* buffer, size_t size);
+  [[nodiscard]] size_t read(uint8_t* buffer, size_t size) override;
+  /** Of a regular file alone. */
+  [[nodiscard]] std::optional<uint64_t> size() const override;
+  [[nodiscard]] bool rewind() override;
 
  private:
   struct Close {

@@ -7,24 +7,35 @@
 
 namespace tevra::tools {
 
+StreamFeed::StreamFeed(ByteSource& source, const std::string& name,
+                       thrift::in_module::im_SIControlSrvIf& daemon, const OnPacket& onPacket)
+    : feeder_(daemon) {
+  read(source, name, onPacket);
+}
+
 StreamFeed::StreamFeed(const std::string& path, thrift::in_module::im_SIControlSrvIf& daemon)
     : feeder_(daemon) {
   InputFile file(path);
-  TsPacketReader reader([&](uint8_t* buffer, size_t size) { return file.read(buffer, size); });
-  TableDemux demux([this](const SiTable& table) {
-    feeder_.feed(table);
+  read(file, path, [](const TsPacket& /*packet*/, size_t /*tablesSent*/) { return true; });
+}
+
+void StreamFeed::read(ByteSource& source, const std::string& name, const OnPacket& onPacket) {
+  TsPacketReader reader([&](uint8_t* buffer, size_t size) { return source.read(buffer, size); });
+  TableDemux demux([&](const SiTable& table) {
+    feeder_.feed(table, demux.sectionsOfTable());
     inventory_.add(table);
   });
   TsPacket packet;
-  while (reader.next(packet)) {
+  while (reader.next(packet) && onPacket(packet, feeder_.sent())) {
     demux.push(packet);
   }
   packets_ = reader.packets();
+  statistics_ = demux.statistics();
   if (packets_ == 0) {
-    throw ToolError(path + " holds no transport stream: no packets of 188, 192 or 204 bytes");
+    throw ToolError(name + " holds no transport stream: no packets of 188, 192 or 204 bytes");
   }
   if (feeder_.sent() == 0) {
-    throw ToolError(path + " holds " + counted(packets_, "packet") + ", but no complete table");
+    throw ToolError(name + " holds " + counted(packets_, "packet") + ", but no complete table");
   }
   faults_ = streamFaults(reader, demux, "not sent");
   if (feeder_.refused() != 0) {

@@ -1,37 +1,53 @@
 #pragma once
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "im_SIControlSrv.h"
+#include "tools/byte_source.h"
 #include "tools/stream_inventory.h"
+#include "tools/table_demux.h"
 #include "tools/table_feeder.h"
+#include "tools/ts_packet.h"
 
 namespace tevra::tools {
 
-/** Hands all tables of one file to a daemon and keeps account of what the file holds. */
+/** Hands all tables of one stream to a daemon and keeps account of what the stream holds. */
 class StreamFeed {
  public:
-  /**
-   * Reads `path` to its end, "-" is standard input; a table is sent as soon as it is complete.
-   *
-   * Raises ToolError when the file cannot be read, holds no transport stream or none of the tables.
-   * Passes on what a call raises.
+  /** Told of every packet before its tables are sent, and how many have been; false ends the feed.
    */
+  using OnPacket = std::function<bool(const TsPacket& packet, size_t tablesSent)>;
+
+  /**
+   * Reads `source`, called `name`, to its end; a table is sent as soon as it is complete.
+   *
+   * Raises ToolError when the source cannot be read, holds no transport stream or none of the
+   * tables. Passes on what a call raises.
+   */
+  StreamFeed(ByteSource& source, const std::string& name,
+             thrift::in_module::im_SIControlSrvIf& daemon, const OnPacket& onPacket);
+
+  /** The same of a file, or of standard input for "-". */
   StreamFeed(const std::string& path, thrift::in_module::im_SIControlSrvIf& daemon);
 
   [[nodiscard]] const StreamInventory& inventory() const { return inventory_; }
   [[nodiscard]] const TableFeeder& tables() const { return feeder_; }
   [[nodiscard]] uint64_t packets() const { return packets_; }
+  [[nodiscard]] const DemuxStatistics& statistics() const { return statistics_; }
 
   /** For people: what was wrong with the stream, one line per fault. */
   void printFaults(std::ostream& out) const;
 
  private:
+  void read(ByteSource& source, const std::string& name, const OnPacket& onPacket);
+
   TableFeeder feeder_;
   StreamInventory inventory_;
   uint64_t packets_ = 0;
+  DemuxStatistics statistics_;
   std::vector<std::string> faults_;
 };
 

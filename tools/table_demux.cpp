@@ -83,6 +83,7 @@ void TableDemux::take(int pid, Section section) {
   if (complete.empty()) {
     return;
   }
+  sectionsOfTable_ = complete.size();
   const SiTable table = decodeTable(complete);
   if (const PAT* pat = std::get_if<PAT>(&table)) {
     follow(*pat);

@@ -52,6 +52,9 @@ class TableDemux {
 
   void push(const TsPacket& packet);
 
+  /** Of how many sections the table is that the consumer has just been given. */
+  [[nodiscard]] size_t sectionsOfTable() const { return sectionsOfTable_; }
+
   [[nodiscard]] DemuxStatistics statistics() const;
   [[nodiscard]] std::vector<IncompleteTable> incompleteTables() const;
 
@@ -69,6 +72,7 @@ class TableDemux {
   std::map<Key, SubTable> subTables_;
   std::set<std::pair<int, int>> pmts_;  // PID and programme number, of the current PAT
   std::optional<int> transportStreamId_;
+  size_t sectionsOfTable_ = 0;
   DemuxStatistics closed_;  // of gatherers that are gone
 };
 

@@ -31,24 +31,35 @@ bool TableFeeder::Line::operator<(const Line& other) const {
   return std::tie(kind, id, tableId) < std::tie(other.kind, other.id, other.tableId);
 }
 
-void TableFeeder::feed(const SiTable& table) {
+void TableFeeder::feed(const SiTable& table, size_t sections) {
+  sections_ = sections;
   const bool taken = std::visit([this](const auto& record) { return send(record); }, table);
   ++sent_;
   refused_ += taken ? 0 : 1;
 }
 
 void TableFeeder::note(const Line& line, const std::string& what, const std::string& last) {
-  Account& account = accounts_[line];
+  Sent& account = accounts_[line];
+  account.kind = kKinds.at(static_cast<size_t>(line.kind));
   account.what = what;
   account.last = last;
+  account.sections = sections_;
   ++account.count;
 }
 
+std::vector<TableFeeder::Sent> TableFeeder::account() const {
+  std::vector<Sent> result;
+  for (const auto& [line, sent] : accounts_) {
+    result.push_back(sent);
+  }
+  return result;
+}
+
 void TableFeeder::print(std::ostream& out) const {
-  TextTable table({"table", "of", "last", "sent"});
-  for (const auto& [line, account] : accounts_) {
-    table.addRow({kKinds.at(static_cast<size_t>(line.kind)), account.what, account.last,
-                  std::to_string(account.count)});
+  TextTable table({"table", "of", "last", "sections", "sent"});
+  for (const auto& [line, sent] : accounts_) {
+    table.addRow({sent.kind, sent.what, sent.last, std::to_string(sent.sections),
+                  std::to_string(sent.count)});
   }
   table.print(out, 2);
 }

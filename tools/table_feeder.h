@@ -3,6 +3,7 @@
 #include <map>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "im_SIControlSrv.h"
 #include "tools/si_table.h"
@@ -15,13 +16,24 @@ class TableFeeder {
   /** `daemon` must outlive the feeder. */
   explicit TableFeeder(thrift::in_module::im_SIControlSrvIf& daemon) : daemon_(daemon) {}
 
-  /** Passes on what the call raises. */
-  void feed(const SiTable& table);
+  /** The table came in so many sections. Passes on what the call raises. */
+  void feed(const SiTable& table, size_t sections);
 
   [[nodiscard]] size_t sent() const { return sent_; }
   /** Tables that the daemon said no to. */
   [[nodiscard]] size_t refused() const { return refused_; }
-  /** A table for people: what was sent, how often and with which version last. */
+  /** What was sent of one table. */
+  struct Sent {
+    std::string kind;     ///< "PMT"
+    std::string what;     ///< "service 101"; nothing for tables of which there is one
+    std::string last;     ///< "version 4", the time of a TOT
+    size_t sections = 0;  ///< of the last
+    size_t count = 0;
+  };
+
+  /** By kind, then by id. */
+  [[nodiscard]] std::vector<Sent> account() const;
+  /** The same as a table for people. */
   void print(std::ostream& out) const;
 
  private:
@@ -34,11 +46,6 @@ class TableFeeder {
     int tableId;
 
     [[nodiscard]] bool operator<(const Line& other) const;
-  };
-  struct Account {
-    std::string what;
-    std::string last;
-    size_t count = 0;
   };
 
   void note(const Line& line, const std::string& what, const std::string& last);
@@ -54,7 +61,8 @@ class TableFeeder {
   bool send(const EIT& eit);
 
   thrift::in_module::im_SIControlSrvIf& daemon_;
-  std::map<Line, Account> accounts_;
+  std::map<Line, Sent> accounts_;
+  size_t sections_ = 0;  // of the table that is being sent
   size_t sent_ = 0;
   size_t refused_ = 0;
 };

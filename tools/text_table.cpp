@@ -46,7 +46,11 @@ size_t displayWidth(const std::string& utf8) {
 }
 
 std::string counted(unsigned long long count, const std::string& noun) {
-  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+  return counted(count, noun, noun + "s");
+}
+
+std::string counted(unsigned long long count, const std::string& noun, const std::string& plural) {
+  return std::to_string(count) + " " + (count == 1 ? noun : plural);
 }
 
 std::string hex(int64_t value, int digits) {

@@ -30,6 +30,9 @@ class TextTable {
 
 /** "1 packet", "2 packets". */
 [[nodiscard]] std::string counted(unsigned long long count, const std::string& noun);
+/** The same of a noun whose plural is another. */
+[[nodiscard]] std::string counted(unsigned long long count, const std::string& noun,
+                                  const std::string& plural);
 
 /** "0x" and at least `digits` hexadecimal digits; `value` is not negative. */
 [[nodiscard]] std::string hex(int64_t value, int digits);

@@ -1,6 +1,8 @@
 #include "tools/cli.h"
 
+#include <atomic>
 #include <sstream>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -9,6 +11,7 @@
 #include "tests/tools/sample_answer.h"
 #include "tests/tools/temporary_file.h"
 #include "tests/tools/ts_builder.h"
+#include "tests/tools/udp_sender.h"
 
 namespace tevra::tools {
 namespace {
@@ -98,6 +101,9 @@ TEST(Cli, EndsWithStatus2ForWrongUsage) {
       {"listen", "--timeout", "1"},
       {"help", "fed"},
       {"ping", "--count", "0"},
+      {"feed", "-", "--loop"},
+      {"feed", "udp://127.0.0.1:5000", "--loop"},
+      {"feed", "a.ts", "--rate", "fast"},
       {"reset", "all"},
   };
   for (const auto& arguments : wrong) {
@@ -135,7 +141,7 @@ TEST_F(CliTest, FeedSendsTheTablesAndSumsUp) {
   EXPECT_EQ(kExitDone, result.status) << result.err;
   EXPECT_EQ(24U, server_.daemon().calls.size());
   EXPECT_THAT(result.out,
-              AllOf(HasSubstr("10013 packets, 24 tables sent\n"),
+              AllOf(HasSubstr("10013 packets, 24 tables sent, 0 discontinuities, 0 CRC errors\n"),
                     HasSubstr("PMT                    service 102"), HasSubstr("Radio Cuatro")));
   EXPECT_EQ("", result.err);
 }
@@ -163,6 +169,53 @@ TEST_F(CliTest, ResetSendsTheResetCommand) {
   EXPECT_EQ(kExitDone, result.status) << result.err;
   EXPECT_THAT(server_.daemon().calls, testing::ElementsAre("sendCmd 0"));
   EXPECT_THAT(result.out, HasSubstr("forgotten"));
+}
+
+TEST_F(CliTest, FeedPrintsJson) {
+  const Result result = runWithDaemon({"feed", test::sample(), "--json"});
+  const auto json = nlohmann::json::parse(result.out);
+  EXPECT_EQ(test::sample(), json.at("source"));
+  EXPECT_EQ(10013, json.at("packets"));
+  EXPECT_EQ(24, json.at("tablesSent"));
+  EXPECT_EQ(0, json.at("crcErrors"));
+  EXPECT_EQ("PAT", json.at("tables").at(0).at("table"));
+  EXPECT_EQ(1, json.at("tables").at(0).at("sections"));
+  EXPECT_EQ(101, json.at("services").at(0).at("serviceId"));
+  EXPECT_EQ("Canal Uno", json.at("services").at(0).at("name"));
+}
+
+TEST_F(CliTest, FeedInALoopEndsAfterTheTimeAskedFor) {
+  const Result result = runWithDaemon({"feed", test::sample(), "--loop", "--seconds", "1"});
+  EXPECT_EQ(kExitDone, result.status) << result.err;
+  EXPECT_GT(server_.daemon().calls.size(), 24U) << "every round has its TOTs";
+}
+
+TEST_F(CliTest, FeedAtTheStreamsRateIsHeldBack) {
+  // The sample lasts for seconds; within one only its beginning can have been sent.
+  const Result result =
+      runWithDaemon({"feed", test::sample(), "--rate", "realtime", "--seconds", "1", "--json"});
+  EXPECT_EQ(kExitDone, result.status) << result.err;
+  EXPECT_LT(nlohmann::json::parse(result.out).at("packets"), 10013);
+}
+
+TEST_F(CliTest, FeedTakesALiveStream) {
+  constexpr const char* kSource = "udp://127.0.0.1:21044";
+  std::atomic<bool> done{false};
+  std::thread sender([&] { test::sendRepeatedly(test::sample(), 21044, done); });
+  const Result result = runWithDaemon({"feed", kSource, "--seconds", "2"});
+  done = true;
+  sender.join();
+  EXPECT_EQ(kExitDone, result.status) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("Canal Uno"));
+}
+
+TEST_F(CliTest, FeedSaysSoWhenNothingArrives) {
+  const Result result = runWithDaemon({"feed", "udp://127.0.0.1:21045", "--timeout", "1"});
+  EXPECT_EQ(kExitFailed, result.status);
+  EXPECT_EQ(
+      "tornelctl: nothing has arrived at udp://127.0.0.1:21045 for 1 s: is the stream sent "
+      "there?\n",
+      result.err);
 }
 
 TEST_F(CliTest, FeedFailsWhenTheDaemonRefusesATable) {

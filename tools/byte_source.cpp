@@ -1,0 +1,31 @@
+#include "tools/byte_source.h"
+
+#include "tools/files.h"
+#include "tools/tool_error.h"
+#include "tools/udp_source.h"
+
+namespace tevra::tools {
+
+std::unique_ptr<ByteSource> openSource(const std::string& name, const LiveOptions& live) {
+  if (isLiveSource(name)) {
+    return std::make_unique<UdpSource>(parseUdpAddress(name), live);
+  }
+  return std::make_unique<InputFile>(name);
+}
+
+size_t LoopedSource::read(uint8_t* buffer, size_t size) {
+  const size_t count = source_.read(buffer, size);
+  if (count != 0) {
+    return count;
+  }
+  if (!source_.rewind()) {
+    throw ToolError("the stream cannot be repeated: it is no file");
+  }
+  return source_.read(buffer, size);
+}
+
+bool isLiveSource(const std::string& name) {
+  return name.compare(0, kUdpScheme.size(), kUdpScheme) == 0;
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tevra::tools {
+
+/** Where a transport stream comes from, byte after byte. */
+class ByteSource {
+ public:
+  virtual ~ByteSource() = default;
+
+  /** Reads up to `size` bytes, 0 at the end. Raises ToolError when reading fails. */
+  [[nodiscard]] virtual size_t read(uint8_t* buffer, size_t size) = 0;
+
+  /** Bytes in all; nothing for a source without an end that is known. */
+  [[nodiscard]] virtual std::optional<uint64_t> size() const { return std::nullopt; }
+
+  /** Begins again at the front; false for a source that cannot. */
+  [[nodiscard]] virtual bool rewind() { return false; }
+};
+
+/** How a live source is waited for. */
+struct LiveOptions {
+  /** Without a packet for so long the source counts as dead. */
+  int timeoutSeconds = 30;
+  /** Asked several times a second; true ends the source. */
+  std::function<bool()> stopped = [] { return false; };
+};
+
+/**
+ * A file, "-" for standard input, or "udp://ADDRESS:PORT" for packets that arrive there. Raises
+ * ToolError when it cannot be opened.
+ */
+[[nodiscard]] std::unique_ptr<ByteSource> openSource(const std::string& name,
+                                                     const LiveOptions& live = {});
+
+/** `source` over and over; raises ToolError when its end is reached and it cannot begin again. */
+class LoopedSource : public ByteSource {
+ public:
+  /** `source` must outlive it. */
+  explicit LoopedSource(ByteSource& source) : source_(source) {}
+
+  [[nodiscard]] size_t read(uint8_t* buffer, size_t size) override;
+
+ private:
+  ByteSource& source_;
+};
+
+/** Whether openSource would take it for a live source. */
+[[nodiscard]] bool isLiveSource(const std::string& name);
+
+}  // namespace tevra::tools

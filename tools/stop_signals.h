@@ -1,0 +1,29 @@
+#pragma once
+
+#include <csignal>
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+namespace tevra::tools {
+
+/**
+ * While it lives SIGINT and SIGTERM run `action`, once, on a thread of its own instead of ending
+ * the process. The only other thread is the one that constructs it.
+ */
+class StopSignals {
+ public:
+  explicit StopSignals(std::function<void()> action);
+  ~StopSignals();
+  StopSignals(const StopSignals&) = delete;
+  StopSignals& operator=(const StopSignals&) = delete;
+
+ private:
+  sigset_t signals_{};
+  sigset_t before_{};
+  std::atomic<bool> ending_{false};
+  std::thread waiter_;
+};
+
+}  // namespace tevra::tools

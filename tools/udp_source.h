@@ -1,0 +1,57 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "tools/byte_source.h"
+
+namespace tevra::tools {
+
+inline constexpr std::string_view kUdpScheme = "udp://";
+
+/** An IPv4 address and a port to receive at. */
+struct UdpAddress {
+  std::string address;
+  int port = 0;
+};
+
+/** Reads "udp://ADDRESS:PORT"; raises ToolError when it is not one. */
+[[nodiscard]] UdpAddress parseUdpAddress(const std::string& text);
+
+/**
+ * The payload of the datagrams that arrive at an address, a multicast group (which is joined) or
+ * one of the machine's own; behind the RTP header (RFC 3550, 5.1) where there is one.
+ *
+ * Reading raises ToolError when nothing arrives for the time-out.
+ */
+class UdpSource : public ByteSource {
+ public:
+  UdpSource(const UdpAddress& address, LiveOptions live);
+  ~UdpSource() override;
+  UdpSource(const UdpSource&) = delete;
+  UdpSource& operator=(const UdpSource&) = delete;
+
+  [[nodiscard]] size_t read(uint8_t* buffer, size_t size) override;
+
+ private:
+  [[nodiscard]] bool waitForDatagram() const;
+  void receive();
+
+  static constexpr size_t kLargestDatagram = 65536;
+
+  std::string name_;
+  LiveOptions live_;
+  int socket_ = -1;
+  std::array<uint8_t, kLargestDatagram> datagram_{};
+  size_t position_ = 0;
+  size_t end_ = 0;
+};
+
+/**
+ * Where the payload of a datagram starts: behind its RTP header, CSRCs and extension included; 0
+ * for one that is no RTP or whose header is longer than itself.
+ */
+[[nodiscard]] size_t rtpPayloadOffset(const uint8_t* datagram, size_t size);
+
+}  // namespace tevra::tools
