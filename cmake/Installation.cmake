@@ -52,13 +52,12 @@ if(NOT TEVRA_PLATFORM_LIBRARY)
   list(APPEND libraries tornel_platform_host)
 endif()
 install(TARGETS ${libraries} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
-foreach(library IN LISTS libraries)
-  list(APPEND archives ${CMAKE_INSTALL_FULL_LIBDIR}/lib${library}.a)
-endforeach()
 # CMake strips programs only.
+list(TRANSFORM libraries REPLACE "(.+)" "${CMAKE_INSTALL_LIBDIR}/lib\\1.a" OUTPUT_VARIABLE archives)
 install(CODE "
   if(CMAKE_INSTALL_DO_STRIP)
-    foreach(archive ${archives})
+    foreach(archive IN ITEMS ${archives})
+      cmake_path(ABSOLUTE_PATH archive BASE_DIRECTORY \"\${CMAKE_INSTALL_PREFIX}\")
       execute_process(COMMAND \"${CMAKE_STRIP}\" --strip-debug --enable-deterministic-archives --remove-section=.comment
                               --remove-section=.note \"\$ENV{DESTDIR}\${archive}\" COMMAND_ERROR_IS_FATAL ANY)
     endforeach()
