@@ -113,11 +113,8 @@ class Packages(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.root = ThrowAwayRoot()
+        cls.addClassCleanup(cls.root.remove)
         cls.said = cls.root.dpkg("--install", *PACKAGES)
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.root.remove()
 
     def installed(self, name):
         return self.root.path / name
