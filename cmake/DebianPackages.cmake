@@ -59,9 +59,9 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "tornel, bash-completion")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
 "command line client of the tornel daemon
-tornelctl hands the tables of a recorded transport stream to tornel, asks it
-what an output is made of, makes a single-programme stream of one service, and
-shows what the daemon notifies.
+tornelctl hands the tables of a recorded or live transport stream to tornel,
+asks it what an output is made of, makes a single-programme stream of one
+service, prints a stream's tables, and shows what the daemon notifies.
 
 A sample multiplex to try it with is included.")
 
