@@ -10,7 +10,7 @@ namespace tevra {
 
 /** Many times what a file holds; an empty record takes a few bytes of it but a hundred of memory.
  */
-inline constexpr uint64_t kMaxElementsPerFile = 1024 * 1024;
+inline constexpr uint64_t kMaxElementsPerFile = uint64_t{1024} * 1024;
 
 /**
  * Thrift's JSON protocol, safe against what a damaged or hostile file may hold.

@@ -1,7 +1,9 @@
 #include "tools/progress.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <cmath>
+#include <iomanip>
+#include <sstream>
 #include <utility>
 
 #include "tools/text_table.h"
@@ -16,9 +18,9 @@ constexpr double kMegabyte = 1e6;
 constexpr const char* kEraseLine = "\r\033[K";
 
 std::string decimal(double number) {
-  char text[32];
-  (void)std::snprintf(text, sizeof text, "%.1f", number);
-  return text;
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(1) << number;
+  return text.str();
 }
 
 std::string bar(double share) {
@@ -72,7 +74,7 @@ std::string Progress::text(uint64_t bytes, uint64_t tables, Clock::time_point no
   line += decimal(rate / kMegabyte) + " MB/s, " + counted(tables, "table") + " sent";
   if (options_.totalBytes && *options_.totalBytes > bytes && rate > 0) {
     const double left = static_cast<double>(*options_.totalBytes - bytes) / rate;
-    line += ", " + std::to_string(static_cast<int>(left + 0.5)) + " s left";
+    line += ", " + std::to_string(std::lround(left)) + " s left";
   }
   return line;
 }

@@ -1,7 +1,8 @@
 #include "tools/round_trips.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <iomanip>
+#include <sstream>
 
 namespace tevra::tools {
 
@@ -14,10 +15,10 @@ RoundTripSummary summarise(RoundTrips times) {
 }
 
 std::string millisecondsText(std::chrono::nanoseconds time) {
-  char text[32];
-  const double milliseconds = std::chrono::duration<double, std::milli>(time).count();
-  (void)std::snprintf(text, sizeof text, "%.3f", milliseconds);  // longer than any time
-  return text;
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(3)
+       << std::chrono::duration<double, std::milli>(time).count();
+  return text.str();
 }
 
 }  // namespace tevra::tools

@@ -109,7 +109,7 @@ size_t rtpPayloadOffset(const uint8_t* datagram, size_t size) {
   size_t offset = kRtpHeader + kRtpWord * (datagram[0] & 0x0F);
   const bool extended = (datagram[0] & 0x10) != 0;
   if (extended && offset + kRtpWord <= size) {
-    const size_t words = static_cast<size_t>(datagram[offset + 2] << 8 | datagram[offset + 3]);
+    const auto words = static_cast<size_t>(datagram[offset + 2] << 8 | datagram[offset + 3]);
     offset += kRtpWord + kRtpWord * words;
   }
   return offset <= size ? offset : 0;

@@ -1,0 +1,245 @@
+#!/usr/bin/env python3
+"""Installs the packages into a throw-away root, runs them there and removes them.
+
+Usage: packages_test.py TORNEL.deb TORNEL-TOOLS.deb TORNEL-DEV.deb     (as root, or with fakeroot at hand)
+The root has the machine's list of installed packages, so that dependencies are checked for what they are; libraries and
+compiler are the machine's. Ports 9224, 9225 and 9256 must be free. Exit status 77: cannot run here, and why.
+"""
+
+import os
+import pathlib
+import re
+import shlex
+import shutil
+import socket
+import subprocess
+import sys
+import tempfile
+import unittest
+
+HERE = pathlib.Path(__file__).resolve().parent
+CANNOT_RUN = 77
+PATIENCE = 30
+NAMES = ("tornel", "tornel-tools", "tornel-dev")
+STATE = "var/lib/tornel"
+DEFAULTS = "etc/default/tornel"
+
+
+class ThrowAwayRoot:
+    """A directory in which dpkg believes that the machine's packages are installed, ours excepted."""
+
+    def __init__(self):
+        self.path = pathlib.Path(tempfile.mkdtemp(prefix="tornel-root-"))
+        admin = self.path / "var/lib/dpkg"
+        for folder in ("info", "updates", "triggers"):
+            (admin / folder).mkdir(parents=True)
+        stanzas = pathlib.Path("/var/lib/dpkg/status").read_text(encoding="utf-8").split("\n\n")
+        ours = re.compile(r"^Package: tornel(-tools|-dev)?$", re.MULTILINE)
+        kept = [stanza for stanza in stanzas if stanza.strip() and not ours.search(stanza)]
+        # What the machine's packages still want to trigger is not this root's business.
+        kept = [re.sub(r"^Triggers-(Pending|Awaited):.*\n", "", stanza, flags=re.MULTILINE) for stanza in kept]
+        (admin / "status").write_text("\n\n".join(kept) + "\n", encoding="utf-8")
+
+    def dpkg(self, *arguments):
+        command = ["dpkg", f"--root={self.path}", "--force-script-chrootless", f"--log={os.devnull}", *arguments]
+        ended = subprocess.run(command, capture_output=True, text=True, timeout=300)
+        # dpkg misses the file lists of the machine's packages, one line each.
+        said = "\n".join(line for line in ended.stderr.splitlines() if "files list file for package" not in line)
+        if ended.returncode != 0:
+            raise AssertionError(f"{shlex.join(command)}:\n{said}")
+        return ended.stdout + said
+
+    def files(self):
+        """All but directories and dpkg's own, relative to the root."""
+        found = (path.relative_to(self.path).as_posix() for path in self.path.rglob("*")
+                 if path.is_symlink() or not path.is_dir())
+        return {name for name in found if not name.startswith("var/lib/dpkg/")}
+
+    def remove(self):
+        shutil.rmtree(self.path)
+
+
+class Unit:
+    """The parts of the installed unit file that say how to start an instance."""
+
+    def __init__(self, root):
+        text = (root / "lib/systemd/system/tornel@.service").read_text(encoding="utf-8")
+        self.settings = {}
+        for key, value in re.findall(r"^(\w+)=(.*)$", text, flags=re.MULTILINE):
+            self.settings.setdefault(key, []).append(value)
+        self.root = root
+
+    def environment(self, state, notify_socket):
+        """As the service manager makes it: Environment=, then EnvironmentFile=, then its own."""
+        values = dict(item.split("=", 1) for item in shlex.split(" ".join(self.settings["Environment"])))
+        (defaults,) = self.settings["EnvironmentFile"]
+        text = (self.root / defaults.lstrip("-/")).read_text(encoding="utf-8")
+        for line in shlex.split(text, comments=True):
+            values.update([line.split("=", 1)])
+        if values["TEVRA_CONF_ROOT"] != f"/var/lib/{self.settings['StateDirectory'][0]}":
+            raise AssertionError("the configuration root is not the one directory that the service may write")
+        return {**os.environ, **values, "TEVRA_CONF_ROOT": str(state), "NOTIFY_SOCKET": str(notify_socket)}
+
+    def command(self, index, environment):
+        (line,) = self.settings["ExecStart"]
+        words = shlex.split(line.replace("%i", str(index)).replace("$TORNEL_OPTIONS", environment["TORNEL_OPTIONS"]))
+        return [str(self.root / words[0].lstrip("/")), *words[1:]]
+
+
+def receive(notifications):
+    try:
+        return notifications.recv(256).decode()
+    except socket.timeout:
+        return "nothing"
+
+
+def packets_of(path):
+    data = path.read_bytes()
+    return [data[start:start + 188] for start in range(0, len(data), 188)]
+
+
+def programmes_in(packets):
+    """The service ids in the first PAT (ISO/IEC 13818-1 clause 2.4.4.3)."""
+    for packet in packets:
+        if (packet[1] & 0x1F, packet[2]) == (0, 0) and packet[1] & 0x40:
+            section = packet[5 + packet[4]:]
+            length = (section[1] & 0x0F) << 8 | section[2]
+            entries = section[8:3 + length - 4]
+            return {entries[at] << 8 | entries[at + 1] for at in range(0, len(entries), 4)}
+    return set()
+
+
+class Packages(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.root = ThrowAwayRoot()
+        cls.addClassCleanup(cls.root.remove)
+        cls.said = cls.root.dpkg("--install", *PACKAGES)
+
+    def installed(self, name):
+        return self.root.path / name
+
+    def test_1_install_without_a_complaint(self):
+        self.assertNotRegex(self.said, r"(?i)warning|error|depend")
+        states = subprocess.run(["dpkg-query", f"--admindir={self.root.path}/var/lib/dpkg", "--show", "--showformat",
+                                 "${db:Status-Status} ", *NAMES], check=True, capture_output=True, text=True).stdout
+        self.assertEqual(["installed"] * 3, states.split())
+
+    def test_2_hold_everything_and_no_program_with_symbols(self):
+        files = self.root.files()
+        wanted = {"usr/sbin/tornel", "usr/bin/tornelctl", "lib/systemd/system/tornel@.service", DEFAULTS,
+                  "usr/share/tornel/sample.ts", "usr/share/bash-completion/completions/tornelctl",
+                  "usr/share/man/man8/tornel.8.gz", "usr/share/man/man1/tornelctl.1.gz",
+                  "usr/share/doc/tornel/operating.md", "usr/share/tornel/idl/in_module.thrift",
+                  "usr/include/tornel/platform/module_utils.h"}
+        wanted |= {f"usr/share/doc/{name}/{text}" for name in NAMES for text in ("copyright", "changelog.Debian.gz")}
+        self.assertEqual(set(), wanted - files)
+        for program in ("usr/sbin/tornel", "usr/bin/tornelctl"):
+            sections = subprocess.run(["objdump", "-h", self.installed(program)], check=True, capture_output=True,
+                                      text=True).stdout
+            self.assertNotIn(".debug_info", sections)
+
+    def test_3_are_of_the_programs_version(self):
+        version = subprocess.run([self.installed("usr/sbin/tornel"), "--version"], check=True, capture_output=True,
+                                 text=True).stdout.strip()
+        for package in PACKAGES:
+            field = subprocess.run(["dpkg-deb", "--field", package, "Version"], check=True, capture_output=True,
+                                   text=True).stdout
+            self.assertEqual(version, field.strip().rsplit("-", 1)[0])
+
+    def test_4_run_the_demos_job(self):
+        state = self.installed(STATE)
+        state.mkdir(parents=True)  # as StateDirectory= does
+        with tempfile.TemporaryDirectory() as folder, \
+                socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as notifications:
+            address, result = pathlib.Path(folder, "notify"), pathlib.Path(folder, "service.ts")
+            notifications.bind(str(address))
+            notifications.settimeout(PATIENCE)
+            unit = Unit(self.root.path)
+            environment = unit.environment(state, address)
+            with subprocess.Popen(unit.command(0, environment), env=environment) as daemon:
+                try:
+                    self.assertEqual("READY=1", receive(notifications))
+                    self.assertEqual("WATCHDOG=1", receive(notifications))
+                    self.extract(result)
+                    self.assertIsNone(daemon.poll())
+                finally:
+                    daemon.kill()
+            packets = packets_of(result)
+            self.assertGreater(len(packets), 1000)
+            self.assertTrue(all(len(packet) == 188 and packet[0] == 0x47 for packet in packets))
+            self.assertEqual({1201}, programmes_in(packets))
+        for name in ("PIDRemap0", "Tornel/TableStoreFile0", "Tornel/EITTableVersionStoreFile0"):
+            self.assertGreater((state / name).stat().st_size, 0, name)
+
+    def extract(self, result):
+        ended = subprocess.run([self.installed("usr/bin/tornelctl"), "extract",
+                                self.installed("usr/share/tornel/sample.ts"), "--service", "101", "--output-sid", "1201",
+                                "--name", "Uno HD", "--audio", "eng", "-o", result],
+                               capture_output=True, text=True, timeout=PATIENCE)
+        self.assertEqual((0, ""), (ended.returncode, ended.stderr))
+        self.assertIn("Uno HD", ended.stdout)
+
+    def test_5_end_with_status_0_where_the_module_has_no_such_multiplex(self):
+        unit = Unit(self.root.path)
+        self.assertEqual(["0"], unit.settings["RestartPreventExitStatus"])
+        with tempfile.TemporaryDirectory() as folder, \
+                socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM) as notifications:
+            address = pathlib.Path(folder, "notify")
+            notifications.bind(str(address))
+            notifications.settimeout(0.2)
+            environment = {**unit.environment(folder, address), "TEVRA_MODULE_TYPE": "6"}
+            ended = subprocess.run(unit.command(3, environment), env=environment, timeout=PATIENCE)
+            self.assertEqual((0, "nothing"), (ended.returncode, receive(notifications)))
+
+    def test_6_link_a_daemon_with_a_boards_library(self):
+        prefix = self.installed("usr")
+        (configuration,) = prefix.glob("lib/**/pkgconfig")
+        flags = subprocess.run(["pkg-config", "--cflags", "--libs", f"--define-variable=prefix={prefix}", "tornel"],
+                               check=True, capture_output=True, text=True,
+                               env={**os.environ, "PKG_CONFIG_PATH": str(configuration)}).stdout
+        examples = prefix / "share/doc/tornel-dev/examples"
+        with tempfile.TemporaryDirectory() as folder:
+            program, board = pathlib.Path(folder, "tornel"), pathlib.Path(folder, "board.o")
+            compiler = [os.environ.get("CXX", "c++"), "-std=c++17"]
+            subprocess.run([*compiler, f"-I{prefix}/include/tornel", "-c", examples / "board.cpp", "-o", board],
+                           check=True)
+            subprocess.run([*compiler, examples / "main.cpp", *shlex.split(flags), board, "-ltornel_platform_device",
+                            "-o", program], check=True)
+            subprocess.run([HERE.parent / "platform_library/board_test.py", program], check=True)
+
+    def test_7_generate_a_client_from_the_interface_definition(self):
+        idl = self.installed("usr/share/tornel/idl")
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run(["thrift", "-r", "--gen", "py", "-I", idl, "-out", folder, idl / "in_module.thrift"],
+                           check=True)
+            self.assertTrue(list(pathlib.Path(folder).rglob("im_SIControlSrv.py")))
+
+    def test_8_leave_nothing_but_configuration_when_removed(self):
+        state = {name for name in self.root.files() if name.startswith(STATE)}
+        self.assertEqual(3, len(state), "the demo's job has left its files")
+        self.root.dpkg("--remove", *NAMES)
+        self.assertEqual({DEFAULTS} | state, self.root.files())
+
+    def test_9_leave_nothing_when_purged(self):
+        self.root.dpkg("--purge", *NAMES)
+        self.assertEqual(set(), self.root.files())
+        self.assertFalse(self.installed(STATE).exists())
+
+
+def main():
+    if len(sys.argv) != 4:
+        sys.exit(__doc__)
+    if os.geteuid() != 0:
+        if shutil.which("fakeroot") is None:
+            print("packages_test: skipped, since it is neither root nor has it fakeroot")
+            return CANNOT_RUN
+        os.execvp("fakeroot", ["fakeroot", sys.executable, *sys.argv])
+    os.environ["PATH"] += ":/usr/sbin:/sbin"  # dpkg wants ldconfig and start-stop-daemon
+    unittest.main(argv=sys.argv[:1], failfast=True)
+    return 0
+
+
+if __name__ == "__main__":
+    PACKAGES = sys.argv[1:]
+    sys.exit(main())
