@@ -1,8 +1,8 @@
-// Runs a target over files instead of under a fuzzer: replay [--mutations N] PATH...
+// Runs a target over files instead of under a fuzzer: replay ([--mutations N] PATH...)...
 //
 // Every file of every PATH (a file or a directory, which may be missing as long as there is any
-// input) is one input, and then as many changed copies of it as --mutations says, the same in every
-// run. A fault ends the program as it would end the daemon.
+// input) is one input, and then as many changed copies of it as the --mutations before it says, the
+// same in every run. A fault ends the program as it would end the daemon.
 
 #include <algorithm>
 #include <cstdio>
@@ -24,21 +24,39 @@ namespace {
 namespace fs = std::filesystem;
 using Bytes = std::vector<uint8_t>;
 
-std::vector<fs::path> filesIn(const std::vector<fs::path>& paths) {
+struct Input {
+  fs::path path;
+  int mutations;
+};
+
+/** The files at `path` or below, in an order that is always the same. */
+std::vector<fs::path> filesAt(const fs::path& path) {
+  if (!fs::is_directory(path)) {
+    return fs::exists(path) ? std::vector<fs::path>{path} : std::vector<fs::path>();
+  }
   std::vector<fs::path> files;
-  for (const fs::path& path : paths) {
-    if (!fs::is_directory(path)) {
-      files.push_back(path);
-      continue;
-    }
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(path)) {
-      if (entry.is_regular_file()) {
-        files.push_back(entry.path());
-      }
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(path)) {
+    if (entry.is_regular_file()) {
+      files.push_back(entry.path());
     }
   }
   std::sort(files.begin(), files.end());
   return files;
+}
+
+std::vector<Input> inputsOf(int argc, char** argv) {
+  std::vector<Input> inputs;
+  int mutations = 0;
+  for (int index = 1; index < argc; ++index) {
+    if (std::strcmp(argv[index], "--mutations") == 0 && index + 1 < argc) {
+      mutations = std::atoi(argv[++index]);
+      continue;
+    }
+    for (const fs::path& file : filesAt(argv[index])) {
+      inputs.push_back({file, mutations});
+    }
+  }
+  return inputs;
 }
 
 Bytes contentOf(const fs::path& path) {
@@ -79,40 +97,31 @@ void run(const Bytes& bytes) {
   (void)LLVMFuzzerTestOneInput(copy.get(), bytes.size());
 }
 
-size_t replay(const fs::path& path, int mutations) {
-  const Bytes original = contentOf(path);
+size_t replay(const Input& input) {
+  const Bytes original = contentOf(input.path);
   run(original);
   std::minstd_rand random;
-  for (int count = 0; count < mutations && !original.empty(); ++count) {
+  for (int count = 0; count < input.mutations && !original.empty(); ++count) {
     Bytes changed = original;
     for (auto changes = 1 + random() % 4; changes > 0 && !changed.empty(); --changes) {
       mutate(changed, random);
     }
     run(changed);
   }
-  return 1 + static_cast<size_t>(original.empty() ? 0 : mutations);
+  return 1 + static_cast<size_t>(original.empty() ? 0 : input.mutations);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   LLVMFuzzerInitialize(&argc, &argv);
-  std::vector<fs::path> paths;
-  int mutations = 0;
-  for (int index = 1; index < argc; ++index) {
-    if (std::strcmp(argv[index], "--mutations") == 0 && index + 1 < argc) {
-      mutations = std::atoi(argv[++index]);
-    } else if (fs::exists(argv[index])) {
-      paths.emplace_back(argv[index]);
-    }
+  const std::vector<Input> inputs = inputsOf(argc, argv);
+  size_t runs = 0;
+  for (const Input& input : inputs) {
+    runs += replay(input);
   }
-  const std::vector<fs::path> files = filesIn(paths);
-  size_t inputs = 0;
-  for (const fs::path& file : files) {
-    inputs += replay(file, mutations);
-  }
-  std::printf("%zu inputs from %zu files\n", inputs, files.size());
-  if (files.empty()) {
+  std::printf("%zu runs of %zu files\n", runs, inputs.size());
+  if (inputs.empty()) {
     std::fprintf(stderr, "No input was found: nothing has been tested.\n");
     return EXIT_FAILURE;
   }
