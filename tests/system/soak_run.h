@@ -17,8 +17,8 @@ namespace tevra::test {
 
 /**
  * Random calls to the daemon of the first MPTS, one after another. What each returns and what
- * MainTask is told of it is compared with a model that knows nothing but the calls; what differs is
- * a fatal failure that names the seed and the call.
+ * MainTask is told of it is compared with a model that knows nothing but the calls; where they
+ * differ the test ends at once, with the seed and the number of the call.
  */
 class SoakRun {
  public:

@@ -49,6 +49,18 @@ TEST(ByteSource, ThatIsEmptyEndsThoughLooped) {
   EXPECT_EQ("", readAll(looped, 1));
 }
 
+/** Has ended and cannot begin again. */
+class SpentSource : public ByteSource {
+ public:
+  size_t read(uint8_t* /*buffer*/, size_t /*size*/) override { return 0; }
+};
+
+TEST(ByteSource, ThatCannotBeginAgainCannotBeLooped) {
+  SpentSource spent;
+  LoopedSource looped(spent);
+  EXPECT_THROW((void)readAll(looped, 1), ToolError);
+}
+
 TEST(ByteSource, OfWhatIsNoRegularFileKnowsNoSize) {
   EXPECT_FALSE(openSource("/dev/null")->size().has_value());
 }
