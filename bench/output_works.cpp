@@ -1,0 +1,93 @@
+#include <string>
+
+#include "bench/bare_dvbpsi.h"
+#include "bench/sample_tables.h"
+#include "bench/unsaved_stores.h"
+#include "bench/work.h"
+#include "cfdb/conflict_free_db.h"
+#include "synth/output_data.h"
+
+namespace tevra::bench {
+namespace {
+
+struct ServiceSize {
+  int streams;
+  int descriptors;
+};
+
+class FixedOwner final : public ConflictFreeDBOwner {
+ public:
+  int64_t timeOffset() override { return 0; }
+  bool timeOffsetValid() override { return true; }
+  int32_t selectEITVersion(int32_t /*serviceId*/, int32_t /*tableId*/) override { return 1; }
+  void resetEITRestartCounter(int32_t /*serviceId*/) override {}
+};
+
+/** buildOutput against the tables of the run before, or against none. */
+class BuildOutput : public Work {
+ public:
+  enum class Stored { kSame, kNothing };
+
+  BuildOutput(ServiceSize size, Stored stored) : stored_(stored) {
+    work_.inputSID = kServiceId;
+    database_.setConflictFreePAT(work_.pat, samplePat());
+    work_.sdt = sampleSdt();
+    PMT ignored;
+    database_.setConflictFreePMT(ignored, samplePmt(size.streams, size.descriptors));
+    (void)database_.getOutputPMT(work_.pmt, kServiceId);
+    request_ = sampleRequest();
+    run();
+  }
+
+  void prepare() override {
+    if (stored_ == Stored::kNothing) {
+      stores_.forget();
+    }
+  }
+
+  void run() override {
+    const OutputServiceDescription& output = request_.outputs.at(kServiceId);
+    const LastNodeSettings& lastNode = request_.lastNodeSettings.at(kServiceId).front();
+    answer_ = OutputData(database_, stores_).buildOutput(work_, output, lastNode, {true, true});
+  }
+
+ private:
+  FixedOwner owner_;
+  ConflictFreeDB database_{0, owner_};
+  UnsavedStores stores_;
+  ServiceWorkRecord work_;
+  SrvOutputRequest request_;
+  SPTSConfiguration answer_;
+  const Stored stored_;
+};
+
+class Bare : public Work {
+ public:
+  explicit Bare(ServiceSize size)
+      : synthesis_(samplePmt(size.streams, size.descriptors), sampleSdt()) {
+    run();
+  }
+
+  void run() override { synthesis_.run(); }
+
+ private:
+  BareSynthesis synthesis_;
+};
+
+void add(Works& works, const std::string& name, ServiceSize size) {
+  using Stored = BuildOutput::Stored;
+  works.push_back({name + "/floor", [size] { return std::make_unique<Bare>(size); }});
+  works.push_back({name + "/unchanged",
+                   [size] { return std::make_unique<BuildOutput>(size, Stored::kSame); }});
+  works.push_back({name + "/changed",
+                   [size] { return std::make_unique<BuildOutput>(size, Stored::kNothing); }});
+}
+
+}  // namespace
+
+void addOutputWorks(Works& works) {
+  add(works, "output/10x17", {10, 17});
+  add(works, "output/20x80", {20, 80});
+}
+
+}  // namespace tevra::bench

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+
+#include "records/records.h"
+
+/** Tables of exact sizes, the same at every run. */
+namespace tevra::bench {
+
+inline constexpr int32_t kServiceId = 101;
+inline constexpr int32_t kPmtPid = 0x100;
+
+/** A programme of `streams` streams, of which every third is audio with a language; `descriptors`
+ * are dealt out to the streams in turn. */
+[[nodiscard]] PMT samplePmt(int streams, int descriptors, int32_t serviceId = kServiceId);
+
+/** Lists one programme, the sample's. */
+[[nodiscard]] PAT samplePat();
+
+/** Describes one service, the sample's. */
+[[nodiscard]] SDT sampleSdt();
+
+/** The size of a schedule. */
+struct ScheduleSize {
+  int services;
+  int tables;  ///< EITs of a service, table ids from 0x50
+  int events;  ///< of an EIT, each with two descriptors of 100 bytes
+};
+
+/** The schedule of a full multiplex. */
+inline constexpr ScheduleSize kFullSchedule = {20, 8, 60};
+
+[[nodiscard]] EITMap sampleSchedule(ScheduleSize size);
+
+/** A broadcast time so many minutes after midnight of some day. */
+[[nodiscard]] TOT sampleTot(int minutes);
+
+/** Asks for one output of the sample service. */
+[[nodiscard]] SrvOutputRequest sampleRequest();
+
+/** What the table store file holds for so many services of 10 streams and 17 descriptors. */
+[[nodiscard]] TableStoreFile sampleStores(int services);
+
+}  // namespace tevra::bench
