@@ -13,6 +13,29 @@ namespace {
 constexpr bool kKeepCA = false;
 constexpr bool kDropCA = true;
 
+bool copyEIT(const EITMap& store, int32_t serviceId, int32_t tableId, EIT& out) {
+  const auto tables = store.find(serviceId);
+  if (tables == store.end()) {
+    return false;
+  }
+  const auto eit = tables->second.find(tableId);
+  if (eit == tables->second.end()) {
+    return false;
+  }
+  out = eit->second;
+  return true;
+}
+
+/** Makes `out` the EITs of `store` that `in`, which is merged into it, mentions. */
+void copyMentioned(const EITMap& store, const EITMap& in, EITMap& out) {
+  out.clear();
+  for (const auto& [serviceId, tables] : in) {
+    for (const auto& [tableId, ignored] : tables) {
+      (void)copyEIT(store, serviceId, tableId, out[serviceId][tableId]);
+    }
+  }
+}
+
 }  // namespace
 
 ConflictFreeDB::ConflictFreeDB(int32_t chainIndex, ConflictFreeDBOwner& owner)
@@ -181,30 +204,49 @@ bool ConflictFreeDB::getOutputPMT(PMT& out, int32_t inputSID) {
   return stored != pmts_.end();
 }
 
+void ConflictFreeDB::restampEITpf(const EITMap& in) {
+  RecursiveMutexLock lock(eitPresentFollowingMutex_);
+  restampAll(eitPresentFollowing_, in, "getConflictFreeEITpf");
+}
+
+void ConflictFreeDB::restampEITsch(const EITMap& in) {
+  RecursiveMutexLock lock(eitScheduleMutex_);
+  restampAll(eitSchedule_, in, "getConflictFreeEITsch");
+}
+
 bool ConflictFreeDB::getConflictFreeEITpf(EITMap& out, const EITMap& in) {
   RecursiveMutexLock lock(eitPresentFollowingMutex_);
-  restampAll(out, in, eitPresentFollowing_, "getConflictFreeEITpf");
+  restampEITpf(in);
+  copyMentioned(eitPresentFollowing_, in, out);
   return true;
 }
 
 bool ConflictFreeDB::getConflictFreeEITsch(EITMap& out, const EITMap& in) {
   RecursiveMutexLock lock(eitScheduleMutex_);
-  restampAll(out, in, eitSchedule_, "getConflictFreeEITsch");
+  restampEITsch(in);
+  copyMentioned(eitSchedule_, in, out);
   return true;
 }
 
-void ConflictFreeDB::restampAll(EITMap& out, const EITMap& in, EITMap& store, const char* caller) {
+bool ConflictFreeDB::getRestampedEITpf(EIT& out, int32_t serviceId, int32_t tableId) {
+  RecursiveMutexLock lock(eitPresentFollowingMutex_);
+  return copyEIT(eitPresentFollowing_, serviceId, tableId, out);
+}
+
+bool ConflictFreeDB::getRestampedEITsch(EIT& out, int32_t serviceId, int32_t tableId) {
+  RecursiveMutexLock lock(eitScheduleMutex_);
+  return copyEIT(eitSchedule_, serviceId, tableId, out);
+}
+
+void ConflictFreeDB::restampAll(EITMap& store, const EITMap& in, const char* caller) {
   const bool valid = owner_.timeOffsetValid();
   log_function(kLogDebug, nullptr, "[%s] Ready to apply offset [%s] [%lld]", caller,
                valid ? "yes" : "no", static_cast<long long>(owner_.timeOffset()));
-  out.clear();
   for (const auto& [serviceId, tables] : in) {
     owner_.resetEITRestartCounter(serviceId);
     for (const auto& [tableId, eit] : tables) {
       const int32_t version = owner_.selectEITVersion(serviceId, tableId);
-      EIT& restamped = out[serviceId][tableId];
-      restampEIT(restamped, eit, version);
-      store[serviceId][tableId] = restamped;
+      restampEIT(store[serviceId][tableId], eit, version);
     }
   }
 }

@@ -69,11 +69,20 @@ class ConflictFreeDB {
 
   /**
    * Restamp `in`: a new version per EIT, event times moved by the owner's offset whether or not
-   * that is valid. `out` is emptied and receives the result, which is stored too. The restart
-   * counter of every service in `in` is reset.
+   * that is valid. The result is stored; what `in` does not mention stays. The restart counter of
+   * every service in `in` is reset.
    */
+  void restampEITpf(const EITMap& in);
+  void restampEITsch(const EITMap& in);
+
+  /** Restamp `in`, empty `out` and copy the result to it. A full schedule takes tens of megabytes:
+   * those who need one EIT at a time restamp, then get. */
   bool getConflictFreeEITpf(EITMap& out, const EITMap& in);
   bool getConflictFreeEITsch(EITMap& out, const EITMap& in);
+
+  /** One restamped EIT. */
+  [[nodiscard]] bool getRestampedEITpf(EIT& out, int32_t serviceId, int32_t tableId);
+  [[nodiscard]] bool getRestampedEITsch(EIT& out, int32_t serviceId, int32_t tableId);
 
   /** Empties everything but the TOT and the PID mapping, which are meant to survive. */
   void clearConflictFreeDB()
@@ -86,7 +95,7 @@ class ConflictFreeDB {
 
  private:
   PMT makeConflictFreePMT(const PMT& in);
-  void restampAll(EITMap& out, const EITMap& in, EITMap& store, const char* caller);
+  void restampAll(EITMap& store, const EITMap& in, const char* caller);
   void restampEIT(EIT& out, const EIT& in, int32_t version);
 
   ConflictFreeDBOwner& owner_;

@@ -11,16 +11,7 @@ using apache::thrift::protocol::TType;
 using apache::thrift::transport::TBufferBase;
 using apache::thrift::transport::TTransport;
 
-constexpr uint32_t kMessageTypeMask = 0xFF;
-
-/** The number of a type, or of a message's, as an enumerator; INVALID_DATA where there is none. */
-template <class Enum>
-Enum checked(int number, Enum last) {
-  if (number < 0 || number > last) {
-    throw TProtocolException(TProtocolException::INVALID_DATA, "unknown type");
-  }
-  return static_cast<Enum>(number);
-}
+constexpr int32_t kMessageTypeMask = 0xFF;
 
 /** The least that a value of `type` takes on the wire. */
 uint64_t smallestSize(TType type) {
@@ -45,6 +36,13 @@ uint64_t smallestSize(TType type) {
 
 }  // namespace
 
+TMessageType ControlProtocol::messageType(int32_t number) {
+  if (number < 0 || number > apache::thrift::protocol::T_ONEWAY) {
+    refuseType();
+  }
+  return static_cast<TMessageType>(number);
+}
+
 ControlProtocol::ControlProtocol(std::shared_ptr<TBufferBase> transport)
     : TBinaryProtocolT(std::move(transport)) {}
 
@@ -58,8 +56,7 @@ uint32_t ControlProtocol::readMessageBegin(std::string& name, TMessageType& type
         static_cast<uint32_t>(VERSION_1)) {
       throw TProtocolException(TProtocolException::BAD_VERSION, "Bad version identifier");
     }
-    const uint32_t number = static_cast<uint32_t>(header) & kMessageTypeMask;
-    type = checked(static_cast<int>(number), apache::thrift::protocol::T_ONEWAY);
+    type = messageType(header & kMessageTypeMask);
     consumed += readString(name);
   } else {
     // Clients that do not write strictly begin with the name's length and have the type after the
@@ -68,7 +65,7 @@ uint32_t ControlProtocol::readMessageBegin(std::string& name, TMessageType& type
     consumed += readStringBody(name, header);
     int8_t typeByte = 0;
     consumed += readByte(typeByte);
-    type = checked(typeByte, apache::thrift::protocol::T_ONEWAY);
+    type = messageType(typeByte);
   }
   return consumed + readI32(sequenceId);
 }
@@ -82,12 +79,6 @@ uint32_t ControlProtocol::readString(std::string& text) {
 
 uint32_t ControlProtocol::readBinary(std::string& bytes) {
   return readString(bytes);
-}
-
-uint32_t ControlProtocol::readFieldBegin(std::string& /*name*/, TType& type, int16_t& id) {
-  const uint32_t consumed = readType(type);
-  id = 0;
-  return type == apache::thrift::protocol::T_STOP ? consumed : consumed + readI16(id);
 }
 
 uint32_t ControlProtocol::readMapBegin(TType& keyType, TType& valueType, uint32_t& size) {
@@ -109,11 +100,8 @@ uint32_t ControlProtocol::skip(Type type) {
   return apache::thrift::protocol::skip(*this, type);
 }
 
-uint32_t ControlProtocol::readType(TType& type) {
-  int8_t number = 0;
-  const uint32_t consumed = readByte(number);
-  type = checked(number, apache::thrift::protocol::T_UTF16);
-  return consumed;
+void ControlProtocol::refuseType() {
+  throw TProtocolException(TProtocolException::INVALID_DATA, "unknown type");
 }
 
 /**

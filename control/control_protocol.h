@@ -36,7 +36,12 @@ class ControlProtocol
   uint32_t readMessageBegin(std::string& name, MessageType& type, int32_t& sequenceId);
   uint32_t readString(std::string& text);
   uint32_t readBinary(std::string& bytes);
-  uint32_t readFieldBegin(std::string& name, Type& type, int16_t& id);
+  uint32_t readFieldBegin(std::string& /*name*/, Type& type, int16_t& id) {
+    // Here, to be inlined: a schedule has more fields than anything else.
+    const uint32_t consumed = readType(type);
+    id = 0;
+    return type == apache::thrift::protocol::T_STOP ? consumed : consumed + readI16(id);
+  }
   uint32_t readMapBegin(Type& keyType, Type& valueType, uint32_t& size);
   uint32_t readListBegin(Type& elementType, uint32_t& size);
   uint32_t readSetBegin(Type& elementType, uint32_t& size);
@@ -64,7 +69,17 @@ class ControlProtocol
   uint32_t skip_virt(Type type) override { return skip(type); }
 
  private:
-  uint32_t readType(Type& type);
+  uint32_t readType(Type& type) {
+    int8_t number = 0;
+    const uint32_t consumed = readByte(number);
+    if (number < 0 || number > apache::thrift::protocol::T_UTF16) {
+      refuseType();
+    }
+    type = static_cast<Type>(number);
+    return consumed;
+  }
+  static MessageType messageType(int32_t number);
+  [[noreturn]] static void refuseType();
   uint32_t readSize(uint32_t& size, uint64_t smallestElement);
   [[nodiscard]] uint32_t bytesLeft();
   void checkFits(uint64_t size);

@@ -203,21 +203,25 @@ void SIControlSrvHandler::setEITSchedule(const EITMap& eits) {
 }
 
 void SIControlSrvHandler::restampPresentFollowing(const EITMap& eits) {
-  EITMap restamped;
-  conflictFreeDatabase()->getConflictFreeEITpf(restamped, eits);
-  for (const auto& [serviceId, tables] : restamped) {
-    for (const auto& [tableId, eit] : tables) {
-      (void)notifyEITPresentFollowing(notifyPort_, eit);
+  conflictFreeDatabase()->restampEITpf(eits);
+  EIT restamped;
+  for (const auto& [serviceId, tables] : eits) {
+    for (const auto& [tableId, received] : tables) {
+      if (conflictFreeDatabase()->getRestampedEITpf(restamped, serviceId, tableId)) {
+        (void)notifyEITPresentFollowing(notifyPort_, restamped);
+      }
     }
   }
 }
 
 void SIControlSrvHandler::restampSchedule(const EITMap& eits) {
-  EITMap restamped;
-  conflictFreeDatabase()->getConflictFreeEITsch(restamped, eits);
-  for (const auto& [serviceId, tables] : restamped) {
-    for (const auto& [tableId, eit] : tables) {
-      (void)notifyEITSchedule(notifyPort_, eit);
+  conflictFreeDatabase()->restampEITsch(eits);
+  EIT restamped;  // one after the other in the same memory: all together may take megabytes
+  for (const auto& [serviceId, tables] : eits) {
+    for (const auto& [tableId, received] : tables) {
+      if (conflictFreeDatabase()->getRestampedEITsch(restamped, serviceId, tableId)) {
+        (void)notifyEITSchedule(notifyPort_, restamped);
+      }
     }
   }
 }
