@@ -104,7 +104,6 @@ void BareSynthesis::makePmt() {
 }
 
 void BareSynthesis::run() {
-  packets_.clear();
   makePat();
   makeSdt();
   makePmt();

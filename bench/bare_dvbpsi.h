@@ -19,10 +19,11 @@ class BareSynthesis {
   /** Puts the tables together from the same records as the daemon. */
   BareSynthesis(PMT pmt, SDT sdt) : pmt_(std::move(pmt)), sdt_(std::move(sdt)) {}
 
-  /** Replaces the packets of the run before. */
+  /** Appends the packets. */
   void run();
 
   [[nodiscard]] const std::vector<std::string>& packets() const { return packets_; }
+  void forget() { packets_ = {}; }
 
  private:
   void makePat();

@@ -40,6 +40,7 @@ class BuildOutput : public Work {
   }
 
   void prepare() override {
+    answer_ = {};
     if (stored_ == Stored::kNothing) {
       stores_.forget();
     }
@@ -68,6 +69,7 @@ class Bare : public Work {
     run();
   }
 
+  void prepare() override { synthesis_.forget(); }
   void run() override { synthesis_.run(); }
 
  private:

@@ -15,6 +15,19 @@ Pointer allocated(Pointer table) {
   return table;
 }
 
+std::vector<Descriptor> narrowed(const std::vector<Descriptor>& descriptors) {
+  std::vector<Descriptor> result;
+  result.reserve(descriptors.size());
+  for (const Descriptor& descriptor : descriptors) {
+    if (fitsSection(descriptor)) {
+      Descriptor& copy = result.emplace_back();
+      copy.tag = static_cast<uint8_t>(descriptor.tag);
+      copy.data = descriptor.data;
+    }
+  }
+  return result;
+}
+
 }  // namespace
 
 PAT d2tPAT(const dvbpsi_pat_t* table) {
@@ -104,6 +117,23 @@ PmtPtr t2dPMT(const PMT& record) {
     toDvbpsi(es.descriptors, stream.p_first_descriptor);
   }
   return table;
+}
+
+PMT narrowPMT(const PMT& record) {
+  PMT narrow;
+  narrow.programNumber = static_cast<uint16_t>(record.programNumber);
+  narrow.version = static_cast<uint8_t>(record.version);
+  narrow.currentNext = record.currentNext;
+  narrow.pcrPid = static_cast<uint16_t>(record.pcrPid);
+  narrow.descriptors = narrowed(record.descriptors);
+  narrow.esList.reserve(record.esList.size());
+  for (const PMTES& es : record.esList) {
+    PMTES& stream = narrow.esList.emplace_back();
+    stream.streamType = static_cast<uint8_t>(es.streamType);
+    stream.pid = static_cast<uint16_t>(es.pid);
+    stream.descriptors = narrowed(es.descriptors);
+  }
+  return narrow;
 }
 
 SdtPtr t2dSDT(const SDT& record) {

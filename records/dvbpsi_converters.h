@@ -22,4 +22,7 @@ namespace tevra::thrift::dvb_tables {
 [[nodiscard]] PmtPtr t2dPMT(const PMT& record);
 [[nodiscard]] SdtPtr t2dSDT(const SDT& record);
 
+/** What t2dPMT and d2tPMT together make of a PMT, without the way through libdvbpsi. */
+[[nodiscard]] PMT narrowPMT(const PMT& record);
+
 }  // namespace tevra::thrift::dvb_tables

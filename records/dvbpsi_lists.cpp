@@ -63,16 +63,28 @@ dvbpsi_sdt_service_t& ServiceAppender::add(const SDTService& source) {
   return *service;
 }
 
+bool fitsSection(const Descriptor& descriptor) {
+  if (descriptor.data.size() <= kMaxDescriptorPayload) {
+    return true;
+  }
+  log_function(kLogWarning, nullptr, "Descriptor [0x%02x] of [%d] bytes left out",
+               static_cast<unsigned>(descriptor.tag), static_cast<int>(descriptor.data.size()));
+  return false;
+}
+
+DescriptorPtr toDvbpsi(const Descriptor& descriptor) {
+  return DescriptorPtr(allocated(dvbpsi_NewDescriptor(
+      static_cast<uint8_t>(descriptor.tag), static_cast<uint8_t>(descriptor.data.size()),
+      mutableBytes(bytesOf(descriptor.data)))));
+}
+
 void toDvbpsi(const std::vector<Descriptor>& descriptors, dvbpsi_descriptor_t*& first) {
   DescriptorAppender appender(first);
   for (const Descriptor& descriptor : descriptors) {
-    if (descriptor.data.size() > kMaxDescriptorPayload) {
-      log_function(kLogWarning, nullptr, "Descriptor [0x%02x] of [%d] bytes left out",
-                   static_cast<unsigned>(descriptor.tag), static_cast<int>(descriptor.data.size()));
-      continue;
+    if (fitsSection(descriptor)) {
+      appender.add(static_cast<uint8_t>(descriptor.tag), bytesOf(descriptor.data),
+                   static_cast<uint8_t>(descriptor.data.size()));
     }
-    appender.add(static_cast<uint8_t>(descriptor.tag), bytesOf(descriptor.data),
-                 static_cast<uint8_t>(descriptor.data.size()));
   }
 }
 

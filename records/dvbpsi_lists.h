@@ -74,6 +74,12 @@ inline const uint8_t* bytesOf(const std::string& text) {
   return reinterpret_cast<const uint8_t*>(text.data());
 }
 
+/** Whether a section can hold the descriptor; a level-4 line when its payload exceeds 255 bytes. */
+[[nodiscard]] bool fitsSection(const Descriptor& descriptor);
+
+/** The libdvbpsi descriptor, for its decoders. The payload must fit. Raises std::bad_alloc. */
+[[nodiscard]] DescriptorPtr toDvbpsi(const Descriptor& descriptor);
+
 /**
  * Fills the empty loop at `first`, in order. A descriptor whose payload exceeds 255 bytes is left
  * out with a level-4 line.

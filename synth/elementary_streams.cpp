@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <new>
 #include <string>
+#include <utility>
 
 #include "cfdb/ca_descriptors.h"
 #include "platform/dvb_utils.h"
@@ -38,25 +38,22 @@ constexpr std::array<PrivateAudio, 4> kPrivateAudio = {{
  * this. */
 constexpr size_t kMaxLanguageCode = 4;
 
-bool hasDescriptor(const dvbpsi_pmt_es_t& es, uint8_t tag) {
-  for (const auto* node = es.p_first_descriptor; node != nullptr; node = node->p_next) {
-    if (node->i_tag == tag) {
-      return true;
-    }
-  }
-  return false;
+bool hasDescriptor(const PMTES& es, uint8_t tag) {
+  return std::any_of(es.descriptors.begin(), es.descriptors.end(),
+                     [&](const Descriptor& descriptor) { return descriptor.tag == tag; });
 }
 
-bool isAudioStream(const dvbpsi_pmt_es_t& es) {
-  bool isAudio = es.i_type == kMpeg1Audio || es.i_type == kMpeg2Audio;
-  if (es.i_type == kPrivatePes) {
+bool isAudioStream(const PMTES& es) {
+  bool isAudio = es.streamType == kMpeg1Audio || es.streamType == kMpeg2Audio;
+  if (es.streamType == kPrivatePes) {
     detectPrivateAudio(es, isAudio);
   }
   return isAudio;
 }
 
-std::string languageOf(dvbpsi_descriptor_t& descriptor) {
-  const dvbpsi_iso639_dr_t* decoded = dvbpsi_DecodeISO639Dr(&descriptor);
+std::string languageOf(const Descriptor& descriptor) {
+  const DescriptorPtr source = toDvbpsi(descriptor);
+  const dvbpsi_iso639_dr_t* decoded = dvbpsi_DecodeISO639Dr(source.get());
   if (decoded == nullptr) {
     log_function(kLogDebug, nullptr, "Can't decode language code");
     return kNoLanguage;
@@ -66,18 +63,19 @@ std::string languageOf(dvbpsi_descriptor_t& descriptor) {
   std::string english;
   std::string other;
   if (getEnglishAudioCode(language, english, other)) {
-    language = english.substr(0, kMaxLanguageCode);
+    language.assign(english, 0, kMaxLanguageCode);
   } else {
     log_function(kLogError, nullptr, "Can't get the English audio code");
   }
-  return language.substr(0, language.find('\0'));
+  language.resize(std::min(language.find('\0'), language.size()));
+  return language;
 }
 
-std::string streamLanguage(const dvbpsi_pmt_es_t& es) {
+std::string streamLanguage(const PMTES& es) {
   std::string language = kNoLanguage;
-  for (auto* node = es.p_first_descriptor; node != nullptr; node = node->p_next) {
-    if (node->i_tag == kIso639LanguageTag) {
-      language = languageOf(*node);
+  for (const Descriptor& descriptor : es.descriptors) {
+    if (descriptor.tag == kIso639LanguageTag) {
+      language = languageOf(descriptor);
     }
   }
   return language;
@@ -92,30 +90,21 @@ int32_t pmtPidOf(const PMT& pmt, const PAT& pat) {
   return kDefaultPmtPid;
 }
 
-/** Copies a descriptor loop to `target` and collects its ECM PIDs. */
-void copyDescriptors(dvbpsi_descriptor_t* source, dvbpsi_descriptor_t*& target, PidList& pidList) {
-  DescriptorAppender appender(target);
-  for (auto* node = source; node != nullptr; node = node->p_next) {
-    const dvbpsi_ca_dr_t* ca = node->i_tag == kCaDescriptorTag ? dvbpsi_DecodeCADr(node) : nullptr;
-    if (ca != nullptr) {
+void collectEcmPids(PidList& pidList, const std::vector<Descriptor>& descriptors) {
+  for (const Descriptor& descriptor : descriptors) {
+    if (descriptor.tag != kCaDescriptorTag) {
+      continue;
+    }
+    const DescriptorPtr source = toDvbpsi(descriptor);
+    if (const dvbpsi_ca_dr_t* ca = dvbpsi_DecodeCADr(source.get())) {
       addPidItem(pidList, ca->i_ca_pid, PidAttribute::Ecm);
     }
-    appender.add(node->i_tag, node->p_data, node->i_length);
   }
-}
-
-PmtPtr emptyCopy(const dvbpsi_pmt_t& source) {
-  PmtPtr copy(dvbpsi_pmt_new(source.i_program_number, source.i_version, source.b_current_next,
-                             source.i_pcr_pid));
-  if (copy == nullptr) {
-    throw std::bad_alloc();
-  }
-  return copy;
 }
 
 }  // namespace
 
-void detectPrivateAudio(const dvbpsi_pmt_es_t& es, bool& isAudio) {
+void detectPrivateAudio(const PMTES& es, bool& isAudio) {
   for (const PrivateAudio& audio : kPrivateAudio) {
     if (hasDescriptor(es, audio.tag)) {
       isAudio = true;
@@ -125,7 +114,7 @@ void detectPrivateAudio(const dvbpsi_pmt_es_t& es, bool& isAudio) {
   }
 }
 
-bool keepElementaryStream(dvbpsi_pmt_es_t& es, const std::vector<AudioLanguage>& wantedLanguages) {
+bool keepElementaryStream(const PMTES& es, const std::vector<AudioLanguage>& wantedLanguages) {
   const bool isAudio = isAudioStream(es);
   const std::string language = streamLanguage(es);
   return !isAudio ||
@@ -135,23 +124,25 @@ bool keepElementaryStream(dvbpsi_pmt_es_t& es, const std::vector<AudioLanguage>&
 
 bool filterPmt(PMT& outPmt, PidList& pidList, const PAT& pat, const PMT& inPmt, bool filterAudio,
                const std::vector<AudioLanguage>& wantedLanguages) {
-  const PmtPtr source = thrift::dvb_tables::t2dPMT(inPmt);
+  PMT pmt = thrift::dvb_tables::narrowPMT(inPmt);
   addPidItem(pidList, pmtPidOf(inPmt, pat), PidAttribute::Pmt);
-  addPidItem(pidList, source->i_pcr_pid, PidAttribute::Pcr);
-
-  const PmtPtr filtered = emptyCopy(*source);
-  copyDescriptors(source->p_first_descriptor, filtered->p_first_descriptor, pidList);
-  StreamAppender streams(*filtered);
-  for (auto* es = source->p_first_es; es != nullptr; es = es->p_next) {
-    const bool wanted = keepElementaryStream(*es, wantedLanguages);
+  addPidItem(pidList, pmt.pcrPid, PidAttribute::Pcr);
+  collectEcmPids(pidList, pmt.descriptors);
+  auto kept = pmt.esList.begin();
+  for (PMTES& es : pmt.esList) {
+    const bool wanted = keepElementaryStream(es, wantedLanguages);
     if (!wanted && filterAudio) {
       continue;
     }
-    addPidItem(pidList, es->i_pid, PidAttribute::Es);
-    dvbpsi_pmt_es_t& kept = streams.add(es->i_type, es->i_pid);
-    copyDescriptors(es->p_first_descriptor, kept.p_first_descriptor, pidList);
+    addPidItem(pidList, es.pid, PidAttribute::Es);
+    collectEcmPids(pidList, es.descriptors);
+    if (&*kept != &es) {
+      *kept = std::move(es);
+    }
+    ++kept;
   }
-  outPmt = thrift::dvb_tables::d2tPMT(filtered.get());
+  pmt.esList.erase(kept, pmt.esList.end());
+  outPmt = std::move(pmt);
   return true;
 }
 

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "records/dvbpsi.h"
 #include "records/records.h"
 #include "synth/pid_items.h"
 
@@ -20,14 +19,14 @@ inline constexpr const char* kNoLanguage = "ndl";
  * descriptor, and logs which one at level 7, in that order of priority; otherwise leaves it as it
  * is.
  */
-void detectPrivateAudio(const dvbpsi_pmt_es_t& es, bool& isAudio);
+void detectPrivateAudio(const PMTES& es, bool& isAudio);
 
 /**
  * Whether the stream passes the language filter: true for anything but audio; for audio, whether
  * the language of its last ISO 639 descriptor (EN 300 468, 6.2.19; first entry, in its English
- * form) is wanted. Decodes descriptors in place.
+ * form) is wanted. The stream's descriptors must fit sections.
  */
-[[nodiscard]] bool keepElementaryStream(dvbpsi_pmt_es_t& es,
+[[nodiscard]] bool keepElementaryStream(const PMTES& es,
                                         const std::vector<AudioLanguage>& wantedLanguages);
 
 /**

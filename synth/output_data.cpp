@@ -26,8 +26,25 @@ void filterInto(ServiceWorkRecord& local, const ServiceWorkRecord& work,
     const std::vector<AudioLanguage> languages = lastNode.audioLanguages;
     filterPmt(local.pmt, local.pidItems, local.pat, work.pmt, lastNode.audioFilter != 0, languages);
   } catch (const std::out_of_range& exception) {
+    local.pmt = work.pmt;
     std::cerr << "Out of Range error: " << exception.what() << '\n';
   }
+}
+
+/** A copy for one output, but for the PMT, which the filter makes anew. */
+ServiceWorkRecord copyForFilter(const ServiceWorkRecord& work) {
+  ServiceWorkRecord copy;
+  copy.inputSID = work.inputSID;
+  copy.pat = work.pat;
+  copy.sdt = work.sdt;
+  copy.pidItems = work.pidItems;
+  copy.outputTables = work.outputTables;
+  copy.outputSID = work.outputSID;
+  copy.serviceName = work.serviceName;
+  copy.transportStreamId = work.transportStreamId;
+  copy.outputParam = work.outputParam;
+  copy.originalNetworkId = work.originalNetworkId;
+  return copy;
 }
 
 void takeOutputIdentity(ServiceWorkRecord& local, const OutputServiceDescription& spts) {
@@ -114,7 +131,7 @@ void OutputData::serveFallback(OutputConfigurations& answer, const SrvOutputRequ
 SPTSConfiguration OutputData::buildOutput(const ServiceWorkRecord& workingStore,
                                           const OutputServiceDescription& spts,
                                           const LastNodeSettings& lastNode, BuildOptions options) {
-  ServiceWorkRecord local = workingStore;
+  ServiceWorkRecord local = copyForFilter(workingStore);
   filterInto(local, workingStore, lastNode);
   log_function(kLogDebug, nullptr, "Next node [%d]", spts.nextNode);
   if (!options.fromLastNode && spts.nextNode == kNextNodeWithCat) {

@@ -21,8 +21,18 @@ size_t sectionSize(const dvbpsi_psi_section_t& section) {
 }
 
 void appendPacket(std::vector<std::string>& packets, PacketTemplate& packet) {
-  packets.emplace_back(packet.begin(), packet.end());
+  packets.emplace_back(reinterpret_cast<const char*>(packet.data()), packet.size());
   packet[3] = (packet[3] + 1) & kCounterMask;
+}
+
+/** The first packet of a section has a pointer_field, and 1 byte less for it. */
+size_t packetCount(const dvbpsi_psi_section_t* sections) {
+  constexpr size_t kRoom = kTsPacketSize - kHeaderSize;
+  size_t count = 0;
+  for (const auto* section = sections; section != nullptr; section = section->p_next) {
+    count += (1 + sectionSize(*section) + kRoom - 1) / kRoom;
+  }
+  return count;
 }
 
 void packetizeSection(std::vector<std::string>& packets, PacketTemplate& packet,
@@ -61,6 +71,7 @@ int packetizeSections(std::vector<std::string>& packets, PacketTemplate packetTe
                       const dvbpsi_psi_section_t* sections) {
   packetTemplate[0] = kSyncByte;
   packets.clear();
+  packets.reserve(packetCount(sections));
   for (const auto* section = sections; section != nullptr; section = section->p_next) {
     packetizeSection(packets, packetTemplate, *section);
   }

@@ -13,6 +13,9 @@ namespace {
 /** Up to here looking at each is faster than an index; the outputs of real services stay below. */
 constexpr size_t kFewItems = 64;
 
+/** Room for a usual service from the start. */
+constexpr size_t kUsualItems = 16;
+
 }  // namespace
 
 PIDItem* PidList::find(int32_t inputPid) {
@@ -26,6 +29,9 @@ PIDItem* PidList::find(int32_t inputPid) {
 }
 
 PIDItem& PidList::append(int32_t pid) {
+  if (items_.empty()) {
+    items_.reserve(kUsualItems);
+  }
   PIDItem& item = items_.emplace_back();
   item.inputPid = pid;
   item.outputPid = pid;

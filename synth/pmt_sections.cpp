@@ -24,12 +24,25 @@ size_t sizeOf(const Descriptor& descriptor) {
   return payload <= kMaxDescriptorPayload ? kDescriptorHeader + payload : 0;
 }
 
-size_t sizeOf(const PMTES& stream) {
-  size_t size = kStreamHeader;
-  for (const Descriptor& descriptor : stream.descriptors) {
+size_t sizeOf(const std::vector<Descriptor>& descriptors) {
+  size_t size = 0;
+  for (const Descriptor& descriptor : descriptors) {
     size += sizeOf(descriptor);
   }
   return size;
+}
+
+size_t sizeOf(const PMTES& stream) {
+  return kStreamHeader + sizeOf(stream.descriptors);
+}
+
+/** As nearly all do. */
+bool fitsOneSection(const PMT& pmt) {
+  size_t size = sizeOf(pmt.descriptors);
+  for (const PMTES& stream : pmt.esList) {
+    size += sizeOf(stream);
+  }
+  return size <= kMaxBody;
 }
 
 /** `stream` without the descriptors, from the first that does not fit, that no section can carry.
@@ -126,6 +139,9 @@ SectionsPtr generateSection(dvbpsi_t& handle, const PMT& pmt) {
 }  // namespace
 
 SectionsPtr generatePmtSections(dvbpsi_t& handle, const PMT& pmt) {
+  if (fitsOneSection(pmt)) {
+    return generateSection(handle, pmt);
+  }
   std::vector<PMT> tables = Splitter(pmt).split();
   if (tables.size() == 1) {
     return generateSection(handle, tables.front());

@@ -18,7 +18,6 @@
 namespace tevra {
 namespace {
 
-using thrift::dvb_tables::d2tSDT;
 using thrift::dvb_tables::t2dPAT;
 using thrift::dvb_tables::t2dSDT;
 
@@ -76,21 +75,36 @@ Descriptor serviceDescriptor(const ServiceWorkRecord& work) {
   if (generated == nullptr) {
     throw std::bad_alloc();
   }
-  return descriptorsFromDvbpsi(generated.get()).front();
+  Descriptor descriptor;
+  descriptor.tag = generated->i_tag;
+  descriptor.data.assign(reinterpret_cast<const char*>(generated->p_data), generated->i_length);
+  return descriptor;
 }
 
-SdtPtr candidateSdt(const ServiceWorkRecord& work, int32_t version) {
+/** The output service's SDT, its values as wide as in a section. */
+SDT candidateSdt(const ServiceWorkRecord& work, int32_t version) {
   SDT sdt;
   sdt.tableId = kSdtActualTableId;
-  sdt.transportStreamId = work.transportStreamId;
-  sdt.version = version;
+  sdt.transportStreamId = static_cast<uint16_t>(work.transportStreamId);
+  sdt.version = static_cast<uint8_t>(version);
   sdt.currentNext = work.sdt.currentNext;
-  sdt.originalNetworkId = work.originalNetworkId;
+  sdt.originalNetworkId = static_cast<uint16_t>(work.originalNetworkId);
   SDTService& service = sdt.services.emplace_back();
-  service.serviceId = work.outputSID;
+  service.serviceId = static_cast<uint16_t>(work.outputSID);
   service.runningStatus = kRunning;
   service.descriptors.push_back(serviceDescriptor(work));
-  return t2dSDT(sdt);
+  return sdt;
+}
+
+/** The first service descriptor that a section can hold; null when there is none. */
+const Descriptor* firstServiceDescriptor(const SDTService& service) {
+  const auto found = std::find_if(service.descriptors.begin(), service.descriptors.end(),
+                                  [](const Descriptor& descriptor) {
+                                    return static_cast<uint8_t>(descriptor.tag) ==
+                                               kServiceDescriptorTag &&
+                                           fitsSection(descriptor);
+                                  });
+  return found == service.descriptors.end() ? nullptr : &*found;
 }
 
 }  // namespace
@@ -111,18 +125,15 @@ int16_t findProgramPid(int32_t programNumber, const PAT& pat) {
 }
 
 uint8_t findServiceType(int32_t serviceId, const SDT& sdt) {
-  const SdtPtr table = t2dSDT(sdt);
-  for (auto* service = table->p_first_service; service != nullptr; service = service->p_next) {
-    if (service->i_service_id != serviceId) {
+  for (const SDTService& service : sdt.services) {
+    const Descriptor* descriptor = static_cast<uint16_t>(service.serviceId) == serviceId
+                                       ? firstServiceDescriptor(service)
+                                       : nullptr;
+    if (descriptor == nullptr) {
       continue;
     }
-    auto* descriptor = service->p_first_descriptor;
-    while (descriptor != nullptr && descriptor->i_tag != kServiceDescriptorTag) {
-      descriptor = descriptor->p_next;
-    }
-    const dvbpsi_service_dr_t* decoded =
-        descriptor == nullptr ? nullptr : dvbpsi_DecodeServiceDr(descriptor);
-    if (decoded != nullptr) {
+    const DescriptorPtr source = toDvbpsi(*descriptor);
+    if (const dvbpsi_service_dr_t* decoded = dvbpsi_DecodeServiceDr(source.get())) {
       return decoded->i_service_type;
     }
   }
@@ -142,7 +153,7 @@ int synthPAT(ServiceWorkRecord& workingStore, PAT& storedPat) {
     storedPat.version = nextVersion(storedPat.version);
     storedPat.currentNext = pat.currentNext;
     storedPat.programs = pat.programs;
-    pat = storedPat;
+    pat.version = storedPat.version;
   }
   const PatPtr table = t2dPAT(pat);
   const SectionsPtr sections(
@@ -158,14 +169,13 @@ int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt) {
   if (handle == nullptr) {
     return 1;
   }
-  SdtPtr table = candidateSdt(workingStore, storedSdt.version);
-  SDT sdt = d2tSDT(table.get());
+  SDT sdt = candidateSdt(workingStore, storedSdt.version);
   if (sdtChanged(sdt, storedSdt)) {
     log_function(kLogDebug, nullptr, "Saves a new SDT in myTableStores struct");
     sdt.version = nextVersion(storedSdt.version);
     storedSdt = sdt;
-    table = t2dSDT(sdt);
   }
+  const SdtPtr table = t2dSDT(sdt);
   const SectionsPtr sections(dvbpsi_sdt_sections_generate(handle.get(), table.get()));
   packetizeSections(workingStore.outputTables.sdtPackets, makePacketTemplate(kSdtPid),
                     sections.get());

@@ -109,9 +109,19 @@ std::string encodeInFirstFitting(const std::wstring& text) {
   return encodeAsUtf8(text);
 }
 
+/** The same bytes in UTF-8 and in DVB's default table. */
+bool isPrintableAscii(const std::string& text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char character) { return character >= ' ' && character <= '~'; });
+}
+
 }  // namespace
 
 bool dvbTextFromUTF8(const std::string& utf8, std::string& dvb) {
+  if (isPrintableAscii(utf8)) {
+    dvb = utf8;
+    return true;
+  }
   const auto characters = host::CharacterDecoder("UTF-8").decode(utf8);
   if (!characters) {
     return false;

@@ -6,9 +6,18 @@
 namespace tevra {
 namespace {
 
+using Letters = std::array<char, 3>;
+
+constexpr Letters letters(const char* code) {
+  return {code[0], code[1], code[2]};
+}
+
 struct LanguageCode {
-  const char* terminological;
-  const char* bibliographic;
+  constexpr LanguageCode(const char* terminologicalCode, const char* bibliographicCode)
+      : terminological(letters(terminologicalCode)), bibliographic(letters(bibliographicCode)) {}
+
+  Letters terminological;
+  Letters bibliographic;
 };
 
 /** The languages to which ISO 639-2 gives two codes. */
@@ -34,15 +43,17 @@ bool getEnglishAudioCode(const std::string& code, std::string& englishCode, std:
   if (code.size() != 3 || !std::all_of(code.begin(), code.end(), isLetter)) {
     return false;
   }
-  std::string lower = code;
+  Letters lower = letters(code.c_str());
   std::transform(lower.begin(), lower.end(), lower.begin(), lowerCase);
   const auto* const entry =
       std::find_if(kTwofoldCodes.begin(), kTwofoldCodes.end(), [&](const auto& language) {
         return lower == language.terminological || lower == language.bibliographic;
       });
   const bool twofold = entry != kTwofoldCodes.end();
-  englishCode = twofold ? entry->bibliographic : lower;
-  other = twofold ? entry->terminological : lower;
+  const Letters& english = twofold ? entry->bibliographic : lower;
+  const Letters& terminological = twofold ? entry->terminological : lower;
+  englishCode.assign(english.data(), english.size());
+  other.assign(terminological.data(), terminological.size());
   return true;
 }
 

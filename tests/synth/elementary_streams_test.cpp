@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "records/dvbpsi_converters.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/synth/builders.h"
 
@@ -21,10 +20,8 @@ constexpr int32_t kDts = 0x73;
 
 class ElementaryStreams : public fake::PlatformTest {
  protected:
-  /** The stream as libdvbpsi holds it, until the next call. */
-  dvbpsi_pmt_es_t& stream(int32_t type, std::vector<Descriptor> descriptors) {
-    pmt_ = thrift::dvb_tables::t2dPMT(makePmt(1, 0x66, {makeStream(type, 0x67, descriptors)}));
-    return *pmt_->p_first_es;
+  static PMTES stream(int32_t type, std::vector<Descriptor> descriptors) {
+    return makeStream(type, 0x67, std::move(descriptors));
   }
 
   bool detected(std::vector<Descriptor> descriptors) {
@@ -42,8 +39,6 @@ class ElementaryStreams : public fake::PlatformTest {
   bool audioIs(std::initializer_list<std::string> codes, const std::string& language) {
     return kept(4, {makeLanguageDescriptor(codes)}, {language});
   }
-
-  PmtPtr pmt_;
 };
 
 Descriptor codec(int32_t tag) {
