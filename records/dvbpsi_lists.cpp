@@ -1,5 +1,6 @@
 #include "records/dvbpsi_lists.h"
 
+#include <cstdlib>
 #include <new>
 
 #include "platform/module_utils.h"
@@ -25,7 +26,7 @@ void advance(Node*& first, Node*& tail, Node* node) {
   tail = node;
 }
 
-// libdvbpsi takes payloads without const but only copies them.
+// libdvbpsi takes payloads without const but only reads them.
 uint8_t* mutableBytes(const uint8_t* bytes) {
   return const_cast<uint8_t*>(bytes);
 }
@@ -72,10 +73,14 @@ bool fitsSection(const Descriptor& descriptor) {
   return false;
 }
 
-DescriptorPtr toDvbpsi(const Descriptor& descriptor) {
-  return DescriptorPtr(allocated(dvbpsi_NewDescriptor(
-      static_cast<uint8_t>(descriptor.tag), static_cast<uint8_t>(descriptor.data.size()),
-      mutableBytes(bytesOf(descriptor.data)))));
+DecodableDescriptor::DecodableDescriptor(const Descriptor& record) {
+  descriptor_.i_tag = static_cast<uint8_t>(record.tag);
+  descriptor_.i_length = static_cast<uint8_t>(record.data.size());
+  descriptor_.p_data = mutableBytes(bytesOf(record.data));
+}
+
+DecodableDescriptor::~DecodableDescriptor() {
+  std::free(descriptor_.p_decoded);  // as dvbpsi_DeleteDescriptors does
 }
 
 void toDvbpsi(const std::vector<Descriptor>& descriptors, dvbpsi_descriptor_t*& first) {

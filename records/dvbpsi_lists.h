@@ -77,8 +77,22 @@ inline const uint8_t* bytesOf(const std::string& text) {
 /** Whether a section can hold the descriptor; a level-4 line when its payload exceeds 255 bytes. */
 [[nodiscard]] bool fitsSection(const Descriptor& descriptor);
 
-/** The libdvbpsi descriptor, for its decoders. The payload must fit. Raises std::bad_alloc. */
-[[nodiscard]] DescriptorPtr toDvbpsi(const Descriptor& descriptor);
+/**
+ * A record's descriptor for libdvbpsi's decoders, which only read the payload: it is not copied.
+ * Owns what they decode. The record must fit a section and outlive this.
+ */
+class DecodableDescriptor {
+ public:
+  explicit DecodableDescriptor(const Descriptor& record);
+  ~DecodableDescriptor();
+  DecodableDescriptor(const DecodableDescriptor&) = delete;
+  DecodableDescriptor& operator=(const DecodableDescriptor&) = delete;
+
+  [[nodiscard]] dvbpsi_descriptor_t* get() { return &descriptor_; }
+
+ private:
+  dvbpsi_descriptor_t descriptor_{};
+};
 
 /**
  * Fills the empty loop at `first`, in order. A descriptor whose payload exceeds 255 bytes is left

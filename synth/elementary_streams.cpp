@@ -52,7 +52,7 @@ bool isAudioStream(const PMTES& es) {
 }
 
 std::string languageOf(const Descriptor& descriptor) {
-  const DescriptorPtr source = toDvbpsi(descriptor);
+  DecodableDescriptor source(descriptor);
   const dvbpsi_iso639_dr_t* decoded = dvbpsi_DecodeISO639Dr(source.get());
   if (decoded == nullptr) {
     log_function(kLogDebug, nullptr, "Can't decode language code");
@@ -95,7 +95,7 @@ void collectEcmPids(PidList& pidList, const std::vector<Descriptor>& descriptors
     if (descriptor.tag != kCaDescriptorTag) {
       continue;
     }
-    const DescriptorPtr source = toDvbpsi(descriptor);
+    DecodableDescriptor source(descriptor);
     if (const dvbpsi_ca_dr_t* ca = dvbpsi_DecodeCADr(source.get())) {
       addPidItem(pidList, ca->i_ca_pid, PidAttribute::Ecm);
     }

@@ -132,7 +132,7 @@ uint8_t findServiceType(int32_t serviceId, const SDT& sdt) {
     if (descriptor == nullptr) {
       continue;
     }
-    const DescriptorPtr source = toDvbpsi(*descriptor);
+    DecodableDescriptor source(*descriptor);
     if (const dvbpsi_service_dr_t* decoded = dvbpsi_DecodeServiceDr(source.get())) {
       return decoded->i_service_type;
     }
