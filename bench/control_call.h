@@ -29,8 +29,8 @@ std::string messageOf(Send send) {
 template <class Arguments>
 void decode(std::string& message, Arguments& arguments) {
   using apache::thrift::transport::TMemoryBuffer;
-  BareProtocol protocol(std::make_shared<TMemoryBuffer>(
-      reinterpret_cast<uint8_t*>(message.data()), static_cast<uint32_t>(message.size())));
+  BareProtocol protocol(std::make_shared<TMemoryBuffer>(reinterpret_cast<uint8_t*>(message.data()),
+                                                        static_cast<uint32_t>(message.size())));
   std::string name;
   apache::thrift::protocol::TMessageType type{};
   int32_t sequenceId = 0;

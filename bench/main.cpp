@@ -27,6 +27,16 @@ int listWorks() {
   return EXIT_SUCCESS;
 }
 
+/** That none rots: each is prepared and runs. */
+int runEachOnce() {
+  for (const NamedWork& named : tevra::bench::allWorks()) {
+    const auto work = named.make();
+    work->prepare();
+    work->run();
+  }
+  return EXIT_SUCCESS;
+}
+
 /** For callgrind, started with --instr-atstart=no: what it counts is one run. */
 int count(const std::string& name) {
   const auto work = tevra::bench::findWork(name).make();
@@ -78,6 +88,9 @@ int run(int argc, char** argv) {
   }
   const tevra::bench::TemporaryRoot root;
   log_setup(kLogNothing, kLogWithoutConsole);
+  if (option == "--once") {
+    return runEachOnce();
+  }
   if (option == "--count") {
     return count(name);
   }

@@ -1,5 +1,7 @@
 #include "bench/memory_use.h"
 
+#include <malloc.h>
+
 #include <fstream>
 #include <stdexcept>
 #include <string>
@@ -27,6 +29,7 @@ void resetPeak() {
 }  // namespace
 
 MemoryUse::MemoryUse() {
+  (void)malloc_trim(0);  // what was freed before would hide what is taken now
   resetPeak();
   before_ = statusValue("VmRSS");
 }

@@ -79,8 +79,8 @@ class Bare : public Work {
 void add(Works& works, const std::string& name, ServiceSize size) {
   using Stored = BuildOutput::Stored;
   works.push_back({name + "/floor", [size] { return std::make_unique<Bare>(size); }});
-  works.push_back({name + "/unchanged",
-                   [size] { return std::make_unique<BuildOutput>(size, Stored::kSame); }});
+  works.push_back(
+      {name + "/unchanged", [size] { return std::make_unique<BuildOutput>(size, Stored::kSame); }});
   works.push_back({name + "/changed",
                    [size] { return std::make_unique<BuildOutput>(size, Stored::kNothing); }});
 }

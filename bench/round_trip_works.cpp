@@ -58,9 +58,9 @@ class Server {
  public:
   explicit Server(const std::shared_ptr<im_SIControlSrvIf>& handler)
       : socket_(std::make_shared<TServerSocket>("127.0.0.1", 0)),
-        server_(std::make_shared<TSimpleServer>(
-            makeControlProcessor(handler), socket_, std::make_shared<ControlTransportFactory>(),
-            std::make_shared<ControlProtocolFactory>())),
+        server_(std::make_shared<TSimpleServer>(makeControlProcessor(handler), socket_,
+                                                std::make_shared<ControlTransportFactory>(),
+                                                std::make_shared<ControlProtocolFactory>())),
         thread_(apache::thrift::concurrency::ThreadFactory(false).newThread(server_)) {
     const auto observer = std::make_shared<thrift::TStartObserver>();
     server_->setServerEventHandler(observer);

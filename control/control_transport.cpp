@@ -1,5 +1,7 @@
 #include "control/control_transport.h"
 
+#include <malloc.h>
+
 #include <utility>
 
 #include <thrift/TConfiguration.h>
@@ -10,7 +12,7 @@ namespace {
 using apache::thrift::TConfiguration;
 using apache::thrift::transport::TTransport;
 
-constexpr uint32_t kBufferReclaimThreshold = 1024 * 1024;
+constexpr uint32_t kLargeFrame = 1024 * 1024;
 
 std::shared_ptr<TConfiguration> limits() {
   auto configuration = std::make_shared<TConfiguration>();
@@ -18,16 +20,29 @@ std::shared_ptr<TConfiguration> limits() {
   return configuration;
 }
 
+/**
+ * The arguments of a large call lie below what was stored from them, so that by itself the heap
+ * cannot shrink when they are freed.
+ */
+void giveBackFreeMemory() {
+#if defined(__GLIBC__)
+  (void)malloc_trim(0);
+#endif
+}
+
 }  // namespace
 
 ControlTransport::ControlTransport(std::shared_ptr<TTransport> transport)
-    : TFramedTransport(std::move(transport), DEFAULT_BUFFER_SIZE, kBufferReclaimThreshold,
-                       limits()) {
+    : TFramedTransport(std::move(transport), DEFAULT_BUFFER_SIZE, kLargeFrame, limits()) {
   startFromNothing();
 }
 
 bool ControlTransport::readFrame() {
+  if (lastWasLarge_) {
+    giveBackFreeMemory();
+  }
   const bool read = TFramedTransport::readFrame();
+  lastWasLarge_ = read && rBound_ - rBase_ > kLargeFrame;
   resetConsumedMessageSize();
   return read;
 }

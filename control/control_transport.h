@@ -13,7 +13,8 @@ inline constexpr int kMaxFrameSize = 64 * 1024 * 1024;
  * Framed transport for a control connection that may last for years.
  *
  * The library counts all bytes of a connection against one message limit and then closes it; here
- * every frame starts anew. A buffer that grew beyond 1 MiB is given back after its call.
+ * every frame starts anew. A buffer that grew beyond 1 MiB is given back after its call, and before
+ * the next frame so is whatever else that call has freed.
  */
 class ControlTransport : public apache::thrift::transport::TFramedTransport {
  public:
@@ -28,6 +29,7 @@ class ControlTransport : public apache::thrift::transport::TFramedTransport {
   void startFromNothing();
 
   uint8_t nothing_ = 0;  ///< where the read buffer begins while there is none
+  bool lastWasLarge_ = false;
 };
 
 class ControlTransportFactory : public apache::thrift::transport::TTransportFactory {

@@ -98,12 +98,11 @@ SDT candidateSdt(const ServiceWorkRecord& work, int32_t version) {
 
 /** The first service descriptor that a section can hold; null when there is none. */
 const Descriptor* firstServiceDescriptor(const SDTService& service) {
-  const auto found = std::find_if(service.descriptors.begin(), service.descriptors.end(),
-                                  [](const Descriptor& descriptor) {
-                                    return static_cast<uint8_t>(descriptor.tag) ==
-                                               kServiceDescriptorTag &&
-                                           fitsSection(descriptor);
-                                  });
+  const auto found = std::find_if(
+      service.descriptors.begin(), service.descriptors.end(), [](const Descriptor& descriptor) {
+        return static_cast<uint8_t>(descriptor.tag) == kServiceDescriptorTag &&
+               fitsSection(descriptor);
+      });
   return found == service.descriptors.end() ? nullptr : &*found;
 }
 

@@ -247,5 +247,44 @@ TEST_F(EitRestamping, AllocatesNoPidAndSavesNothing) {
   EXPECT_EQ(database_.getConflictFreePID(-1), 101);
 }
 
+TEST_F(EitRestamping, GivesOneRestampedEitAtATime) {
+  owner_.setOffset(60, true);
+  database_.restampEITsch(mapOf({makeEit(1, 0x50, 9), makeEit(1, 0x51, 9), makeEit(2, 0x50, 9)}));
+  database_.restampEITsch(mapOf({makeEit(1, 0x50, 9, {makeEvent(1, dvbTime(kMjd, 12, 30, 0))})}));
+  EIT eit;
+  ASSERT_TRUE(database_.getRestampedEITsch(eit, 1, 0x50));
+  EXPECT_EQ(eit, makeEit(1, 0x50, 2, {makeEvent(1, dvbTime(kMjd, 12, 29, 0))}));
+  ASSERT_TRUE(database_.getRestampedEITsch(eit, 2, 0x50));
+  EXPECT_EQ(eit, makeEit(2, 0x50, 1));
+}
+
+TEST_F(EitRestamping, KeepsPresentFollowingAndScheduleApart) {
+  database_.restampEITpf(mapOf({makeEit(1, 0x4E, 0)}));
+  database_.restampEITsch(mapOf({makeEit(1, 0x50, 0)}));
+  EIT eit;
+  EXPECT_TRUE(database_.getRestampedEITpf(eit, 1, 0x4E));
+  EXPECT_TRUE(database_.getRestampedEITsch(eit, 1, 0x50));
+  EXPECT_FALSE(database_.getRestampedEITpf(eit, 1, 0x50));
+  EXPECT_FALSE(database_.getRestampedEITsch(eit, 1, 0x4E));
+}
+
+TEST_F(EitRestamping, LeavesTheOutParameterAloneWhenThereIsNoSuchEit) {
+  const EIT untouched = makeEit(9, 0x5F, 30);
+  EIT eit = untouched;
+  EXPECT_FALSE(database_.getRestampedEITpf(eit, 1, 0x4E));
+  database_.restampEITpf(mapOf({makeEit(1, 0x4E, 0)}));
+  EXPECT_FALSE(database_.getRestampedEITpf(eit, 1, 0x4F));
+  EXPECT_FALSE(database_.getRestampedEITpf(eit, 2, 0x4E));
+  database_.clearConflictFreeDB();
+  EXPECT_FALSE(database_.getRestampedEITpf(eit, 1, 0x4E));
+  EXPECT_EQ(eit, untouched);
+}
+
+TEST_F(EitRestamping, CopiesOutNothingButWhatItWasGiven) {
+  (void)restamp(mapOf({makeEit(1, 0x4E, 0), makeEit(2, 0x4E, 0)}));
+  const EITMap out = restamp(mapOf({makeEit(2, 0x4E, 0)}));
+  EXPECT_EQ(out, mapOf({makeEit(2, 0x4E, 2)}));
+}
+
 }  // namespace
 }  // namespace tevra

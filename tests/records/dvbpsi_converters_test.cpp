@@ -14,6 +14,7 @@ namespace {
 using thrift::dvb_tables::d2tPAT;
 using thrift::dvb_tables::d2tPMT;
 using thrift::dvb_tables::d2tSDT;
+using thrift::dvb_tables::narrowPMT;
 using thrift::dvb_tables::t2dCAT;
 using thrift::dvb_tables::t2dPAT;
 using thrift::dvb_tables::t2dPMT;
@@ -277,6 +278,37 @@ TEST_F(DvbpsiConverters, WiderValuesAreNarrowedToTheMembersOfTheTable) {
   EXPECT_EQ(narrowed.descriptors[0].tag, 0x48);
   EXPECT_EQ(narrowed.esList[0].streamType, 0xFF);
   EXPECT_EQ(narrowed.esList[0].pid, 0x0123);
+}
+
+TEST_F(DvbpsiConverters, NarrowPmtIsTheWayThroughLibdvbpsi) {
+  PMT wide;
+  wide.programNumber = 0x12345;
+  wide.version = 0x123;
+  wide.currentNext = true;
+  wide.pcrPid = -1;
+  wide.descriptors = {descriptor(0x109, "programme"), descriptor(0x0A, std::string(256, 'x'))};
+  PMTES& stream = wide.esList.emplace_back();
+  stream.streamType = 0x11B;
+  stream.pid = 0x1FFFF;
+  stream.descriptors = {descriptor(0x52, std::string(255, '\0')), descriptor(-1, "")};
+  wide.esList.emplace_back();
+  wide.__isset.version = true;
+  wide.esList[0].__isset.pid = true;
+  const PMT narrow = narrowPMT(wide);
+  EXPECT_EQ(narrow, d2tPMT(t2dPMT(wide).get()));
+  EXPECT_EQ(narrow.programNumber, 0x2345);
+  EXPECT_EQ(narrow.esList.at(0).streamType, 0x1B);
+  EXPECT_EQ(narrow.descriptors.size(), 1U);
+  EXPECT_FALSE(narrow.__isset.version);
+  EXPECT_FALSE(narrow.esList[0].__isset.pid);
+}
+
+TEST_F(DvbpsiConverters, NarrowPmtWarnsOfWhatItLeavesOut) {
+  PMT pmt;
+  pmt.descriptors = {descriptor(0x4D, std::string(300, 'x'))};
+  (void)narrowPMT(pmt);
+  EXPECT_EQ(fake::logLines(),
+            (std::vector<fake::LogLine>{{4, "", "Descriptor [0x4d] of [300] bytes left out"}}));
 }
 
 }  // namespace
