@@ -1,4 +1,4 @@
-"""The resident memory of the real daemon while it takes a full schedule."""
+"""The resident memory of the real daemon while it takes a schedule."""
 
 import pathlib
 import socket
@@ -30,12 +30,13 @@ class DaemonMemory:
         self.process.wait()
         self.root.cleanup()
 
-    def take_schedule(self):
-        """By how many kB the memory grows: at its peak, and in the end."""
+    def take_schedule(self, events):
+        """By how many kB the memory grows with a schedule of so many events: at its peak, and in the end."""
         self._send("tot")
         before = self._status("VmRSS")
         (self._proc() / "clear_refs").write_text("5", encoding="ascii")  # the peak starts anew
-        self._send("schedule")
+        self._send(str(events))
+        self._send("tot")  # served once the schedule's call has been cleaned up
         return self._status("VmHWM") - before, self._status("VmRSS") - before
 
     def _send(self, what):

@@ -5,8 +5,9 @@ import html
 import math
 
 WIDTH, HEIGHT = 330, 270  # of a panel
-LEFT, RIGHT, TOP, BOTTOM = 62, 16, 44, 86
-COLOURS = ["#1f6fb2", "#c2571a", "#6b7280"]
+LEFT, RIGHT, TOP, BOTTOM = 62, 24, 44, 86
+COLOURS = ["#1f6fb2", "#c2571a"]
+FLOOR_COLOUR = "#7b8794"
 
 STYLE = """
   text { font: 12px system-ui, sans-serif; fill: #1f2933 }
@@ -76,7 +77,8 @@ def draw_grid(panel, x, y):
 
 
 def draw_series(panel, x, y):
-    for number, (series, colour) in enumerate(zip(panel.series, COLOURS)):
+    for number, series in enumerate(panel.series):
+        colour = FLOOR_COLOUR if series.floor else COLOURS[number]
         dashes = ' stroke-dasharray="5 4"' if series.floor else ""
         line = " ".join(f"{'ML'[index > 0]}{x(px):.1f} {y(py):.1f}" for index, (px, py) in enumerate(series.points))
         yield f'<path d="{line}" stroke="{colour}"{dashes}/>'

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "records/records.h"
@@ -27,8 +28,16 @@ struct ScheduleSize {
   int events;  ///< of an EIT, each with two descriptors of 100 bytes
 };
 
-/** The schedule of a full multiplex. */
-inline constexpr ScheduleSize kFullSchedule = {20, 8, 60};
+/** The sizes that are measured, ascending: 10 to 100,800 events. */
+inline constexpr std::array<ScheduleSize, 6> kScheduleSizes = {
+    {{1, 1, 10}, {1, 2, 50}, {5, 4, 50}, {20, 8, 60}, {25, 8, 50}, {100, 16, 63}}};
+
+/** The schedule of a full multiplex, 9,600 events. */
+inline constexpr ScheduleSize kFullSchedule = kScheduleSizes[3];
+
+[[nodiscard]] constexpr int eventCount(ScheduleSize size) {
+  return size.services * size.tables * size.events;
+}
 
 [[nodiscard]] EITMap sampleSchedule(ScheduleSize size);
 

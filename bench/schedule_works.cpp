@@ -127,21 +127,23 @@ class Restamp : public Work {
   UnsavingHandler handler_;
 };
 
-void addSize(Works& works, const std::string& size, ScheduleSize events) {
-  works.push_back(
-      {"schedule/" + size + "/floor", [events] { return std::make_unique<Decode>(events); }});
-  works.push_back({"schedule/" + size + "/first", [events] {
-                     return std::make_unique<TakeSchedule>(events, Before::kNothing, kUntoldMpts);
+void addSize(Works& works, ScheduleSize size) {
+  const std::string name = "schedule/" + std::to_string(eventCount(size));
+  works.push_back({name + "/floor", [size] { return std::make_unique<Decode>(size); }});
+  works.push_back({name + "/first", [size] {
+                     return std::make_unique<TakeSchedule>(size, Before::kNothing, kUntoldMpts);
                    }});
-  works.push_back({"schedule/" + size + "/again", [events] {
-                     return std::make_unique<TakeSchedule>(events, Before::kTheSame, kUntoldMpts);
+  works.push_back({name + "/again", [size] {
+                     return std::make_unique<TakeSchedule>(size, Before::kTheSame, kUntoldMpts);
                    }});
 }
 
 }  // namespace
 
 void addScheduleWorks(Works& works) {
-  addSize(works, "9600", kFullSchedule);
+  for (const ScheduleSize size : kScheduleSizes) {
+    addSize(works, size);
+  }
   works.push_back({"schedule-told/9600/floor",
                    [] { return std::make_unique<DecodeAndEncode>(kFullSchedule); }});
   works.push_back(
@@ -152,11 +154,6 @@ void addScheduleWorks(Works& works) {
        [] { return std::make_unique<TakeSchedule>(kFullSchedule, Before::kTheSame, kToldMpts); }});
   works.push_back({"tot/9600/floor", [] { return std::make_unique<TwoCopies>(kFullSchedule); }});
   works.push_back({"tot/9600/restamp", [] { return std::make_unique<Restamp>(kFullSchedule); }});
-  addSize(works, "10", {1, 1, 10});
-  addSize(works, "100", {1, 2, 50});
-  addSize(works, "1000", {5, 4, 50});
-  addSize(works, "10000", {25, 8, 50});
-  addSize(works, "100800", {100, 16, 63});
 }
 
 }  // namespace tevra::bench

@@ -10,6 +10,18 @@
 #include "bench/sample_tables.h"
 
 namespace tevra::bench {
+namespace {
+
+ScheduleSize scheduleOf(const std::string& events) {
+  for (const ScheduleSize size : kScheduleSizes) {
+    if (std::to_string(eventCount(size)) == events) {
+      return size;
+    }
+  }
+  throw std::invalid_argument("no schedule has " + events + " events");
+}
+
+}  // namespace
 
 int sendTables(const std::string& what) {
   using apache::thrift::transport::TFramedTransport;
@@ -21,10 +33,8 @@ int sendTables(const std::string& what) {
   transport->open();
   if (what == "tot") {
     client.setTOT(sampleTot(0));
-  } else if (what == "schedule") {
-    client.setEITSchedule(sampleSchedule(kFullSchedule));
   } else {
-    throw std::invalid_argument("tot or schedule can be sent");
+    client.setEITSchedule(sampleSchedule(scheduleOf(what)));
   }
   return EXIT_SUCCESS;
 }

@@ -4,8 +4,10 @@
 
 namespace tevra::bench {
 
-/** Hands "tot" or "schedule", the full one, to the daemon of the first MPTS on this machine, and
- * returns the exit status. */
+/**
+ * Hands a "tot", or the schedule with that number of events, to the daemon of the first MPTS on
+ * this machine, and returns the exit status.
+ */
 [[nodiscard]] int sendTables(const std::string& what);
 
 }  // namespace tevra::bench
