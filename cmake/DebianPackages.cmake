@@ -70,7 +70,7 @@ set(CPACK_DEBIAN_DEV_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libdvbpsi-dev (>= 1.3), libthrift-dev (>= 0.17)")
-set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS "g++, pkg-config, thrift-compiler (>= 0.17)")
+set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS "g++, libboost-dev, pkg-config, thrift-compiler (>= 0.17)")
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS libsystemd-dev)
 set(CPACK_DEBIAN_DEV_DESCRIPTION
 "interface and libraries of the tornel daemon
