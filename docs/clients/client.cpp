@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <ctime>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -320,19 +321,19 @@ int run(const std::vector<std::string>& arguments) {
   }
   const std::string host = arguments.size() > 2 ? arguments[2] : "127.0.0.1";
   apache::thrift::GlobalOutput.setOutputFunction([](const char*) {});  // the exceptions say it all
-  try {
-    const SPTSConfiguration configuration = feedAndAsk(host, kFirstPort + std::stoi(mpts));
-    printOutput(configuration);
-    writePackets(configuration, arguments[0]);
-  } catch (const Failure& failure) {
-    std::cerr << "client: " << failure.what() << "\n";
-    return 1;
-  }
+  const SPTSConfiguration configuration = feedAndAsk(host, kFirstPort + std::stoi(mpts));
+  printOutput(configuration);
+  writePackets(configuration, arguments[0]);
   return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  return run({argv + 1, argv + argc});
+  try {
+    return run({argv + 1, argv + argc});
+  } catch (const std::exception& failure) {
+    std::cerr << "client: " << failure.what() << "\n";
+    return 1;
+  }
 }
