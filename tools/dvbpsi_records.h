@@ -4,6 +4,7 @@
 #include "records/records.h"
 
 /**
+ * @file
  * From libdvbpsi's decoded tables to records, for the tables that records/dvbpsi_converters.h
  * leaves out: the daemon never decodes them, it is given them. Every member of the record is set; a
  * null table gives a default record.
