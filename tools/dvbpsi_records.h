@@ -11,9 +11,12 @@
  */
 namespace tevra::tools {
 
+///@{
+/** From libdvbpsi; `table` may be null. */
 [[nodiscard]] CAT d2tCAT(const dvbpsi_cat_t* table);
 [[nodiscard]] NIT d2tNIT(const dvbpsi_nit_t* table);
 [[nodiscard]] BAT d2tBAT(const dvbpsi_bat_t* table);
 [[nodiscard]] TOT d2tTOT(const dvbpsi_tot_t* table);
+///@}
 
 }  // namespace tevra::tools
