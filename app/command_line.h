@@ -5,14 +5,15 @@
 
 namespace tevra {
 
+/** What the arguments say; the defaults are those of a call without any. */
 struct CommandLineOptions {
-  int32_t set = 0;   ///< MPTS index, 0 to 3
-  int32_t port = 0;  ///< parsed for the contract's sake, used by nothing
-  bool portGiven = false;
-  bool console = false;
-  int32_t level = 5;  ///< highest log level printed, 3 to 7
-  bool version = false;
-  bool help = false;
+  int32_t set = 0;           ///< MPTS index, 0 to 3
+  int32_t port = 0;          ///< parsed for the contract's sake, used by nothing
+  bool portGiven = false;    ///< whether --port stood there
+  bool console = false;      ///< log to standard error too
+  int32_t level = 5;         ///< highest log level printed, 3 to 7
+  bool version = false;      ///< print the version and end
+  bool help = false;         ///< print the help and end; parseCommandLine has already done so
   std::string programName;   ///< argv[0]
   int32_t firstOperand = 0;  ///< optind after parsing
 };

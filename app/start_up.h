@@ -2,6 +2,7 @@
 
 namespace tevra {
 
+/** What --version prints, and the version of the packages. */
 inline constexpr const char* kProgramVersion = "0.9.1";
 
 /**

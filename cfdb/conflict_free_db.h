@@ -47,19 +47,26 @@ class ConflictFreeDB {
   /** Stored unchanged. */
   bool setConflictFreeTOT(TOT& out, const TOT& in) EXCLUDES(totMutex_);
 
-  /** Not implemented on purpose: one level-3 line, true. */
+  ///@{
+  /** Not implemented on purpose: one level-3 line, true, `out` untouched. */
   bool setConflictFreeNIT(NIT& out, const NIT& in) EXCLUDES(nitMutex_);
   bool setConflictFreeBAT(BAT& out, const BAT& in) EXCLUDES(batMutex_);
   bool setConflictFreeEIT(EIT& out, const EIT& in);
+  ///@}
 
+  ///@{
+  /** The table as its setter left it. */
   [[nodiscard]] bool getConflictFreePAT(PAT& out) EXCLUDES(patMutex_);
   [[nodiscard]] bool getConflictFreeSDT(SDT& out) EXCLUDES(sdtMutex_);
   [[nodiscard]] bool getConflictFreeCAT(CAT& out) EXCLUDES(catMutex_);
   [[nodiscard]] bool getConflictFreeTOT(TOT& out) EXCLUDES(totMutex_);
+  ///@}
 
+  ///@{
   /** Never filled: one level-3 line, false. */
   [[nodiscard]] bool getConflictFreeNIT(NIT& out) EXCLUDES(nitMutex_);
   [[nodiscard]] bool getConflictFreeBAT(BAT& out) EXCLUDES(batMutex_);
+  ///@}
 
   /** The stored PMT, CA descriptors included. */
   [[nodiscard]] bool getConflictFreePMT(PMT& out, int32_t inputSID) EXCLUDES(pmtMutex_);
@@ -67,6 +74,7 @@ class ConflictFreeDB {
   /** The stored PMT without any CA descriptor. Saves the PID mapping if it is unsaved. */
   [[nodiscard]] bool getOutputPMT(PMT& out, int32_t inputSID) EXCLUDES(pmtMutex_);
 
+  ///@{
   /**
    * Restamp `in`: a new version per EIT, event times moved by the owner's offset whether or not
    * that is valid. The result is stored; what `in` does not mention stays. The restart counter of
@@ -79,6 +87,7 @@ class ConflictFreeDB {
    * those who need one EIT at a time restamp, then get. */
   bool getConflictFreeEITpf(EITMap& out, const EITMap& in);
   bool getConflictFreeEITsch(EITMap& out, const EITMap& in);
+  ///@}
 
   /** One restamped EIT. */
   [[nodiscard]] bool getRestampedEITpf(EIT& out, int32_t serviceId, int32_t tableId);
@@ -88,9 +97,12 @@ class ConflictFreeDB {
   void clearConflictFreeDB()
       EXCLUDES(patMutex_, sdtMutex_, catMutex_, pmtMutex_, nitMutex_, batMutex_);
 
+  /** As PidRemap::getConflictFreePID: allocates for an input PID that is new. */
   [[nodiscard]] uint16_t getConflictFreePID(int32_t inputPid) {
     return pids_.getConflictFreePID(inputPid);
   }
+
+  /** As PidRemap::getInputPID: kUnknownPid for an output PID that was never handed out. */
   [[nodiscard]] int32_t getInputPID(int32_t outputPid) { return pids_.getInputPID(outputPid); }
 
  private:

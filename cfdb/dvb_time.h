@@ -3,6 +3,7 @@
 #include <cstdint>
 
 /**
+ * @file
  * Arithmetic on DVB time values: bits 0-7 seconds, 8-15 minutes, 16-23 hours, two BCD digits each;
  * from bit 24 up the Modified Julian Date (EN 300 468 annex C). Any value is accepted; digits above
  * 9 count as they stand.

@@ -52,7 +52,10 @@ class PidRemap {
    */
   void saveConflictFreeDB();
 
+  /** First PID of the pool, which itself is never handed out. */
   [[nodiscard]] int32_t pidPoolFirst() const { return pidPoolFirst_; }
+
+  /** Last PID of the pool; allocation goes on beyond it. */
   [[nodiscard]] int32_t pidPoolLast() const { return pidPoolLast_; }
 
  private:

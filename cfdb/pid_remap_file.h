@@ -5,6 +5,7 @@
 #include "records/records.h"
 
 /**
+ * @file
  * The file that keeps a chain's PID mapping: one PIDRemap record as Thrift JSON, nothing else.
  *
  * Both return 0 on success, -1 when the file cannot be opened, -2 on any failure afterwards.

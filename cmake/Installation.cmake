@@ -26,7 +26,7 @@ install(FILES ${packaging}/tornel.default RENAME tornel
         DESTINATION ${CMAKE_INSTALL_FULL_SYSCONFDIR}/default COMPONENT daemon)
 install(FILES ${CMAKE_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT daemon)
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT daemon
-        FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
+        FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN clients EXCLUDE)
 
 # The tool.
 install(TARGETS tornelctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
@@ -66,6 +66,9 @@ configure_file(${packaging}/tornel.pc.in ${made}/tornel.pc @ONLY)
 install(FILES ${made}/tornel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 install(FILES ${CMAKE_SOURCE_DIR}/app/main.cpp ${CMAKE_SOURCE_DIR}/tests/platform_library/board.cpp
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tornel-dev/examples COMPONENT dev)
+set(clients CMakeLists.txt client.cpp client.py main_task.cpp main_task.py)
+list(TRANSFORM clients PREPEND ${CMAKE_SOURCE_DIR}/docs/clients/)
+install(FILES ${clients} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tornel-dev/examples/clients COMPONENT dev)
 
 if(TORNEL_MAN_PAGES)
   foreach(page IN ITEMS tornel.8 tornelctl.1)

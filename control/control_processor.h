@@ -20,8 +20,13 @@ namespace tevra {
 /** The guard alone. */
 class GuardedProcessor : public apache::thrift::TProcessor {
  public:
+  /** `guarded` makes the calls. */
   explicit GuardedProcessor(std::shared_ptr<apache::thrift::TProcessor> guarded);
 
+  /**
+   * One call: what `guarded` returns, or false, which closes the connection, after an exception
+   * that is not Thrift's. Thrift's own pass.
+   */
   bool process(std::shared_ptr<apache::thrift::protocol::TProtocol> in,
                std::shared_ptr<apache::thrift::protocol::TProtocol> out,
                void* connectionContext) override;

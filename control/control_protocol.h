@@ -27,13 +27,20 @@ inline constexpr uint32_t kMaxElementsPerCall = 1024 * 1024;
 class ControlProtocol
     : public apache::thrift::protocol::TBinaryProtocolT<apache::thrift::transport::TBufferBase> {
  public:
+  /** `transport` holds one frame at a time: what it has buffered is the rest of the frame. */
   explicit ControlProtocol(std::shared_ptr<apache::thrift::transport::TBufferBase> transport);
 
-  using MessageType = apache::thrift::protocol::TMessageType;
-  using Type = apache::thrift::protocol::TType;
+  using MessageType = apache::thrift::protocol::TMessageType;  ///< call, reply, exception, oneway
+  using Type = apache::thrift::protocol::TType;                ///< of a value on the wire
 
-  // What generated code calls when it knows this class.
+  /** Begins a call: strict or not, with kMaxElementsPerCall anew. Returns the bytes read. */
   uint32_t readMessageBegin(std::string& name, MessageType& type, int32_t& sequenceId);
+
+  ///@{
+  /**
+   * What generated code calls when it knows this class. Checked as the class says, before anything
+   * is allocated. Each returns the bytes read.
+   */
   uint32_t readString(std::string& text);
   uint32_t readBinary(std::string& bytes);
   uint32_t readFieldBegin(std::string& /*name*/, Type& type, int16_t& id) {
@@ -46,8 +53,10 @@ class ControlProtocol
   uint32_t readListBegin(Type& elementType, uint32_t& size);
   uint32_t readSetBegin(Type& elementType, uint32_t& size);
   uint32_t skip(Type type);
+  ///@}
 
-  // The same for callers that know only TProtocol.
+  ///@{
+  /** The same for callers that know only TProtocol. */
   uint32_t readMessageBegin_virt(std::string& name, MessageType& type,
                                  int32_t& sequenceId) override {
     return readMessageBegin(name, type, sequenceId);
@@ -67,6 +76,7 @@ class ControlProtocol
     return readSetBegin(elementType, size);
   }
   uint32_t skip_virt(Type type) override { return skip(type); }
+  ///@}
 
  private:
   uint32_t readType(Type& type) {
@@ -90,6 +100,7 @@ class ControlProtocol
 /** Makes a ControlProtocol for every connection; its transport must be framed. */
 class ControlProtocolFactory : public apache::thrift::protocol::TProtocolFactory {
  public:
+  /** Raises TProtocolException (NOT_IMPLEMENTED) for a transport that is not buffered. */
   std::shared_ptr<apache::thrift::protocol::TProtocol> getProtocol(
       std::shared_ptr<apache::thrift::transport::TTransport> transport) override;
 };

@@ -17,11 +17,12 @@ namespace tevra {
  */
 class ThreadedSimpleServer {
  public:
-  ThreadedSimpleServer() = default;
+  ThreadedSimpleServer() = default;  ///< empty
   ~ThreadedSimpleServer();
-  ThreadedSimpleServer(ThreadedSimpleServer&&) noexcept = default;
+  ThreadedSimpleServer(ThreadedSimpleServer&&) noexcept = default;  ///< leaves the other empty
   ThreadedSimpleServer& operator=(ThreadedSimpleServer&&) = delete;
 
+  /** Whether there is no server in it. */
   [[nodiscard]] bool empty() const { return server_ == nullptr; }
 
  private:

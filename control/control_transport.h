@@ -18,11 +18,14 @@ inline constexpr int kMaxFrameSize = 64 * 1024 * 1024;
  */
 class ControlTransport : public apache::thrift::transport::TFramedTransport {
  public:
+  /** Over `transport`, a connected socket; frames of kMaxFrameSize at most. */
   explicit ControlTransport(std::shared_ptr<apache::thrift::transport::TTransport> transport);
 
+  /** The end of a call: gives back a large buffer. Returns the bytes of its frame. */
   uint32_t readEnd() override;
 
  protected:
+  /** Reads the next frame, with the message limit counted anew; false at the connection's end. */
   bool readFrame() override;
 
  private:
@@ -32,8 +35,10 @@ class ControlTransport : public apache::thrift::transport::TFramedTransport {
   bool lastWasLarge_ = false;
 };
 
+/** Makes a ControlTransport for every connection. */
 class ControlTransportFactory : public apache::thrift::transport::TTransportFactory {
  public:
+  /** A new one over `transport`. Never null. */
   std::shared_ptr<apache::thrift::transport::TTransport> getTransport(
       std::shared_ptr<apache::thrift::transport::TTransport> transport) override;
 };

@@ -18,6 +18,7 @@ namespace tevra {
  */
 class RestartingServer : public apache::thrift::concurrency::Runnable {
  public:
+  /** `observer` must be the event handler of `server`: it tells whether that has listened. */
   RestartingServer(std::shared_ptr<apache::thrift::server::TServer> server,
                    std::shared_ptr<thrift::TStartObserver> observer);
 

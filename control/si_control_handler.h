@@ -36,26 +36,47 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
   SIControlSrvHandler(const SIControlSrvHandler&) = delete;
   SIControlSrvHandler& operator=(const SIControlSrvHandler&) = delete;
 
+  /** A record with an empty name: nothing sets it. */
   void getSIData(SIService& result) override;
+
+  /** Logs the name at level 7 and keeps nothing. Always true. */
   bool SISetData(const SIService& data) override;
 
   /** Command 0 resets the databases and the time offset; the table stores stay. Always true. */
   bool sendCmd(int32_t command) override;
 
+  /** Stored, made conflict-free and notified so; the PID mapping is saved if it grew. */
   void setPAT(const PAT& pat) override;
+
+  /** Stored and notified as it came. */
   void setSDT(const SDT& sdt) override;
+
+  /** As setPAT, by programme number. */
   void setPMT(const PMT& pmt) override;
 
-  /** NIT and BAT are only stored. Their trace lines are of level 3 on purpose. */
+  /** Only stored. The trace line is of level 3 on purpose. Always true. */
   bool setNIT(const NIT& nit) override;
+
+  /**
+   * Stored. With a set system clock it gives the time offset; when that is the first since start
+   * or reset, or differs by 60 s or more from the one in use, all stored EITs are restamped and
+   * notified and their versions saved. The TOT itself is notified last, as it came.
+   */
   void setTOT(const TOT& tot) override;
+
+  /** As setNIT. */
   bool setBAT(const BAT& bat) override;
+
+  /** As setPAT, but the PIDs that it allocates are saved only with the next PAT or PMT. */
   void setCAT(const CAT& cat) override;
 
+  ///@{
   /** EITs are restamped and notified from the first TOT on that has met a set system clock. */
   void setEITPresentFollowing(const EITMap& eits) override;
   void setEITSchedule(const EITMap& eits) override;
+  ///@}
 
+  /** See OutputData::getSrvOutputData. Nothing is notified. */
   void getSrvOutputData(std::map<int32_t, SPTSConfiguration>& answer,
                         const SrvOutputRequest& request) override;
 

@@ -17,6 +17,7 @@ class TStartObserver : public apache::thrift::server::TServerEventHandler {
   /** Returns once preServe has been called. */
   void waitUntilStarted();
 
+  /** Whether preServe has been called. */
   [[nodiscard]] bool started();
 
  private:

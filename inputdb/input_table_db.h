@@ -26,29 +26,37 @@ class InputTableDB {
   /** Empty. */
   InputTableDB();
 
+  ///@{
+  /** Takes the place of the one held. */
   bool setInputPAT(const PAT& pat);
   bool setInputSDT(const SDT& sdt);
   bool setInputCAT(const CAT& cat);
   bool setInputNIT(const NIT& nit);
   bool setInputBAT(const BAT& bat);
   bool setInputTOT(const TOT& tot);
+  ///@}
 
   /** Stores under `pmt.programNumber`. PMTs of programmes that leave the PAT stay until clear(). */
   bool setInputPMT(const PMT& pmt);
 
+  ///@{
   /**
    * Merge `eits` into what is held, by the map's keys: service and table ids that it does not
    * mention keep what they hold, however old. One level-7 line per EIT besides the setter's own.
    */
   bool setInputEITpf(const EITMap& eits);
   bool setInputEITsch(const EITMap& eits);
+  ///@}
 
+  ///@{
+  /** A copy of the last one received. */
   [[nodiscard]] bool getInputPAT(PAT& out);
   [[nodiscard]] bool getInputSDT(SDT& out);
   [[nodiscard]] bool getInputCAT(CAT& out);
   [[nodiscard]] bool getInputNIT(NIT& out);
   [[nodiscard]] bool getInputBAT(BAT& out);
   [[nodiscard]] bool getInputTOT(TOT& out);
+  ///@}
 
   /** The PMT stored under `inputSID`. */
   [[nodiscard]] bool getInputPMT(PMT& out, int32_t inputSID);
@@ -56,9 +64,11 @@ class InputTableDB {
   /** Appends every PMT to `out` in ascending programme number. */
   [[nodiscard]] bool getInputPMTs(std::vector<PMT>& out);
 
+  ///@{
   /** Empty `out` first, then copy everything; false when nothing is held. */
   [[nodiscard]] bool getInputEITpf(EITMap& out);
   [[nodiscard]] bool getInputEITsch(EITMap& out);
+  ///@}
 
   /** Empties everything but the TOT, which is meant to survive. */
   void clear();

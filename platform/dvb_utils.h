@@ -3,8 +3,11 @@
 #include <cstdint>
 #include <string>
 
-/** DVB utilities of the device; see module_utils.h on who implements them. Callable from any
- * thread. */
+/**
+ * @file
+ * DVB utilities of the device; see module_utils.h on who implements them. Callable from any
+ * thread.
+ */
 namespace tevra {
 
 /** Two BCD digits to their value: 0x59 to 59. Digits above 9 count as they stand. */

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 /**
+ * @file
  * Module utilities of the device, as the maker's library provides them.
  *
  * platform/host/ implements them for any Debian machine; a device build links its own library

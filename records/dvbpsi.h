@@ -30,6 +30,9 @@ namespace tevra {
 
 /** Releases what libdvbpsi allocates, each with its own function. */
 struct DvbpsiDeleter {
+  ///@{
+  /** Tables and chains with everything in them; a handle must have no decoder attached. Not null.
+   */
   void operator()(dvbpsi_t* handle) const { dvbpsi_delete(handle); }
   void operator()(dvbpsi_descriptor_t* chain) const { dvbpsi_DeleteDescriptors(chain); }
   void operator()(dvbpsi_psi_section_t* chain) const { dvbpsi_DeletePSISections(chain); }
@@ -41,17 +44,23 @@ struct DvbpsiDeleter {
   void operator()(dvbpsi_bat_t* table) const { dvbpsi_bat_delete(table); }
   void operator()(dvbpsi_tot_t* table) const { dvbpsi_tot_delete(table); }
   void operator()(dvbpsi_eit_t* table) const { dvbpsi_eit_delete(table); }
+  ///@}
 };
 
+/** Owns a handle, a whole table, or a whole chain; never a part of one. */
 template <class Object>
 using DvbpsiPtr = std::unique_ptr<Object, DvbpsiDeleter>;
 
-using DvbpsiHandle = DvbpsiPtr<dvbpsi_t>;
-using DescriptorPtr = DvbpsiPtr<dvbpsi_descriptor_t>;
-using SectionsPtr = DvbpsiPtr<dvbpsi_psi_section_t>;
+using DvbpsiHandle = DvbpsiPtr<dvbpsi_t>;              ///< makes sections, or takes them
+using DescriptorPtr = DvbpsiPtr<dvbpsi_descriptor_t>;  ///< a descriptor that is in no table
+using SectionsPtr = DvbpsiPtr<dvbpsi_psi_section_t>;   ///< the sections of a table, in order
+
+///@{
+/** A table with its loops. */
 using PatPtr = DvbpsiPtr<dvbpsi_pat_t>;
 using PmtPtr = DvbpsiPtr<dvbpsi_pmt_t>;
 using CatPtr = DvbpsiPtr<dvbpsi_cat_t>;
 using SdtPtr = DvbpsiPtr<dvbpsi_sdt_t>;
+///@}
 
 }  // namespace tevra

@@ -7,6 +7,7 @@
 #include "records/records.h"
 
 /**
+ * @file
  * Appending to libdvbpsi's singly linked lists in constant time: its own add functions walk from
  * the head, which takes seconds for the largest tables. Nodes come from libdvbpsi and belong to the
  * table.
@@ -19,8 +20,10 @@ namespace tevra {
 /** Appends to the descriptor loop that starts at `first`, which is empty at construction. */
 class DescriptorAppender {
  public:
+  /** `first` is the table's own pointer to its loop. */
   explicit DescriptorAppender(dvbpsi_descriptor_t*& first) : first_(first) {}
 
+  /** Copies `length` bytes of payload, without tag and length. */
   void add(uint8_t tag, const uint8_t* payload, uint8_t length);
 
  private:
@@ -31,6 +34,7 @@ class DescriptorAppender {
 /** Appends programmes to an empty PAT. */
 class ProgramAppender {
  public:
+  /** `pat` has no programme yet. */
   explicit ProgramAppender(dvbpsi_pat_t& pat) : pat_(pat) {}
 
   /** Adds nothing for PID 0, which libdvbpsi refuses. */
@@ -44,8 +48,10 @@ class ProgramAppender {
 /** Appends elementary streams to a PMT that has none. */
 class StreamAppender {
  public:
+  /** `pmt` has no stream yet. */
   explicit StreamAppender(dvbpsi_pmt_t& pmt) : pmt_(pmt) {}
 
+  /** The new stream, without descriptors, as part of the table. */
   dvbpsi_pmt_es_t& add(uint8_t type, uint16_t pid);
 
  private:
@@ -56,9 +62,10 @@ class StreamAppender {
 /** Appends services to an empty SDT. */
 class ServiceAppender {
  public:
+  /** `sdt` has no service yet. */
   explicit ServiceAppender(dvbpsi_sdt_t& sdt) : sdt_(sdt) {}
 
-  /** `source` gives everything but the descriptors. */
+  /** The new service as part of the table; `source` gives everything but the descriptors. */
   dvbpsi_sdt_service_t& add(const SDTService& source);
 
  private:

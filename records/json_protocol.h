@@ -32,12 +32,20 @@ class JsonProtocol
                uint64_t inputSize);
 
   using TJSONProtocol::readBool;  // the form for std::vector<bool>
+
+  /** A number other than 0 is true. Returns the bytes read. */
   uint32_t readBool(bool& value);
+
+  /** Raises INVALID_DATA for a number outside of -128 to 255. Returns the bytes read. */
   uint32_t readByte(int8_t& byte);
+
+  ///@{
+  /** Counts `size` against what the file may have; SIZE_LIMIT beyond. Returns the bytes read. */
   uint32_t readMapBegin(apache::thrift::protocol::TType& keyType,
                         apache::thrift::protocol::TType& valueType, uint32_t& size);
   uint32_t readListBegin(apache::thrift::protocol::TType& elementType, uint32_t& size);
   uint32_t readSetBegin(apache::thrift::protocol::TType& elementType, uint32_t& size);
+  ///@}
 
  private:
   void countElements(uint32_t size);

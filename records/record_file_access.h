@@ -8,7 +8,10 @@
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TFDTransport.h>
 
-/** How the files that survive a restart are opened and read, whatever lies in their place. */
+/**
+ * @file
+ * How the files that survive a restart are opened and read, whatever lies in their place.
+ */
 namespace tevra {
 
 /** What is read of a file at most: many times what the tables of a multiplex take. */

@@ -6,6 +6,7 @@
 #include "spts_types.h"
 
 /**
+ * @file
  * The records in which tables travel and are stored, generated from idl/.
  *
  * Value semantics: copies are deep, nothing is shared. Integers start at 0, everything else empty.

@@ -5,6 +5,7 @@
 #include "records/records.h"
 
 /**
+ * @file
  * Client of MainTask's notification service on 127.0.0.1.
  *
  * Every notification opens a connection of its own, makes one oneway call and closes. Nothing is
@@ -20,17 +21,21 @@ namespace tevra {
 /** Where requests to MainTask go. */
 struct NotificationTarget {
   int32_t value = 0;  ///< the last value of notifyNIM
-  uint16_t port = 0;
+  uint16_t port = 0;  ///< of MainTask, 9256 + MPTS index; 0: none
 };
 
+///@{
 /** Store `port`. Port 0 is refused with a level-4 line and false, the stored port staying as it
  * was. */
 bool setNotificationPort(uint16_t& storedPort, uint16_t port);
 bool setNotificationPort(NotificationTarget& target, uint16_t port);
+///@}
 
 /** Stores `value` in `target`, then sends it. True whatever becomes of the call. */
 bool notifyNIM(NotificationTarget& target, int32_t value);
 
+///@{
+/** Sends the table to MainTask on `port`; a PAT that was sent is a level-4 line, others level 7. */
 bool notifyPAT(uint16_t port, const PAT& pat);
 bool notifySDT(uint16_t port, const SDT& sdt);
 bool notifyPMT(uint16_t port, const PMT& pmt);
@@ -40,6 +45,9 @@ bool notifyBAT(uint16_t port, const BAT& bat);
 bool notifyCAT(uint16_t port, const CAT& cat);
 bool notifyEITPresentFollowing(uint16_t port, const EIT& eit);
 bool notifyEITSchedule(uint16_t port, const EIT& eit);
+///@}
+
+/** Asks for every table, which MainTask has its clients hand over. "I need Configuration!!!". */
 bool requestConfiguration(const NotificationTarget& target);
 
 }  // namespace tevra

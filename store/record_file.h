@@ -13,6 +13,7 @@ enum RecordFileResult : int {
   kRecordFileFailed = -2,  ///< any exception after opening
 };
 
+///@{
 /**
  * Writes `record`, alone, as Thrift JSON: creates the file with mode 0600 or truncates it. A
  * failure leaves the file as far as it was written. Raises nothing.
@@ -20,7 +21,9 @@ enum RecordFileResult : int {
 [[nodiscard]] int writeRecordToFile(const std::string& path, const TableStoreFile& record);
 [[nodiscard]] int writeRecordToFile(const std::string& path,
                                     const EITTableVersionStoreFile& record);
+///@}
 
+///@{
 /**
  * Reads `path` into `record`, which should be fresh: members absent from the file keep their
  * values. On kRecordFileFailed it keeps what was read before the fault. Whatever the file holds,
@@ -28,5 +31,6 @@ enum RecordFileResult : int {
  */
 [[nodiscard]] int readRecordFromFile(const std::string& path, TableStoreFile& record);
 [[nodiscard]] int readRecordFromFile(const std::string& path, EITTableVersionStoreFile& record);
+///@}
 
 }  // namespace tevra

@@ -6,8 +6,9 @@
 #include "records/records.h"
 
 /**
- * The two files per MPTS in which versions survive a restart: "Tornel/TableStoreFile<n>" and
- * "Tornel/EITTableVersionStoreFile<n>" below the configuration root, <n> being the MPTS index.
+ * @file
+ * The two files per MPTS in which versions survive a restart: `Tornel/TableStoreFile<n>` and
+ * `Tornel/EITTableVersionStoreFile<n>` below the configuration root, `<n>` being the MPTS index.
  *
  * Callers hold the mutex that guards the record. All return 0 on success and 1 on failure, which
  * has been logged at level 3. Saving creates the directory with mode 0755 when missing and rewrites
@@ -15,13 +16,18 @@
  */
 namespace tevra {
 
+///@{
+/** Write `record`, the whole store. */
 [[nodiscard]] int saveTableStoreFile(const TableStoreFile& record, int32_t mptsIndex);
 [[nodiscard]] int saveEITTableVersionStoreFile(const EITTableVersionStoreFile& record,
                                                int32_t mptsIndex);
+///@}
 
+///@{
 /** `record` as readRecordFromFile leaves it. */
 [[nodiscard]] int loadTableStoreFile(TableStoreFile& record, int32_t mptsIndex);
 [[nodiscard]] int loadEITTableVersionStoreFile(EITTableVersionStoreFile& record, int32_t mptsIndex);
+///@}
 
 /** Starts that an entry survives without being written again; see ageEntries. */
 inline constexpr int32_t kMaxRestartCounter = 3;

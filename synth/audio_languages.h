@@ -5,8 +5,11 @@
 
 #include "records/records.h"
 
-/** Lists of audio languages: in order of first insertion, compared byte for byte, so "ENG" is not
- * "eng". */
+/**
+ * @file
+ * Lists of audio languages: in order of first insertion, compared byte for byte, so "ENG" is not
+ * "eng".
+ */
 namespace tevra {
 
 /** Logs every match at level 7. */

@@ -23,7 +23,7 @@ void detectPrivateAudio(const PMTES& es, bool& isAudio);
 
 /**
  * Whether the stream passes the language filter: true for anything but audio; for audio, whether
- * the language of its last ISO 639 descriptor (EN 300 468, 6.2.19; first entry, in its English
+ * the language of its last ISO 639 descriptor (ISO/IEC 13818-1, 2.6.18; first entry, in its English
  * form) is wanted. The stream's descriptors must fit sections.
  */
 [[nodiscard]] bool keepElementaryStream(const PMTES& es,

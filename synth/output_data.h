@@ -23,6 +23,7 @@ using OutputConfigurations = std::map<int32_t, SPTSConfiguration>;
  */
 class OutputData {
  public:
+  /** Both are used by every call. */
   OutputData(ConflictFreeDB& database, TableStoreOwner& stores)
       : database_(database), stores_(stores) {}
 

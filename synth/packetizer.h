@@ -10,6 +10,7 @@
 
 namespace tevra {
 
+/** Bytes of a transport stream packet (ISO/IEC 13818-1, 2.4.3.2). */
 inline constexpr size_t kTsPacketSize = 188;
 
 /** The start of a packet: sync byte, PID, continuity counter; the rest is stuffing (ISO/IEC

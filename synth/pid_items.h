@@ -30,6 +30,7 @@ class PidList {
   /** Appends an item with both PIDs equal to `pid`, which must be new, and no attribute. */
   PIDItem& append(int32_t pid);
 
+  /** All of them, in order. */
   [[nodiscard]] const std::vector<PIDItem>& items() const { return items_; }
 
   /** Hands out the items and leaves the list empty. */

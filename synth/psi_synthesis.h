@@ -10,6 +10,7 @@ namespace tevra {
 /** Keeps the tables last handed out, by input programme number, and their file. */
 class TableStoreOwner {
  public:
+  /** 0 to 3; for log lines. */
   [[nodiscard]] virtual int32_t mptsIndex() const = 0;
 
   /** The entry of a programme, default-constructed the first time. Stays valid while the owner
@@ -35,6 +36,7 @@ class TableStoreOwner {
  */
 [[nodiscard]] uint8_t findServiceType(int32_t serviceId, const SDT& sdt);
 
+///@{
 /**
  * Build one table of the output service each from `workingStore`, whose filtered PMT still carries
  * the input programme number. A table whose content differs from the stored one moves the stored
@@ -48,6 +50,7 @@ class TableStoreOwner {
 int synthPAT(ServiceWorkRecord& workingStore, PAT& storedPat);
 int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt);
 int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt);
+///@}
 
 /**
  * Synthesises all three against the owner's entry for the input programme number and writes the

@@ -2,7 +2,10 @@
 
 #include <string>
 
-/** Names that the standards give to coded values; all are empty for a value without one. */
+/**
+ * @file
+ * Names that the standards give to coded values; all are empty for a value without one.
+ */
 namespace tevra::tools {
 
 /** ISO/IEC 13818-1, table 2-34. */

@@ -12,9 +12,9 @@ inline constexpr int kFirstControlPort = 9224;
 
 /** Where a daemon is reached. */
 struct DaemonAddress {
-  std::string host = "127.0.0.1";
-  int port = kFirstControlPort;
-  int timeoutSeconds = 30;  // for connecting, and for every part of a call
+  std::string host = "127.0.0.1";  ///< name or address
+  int port = kFirstControlPort;    ///< TCP
+  int timeoutSeconds = 30;         ///< for connecting, and for every part of a call
 };
 
 /**

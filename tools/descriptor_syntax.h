@@ -21,9 +21,10 @@ struct PrivateScope {
   std::set<uint32_t> registrations;
 };
 
+/** One line of a table of syntaxes. */
 struct TaggedSyntax {
-  int tag;
-  DescriptorSyntax syntax;
+  int tag;                  ///< descriptor_tag
+  DescriptorSyntax syntax;  ///< never null
 };
 
 /** The syntax of `tag`; null where the table has none. */
@@ -37,9 +38,10 @@ template <size_t size>
   return nullptr;
 }
 
+/** What a private descriptor is to its owner. */
 struct PrivateDescriptor {
-  const char* name;
-  DescriptorSyntax syntax;
+  const char* name;         ///< "logical_channel_descriptor"
+  DescriptorSyntax syntax;  ///< never null
 };
 
 // The syntaxes by family; null for a tag that is not of the family or whose syntax is not known.

@@ -9,9 +9,9 @@ namespace tevra::tools {
 
 /** What a service descriptor (EN 300 468, 6.2.33) says, texts in UTF-8. */
 struct ServiceNames {
-  int type = 0;
-  std::string provider;
-  std::string name;
+  int type = 0;          ///< service_type
+  std::string provider;  ///< service_provider_name
+  std::string name;      ///< service_name
 };
 
 /**

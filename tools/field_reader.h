@@ -22,13 +22,15 @@ class FieldReader {
   /** `payload` must outlive the reader. */
   explicit FieldReader(const std::string& payload);
 
-  // Read without keeping. At most 40 bits at a time.
+  /** Reads without keeping, 64 bits at most. */
   [[nodiscard]] uint64_t bits(int count);
-  void skip(int count) { (void)bits(count); }  // read for the effect: reserved bits
+  void skip(int count) { (void)bits(count); }  ///< Reads for the effect: reserved bits.
   /** Whole bytes that are left. */
   [[nodiscard]] size_t left() const { return hasFailed() ? 0 : (end_ - position_) / 8; }
 
   // Read and keep; the numbers are returned too.
+
+  /** A quantity: shown in decimal. */
   int64_t number(const std::string& name, int bitCount);
   /** An identifier: shown in decimal and hexadecimal. */
   int id(const std::string& name, int bitCount);
@@ -38,6 +40,7 @@ class FieldReader {
   void fourCharacters(const std::string& name);
   /** A small code: shown in decimal, with its name where there is one. */
   int choice(const std::string& name, int bitCount, NameOf nameOf);
+  /** One bit: shown as yes or no. */
   bool flag(const std::string& name);
   /** A flag that is shown as one of two words instead of its name. */
   void word(const std::string& name, const std::string& ifSet, const std::string& ifNot);
@@ -47,6 +50,7 @@ class FieldReader {
   void text(const std::string& name, size_t size);
   /** DVB text behind its 8-bit length. */
   void countedText(const std::string& name);
+  /** `size` bytes without a meaning of their own. */
   void bytes(const std::string& name, size_t size);
   /** What is left, if anything is. */
   void rest(const std::string& name);
@@ -66,8 +70,11 @@ class FieldReader {
 
   /** The first reason counts. */
   void fail(const std::string& reason);
+  /** Whether there is a problem(). */
   [[nodiscard]] bool hasFailed() const { return !problem_.empty(); }
+  /** Why it has failed; empty while it has not. */
   [[nodiscard]] const std::string& problem() const { return problem_; }
+  /** Hands out what has been kept. Call it once, at the end. */
   [[nodiscard]] Fields takeFields();
 
  private:

@@ -7,57 +7,62 @@
 
 namespace tevra::tools {
 
+struct Field;
+
 /**
  * What a table or a descriptor says, decoded once, for every way of printing it: an ordered list of
  * named values. Names are camelCase as in the records ("streamType"); texts are UTF-8.
  */
-struct Field;
 using Fields = std::vector<Field>;
 
-/** `shown` is the number as people read it; `meaning` is empty where the standard names none. */
+/** A quantity, an identifier or a code. */
 struct Number {
-  int64_t value = 0;
-  std::string shown;
-  std::string meaning;
+  int64_t value = 0;    ///< as it stands in the stream, or in the unit of the field
+  std::string shown;    ///< as people read it
+  std::string meaning;  ///< empty where the standard names none
 };
 
+/** One bit. */
 struct Flag {
-  bool value = false;
-  std::string shown;
+  bool value = false;  ///< the bit
+  std::string shown;   ///< "yes" or "no", or a word for each
 };
 
 /** Quoted where it stands in the stream as text, else made from numbers: a time, a language. */
 struct Text {
-  std::string utf8;
-  bool quoted = true;
+  std::string utf8;    ///< without control characters of DVB text
+  bool quoted = true;  ///< whether it is a text of the stream
 };
 
 /** Bytes without a meaning of their own. */
 struct Bytes {
-  std::string data;
+  std::string data;  ///< as they stand in the stream
 };
 
 /** A loop: each entry is a list of fields. */
 struct List {
-  std::vector<Fields> entries;
+  std::vector<Fields> entries;  ///< in the order of the stream
 };
 
-/** `problem` is empty unless the payload contradicts the descriptor's syntax. */
+/** One descriptor. */
 struct DescriptorFields {
-  int tag = 0;
-  std::string name;
-  std::string payload;
-  bool isDecoded = false;
-  Fields fields;
-  std::string problem;
+  int tag = 0;             ///< descriptor_tag
+  std::string name;        ///< the standard's, "service_descriptor"
+  std::string payload;     ///< behind tag and length
+  bool isDecoded = false;  ///< whether `fields` says all that the payload does
+  Fields fields;           ///< empty unless it is decoded
+  std::string problem;     ///< empty unless the payload contradicts the descriptor's syntax
 };
 
+/** A loop of descriptors, in order. */
 struct DescriptorLoop {
-  std::vector<DescriptorFields> entries;
+  std::vector<DescriptorFields> entries;  ///< in the order of the stream
 };
 
+/** A named value of a table or descriptor. */
 struct Field {
-  std::string name;
+  std::string name;  ///< camelCase, as the JSON has it
+  /** What the field holds. */
   std::variant<Number, Flag, Text, Bytes, List, DescriptorLoop> value;
   /** Whether people need the name to understand the value. */
   bool isLabelled = true;
@@ -65,9 +70,11 @@ struct Field {
 
 /** A table_id, identifier or PID in decimal and hexadecimal: "257 (0x0101)". */
 [[nodiscard]] Field idField(const std::string& name, int value);
+/** A quantity in decimal. */
 [[nodiscard]] Field decimalField(const std::string& name, int64_t value);
 /** "0x1B", with the meaning if there is one. */
 [[nodiscard]] Field codeField(const std::string& name, int value, const std::string& meaning = {});
+/** Shown as "yes" or "no". */
 [[nodiscard]] Field flagField(const std::string& name, bool value);
 /** A flag that is shown as one of two words instead of its name. */
 [[nodiscard]] Field wordField(const std::string& name, bool value, const std::string& ifSet,

@@ -8,8 +8,8 @@ namespace tevra::tools {
 
 /** One line of a standard's table of codes. */
 struct NamedCode {
-  int code;
-  const char* name;
+  int code;          ///< the value in the stream
+  const char* name;  ///< in English
 };
 
 /** The name of `code`; empty where the table has none. */

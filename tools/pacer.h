@@ -22,6 +22,7 @@ class Pacer {
 
   /** Waits by the machine's clock. */
   Pacer();
+  /** Waits by `wait`. */
   explicit Pacer(Wait wait);
 
   /** Returns when the packet's time has come. */

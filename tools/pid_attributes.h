@@ -6,12 +6,14 @@
 
 namespace tevra::tools {
 
-/** The bits of PIDItem.attributes: why an output carries a PID. */
+///@{
+/** A bit of PIDItem.attributes: why an output carries a PID. */
 inline constexpr int32_t kPidPmt = 0x02;
 inline constexpr int32_t kPidPcr = 0x04;
 inline constexpr int32_t kPidEs = 0x08;
 inline constexpr int32_t kPidEcm = 0x10;
 inline constexpr int32_t kPidEmm = 0x20;
+///@}
 
 /**
  * What stands in PIDItem.inputPid when the daemon does not know which input PID feeds an output

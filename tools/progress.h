@@ -15,14 +15,16 @@ namespace tevra::tools {
  */
 class Progress {
  public:
-  using Clock = std::chrono::steady_clock;
-  using Now = std::function<Clock::time_point()>;
+  using Clock = std::chrono::steady_clock;         ///< what it goes by
+  using Now = std::function<Clock::time_point()>;  ///< what time it is
 
+  /** How it tells. */
   struct Options {
-    bool terminal = false;
+    bool terminal = false;                              ///< a bar instead of lines
     std::optional<uint64_t> totalBytes = std::nullopt;  ///< nothing: neither share nor time left
   };
 
+  /** The stream is being read from now on. `out` must outlive it. */
   Progress(std::ostream& out, const Options& options, Now now = Clock::now);
 
   /** So many bytes have been read and tables sent since construction. */

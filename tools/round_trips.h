@@ -11,11 +11,12 @@ using RoundTrips = std::vector<std::chrono::nanoseconds>;
 
 /** The three figures that tell most about them; all zero without any. */
 struct RoundTripSummary {
-  std::chrono::nanoseconds shortest{0};
-  std::chrono::nanoseconds median{0};  ///< the lower one of an even number
-  std::chrono::nanoseconds longest{0};
+  std::chrono::nanoseconds shortest{0};  ///< of all
+  std::chrono::nanoseconds median{0};    ///< the lower one of an even number
+  std::chrono::nanoseconds longest{0};   ///< of all
 };
 
+/** The figures of `times`, in any order. */
 [[nodiscard]] RoundTripSummary summarise(RoundTrips times);
 
 /** In milliseconds with three decimals, without a unit: "0.084". */

@@ -7,6 +7,8 @@
 
 namespace tevra::tools {
 
+///@{
+/** table_id of a table that is handled (ISO/IEC 13818-1, table 2-31; EN 300 468, table 2). */
 inline constexpr int kTablePat = 0x00;
 inline constexpr int kTableCat = 0x01;
 inline constexpr int kTablePmt = 0x02;
@@ -17,10 +19,13 @@ inline constexpr int kTableEitPresentFollowing = 0x4E;
 inline constexpr int kTableEitScheduleFirst = 0x50;
 inline constexpr int kTableEitScheduleLast = 0x5F;
 inline constexpr int kTableTot = 0x73;
+///@}
 
+/** A schedule of the actual transport stream. */
 [[nodiscard]] inline bool isEitSchedule(int tableId) {
   return tableId >= kTableEitScheduleFirst && tableId <= kTableEitScheduleLast;
 }
+/** Present/following or schedule, of the actual transport stream. */
 [[nodiscard]] inline bool isEit(int tableId) {
   return tableId == kTableEitPresentFollowing || isEitSchedule(tableId);
 }
@@ -49,18 +54,28 @@ class Section {
   /** Whether `tableId` is one of the tables above. */
   [[nodiscard]] static bool isHandled(int tableId);
 
-  [[nodiscard]] int tableId() const { return bytes_[0]; }
-  /** The five below are 0, 0, true, 0 and 0 for a TOT, whose header is short. */
+  [[nodiscard]] int tableId() const { return bytes_[0]; }  ///< table_id
+
+  ///@{
+  /**
+   * table_id_extension, version_number, current_next_indicator, section_number and
+   * last_section_number; 0, 0, true, 0 and 0 for a TOT, whose header is short.
+   */
   [[nodiscard]] int extension() const { return isLong() ? read16(&bytes_[3]) : 0; }
   [[nodiscard]] int version() const { return isLong() ? (bytes_[5] >> 1) & 0x1F : 0; }
   [[nodiscard]] bool isCurrent() const { return !isLong() || (bytes_[5] & 0x01) != 0; }
   [[nodiscard]] int number() const { return isLong() ? bytes_[6] : 0; }
   [[nodiscard]] int lastNumber() const { return isLong() ? bytes_[7] : 0; }
+  ///@}
 
-  /** Between header and CRC_32. */
+  ///@{
+  /** What lies between header and CRC_32. */
   [[nodiscard]] const uint8_t* payload() const { return bytes_.data() + headerSize(); }
   [[nodiscard]] size_t payloadSize() const { return bytes_.size() - headerSize() - kCrcSize; }
   [[nodiscard]] const uint8_t* payloadEnd() const { return payload() + payloadSize(); }
+  ///@}
+
+  /** All of it, header and CRC_32 included. */
   [[nodiscard]] const std::vector<uint8_t>& bytes() const { return bytes_; }
 
  private:

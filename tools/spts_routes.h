@@ -10,9 +10,9 @@ namespace tevra::tools {
 
 /** What becomes of the packets of one input PID. */
 struct PidRoute {
-  int outputPid;
-  bool pcrOnly;    // the input's PMT shares the PID: only its PCRs go on
-  bool renumbers;  // several input PIDs share the output PID: continuity counters are made anew
+  int outputPid;   ///< 0 to 8191
+  bool pcrOnly;    ///< the input's PMT shares the PID: only its PCRs go on
+  bool renumbers;  ///< several input PIDs share the output PID: continuity counters are made anew
 };
 
 /** Where the packets of an input multiplex go in one output. */

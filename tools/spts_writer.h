@@ -36,14 +36,18 @@ class SptsWriter {
   SptsWriter(const SptsWriter&) = delete;  // the clock refers to it
   SptsWriter& operator=(const SptsWriter&) = delete;
 
+  /** The next packet of the input multiplex. What comes of it may wait for a later one. */
   void push(const TsPacket& packet) { clock_.push(packet); }
   /** Writes what is held back. */
   void finish() { clock_.finish(); }
 
+  /** Packets written that came from the input. */
   [[nodiscard]] uint64_t streamPackets() const { return streamPackets_; }
+  /** Packets written of PAT, SDT and PMT. */
   [[nodiscard]] uint64_t tablePackets() const { return tablePackets_; }
   /** Stream time from the first to the last input packet, in 27 MHz ticks. */
   [[nodiscard]] int64_t duration() const { return duration_; }
+  /** One line for every item of the answer that cannot be carried. */
   [[nodiscard]] const std::vector<std::string>& warnings() const { return routes_.warnings(); }
 
  private:

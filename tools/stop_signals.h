@@ -14,6 +14,7 @@ namespace tevra::tools {
  */
 class StopSignals {
  public:
+  /** `action` may be called from now on. */
   explicit StopSignals(std::function<void()> action);
   ~StopSignals();
   StopSignals(const StopSignals&) = delete;

@@ -25,11 +25,13 @@ class StreamClock {
    */
   using Consumer = std::function<void(const TsPacket& packet, int64_t time, int64_t horizon)>;
 
+  /** Packets held back at most. */
   static constexpr size_t kMaxPending = 65536;
 
   /** A `pcrPid` that no packet has is a stream without PCRs. */
   StreamClock(int pcrPid, Consumer consumer);
 
+  /** The next packet of the multiplex. Passes on what the consumer raises. */
   void push(const TsPacket& packet);
   /** Hands on what is left. */
   void finish();

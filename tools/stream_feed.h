@@ -33,9 +33,13 @@ class StreamFeed {
   /** The same of a file, or of standard input for "-". */
   StreamFeed(const std::string& path, thrift::in_module::im_SIControlSrvIf& daemon);
 
+  /** What the stream's services are. */
   [[nodiscard]] const StreamInventory& inventory() const { return inventory_; }
+  /** The account of what was sent. */
   [[nodiscard]] const TableFeeder& tables() const { return feeder_; }
+  /** Transport stream packets read. */
   [[nodiscard]] uint64_t packets() const { return packets_; }
+  /** What was lost on the way to tables. */
   [[nodiscard]] const DemuxStatistics& statistics() const { return statistics_; }
 
   /** For people: what was wrong with the stream, one line per fault. */

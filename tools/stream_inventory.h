@@ -12,23 +12,25 @@ namespace tevra::tools {
 
 /** A service as the tables of its stream describe it. */
 struct ServiceSummary {
-  int serviceId = 0;
-  int type = 0;
-  std::string name;
-  std::string provider;
-  std::optional<int> pmtPid;
-  bool hasPmt = false;
-  size_t streams = 0;
-  std::vector<std::string> audioLanguages;
+  int serviceId = 0;                        ///< service_id, the programme number of its PMT
+  int type = 0;                             ///< service_type; 0 without a service descriptor
+  std::string name;                         ///< UTF-8
+  std::string provider;                     ///< UTF-8
+  std::optional<int> pmtPid;                ///< nothing when the PAT does not name it
+  bool hasPmt = false;                      ///< whether the next two come from one
+  size_t streams = 0;                       ///< elementary streams
+  std::vector<std::string> audioLanguages;  ///< one per audio stream: "eng", "eng+fre", "-"
 };
 
 /** The last PAT, SDT and PMTs of a stream: what its services are. */
 class StreamInventory {
  public:
+  /** Takes the place of the one before, of a PMT's by programme number; other tables are ignored.
+   */
   void add(const SiTable& table);
 
-  [[nodiscard]] std::optional<int> transportStreamId() const;
-  [[nodiscard]] std::optional<int> originalNetworkId() const;
+  [[nodiscard]] std::optional<int> transportStreamId() const;  ///< of the PAT
+  [[nodiscard]] std::optional<int> originalNetworkId() const;  ///< of the SDT
   /** Those of the PAT and the SDT, in ascending service id. */
   [[nodiscard]] std::vector<ServiceSummary> services() const;
   /** As constructed, but for its id, when the stream knows nothing of the service. */

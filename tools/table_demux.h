@@ -19,17 +19,17 @@ namespace tevra::tools {
 
 /** What happened on the way from packets to tables. */
 struct DemuxStatistics {
-  uint64_t truncatedSections = 0;
-  uint64_t crcErrors = 0;
-  uint64_t malformedSections = 0;
-  uint64_t discontinuities = 0;
+  uint64_t truncatedSections = 0;  ///< their end never came
+  uint64_t crcErrors = 0;          ///< sections with a wrong CRC_32
+  uint64_t malformedSections = 0;  ///< a right CRC_32, and lengths that do not add up
+  uint64_t discontinuities = 0;    ///< times that the continuity counter told of lost packets
 };
 
 /** A sub-table of which not all sections had come. */
 struct IncompleteTable {
-  int tableId;
-  int extension;
-  size_t sections;  // how many had
+  int tableId;      ///< table_id
+  int extension;    ///< table_id_extension
+  size_t sections;  ///< how many had
 };
 
 /**
@@ -48,14 +48,18 @@ class TableDemux {
   /** May throw; push then passes the exception on. */
   using Consumer = std::function<void(const SiTable& table)>;
 
+  /** `consumer` is given every table. */
   explicit TableDemux(Consumer consumer);
 
+  /** The next packet of the stream. */
   void push(const TsPacket& packet);
 
   /** Of how many sections the table is that the consumer has just been given. */
   [[nodiscard]] size_t sectionsOfTable() const { return sectionsOfTable_; }
 
+  /** Of all PIDs, up to now. */
   [[nodiscard]] DemuxStatistics statistics() const;
+  /** By PID, then table_id, then extension. */
   [[nodiscard]] std::vector<IncompleteTable> incompleteTables() const;
 
  private:

@@ -19,6 +19,7 @@ class TableFeeder {
   /** The table came in so many sections. Passes on what the call raises. */
   void feed(const SiTable& table, size_t sections);
 
+  /** Tables handed to the daemon, those that it refused included. */
   [[nodiscard]] size_t sent() const { return sent_; }
   /** Tables that the daemon said no to. */
   [[nodiscard]] size_t refused() const { return refused_; }
@@ -28,7 +29,7 @@ class TableFeeder {
     std::string what;     ///< "service 101"; nothing for tables of which there is one
     std::string last;     ///< "version 4", the time of a TOT
     size_t sections = 0;  ///< of the last
-    size_t count = 0;
+    size_t count = 0;     ///< times that it was sent
   };
 
   /** By kind, then by id. */

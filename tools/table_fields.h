@@ -9,8 +9,8 @@ namespace tevra::tools {
 
 /** A table: its short name, the fields of its header and, behind them, its loops. */
 struct TableFields {
-  std::string name;
-  Fields fields;
+  std::string name;  ///< "PAT", "EIT"
+  Fields fields;     ///< in the order of the section
 };
 
 /** Any table with everything in it decoded; the order and the names are the standards'. */

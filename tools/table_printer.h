@@ -13,10 +13,12 @@ class TablePrinter {
   /** `out` must outlive the printer. */
   TablePrinter(std::ostream& out, bool json) : out_(out), json_(json) {}
 
+  /** Prints it decoded, at once. */
   void print(const SiTable& table);
   /** Completes the JSON array, which is empty if nothing was printed. Call it once, at the end. */
   void finish();
 
+  /** How many tables. */
   [[nodiscard]] size_t printed() const { return printed_; }
 
  private:

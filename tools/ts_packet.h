@@ -7,16 +7,21 @@
 
 namespace tevra::tools {
 
-inline constexpr size_t kTsPacketSize = 188;
-inline constexpr uint8_t kTsSyncByte = 0x47;
+inline constexpr size_t kTsPacketSize = 188;  ///< bytes (ISO/IEC 13818-1, 2.4.3.2)
+inline constexpr uint8_t kTsSyncByte = 0x47;  ///< its first byte
+
+///@{
+/** PID of the table (ISO/IEC 13818-1, table 2-3; EN 300 468, table 1). */
 inline constexpr int kPatPid = 0x0000;
 inline constexpr int kCatPid = 0x0001;
 inline constexpr int kNitPid = 0x0010;
 inline constexpr int kSdtPid = 0x0011;
 inline constexpr int kEitPid = 0x0012;
 inline constexpr int kTotPid = 0x0014;
-inline constexpr int kNullPid = 0x1FFF;
-inline constexpr int kPidCount = 0x2000;
+///@}
+
+inline constexpr int kNullPid = 0x1FFF;   ///< PID of null packets
+inline constexpr int kPidCount = 0x2000;  ///< 13 bits
 
 /** Ticks of the 27 MHz system clock per second. */
 inline constexpr int64_t kSystemClock = 27'000'000;
@@ -36,21 +41,32 @@ class TsPacket {
   /** Copies 188 bytes. */
   explicit TsPacket(const uint8_t* bytes);
 
+  ///@{
+  /** Its 188 bytes. */
   [[nodiscard]] const uint8_t* data() const { return bytes_.data(); }
   [[nodiscard]] uint8_t* data() { return bytes_.data(); }
+  ///@}
 
+  /** 0 to 8191. */
   [[nodiscard]] int pid() const { return ((bytes_[1] & 0x1F) << 8) | bytes_[2]; }
   /** Keeps the low 13 bits. */
   void setPid(int pid);
+  /** 0 to 15. */
   [[nodiscard]] int continuityCounter() const { return bytes_[3] & 0x0F; }
   /** Keeps the low 4 bits. */
   void setContinuityCounter(int counter);
 
+  ///@{
+  /**
+   * transport_error_indicator, payload_unit_start_indicator, any transport_scrambling_control, and
+   * the two bits of adaptation_field_control.
+   */
   [[nodiscard]] bool transportError() const { return (bytes_[1] & 0x80) != 0; }
   [[nodiscard]] bool unitStart() const { return (bytes_[1] & 0x40) != 0; }
   [[nodiscard]] bool scrambled() const { return (bytes_[3] & 0xC0) != 0; }
   [[nodiscard]] bool hasAdaptationField() const { return (bytes_[3] & 0x20) != 0; }
   [[nodiscard]] bool hasPayload() const { return (bytes_[3] & 0x10) != 0; }
+  ///@}
 
   /**
    * Where the payload starts; 188 when there is none or the adaptation field leaves no room for it.

@@ -22,11 +22,13 @@ class TsPacketReader {
   /** Fills `buffer` with up to `size` bytes and returns how many; 0 at the end. May throw. */
   using Source = std::function<size_t(uint8_t* buffer, size_t size)>;
 
+  /** Nothing is read before the first next(), which passes on what `source` raises. */
   explicit TsPacketReader(Source source);
 
   /** Reads the next packet. False at the end of the source, with `packet` untouched. */
   [[nodiscard]] bool next(TsPacket& packet);
 
+  /** How many packets next() has given. */
   [[nodiscard]] uint64_t packets() const { return packets_; }
   /** How often a packet was expected and its sync byte was not there. */
   [[nodiscard]] uint64_t syncLosses() const { return syncLosses_; }

@@ -8,12 +8,13 @@
 
 namespace tevra::tools {
 
+/** What the name of a UDP source begins with. */
 inline constexpr std::string_view kUdpScheme = "udp://";
 
 /** An IPv4 address and a port to receive at. */
 struct UdpAddress {
-  std::string address;
-  int port = 0;
+  std::string address;  ///< dotted decimal; a multicast group or one of the machine's own
+  int port = 0;         ///< 1 to 65535
 };
 
 /** Reads "udp://ADDRESS:PORT"; raises ToolError when it is not one. */
@@ -27,6 +28,7 @@ struct UdpAddress {
  */
 class UdpSource : public ByteSource {
  public:
+  /** Begins to receive; raises ToolError when the machine does not let it. */
   UdpSource(const UdpAddress& address, LiveOptions live);
   ~UdpSource() override;
   UdpSource(const UdpSource&) = delete;

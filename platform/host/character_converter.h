@@ -14,6 +14,7 @@ namespace tevra::host {
  */
 class CharacterConverter {
  public:
+  /** Names of character sets as iconv(3) knows them. */
   CharacterConverter(const char* to, const char* from);
   ~CharacterConverter();
   CharacterConverter(const CharacterConverter&) = delete;
@@ -30,8 +31,10 @@ class CharacterConverter {
 /** Converts to code points, one per element; nothing where the input holds anything else. */
 class CharacterDecoder {
  public:
+  /** The name of a character set as iconv(3) knows it. */
   explicit CharacterDecoder(const char* from) : converter_("WCHAR_T", from) {}
 
+  /** All of `input`, or nothing where a part of it is invalid or incomplete. */
   [[nodiscard]] std::optional<std::wstring> decode(const std::string& input);
 
  private:

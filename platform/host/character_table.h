@@ -13,7 +13,7 @@ class CharacterTable {
  public:
   /** A character that DVB's table has in another place than iconv's character set, or may have. */
   struct Difference {
-    wchar_t character;
+    wchar_t character;  ///< its code point
     std::string bytes;  ///< In DVB's table; empty: the character counts as lacking.
   };
 

@@ -2,8 +2,11 @@
 
 #include <string>
 
-/** The process environment, which stands in for what a device knows about itself. Read anew at
- * every call. */
+/**
+ * @file
+ * The process environment, which stands in for what a device knows about itself. Read anew at
+ * every call.
+ */
 namespace tevra::host {
 
 /** Value of variable `name`; `fallback` when it is absent or empty. */

@@ -132,6 +132,8 @@ class Packages(unittest.TestCase):
                   "usr/share/man/man8/tornel.8.gz", "usr/share/man/man1/tornelctl.1.gz",
                   "usr/share/doc/tornel/operating.md", "usr/share/tornel/idl/in_module.thrift",
                   "usr/include/tornel/platform/module_utils.h"}
+        wanted |= {f"usr/share/doc/tornel-dev/examples/clients/{name}"
+                   for name in ("CMakeLists.txt", "client.cpp", "client.py", "main_task.cpp", "main_task.py")}
         wanted |= {f"usr/share/doc/{name}/{text}" for name in NAMES for text in ("copyright", "changelog.Debian.gz")}
         self.assertEqual(set(), wanted - files)
         for program in ("usr/sbin/tornel", "usr/bin/tornelctl"):
