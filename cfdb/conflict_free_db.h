@@ -82,16 +82,20 @@ class ConflictFreeDB {
    */
   void restampEITpf(const EITMap& in);
   void restampEITsch(const EITMap& in);
+  ///@}
 
+  ///@{
   /** Restamp `in`, empty `out` and copy the result to it. A full schedule takes tens of megabytes:
    * those who need one EIT at a time restamp, then get. */
   bool getConflictFreeEITpf(EITMap& out, const EITMap& in);
   bool getConflictFreeEITsch(EITMap& out, const EITMap& in);
   ///@}
 
-  /** One restamped EIT. */
+  ///@{
+  /** One restamped EIT, by the keys it was given under. */
   [[nodiscard]] bool getRestampedEITpf(EIT& out, int32_t serviceId, int32_t tableId);
   [[nodiscard]] bool getRestampedEITsch(EIT& out, int32_t serviceId, int32_t tableId);
+  ///@}
 
   /** Empties everything but the TOT and the PID mapping, which are meant to survive. */
   void clearConflictFreeDB()

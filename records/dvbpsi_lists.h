@@ -90,11 +90,13 @@ inline const uint8_t* bytesOf(const std::string& text) {
  */
 class DecodableDescriptor {
  public:
+  /** Only points to the payload. */
   explicit DecodableDescriptor(const Descriptor& record);
   ~DecodableDescriptor();
   DecodableDescriptor(const DecodableDescriptor&) = delete;
   DecodableDescriptor& operator=(const DecodableDescriptor&) = delete;
 
+  /** What a decoder takes; what it returns lives as long as this. */
   [[nodiscard]] dvbpsi_descriptor_t* get() { return &descriptor_; }
 
  private:
