@@ -32,6 +32,10 @@ bool isOfDescriptor(const Change& change) {
   return !change.descriptor.empty();
 }
 
+std::string descriptorLabel(const Change& change) {
+  return change.descriptorKey ? "CA system " + valueText(*change.descriptorKey) : change.descriptor;
+}
+
 /** Of a field with a number that the standard names before and after, the names. */
 std::string sidesText(const Field& from, const Field& to) {
   const auto* before = std::get_if<Number>(&from.value);
@@ -47,7 +51,7 @@ std::string fieldChangeText(const Change& change) {
   const auto& to = std::get<Field>(change.to);
   std::string text = (to.isLabelled ? labelOf(to.name) + " " : "") + sidesText(from, to);
   if (isOfDescriptor(change) && !contains(kUnnamedDescriptors, change.descriptor)) {
-    text.insert(0, change.descriptor + " ");
+    text.insert(0, descriptorLabel(change) + " ");
   }
   return text + (change.seconds ? " (" + spanText(*change.seconds) + ")" : "");
 }
@@ -59,16 +63,17 @@ std::string briefOfSide(const Side& side) {
 
 /** A descriptor that is there as a whole or not: of the table itself, or of one of its entries. */
 std::string wholeDescriptorText(const Change& change) {
+  const std::string label = descriptorLabel(change);
   const std::string before = briefOfSide(change.from);
   const std::string after = briefOfSide(change.to);
   if (change.kind == Kind::kChanged) {
-    return change.descriptor + (before == after ? " changed" : ": " + before + " -> " + after);
+    return label + (before == after ? " changed" : ": " + before + " -> " + after);
   }
   const std::string brief = change.kind == Kind::kAdded ? after : before;
   if (isOfTable(change)) {
-    return change.descriptor + (brief.empty() ? "" : ": " + brief);
+    return label + (brief.empty() ? "" : ": " + brief);
   }
-  return change.descriptor + (change.kind == Kind::kAdded ? " added" : " removed") +
+  return label + (change.kind == Kind::kAdded ? " added" : " removed") +
          (brief.empty() ? "" : " (" + brief + ")");
 }
 
@@ -80,7 +85,8 @@ std::string shiftText(const Change& change) {
 /** What changed, without what it is about. */
 std::string partText(const Change& change) {
   if (change.kind == Kind::kReordered) {
-    return labelOf(change.field) + " in another order";
+    const EntryRule* rule = entryRule(change.field);
+    return (rule == nullptr ? change.field : rule->plural) + " in another order";
   }
   return change.field.empty() ? wholeDescriptorText(change) : fieldChangeText(change);
 }

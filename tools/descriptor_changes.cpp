@@ -1,7 +1,9 @@
 #include "tools/descriptor_changes.h"
 
+#include <string>
 #include <utility>
 
+#include "tools/field_text.h"
 #include "tools/fields_equal.h"
 #include "tools/matching.h"
 #include "tools/table_entries.h"
@@ -49,8 +51,7 @@ bool collect(Differing& differing, const Fields& from, const Fields& to) {
     if (isValue(after)) {
       differing.emplace_back(&before, &after);
     } else if (const List* list = std::get_if<List>(&after.value);
-               list == nullptr ||
-               !collectLoop(differing, std::get<List>(before.value), *list)) {
+               list == nullptr || !collectLoop(differing, std::get<List>(before.value), *list)) {
       return false;
     }
   }
@@ -61,7 +62,8 @@ Change changeOf(Change::Kind kind, const Subject& subject, const DescriptorField
   Change change;
   change.kind = kind;
   change.subject = subject;
-  change.descriptor = labelOf(descriptor);
+  change.descriptor = descriptor.name;
+  change.descriptorKey = descriptorKey(descriptor);
   return change;
 }
 
@@ -93,10 +95,13 @@ Matching matchDescriptors(const Descriptors& from, const Descriptors& to) {
   const auto whole = [](const Descriptors& list) {
     return [&list](size_t i) { return std::to_string(list[i].tag) + " " + list[i].payload; };
   };
-  const auto label = [](const Descriptors& list) {
-    return [&list](size_t i) { return std::to_string(list[i].tag) + " " + labelOf(list[i]); };
+  const auto key = [](const Descriptors& list) {
+    return [&list](size_t i) {
+      const auto field = descriptorKey(list[i]);
+      return std::to_string(list[i].tag) + (field ? " " + valueText(*field) : "");
+    };
   };
-  return match(from.size(), to.size(), {{whole(from), whole(to)}, {label(from), label(to)}});
+  return match(from.size(), to.size(), {{whole(from), whole(to)}, {key(from), key(to)}});
 }
 
 }  // namespace

@@ -18,9 +18,8 @@ std::string twoDigits(int64_t value) {
 }  // namespace
 
 std::optional<int64_t> secondsOfDvbTime(int64_t utcTime) {
-  static constexpr std::array<int64_t, 6> kUnits = {10 * kSecondsPerHour,   kSecondsPerHour,
-                                                    10 * kSecondsPerMinute, kSecondsPerMinute,
-                                                    10,                     1};
+  static constexpr std::array<int64_t, 6> kUnits = {
+      10 * kSecondsPerHour, kSecondsPerHour, 10 * kSecondsPerMinute, kSecondsPerMinute, 10, 1};
   int64_t seconds = (((utcTime >> 24) & 0xFFFF) - kMjdOf1970) * kSecondsPerDay;
   int shift = 20;
   for (const int64_t unit : kUnits) {

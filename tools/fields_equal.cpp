@@ -16,10 +16,9 @@ struct SameValue {
                       [](const Fields& x, const Fields& y) { return isSame(x, y); });
   }
   bool operator()(const DescriptorLoop& a, const DescriptorLoop& b) const {
-    return std::equal(a.entries.begin(), a.entries.end(), b.entries.begin(), b.entries.end(),
-                      [](const DescriptorFields& x, const DescriptorFields& y) {
-                        return isSame(x, y);
-                      });
+    return std::equal(
+        a.entries.begin(), a.entries.end(), b.entries.begin(), b.entries.end(),
+        [](const DescriptorFields& x, const DescriptorFields& y) { return isSame(x, y); });
   }
   template <class A, class B>
   bool operator()(const A& /*a*/, const B& /*b*/) const {

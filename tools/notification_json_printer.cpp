@@ -54,6 +54,9 @@ Json changeJson(const Change& change) {
   if (!change.descriptor.empty()) {
     json["descriptor"] = change.descriptor;
   }
+  if (change.descriptorKey) {
+    json.update(fieldsJson({*change.descriptorKey}));
+  }
   json["change"] = kKinds.at(static_cast<size_t>(change.kind));
   if (change.seconds) {
     json["seconds"] = *change.seconds;

@@ -156,8 +156,9 @@ void NotificationTextPrinter::printChanges(const std::string& stamp,
          << "\n";
   }
   if (isCut) {
-    out_ << stamp << indent << painted(kYellow, "... and " + std::to_string(lines.size() - shown) +
-                                                    " more (--all shows them)")
+    out_ << stamp << indent
+         << painted(kYellow,
+                    "... and " + std::to_string(lines.size() - shown) + " more (--all shows them)")
          << "\n";
   }
 }

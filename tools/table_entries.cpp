@@ -16,6 +16,8 @@ constexpr int kShortEvent = 0x4D;
 constexpr int kTeletext = 0x56;
 constexpr int kSubtitling = 0x59;
 constexpr size_t kBriefWidth = 60;
+/** Not worth a word. */
+constexpr const char* kUndefined = "undefined";
 
 const std::vector<EntryRule>& rules() {
   static const std::vector<EntryRule> kRules = {
@@ -95,11 +97,14 @@ const DescriptorFields* descriptorWith(const Fields& entry, int tag) {
   return found == loop->entries.end() ? nullptr : &*found;
 }
 
-/** A number by its name in the standard where it has one, else by its digits. */
-std::string shortText(const Field& field) {
+/** Whether the standard's name of a number says enough without the number; not of an identifier. */
+bool hasShortName(const Field& field) {
   const auto* number = std::get_if<Number>(&field.value);
-  const bool hasName = number != nullptr && !number->meaning.empty();
-  return hasName && number->shown.back() != ')' ? number->meaning : valueText(field);
+  return number != nullptr && !number->meaning.empty() && number->shown.back() != ')';
+}
+
+std::string shortText(const Field& field) {
+  return hasShortName(field) ? std::get<Number>(field.value).meaning : valueText(field);
 }
 
 std::string decimal(const Field& field) {
@@ -112,9 +117,9 @@ std::string briefPart(const Field& field) {
   if (const Flag* flag = std::get_if<Flag>(&field.value)) {
     return flag->value ? flag->shown : "";
   }
-  const auto* number = std::get_if<Number>(&field.value);
-  const bool needsLabel = number != nullptr && field.isLabelled && shortText(field) != number->meaning;
-  return (needsLabel ? labelOf(field.name) + " " : "") + shortText(field);
+  const bool isBareNumber =
+      std::holds_alternative<Number>(field.value) && !hasShortName(field) && field.isLabelled;
+  return isBareNumber ? fieldText(field) : shortText(field);
 }
 
 void appendParts(std::vector<std::string>& parts, const Fields& fields) {
@@ -123,8 +128,8 @@ void appendParts(std::vector<std::string>& parts, const Fields& fields) {
       for (const Fields& entry : list->entries) {
         appendParts(parts, entry);
       }
-    } else if (isInLine(field)) {
-      parts.push_back(fieldText(field));
+    } else if (isInLine(field) && shortText(field) != kUndefined) {
+      parts.push_back(hasShortName(field) ? shortText(field) : fieldText(field));
     }
   }
 }
@@ -185,7 +190,7 @@ std::string briefOf(const Subject& subject, const Fields& entry) {
   for (const FieldPath& path : rule->brief) {
     const Field* field = fieldAt(entry, path);
     const std::string part = field == nullptr ? "" : briefPart(*field);
-    if (!part.empty() && part != "undefined") {
+    if (!part.empty() && part != kUndefined) {
       parts.push_back(part);
     }
   }
@@ -194,16 +199,17 @@ std::string briefOf(const Subject& subject, const Fields& entry) {
 
 std::string briefOf(const DescriptorFields& descriptor) {
   std::vector<std::string> parts;
-  const bool isCa = descriptor.tag == kCa && !descriptor.fields.empty();
-  appendParts(parts, isCa ? Fields(descriptor.fields.begin() + 1, descriptor.fields.end())
-                          : descriptor.fields);
+  appendParts(parts, descriptor.fields);
+  if (descriptorKey(descriptor)) {
+    parts.erase(parts.begin());  // stands before the brief
+  }
   return shortened(joined(parts, ", "));
 }
 
-std::string labelOf(const DescriptorFields& descriptor) {
+std::optional<Field> descriptorKey(const DescriptorFields& descriptor) {
   const Field* system =
       descriptor.tag == kCa ? fieldNamed(descriptor.fields, "caSystemId") : nullptr;
-  return system == nullptr ? descriptor.name : "CA system " + valueText(*system);
+  return system == nullptr ? std::nullopt : std::make_optional(*system);
 }
 
 std::string shortened(const std::string& text) {

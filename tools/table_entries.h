@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,8 +43,8 @@ struct EntryRule {
 /** The same of a descriptor: the beginning of what it says, empty if that is not known. */
 [[nodiscard]] std::string briefOf(const DescriptorFields& descriptor);
 
-/** "CA system 0x0071" for a CA descriptor, else the descriptor's name. */
-[[nodiscard]] std::string labelOf(const DescriptorFields& descriptor);
+/** What tells a descriptor from others with its tag: the system of a CA descriptor. */
+[[nodiscard]] std::optional<Field> descriptorKey(const DescriptorFields& descriptor);
 
 /** The beginning of UTF-8 text that is too long for a part of a line. */
 [[nodiscard]] std::string shortened(const std::string& text);

@@ -15,8 +15,7 @@ constexpr size_t kBufferSize = 64;
 constexpr size_t kOffsetHours = 3;  // characters of "+01" in "+0100"
 
 std::tm brokenDown(TimePoint time, Zone zone) {
-  const std::time_t whole =
-      std::chrono::floor<seconds>(time).time_since_epoch().count();
+  const std::time_t whole = std::chrono::floor<seconds>(time).time_since_epoch().count();
   std::tm parts{};
   if (zone == Zone::kUtc) {
     gmtime_r(&whole, &parts);
