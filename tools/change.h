@@ -26,9 +26,9 @@ struct Change {
 
   Kind kind = Kind::kChanged;
   Subject subject;
-  std::string descriptor;  ///< of the subject's: its name; empty where it is about none
+  std::string descriptor;              ///< of the subject's: its name; empty where it is about none
   std::optional<Field> descriptorKey;  ///< what tells that from others of its name, if anything
-  std::string field;       ///< of the subject or its descriptor; empty: that as a whole
+  std::string field;                   ///< of the subject or its descriptor; empty: that as a whole
   Side from;
   Side to;
   /** By how much a time moved. */

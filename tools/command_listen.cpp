@@ -16,6 +16,7 @@
 #include "tools/notification_server.h"
 #include "tools/notification_text_printer.h"
 #include "tools/stop_signals.h"
+#include "tools/table_facts.h"
 #include "tools/tool_error.h"
 
 namespace tevra::tools {
@@ -24,6 +25,8 @@ namespace {
 constexpr int kMostNotifications = 1'000'000'000;
 constexpr int kLongestTime = 1'000'000;
 constexpr int kLongestTimeout = 3600;
+/** A table's 256 sections of 4096 bytes, and what records take in memory beside them. */
+constexpr size_t kLargestTable = size_t{32} * 1024 * 1024;
 
 struct ListenOptions {
   EndpointOptions endpoint;
@@ -127,6 +130,12 @@ class Listener {
     watch_->touch();
     ++taken_;
     TableNews news;
+    if (notification.table && memoryOf(*notification.table) > kLargestTable) {
+      streams_.err << kindText(notification.kind)
+                   << " ignored: larger than any transport stream can carry\n"
+                   << std::flush;
+      return;
+    }
     if (notification.table) {
       news = history_.add(notification.kind, *notification.table);
     }

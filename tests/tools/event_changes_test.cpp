@@ -37,9 +37,9 @@ EIT scheduleAt(const std::vector<int64_t>& clocks) {
 }
 
 TEST(EventChanges, EventsThatMoveEquallyAreOneLine) {
-  EXPECT_THAT(lines(scheduleAt({0x120000, 0x123000, 0x130000}),
-                    scheduleAt({0x120005, 0x123005, 0x130005})),
-              ElementsAre("~ all 3 events moved by +00:00:05"));
+  EXPECT_THAT(
+      lines(scheduleAt({0x120000, 0x123000, 0x130000}), scheduleAt({0x120005, 0x123005, 0x130005})),
+      ElementsAre("~ all 3 events moved by +00:00:05"));
 }
 
 TEST(EventChanges, EventsThatMoveEquallyKeepTheirIds) {
@@ -83,8 +83,8 @@ TEST(EventChanges, ANewNameIsAChangeOfTheEvent) {
 }
 
 TEST(EventChanges, ATimeThatIsNoneIsNoDistance) {
-  const EIT before = eitRecord({eventRecord(1, kUndefinedTime, "A"),
-                                eventRecord(2, kUndefinedTime, "B")});
+  const EIT before =
+      eitRecord({eventRecord(1, kUndefinedTime, "A"), eventRecord(2, kUndefinedTime, "B")});
   const Changes changes = tableChanges(before, scheduleAt({0x120000, 0x123000}));
   for (const Change& change : changes) {
     EXPECT_FALSE(change.seconds) << change.subject.label;

@@ -21,7 +21,8 @@ class ListenWatchTest : public testing::Test {
  protected:
   /** A watch that keeps its reason. */
   std::unique_ptr<ListenWatch> watch(const ListenWatch::Limits& limits) {
-    return std::make_unique<ListenWatch>(limits, [this](Reason reason) { reason_.set_value(reason); });
+    return std::make_unique<ListenWatch>(limits,
+                                         [this](Reason reason) { reason_.set_value(reason); });
   }
 
   bool hasEndedWithin(milliseconds time) {

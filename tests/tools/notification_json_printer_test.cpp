@@ -117,8 +117,7 @@ TEST_F(NotificationJsonPrinterTest, GivesEntriesThatCameOrWentAsInTheTable) {
   EXPECT_FALSE(list[0].contains("to"));
   EXPECT_EQ("added", list[1].at("change"));
   EXPECT_EQ(2, list[1].at("to").at("serviceId"));
-  EXPECT_EQ("Due",
-            list[1].at("to").at("descriptors").at(0).at("fields").at("serviceName"));
+  EXPECT_EQ("Due", list[1].at("to").at("descriptors").at(0).at("fields").at("serviceName"));
   EXPECT_FALSE(list[1].contains("from"));
 }
 
@@ -141,10 +140,10 @@ TEST_F(NotificationJsonPrinterTest, GivesAllIdsOfEventsThatMovedEqually) {
   const auto schedule = [](int64_t first, int64_t second) {
     return eitRecord({eventRecord(7, timeAt(first), "A"), eventRecord(8, timeAt(second), "B")});
   };
-  EXPECT_EQ(json::parse(R"([{"what": "event.startTime", "id": [7, 8], "change": "changed",
+  EXPECT_EQ(
+      json::parse(R"([{"what": "event.startTime", "id": [7, 8], "change": "changed",
       "seconds": 5, "from": "1993-10-13 12:00:00 UTC", "to": "1993-10-13 12:00:05 UTC"}])"),
-            changes(Kind::kEitSchedule, schedule(0x120000, 0x130000),
-                    schedule(0x120005, 0x130005)));
+      changes(Kind::kEitSchedule, schedule(0x120000, 0x130000), schedule(0x120005, 0x130005)));
 }
 
 TEST_F(NotificationJsonPrinterTest, GivesTwoIdsAsAnObjectAndAnotherOrderWithoutAny) {
@@ -168,7 +167,8 @@ TEST_F(NotificationJsonPrinterTest, NeverCutsShort) {
 TEST_F(NotificationJsonPrinterTest, WritesNoControlByteAndNoInvalidUtf8) {
   Notification notification;
   notification.kind = Kind::kPmt;
-  notification.table = pmtRecord({test::streamRecord(4, 5, {test::languageDescriptor("\x1B\xFF\n")})});
+  notification.table =
+      pmtRecord({test::streamRecord(4, 5, {test::languageDescriptor("\x1B\xFF\n")})});
   const std::string line = printedLine(notification);
   EXPECT_THAT(line, HasSubstr("\xEF\xBF\xBD"));
   for (const char c : line.substr(0, line.size() - 1)) {

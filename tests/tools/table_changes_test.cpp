@@ -36,7 +36,15 @@ std::vector<std::string> lines(const SiTable& from, const SiTable& to) {
 
 TEST(TableChanges, EqualTablesOfAnyKindHaveNone) {
   const std::vector<SiTable> tables = {
-      PAT(), CAT(), PMT(), SDT(), NIT(), BAT(), TOT(), EIT(), patRecord({{0, 16}, {1, 256}}),
+      PAT(),
+      CAT(),
+      PMT(),
+      SDT(),
+      NIT(),
+      BAT(),
+      TOT(),
+      EIT(),
+      patRecord({{0, 16}, {1, 256}}),
       sdtRecord({serviceRecord(1, "Uno"), serviceRecord(1, "Uno")})};
   for (const SiTable& table : tables) {
     EXPECT_THAT(tableChanges(table, table), IsEmpty()) << table.index();
@@ -83,9 +91,9 @@ TEST(TableChanges, OfAnEntryThatIsThereTwiceAreTheFirstWithTheFirst) {
 }
 
 TEST(TableChanges, AnotherOrderAloneIsOneChange) {
-  EXPECT_THAT(lines(patRecord({{1, 256}, {2, 512}, {3, 768}}),
-                    patRecord({{3, 768}, {1, 256}, {2, 512}})),
-              ElementsAre("~ programmes in another order"));
+  EXPECT_THAT(
+      lines(patRecord({{1, 256}, {2, 512}, {3, 768}}), patRecord({{3, 768}, {1, 256}, {2, 512}})),
+      ElementsAre("~ programmes in another order"));
 }
 
 TEST(TableChanges, AnEntryInTheMiddleDoesNotReorderTheOthers) {
@@ -124,19 +132,20 @@ TEST(TableChanges, OfAServiceWithoutADescriptorStillNameIt) {
 }
 
 TEST(TableChanges, OfAPmtAreItsStreams) {
-  PMT after = pmtRecord({streamRecord(0x1B, 502), streamRecord(0x04, 504, {languageDescriptor("fra")}),
-                         streamRecord(0x06, 505, {caDescriptor(0x0500, 600)})});
+  PMT after =
+      pmtRecord({streamRecord(0x1B, 502), streamRecord(0x04, 504, {languageDescriptor("fra")}),
+                 streamRecord(0x06, 505, {caDescriptor(0x0500, 600)})});
   after.pcrPid = 504;
-  EXPECT_THAT(lines(pmtRecord({streamRecord(0x02, 502),
-                               streamRecord(0x04, 504, {languageDescriptor("spa")}),
-                               streamRecord(0x03, 503, {languageDescriptor("eng")})}),
-                    after),
-              ElementsAre("~ PCR PID 502 (0x01F6) -> 504 (0x01F8)",
-                          "- stream PID 503 (MPEG-1 audio): eng",
-                          "~ stream PID 502 (MPEG-2 video): stream type MPEG-2 video -> AVC video",
-                          "~ stream PID 504 (MPEG-2 audio): language spa -> fra",
-                          "+ stream PID 505 (private PES): CA system id 0x0500, CA PID 600 "
-                          "(0x0258)"));
+  EXPECT_THAT(
+      lines(
+          pmtRecord({streamRecord(0x02, 502), streamRecord(0x04, 504, {languageDescriptor("spa")}),
+                     streamRecord(0x03, 503, {languageDescriptor("eng")})}),
+          after),
+      ElementsAre("~ PCR PID 502 (0x01F6) -> 504 (0x01F8)", "- stream PID 503 (MPEG-1 audio): eng",
+                  "~ stream PID 502 (MPEG-2 video): stream type MPEG-2 video -> AVC video",
+                  "~ stream PID 504 (MPEG-2 audio): language spa -> fra",
+                  "+ stream PID 505 (private PES): CA system id 0x0500, CA PID 600 "
+                  "(0x0258)"));
 }
 
 TEST(TableChanges, AStreamThatIsEqualOnAnotherPidChangedItsPid) {
@@ -148,10 +157,11 @@ TEST(TableChanges, AStreamThatIsEqualOnAnotherPidChangedItsPid) {
 
 TEST(TableChanges, OfDescriptorsOfAStreamSayWhichCameAndWent) {
   const PMT before = pmtRecord({streamRecord(0x04, 504, {languageDescriptor("spa")})});
-  EXPECT_THAT(lines(before, pmtRecord({streamRecord(
-                                0x04, 504, {languageDescriptor("spa"), descriptorRecord(0x52, "\x07")})})),
-              ElementsAre("~ stream PID 504 (MPEG-2 audio): stream_identifier_descriptor added "
-                          "(component tag 0x07)"));
+  EXPECT_THAT(
+      lines(before, pmtRecord({streamRecord(
+                        0x04, 504, {languageDescriptor("spa"), descriptorRecord(0x52, "\x07")})})),
+      ElementsAre("~ stream PID 504 (MPEG-2 audio): stream_identifier_descriptor added "
+                  "(component tag 0x07)"));
   EXPECT_THAT(lines(pmtRecord({streamRecord(0x04, 504, {descriptorRecord(0x52, "\x07")})}),
                     pmtRecord({streamRecord(0x04, 504, {descriptorRecord(0x52, "\x08")})})),
               ElementsAre("~ stream PID 504 (MPEG-2 audio): stream_identifier_descriptor component "
@@ -205,8 +215,8 @@ TEST(TableChanges, OfNetworksAndBouquetsAreTheirTransportStreams) {
 
 TEST(TableChanges, OfATotAreItsTimeAndItsOffsets) {
   TOT before = test::totRecord(test::timeAt(0x124500));
-  before.descriptors = {descriptorRecord(
-      0x58, std::string("ESP\x02\x01\x00\xC0\x79\x01\x00\x00\x02\x00", 13))};
+  before.descriptors = {
+      descriptorRecord(0x58, std::string("ESP\x02\x01\x00\xC0\x79\x01\x00\x00\x02\x00", 13))};
   TOT after = before;
   after.utcTime = test::timeAt(0x124502);
   after.descriptors[0].data[4] = 2;

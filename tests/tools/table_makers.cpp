@@ -28,9 +28,9 @@ Descriptor languageDescriptor(const std::string& code) {
 }
 
 Descriptor caDescriptor(int caSystemId, int pid) {
-  return descriptorRecord(
-      0x09, {static_cast<char>(caSystemId >> 8), static_cast<char>(caSystemId & 0xFF),
-             static_cast<char>(0xE0 | (pid >> 8)), static_cast<char>(pid & 0xFF)});
+  return descriptorRecord(0x09,
+                          {static_cast<char>(caSystemId >> 8), static_cast<char>(caSystemId & 0xFF),
+                           static_cast<char>(0xE0 | (pid >> 8)), static_cast<char>(pid & 0xFF)});
 }
 
 Descriptor shortEventDescriptor(const std::string& name) {

@@ -18,7 +18,8 @@ namespace tevra::tools::test {
 /** A short event descriptor in English, without a text. */
 [[nodiscard]] Descriptor shortEventDescriptor(const std::string& name);
 
-[[nodiscard]] PMTES streamRecord(int type, int pid, const std::vector<Descriptor>& descriptors = {});
+[[nodiscard]] PMTES streamRecord(int type, int pid,
+                                 const std::vector<Descriptor>& descriptors = {});
 /** A running service that is not scrambled. */
 [[nodiscard]] SDTService serviceRecord(int id, const std::string& name);
 /** An event of half an hour. */
