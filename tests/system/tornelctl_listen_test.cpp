@@ -39,8 +39,7 @@ class TornelctlListen : public testing::Test {
   }
 
   [[nodiscard]] bool printed(const std::string& text) const {
-    return eventually(
-        [&] { return listener_->standardOutput().find(text) != std::string::npos; });
+    return eventually([&] { return listener_->standardOutput().find(text) != std::string::npos; });
   }
 
   /** Everything that has been printed when the listener has been told to end. */
@@ -98,7 +97,8 @@ TEST_F(TornelctlListen, PrintsTheSamplesTablesUntilTerminated) {
   // What happens to service 102 on the way.
   EXPECT_TRUE(printed("  PMT           service 102, version 31 -> 0, 3 streams"));
   EXPECT_TRUE(printed(" (MPEG-2 audio): eng\n"));
-  EXPECT_TRUE(printed("~ event 10201 \"Le phare éteint\": running status not running -> running\n"));
+  EXPECT_TRUE(
+      printed("~ event 10201 \"Le phare éteint\": running status not running -> running\n"));
   EXPECT_THAT(printedInAll(), Not(HasSubstr("\x1b")));
 }
 
@@ -114,7 +114,8 @@ TEST_F(TornelctlListen, PrintsWhatAChangedStreamChanges) {
   client->setCAT(withoutCa);
   EXPECT_TRUE(printed("CAT           version 1, 0 descriptors, changed with the same version\n"));
   const std::string text = printedInAll();
-  EXPECT_THAT(text, HasSubstr("PAT           transport stream 1, version 3, 3 programmes, unchanged\n"));
+  EXPECT_THAT(text,
+              HasSubstr("PAT           transport stream 1, version 3, 3 programmes, unchanged\n"));
   EXPECT_THAT(text, HasSubstr("~ PCR PID " + std::to_string(kOutVideo)));
   EXPECT_THAT(text, HasSubstr("- stream PID " + std::to_string(kOutEnglish)));
   EXPECT_THAT(text, Not(HasSubstr("stream PID " + std::to_string(kOutSubtitles))));
@@ -139,12 +140,11 @@ TEST_F(TornelctlListen, PrintsTheSameAsJson) {
   EXPECT_EQ(sdts[1].at("state"), "changed");
   EXPECT_EQ(sdts[1].at("version"), 5);
   EXPECT_EQ(sdts[1].at("table").at("services").size(), 1U);
-  EXPECT_THAT(sdts[1].at("changes"),
-              Contains(json({{"what", "service.freeCA"},
-                             {"id", 100},
-                             {"change", "changed"},
-                             {"from", false},
-                             {"to", true}})));
+  EXPECT_THAT(sdts[1].at("changes"), Contains(json({{"what", "service.freeCA"},
+                                                    {"id", 100},
+                                                    {"change", "changed"},
+                                                    {"from", false},
+                                                    {"to", true}})));
   std::vector<json> removed;
   for (const json& object : objectsOf(lines, "PMT")) {
     for (const json& change : object.at("changes")) {

@@ -12,9 +12,9 @@ namespace tevra::tools::test {
 class ListenProcess {
  public:
   struct Setup {
-    std::vector<std::string> arguments = {};                ///< besides --port
+    std::vector<std::string> arguments = {};              ///< besides --port
     std::map<std::string, std::string> environment = {};  ///< added to the test's
-    bool onTerminal = false;                                ///< standard output is one
+    bool onTerminal = false;                              ///< standard output is one
   };
 
   explicit ListenProcess(int port) : ListenProcess(port, Setup()) {}
