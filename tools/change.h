@@ -31,7 +31,7 @@ struct Change {
   std::string field;                   ///< of the subject or its descriptor; empty: that as a whole
   Side from;
   Side to;
-  /** By how much a time moved. */
+  /** By how much a time moved; nothing where one of the two is not known. */
   std::optional<int64_t> seconds;
   /** Whether the subject is all entries that both tables have. */
   bool isOfAll = false;

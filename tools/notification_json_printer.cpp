@@ -91,11 +91,15 @@ const char* stateOf(const TableNews& news) {
   return news.changes.empty() ? "unchanged" : "changed";
 }
 
-void appendTable(Json& json, const SiTable& table, const TableNews& news) {
+void appendTable(Json& json, const Notification& notification, const TableNews& news) {
+  const SiTable& table = *notification.table;
   const TableFields fields = tableFields(table);
   json["ids"] = idsJson(fields);
   if (const auto version = versionOf(table)) {
     json["version"] = *version;
+  }
+  if (const auto seconds = secondsBehind(table, notification.time)) {
+    json["systemClockSeconds"] = *seconds;
   }
   json["state"] = stateOf(news);
   Json& changes = json["changes"] = Json::array();
@@ -115,7 +119,7 @@ void NotificationJsonPrinter::print(const Notification& notification, const Tabl
     json["value"] = notification.value;
   }
   if (notification.table) {
-    appendTable(json, *notification.table, news);
+    appendTable(json, notification, news);
   }
   out_ << json.dump(-1, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace) << "\n"
        << std::flush;

@@ -18,6 +18,7 @@ namespace tevra::tools {
  *     "ids": { "tableId": n, "serviceId": n },  what tells the table from others: its own fields
  *       but the version
  *     "version": n,                       not of a TOT
+ *     "systemClockSeconds": n,            of a TOT: how far the machine's clock is ahead of it
  *     "state": "first", "changed" or "unchanged",
  *     "changes": [ { "what": "service.runningStatus", "id": 101, "change": "changed",
  *       "from": 4, "to": 1 } ],           against the last table of the same kind and ids
@@ -29,8 +30,8 @@ namespace tevra::tools {
  * "caSystemId" of a CA descriptor; a value that stands in a descriptor is called like a field of
  * the entry ("service.serviceName"). "id" is
  * the entry's, an object where it takes two, and an array of those of several events that moved
- * equally; "seconds" says by how much they did. "from" and "to" are values, entries or descriptors
- * as in "table"; one is missing of what was added or removed.
+ * equally; "seconds" says by how much they did, or a TOT's clock went on. "from" and "to" are
+ * values, entries or descriptors as in "table"; one is missing of what was added or removed.
  */
 class NotificationJsonPrinter : public NotificationPrinter {
  public:

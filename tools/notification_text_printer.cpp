@@ -48,18 +48,14 @@ std::string versionText(int version, const TableNews& news) {
 /** The time of a TOT, how far it went since the last one, and how the machine's clock differs. */
 std::string clockText(const TOT& tot, const TableNews& news,
                       std::chrono::system_clock::time_point now) {
-  const auto seconds = secondsOfDvbTime(tot.utcTime);
   std::string text = dvbTimeText(tot.utcTime) + " UTC";
-  if (!seconds) {
-    return text;
+  for (const Change& change : news.changes) {
+    if (change.field == "utcTime" && change.seconds) {
+      text += " (" + spanText(*change.seconds) + ")";
+    }
   }
-  const TOT* last = news.last ? std::get_if<TOT>(&*news.last) : nullptr;
-  const auto before = last == nullptr ? std::nullopt : secondsOfDvbTime(last->utcTime);
-  if (before) {
-    text += " (" + spanText(*seconds - *before) + ")";
-  }
-  const int64_t system = std::chrono::system_clock::to_time_t(now);
-  return text + ", system clock " + spanText(system - *seconds);
+  const auto behind = secondsBehind(tot, now);
+  return text + (behind ? ", system clock " + spanText(*behind) : "");
 }
 
 bool hasNewVersion(const SiTable& table, const TableNews& news) {

@@ -50,11 +50,11 @@ Change wholeEntry(Change::Kind kind, const EntryRule& rule, const Fields& entry)
 
 class TableComparison {
  public:
-  TableComparison(const SiTable& from, const SiTable& to)
-      : fromEit_(std::get_if<EIT>(&from)), toEit_(std::get_if<EIT>(&to)) {}
+  TableComparison(const SiTable& from, const SiTable& to) : fromTable_(from), toTable_(to) {}
 
   Changes compare(const Fields& from, const Fields& to) {
     compareFields({}, from, to);
+    noteClock();
     for (size_t i = 0; i < to.size(); ++i) {
       if (const List* list = std::get_if<List>(&to[i].value)) {
         compareEntries(to[i].name, std::get<List>(from[i].value).entries, list->entries);
@@ -119,20 +119,35 @@ class TableComparison {
 
   /** By how much the event that was compared last moved, if it did. */
   void noteShift(size_t before, size_t after) {
-    if (fromEit_ == nullptr || toEit_ == nullptr) {
-      return;
+    const EIT* from = std::get_if<EIT>(&fromTable_);
+    const EIT* to = std::get_if<EIT>(&toTable_);
+    if (from != nullptr && to != nullptr) {
+      noteSeconds(firstOfEntry_, "startTime", from->events[before].startTime,
+                  to->events[after].startTime);
     }
-    const auto from = secondsOfDvbTime(fromEit_->events[before].startTime);
-    const auto to = secondsOfDvbTime(toEit_->events[after].startTime);
-    for (size_t i = firstOfEntry_; i < changes_.size(); ++i) {
-      if (changes_[i].field == "startTime" && from && to) {
-        changes_[i].seconds = *to - *from;
+  }
+
+  /** By how much the clock of a TOT went on. */
+  void noteClock() {
+    const TOT* from = std::get_if<TOT>(&fromTable_);
+    const TOT* to = std::get_if<TOT>(&toTable_);
+    if (from != nullptr && to != nullptr) {
+      noteSeconds(0, "utcTime", from->utcTime, to->utcTime);
+    }
+  }
+
+  void noteSeconds(size_t first, const char* field, int64_t from, int64_t to) {
+    const auto before = secondsOfDvbTime(from);
+    const auto after = secondsOfDvbTime(to);
+    for (size_t i = first; i < changes_.size(); ++i) {
+      if (changes_[i].field == field && before && after) {
+        changes_[i].seconds = *after - *before;
       }
     }
   }
 
-  const EIT* fromEit_;
-  const EIT* toEit_;
+  const SiTable& fromTable_;
+  const SiTable& toTable_;
   Changes changes_;
   size_t firstOfEntry_ = 0;
 };

@@ -1,7 +1,7 @@
 #include "tools/table_facts.h"
 
 #include "tools/descriptor_fields.h"
-#include "tools/dvb_time_text.h"
+#include "tools/dvb_time.h"
 #include "tools/field_text.h"
 #include "tools/table_entries.h"
 #include "tools/text_table.h"
@@ -154,6 +154,16 @@ std::optional<int> versionOf(const SiTable& table) {
 
 std::vector<std::string> contentTexts(const SiTable& table) {
   return std::visit(ContentTexts(), table);
+}
+
+std::optional<int64_t> secondsBehind(const SiTable& table,
+                                     std::chrono::system_clock::time_point now) {
+  const TOT* tot = std::get_if<TOT>(&table);
+  const auto seconds = tot == nullptr ? std::nullopt : secondsOfDvbTime(tot->utcTime);
+  if (!seconds) {
+    return std::nullopt;
+  }
+  return std::chrono::system_clock::to_time_t(now) - *seconds;
 }
 
 size_t memoryOf(const SiTable& table) {

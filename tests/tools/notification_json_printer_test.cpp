@@ -87,6 +87,17 @@ TEST_F(NotificationJsonPrinterTest, NamesEveryKindAsTheInterfaceDoes) {
   EXPECT_FALSE(tot.contains("version"));
 }
 
+TEST_F(NotificationJsonPrinterTest, ComparesTheClockOfATotWithTheMachinesAndTheLast) {
+  const json first = printed(Kind::kTot, test::totRecord(timeAt(0x124500)));
+  EXPECT_EQ(10, first.at("systemClockSeconds"));
+  const json second = printed(Kind::kTot, test::totRecord(timeAt(0x124512)));
+  EXPECT_EQ(-2, second.at("systemClockSeconds"));
+  EXPECT_EQ(json::parse(R"([{"what": "utcTime", "change": "changed", "seconds": 12,
+      "from": "1993-10-13 12:45:00 UTC", "to": "1993-10-13 12:45:12 UTC"}])"),
+            second.at("changes"));
+  EXPECT_FALSE(printed(Kind::kTot, test::totRecord(0xFFFFFFFFFF)).contains("systemClockSeconds"));
+}
+
 TEST_F(NotificationJsonPrinterTest, SaysThatATableIsUnchanged) {
   (void)printed(Kind::kPmt, pmtRecord({}));
   const json object = printed(Kind::kPmt, pmtRecord({}));

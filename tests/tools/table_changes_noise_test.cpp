@@ -151,8 +151,7 @@ TEST(TableChangesOfNoise, AreThereExactlyWhenTheTablesReadDifferently) {
       std::visit(Shake{random}, after);
     }
     const TableNews news = {before, tableChanges(before, after)};
-    const bool readDifferently =
-        tableJson(tableFields(before)) != tableJson(tableFields(after));
+    const bool readDifferently = tableJson(tableFields(before)) != tableJson(tableFields(after));
     ASSERT_EQ(readDifferently, !news.changes.empty()) << "seed " << seed;
     expectPrintable(after, news);
     changed += readDifferently ? 1 : 0;
