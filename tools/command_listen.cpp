@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <csignal>
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -31,6 +30,8 @@ constexpr size_t kLargestTable = size_t{32} * 1024 * 1024;
 struct ListenOptions {
   EndpointOptions endpoint;
   std::string colour = "auto";
+  std::string noColour;  // NO_COLOR: anything but nothing refuses colours
+  std::string terminal;  // TERM
   bool all = false;
   bool utc = false;
   bool json = false;
@@ -43,13 +44,11 @@ bool isStandardOutput(const Streams& streams) {
   return &streams.out == &std::cout;
 }
 
-/** Whether to colour what nobody said should be or not. See no-color.org for NO_COLOR. */
-bool isColourTerminal(const Streams& streams) {
-  const char* noColour = std::getenv("NO_COLOR");
-  const char* terminal = std::getenv("TERM");
-  const bool isRefused = noColour != nullptr && *noColour != '\0';
-  const bool isDumb = terminal == nullptr || std::string(terminal) == "dumb";
-  return isStandardOutput(streams) && isatty(STDOUT_FILENO) != 0 && !isRefused && !isDumb;
+/** Whether to colour what nobody said should be or not. */
+bool isColourTerminal(const ListenOptions& options, const Streams& streams) {
+  const bool isDumb = options.terminal.empty() || options.terminal == "dumb";
+  return isStandardOutput(streams) && isatty(STDOUT_FILENO) != 0 && options.noColour.empty() &&
+         !isDumb;
 }
 
 std::unique_ptr<NotificationPrinter> makePrinter(const ListenOptions& options,
@@ -59,8 +58,8 @@ std::unique_ptr<NotificationPrinter> makePrinter(const ListenOptions& options,
     return std::make_unique<NotificationJsonPrinter>(streams.out, zone);
   }
   NotificationTextPrinter::Options text;
-  text.inColour =
-      options.colour == "always" || (options.colour == "auto" && isColourTerminal(streams));
+  text.inColour = options.colour == "always" ||
+                  (options.colour == "auto" && isColourTerminal(options, streams));
   text.all = options.all;
   text.zone = zone;
   return std::make_unique<NotificationTextPrinter>(streams.out, text);
@@ -169,6 +168,9 @@ void addOutputOptions(CLI::App& command, ListenOptions& options) {
                   "Colour the text: auto does on a terminal, unless NO_COLOR is set")
       ->check(CLI::IsMember({"auto", "always", "never"}))
       ->capture_default_str();
+  // Out of the help: there for the environment alone, which the library reads.
+  command.add_option("--environment-no-color", options.noColour)->envname("NO_COLOR")->group("");
+  command.add_option("--environment-term", options.terminal)->envname("TERM")->group("");
   command.add_flag("--all", options.all, "Print every difference, however many there are");
   command.add_flag("--utc", options.utc, "Print times in UTC, not in the machine's zone");
   command.add_flag("--json", options.json, "Print one JSON object a line");
