@@ -126,6 +126,19 @@ TEST_F(TornelctlListen, PrintsWhatAChangedStreamChanges) {
   EXPECT_THAT(text, HasSubstr("- CA system 0x0500: CA PID " + std::to_string(kOutEmm)));
 }
 
+TEST_F(TornelctlListen, LetsNoEscapeSequenceOfTheStreamThrough) {
+  start();
+  ControlClient client;
+  client->setSDT(multiplexSdt());
+  SDT sdt = multiplexSdt();
+  const std::string name = "\x15Uno\x1B[31m\xC2\x9B";
+  const std::string header = {1, 0, static_cast<char>(name.size())};
+  sdt.services[0].descriptors = {descriptor(0x48, header + name)};
+  client->setSDT(sdt);
+  EXPECT_TRUE(printed("service name \"Uno\" -> \"Uno[31m\"\n"));
+  EXPECT_THAT(printedInAll(), AllOf(Not(HasSubstr("\x1b")), Not(HasSubstr("\xC2\x9B"))));
+}
+
 TEST_F(TornelctlListen, PrintsTheSameAsJson) {
   start({"--json"});
   ControlClient client;
