@@ -60,9 +60,10 @@ _tornelctl() {
   if [[ $before == -* ]]; then
     value=$(_tornelctl_options "$help" "$before")
   fi
-  if [[ $value == *:\{*\} ]]; then
+  if [[ $value == *:\{*\}* ]]; then
     value=${value#*:\{}
-    _tornelctl_words "${value//[,\}]/ }" "$word"
+    value=${value%%\}*}  # a default follows the values
+    _tornelctl_words "${value//,/ }" "$word"
   elif [[ -n $value ]]; then
     case $before in
       -o | --output | --request) _tornelctl_files "$word" ;;

@@ -112,9 +112,21 @@ std::string convertSingleByte(const std::string& text, const Table& table) {
   return result + converter.convert(std::move(piece));
 }
 
+/** Whether the character at `place` is a C0 control, DEL or, in two bytes, a C1 control. */
+bool isControlAt(const std::string& utf8, size_t place) {
+  const auto byte = static_cast<unsigned char>(utf8[place]);
+  const bool isC1 = byte == 0xC2 && place + 1 < utf8.size() &&
+                    static_cast<unsigned char>(utf8[place + 1]) <= 0x9F;
+  return byte < 0x20 || byte == 0x7F || isC1;
+}
+
+size_t controlSizeAt(const std::string& utf8, size_t place) {
+  return utf8[place] == '\xC2' ? 2 : 1;
+}
+
 /**
- * Leaves out the control codes as the other tables have them, U+E080 to U+E09F, and those below
- * U+0020.
+ * Leaves out the control codes as the other tables have them, U+E080 to U+E09F, and those of
+ * Unicode.
  */
 std::string withoutControlCodes(const std::string& utf8) {
   std::string result;
@@ -124,7 +136,9 @@ std::string withoutControlCodes(const std::string& utf8) {
     if (isPrivate) {
       result += static_cast<unsigned char>(utf8[i + 2]) == kLineBreak ? " " : "";
       i += 2;
-    } else if (static_cast<unsigned char>(utf8[i]) >= 0x20 && utf8[i] != 0x7F) {
+    } else if (isControlAt(utf8, i)) {
+      i += controlSizeAt(utf8, i) - 1;
+    } else {
       result += utf8[i];
     }
   }
@@ -146,10 +160,15 @@ std::string utf8FromDvbText(const std::string& text) {
 }
 
 std::string printable(const std::string& text) {
+  const std::string utf8 = Utf8Converter("UTF-8").convert(text);
   std::string result;
-  for (const char c : Utf8Converter("UTF-8").convert(text)) {
-    const bool isControl = static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-    result += isControl ? kReplacement : std::string(1, c);
+  for (size_t i = 0; i < utf8.size(); ++i) {
+    if (isControlAt(utf8, i)) {
+      result += kReplacement;
+      i += controlSizeAt(utf8, i) - 1;
+    } else {
+      result += utf8[i];
+    }
   }
   return result;
 }

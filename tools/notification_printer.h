@@ -1,39 +1,20 @@
 #pragma once
 
-#include <cstdint>
-#include <ostream>
-#include <string>
-
-#include "im_SINotifySrv.h"
-#include "records/records.h"
+#include "tools/notification.h"
+#include "tools/table_history.h"
 
 namespace tevra::tools {
 
-/**
- * Takes MainTask's notifications and prints one line for each: its kind, what table it is about,
- * the version and how much the table holds. Every line is flushed.
- */
-class NotificationPrinter : public thrift::in_module::im_SINotifySrvIf {
+/** Writes notifications as they come; what each writes is flushed. */
+class NotificationPrinter {
  public:
-  /** `out` must outlive the printer. */
-  explicit NotificationPrinter(std::ostream& out) : out_(out) {}
+  NotificationPrinter() = default;
+  virtual ~NotificationPrinter() = default;
+  NotificationPrinter(const NotificationPrinter&) = delete;
+  NotificationPrinter& operator=(const NotificationPrinter&) = delete;
 
-  void notifyNIM(int32_t value) override;
-  void notifyPAT(const PAT& pat) override;
-  void notifySDT(const SDT& sdt) override;
-  void notifyPMT(const PMT& pmt) override;
-  void notifyNIT(const NIT& nit) override;
-  void notifyTOT(const TOT& tot) override;
-  void notifyBAT(const BAT& bat) override;
-  void notifyCAT(const CAT& cat) override;
-  void notifyEITPresentFollowing(const EIT& eit) override;
-  void notifyEITSchedule(const EIT& eit) override;
-  void requestConfiguration() override;
-
- private:
-  void print(const std::string& kind, const std::string& text);
-
-  std::ostream& out_;
+  /** `news` are of the notification's table; without one they are as constructed. */
+  virtual void print(const Notification& notification, const TableNews& news) = 0;
 };
 
 }  // namespace tevra::tools

@@ -24,10 +24,12 @@ using apache::thrift::transport::TTransportException;
 using apache::thrift::transport::TTransportFactory;
 
 constexpr int kMaxMessageSize = 100 * 1024 * 1024;
-constexpr int kMaxFrameSize = 64 * 1024 * 1024;
-constexpr int kMaxContainerSize = 1 << 20;
+// The largest table has 256 sections of 4096 bytes (EN 300 468, 5.1.1), each full of events of 12
+// bytes: fewer than 2^17, at about 50 bytes in a call.
+constexpr int kMaxFrameSize = 16 * 1024 * 1024;
+constexpr int kMaxContainerSize = 1 << 17;
 
-/** An EIT schedule may be larger than the library's own limit. */
+/** Takes frames as large as the tables are, and no larger. */
 class FramedTransportFactory : public TTransportFactory {
  public:
   std::shared_ptr<TTransport> getTransport(std::shared_ptr<TTransport> transport) override {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/hex_digits.h"
+#include "tools/field_text.h"
 #include "tools/text_table.h"
 
 namespace tevra::tools {
@@ -13,16 +13,6 @@ namespace {
 constexpr size_t kIndent = 2;
 constexpr size_t kScreenWidth = 100;
 constexpr size_t kBytesPerLine = 16;
-/** Bytes that fit into a line with other fields. */
-constexpr size_t kFewBytes = 8;
-
-std::string spacedDigits(const std::string& bytes) {
-  std::string text;
-  for (const char byte : bytes) {
-    text += (text.empty() ? "" : " ") + hexDigits(std::string(1, byte));
-  }
-  return text;
-}
 
 void dump(std::ostream& out, size_t indent, const std::string& bytes) {
   for (size_t start = 0; start < bytes.size(); start += kBytesPerLine) {
@@ -34,54 +24,6 @@ void dump(std::ostream& out, size_t indent, const std::string& bytes) {
     digits.resize(std::max(digits.size(), 3 * std::min(bytes.size(), kBytesPerLine) - 1), ' ');
     out << std::string(indent, ' ') << digits << "  |" << characters << "|\n";
   }
-}
-
-/** "257 (0x0101)" and "PMT" make "257 (0x0101, PMT)". */
-std::string withMeaning(const Number& number) {
-  if (number.meaning.empty()) {
-    return number.shown;
-  }
-  if (number.shown.back() == ')') {
-    return number.shown.substr(0, number.shown.size() - 1) + ", " + number.meaning + ")";
-  }
-  return number.shown + " (" + number.meaning + ")";
-}
-
-/** A value in a line; none of a value that stands in lines of its own. */
-struct InLine {
-  std::string operator()(const Number& number) const { return withMeaning(number); }
-  std::string operator()(const Flag& flag) const { return flag.shown; }
-  std::string operator()(const Text& text) const {
-    return text.quoted ? "\"" + text.utf8 + "\"" : text.utf8;
-  }
-  std::string operator()(const Bytes& bytes) const {
-    return bytes.data.empty() ? "none" : spacedDigits(bytes.data);
-  }
-  std::string operator()(const List& /*list*/) const { return {}; }
-  std::string operator()(const DescriptorLoop& /*loop*/) const { return {}; }
-};
-
-bool isInLine(const Field& field) {
-  if (const Bytes* bytes = std::get_if<Bytes>(&field.value)) {
-    return bytes->data.size() <= kFewBytes;
-  }
-  return !std::holds_alternative<List>(field.value) &&
-         !std::holds_alternative<DescriptorLoop>(field.value);
-}
-
-std::string inLine(const Field& field) {
-  const std::string value = std::visit(InLine(), field.value);
-  return field.isLabelled ? labelOf(field.name) + " " + value : value;
-}
-
-std::vector<std::string> inLineParts(const Fields& fields) {
-  std::vector<std::string> parts;
-  for (const Field& field : fields) {
-    if (isInLine(field)) {
-      parts.push_back(inLine(field));
-    }
-  }
-  return parts;
 }
 
 void printLoops(std::ostream& out, size_t indent, const Fields& fields);

@@ -163,25 +163,6 @@ TEST(TornelctlWithoutDaemon, FailsAtOnceAndSaysWhy) {
   }
 }
 
-TEST(TornelctlListen, PrintsTheNotificationsUntilTerminated) {
-  const TemporaryDirectory root;
-  ChildProcess listener({{tornelctlPath(), "listen"}});
-  ASSERT_TRUE(eventually([] { return isListening(kFirstNotificationPort); }));
-  const Daemon daemon(root.path());
-  ASSERT_EQ(tornelctl({"feed", samplePath()}).exitStatus, 0);
-  const auto printed = [&](const std::string& text) {
-    return eventually([&] { return listener.standardOutput().find(text) != std::string::npos; });
-  };
-  EXPECT_TRUE(printed("configuration requested\n"));
-  EXPECT_TRUE(printed("PAT           transport stream 1101, version 3, 5 programmes\n"));
-  EXPECT_TRUE(printed("PMT           service 102, version 0, 3 streams"));
-  EXPECT_TRUE(printed("EIT schedule  service 104, table 0x50"));
-  ::kill(listener.pid(), SIGTERM);
-  const auto end = listener.waitForEnd();
-  ASSERT_TRUE(end);
-  EXPECT_EQ(end->exitStatus, 0);
-}
-
 /** The recording whose path `path` is, or a skipped test. */
 #define SKIP_WITHOUT(path)                     \
   if (!std::filesystem::exists(path)) {        \

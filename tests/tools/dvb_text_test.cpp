@@ -50,6 +50,25 @@ TEST(DvbText, EveryByteStringGivesSomeText) {
   }
 }
 
+TEST(DvbText, LeavesOutControlCharactersOfUnicodeWhichTerminalsObey) {
+  EXPECT_EQ("a[31mb", utf8FromDvbText("\x15"
+                                      "a\x1B[31mb"));
+  EXPECT_EQ("a31mb", utf8FromDvbText("\x15"
+                                     "a\xC2\x9B"
+                                     "31mb"));
+  EXPECT_EQ("\xC2\xA0", utf8FromDvbText("\x15\xC2\xA0")) << "no control character";
+}
+
+TEST(DvbText, PrintableReplacesBothSetsOfControlCharacters) {
+  EXPECT_EQ("\xEF\xBF\xBD[31m", printable("\x1B[31m"));
+  EXPECT_EQ(
+      "\xEF\xBF\xBD"
+      "31m",
+      printable("\xC2\x9B"
+                "31m"));
+  EXPECT_EQ("\xC2\xA0", printable("\xC2\xA0"));
+}
+
 TEST(DvbText, PrintableReplacesControlCharactersAndInvalidBytes) {
   EXPECT_EQ("a\xEF\xBF\xBD\xEF\xBF\xBDé", printable("a\n\xFFé"));
 }

@@ -1,0 +1,76 @@
+#include "tools/fields_json.h"
+
+#include "tools/hex_digits.h"
+
+namespace tevra::tools {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/** Adds a field's value to an object. */
+class ValueAppender {
+ public:
+  ValueAppender(Json& object, const std::string& name) : object_(object), name_(name) {}
+
+  void operator()(const Number& number) const {
+    object_[name_] = number.value;
+    if (!number.meaning.empty()) {
+      object_[name_ + "Name"] = number.meaning;
+    }
+  }
+  void operator()(const Flag& flag) const { object_[name_] = flag.value; }
+  void operator()(const Text& text) const { object_[name_] = text.utf8; }
+  void operator()(const Bytes& bytes) const { object_[name_] = hexDigits(bytes.data); }
+  void operator()(const List& list) const {
+    Json& array = object_[name_] = Json::array();
+    for (const Fields& entry : list.entries) {
+      array.push_back(fieldsJson(entry));
+    }
+  }
+  void operator()(const DescriptorLoop& loop) const {
+    Json& array = object_[name_] = Json::array();
+    for (const DescriptorFields& descriptor : loop.entries) {
+      array.push_back(descriptorJson(descriptor));
+    }
+  }
+
+ private:
+  Json& object_;
+  const std::string& name_;
+};
+
+void append(Json& object, const Fields& fields) {
+  for (const Field& field : fields) {
+    std::visit(ValueAppender(object, field.name), field.value);
+  }
+}
+
+}  // namespace
+
+nlohmann::ordered_json fieldsJson(const Fields& fields) {
+  Json json = Json::object();
+  append(json, fields);
+  return json;
+}
+
+nlohmann::ordered_json descriptorJson(const DescriptorFields& descriptor) {
+  Json json;
+  json["tag"] = descriptor.tag;
+  json["name"] = descriptor.name;
+  json["data"] = hexDigits(descriptor.payload);
+  if (descriptor.isDecoded) {
+    json["fields"] = fieldsJson(descriptor.fields);
+  } else if (!descriptor.problem.empty()) {
+    json["problem"] = descriptor.problem;
+  }
+  return json;
+}
+
+nlohmann::ordered_json tableFieldsJson(const TableFields& table) {
+  Json json;
+  json["table"] = table.name;
+  append(json, table.fields);
+  return json;
+}
+
+}  // namespace tevra::tools

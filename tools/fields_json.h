@@ -1,0 +1,17 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "tools/table_fields.h"
+
+namespace tevra::tools {
+
+/** The fields as members of an object, in their order; table_json.h says how each is written. */
+[[nodiscard]] nlohmann::ordered_json fieldsJson(const Fields& fields);
+
+[[nodiscard]] nlohmann::ordered_json descriptorJson(const DescriptorFields& descriptor);
+
+/** "table", its name, then its fields. */
+[[nodiscard]] nlohmann::ordered_json tableFieldsJson(const TableFields& table);
+
+}  // namespace tevra::tools
