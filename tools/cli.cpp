@@ -4,9 +4,18 @@
 #include <string>
 
 #include "tools/command.h"
+#include "tools/text_table.h"
+#include "tools/tool_error.h"
 
 namespace tevra::tools {
 namespace {
+
+/** The one line for wrong usage; `app` is the program, whose command may have been chosen. */
+std::string explain(const CLI::App* app, const CLI::Error& error) {
+  const auto chosen = app->get_subcommands();
+  const std::string command = chosen.empty() ? "" : " " + chosen.front()->get_name();
+  return "tornelctl: " + oneLine(error.what()) + "; see tornelctl" + command + " --help\n";
+}
 
 /**
  * Chooses the command: leaves `action` empty when there is none to run, and returns the exit status
@@ -20,9 +29,7 @@ int parse(int argc, const char* const* argv, Action& action, const Streams& stre
   app.set_version_flag("--version", "tornelctl " TORNEL_VERSION);
   app.require_subcommand(1);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return "tornelctl: " + std::string(error.what()) + "\nSee tornelctl --help.\n";
-  });
+  app.failure_message(explain);
   app.footer(
       "Exit status: 0 done, 1 the daemon or the stream said no, 2 wrong usage.\n"
       "'tornelctl COMMAND --help' lists the options of a command.");
@@ -53,10 +60,13 @@ int runTornelctl(int argc, const char* const* argv, std::ostream& out, std::ostr
       return status;
     }
     return action(streams);
+  } catch (const UsageError& error) {
+    err << "tornelctl: " << oneLine(error.what()) << "\n";
+    return kExitUsage;
   } catch (const std::exception& error) {
-    err << "tornelctl: " << error.what() << "\n";
+    err << "tornelctl: " << oneLine(error.what()) << "\n";
+    return kExitFailed;
   }
-  return kExitFailed;
 }
 
 }  // namespace tevra::tools
