@@ -10,11 +10,17 @@
 namespace tevra::tools {
 namespace {
 
-/** The one line for wrong usage; `app` is the program, whose command may have been chosen. */
+/** What is wrong with the arguments; `app` is the program, whose command may have been chosen. */
 std::string explain(const CLI::App* app, const CLI::Error& error) {
   const auto chosen = app->get_subcommands();
+  const auto unknown = app->remaining();
+  std::string problem = error.what();
+  if (chosen.empty()) {
+    problem = unknown.empty() ? "a command is missing"
+                              : "there is no command or option '" + unknown.front() + "'";
+  }
   const std::string command = chosen.empty() ? "" : " " + chosen.front()->get_name();
-  return "tornelctl: " + oneLine(error.what()) + "; see tornelctl" + command + " --help\n";
+  return "tornelctl: " + oneLine(problem) + "; see tornelctl" + command + " --help\n";
 }
 
 /**

@@ -11,8 +11,8 @@ namespace tevra::tools {
  *
  * A comma in a value stands behind a backslash, and so does a backslash. Numbers are decimal, or
  * hexadecimal behind 0x. Languages and listed nodes are written as parseLanguages and
- * parseListedNode take them; listed-node alone may come more than once. What is not said stays as in
- * `defaults`. Raises UsageError, which names the argument, for anything else.
+ * parseListedNode take them; listed-node alone may come more than once. What is not said stays as
+ * in `defaults`. Raises UsageError, which names the argument, for anything else.
  */
 [[nodiscard]] OutputDraft parseOutArgument(const std::string& text, const OutputDraft& defaults);
 

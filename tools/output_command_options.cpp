@@ -1,6 +1,5 @@
 #include "tools/output_command_options.h"
 
-#include <map>
 #include <string>
 #include <vector>
 
@@ -55,8 +54,6 @@ void addServiceOptions(CLI::App& command, OutputCommandOptions& options, OutputD
 }
 
 void addNodeOptions(CLI::App& command, OutputCommandOptions& options) {
-  static const std::map<std::string, LastNode> kLastNodes = {
-      {"direct", LastNode::kDirect}, {"listed", LastNode::kListed}, {"none", LastNode::kNone}};
   OutputOptions& output = options.output;
   command.add_option("--global-sid", output.globalSid,
                      "Global service id of the output (default: the output service id)");
@@ -67,10 +64,14 @@ void addNodeOptions(CLI::App& command, OutputCommandOptions& options) {
   command.add_option("--output-param", output.outputParam, "The description's further value")
       ->capture_default_str();
   command
-      .add_option("--last-node", output.lastNode,
-                  "Last-node settings sent: direct (one, with the output's global service id), "
-                  "listed (those of --listed-node), none (default: direct)")
-      ->transform(CLI::CheckedTransformer(kLastNodes).description("{direct,listed,none}"));
+      .add_option_function<std::string>(
+          "--last-node",
+          [&output](const std::string& text) {
+            output.lastNode = parseLastNode(text).value_or(LastNode::kDirect);  // has been checked
+          },
+          "Last-node settings sent: direct (one, with the output's global service id), "
+          "listed (those of --listed-node), none (default: direct)")
+      ->check(CLI::IsMember({"direct", "listed", "none"}).description("{direct,listed,none}"));
   command.add_option("--unique-sid", output.uniqueSid,
                      "Unique service id of the direct last node (default: the global service id)");
   command
@@ -82,20 +83,18 @@ void addNodeOptions(CLI::App& command, OutputCommandOptions& options) {
 
 /** Behind those of one output, which stand in for what they do not say. */
 void addSeveralOutputsOptions(CLI::App& command, OutputCommandOptions& options) {
-  CLI::Option* out =
-      command
-          .add_option("--out", options.outs,
-                      "One of several outputs, once for each: gsid=1,sid=1201,name=Uno; the other "
-                      "output options give what it does not say. Keys: " +
-                          outputKeys())
-          ->type_name("KEY=VALUE[,...]")
-          ->allow_extra_args(false);
+  command
+      .add_option("--out", options.outs,
+                  "One of several outputs, once for each: gsid=1,sid=1201,name=Uno; the other "
+                  "output options give what it does not say. Keys: " +
+                      outputKeys())
+      ->type_name("KEY=VALUE[,...]")
+      ->allow_extra_args(false);
   command
       .add_option("--request", options.request,
-                  "JSON file that describes the outputs, - for standard input")
-      ->type_name("FILE")
-      ->excludes(out)
-      ->excludes("--service");
+                  "JSON file that describes the outputs, - for standard input; in the place of "
+                  "--service and --out")
+      ->type_name("FILE");
 }
 
 OutputDraft singleOutput(const OutputCommandOptions& options) {
@@ -116,9 +115,19 @@ OutputDraft singleOutput(const OutputCommandOptions& options) {
   return draft;
 }
 
+void refuseBesideRequest(const OutputCommandOptions& options) {
+  if (options.service) {
+    throw UsageError("--request and --service exclude each other: name the service in the request");
+  }
+  if (!options.outs.empty()) {
+    throw UsageError("--request and --out exclude each other: describe all outputs in one of them");
+  }
+}
+
 std::vector<OutputDraft> draftsOf(const OutputCommandOptions& options) {
   const OutputDraft single = singleOutput(options);
   if (options.request) {
+    refuseBesideRequest(options);
     return readRequest(*options.request, single);
   }
   if (options.outs.empty()) {

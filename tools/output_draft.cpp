@@ -52,8 +52,8 @@ class TakenIds {
     }
     const std::string id = globalSid ? "global service id " + std::to_string(*globalSid)
                                      : "the global service id of the same service";
-    fail(draft, id + " is taken by " + place->second->origin +
-                    ": give each output its own with gsid=N");
+    fail(draft,
+         id + " is taken by " + place->second->origin + ": give each output its own with gsid=N");
   }
 
  private:

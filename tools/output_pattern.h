@@ -8,9 +8,9 @@
 namespace tevra::tools {
 
 /**
- * The name of the file for an output, in which {service} stands for the input service id, {gsid} for
- * the global service id, {sid} for the output service id and {name} for the output service name as
- * safeFileName makes it; {{ stands for a brace.
+ * The name of the file for an output, in which {service} stands for the input service id, {gsid}
+ * for the global service id, {sid} for the output service id and {name} for the output service name
+ * as safeFileName makes it; {{ stands for a brace.
  */
 class OutputPattern {
  public:
@@ -46,8 +46,8 @@ class OutputPattern {
                                                 const std::string& input);
 
 /**
- * A service name as a part of a file name: letters, digits, ".", "-", "+" and what is no ASCII stay,
- * all else becomes "_", as does what makes a file hidden or an option; at most 100 bytes.
+ * A service name as a part of a file name: letters, digits, ".", "-", "+" and what is no ASCII
+ * stay, all else becomes "_", as does what makes a file hidden or an option; at most 100 bytes.
  */
 [[nodiscard]] std::string safeFileName(const std::string& utf8);
 

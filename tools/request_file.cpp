@@ -1,12 +1,10 @@
 #include "tools/request_file.h"
 
-#include <set>
 #include <utility>
-
-#include <nlohmann/json.hpp>
 
 #include "tools/files.h"
 #include "tools/output_keys.h"
+#include "tools/strict_json.h"
 #include "tools/tool_error.h"
 
 namespace tevra::tools {
@@ -30,6 +28,15 @@ struct Place {
     return {value.at(index), path + "[" + std::to_string(index) + "]"};
   }
 };
+
+/** "a string", "an object", "null". */
+std::string typeOf(const Json& value) {
+  const std::string name = value.type_name();
+  if (value.is_null()) {
+    return name;
+  }
+  return (value.is_structured() ? "an " : "a ") + name;
+}
 
 /** One request on its way into drafts. */
 class Request {
@@ -63,28 +70,11 @@ class Request {
   std::string name_;
 };
 
-/** The library keeps the last of two members of one name; here that is an error. */
 Json Request::parse(const std::string& text) const {
-  std::vector<std::set<std::string>> members;  // of the objects around what is parsed
-  const auto onEvent = [&](int /*depth*/, Json::parse_event_t event, const Json& parsed) {
-    if (event == Json::parse_event_t::object_start) {
-      members.emplace_back();
-    } else if (event == Json::parse_event_t::object_end) {
-      members.pop_back();
-    } else if (event == Json::parse_event_t::key) {
-      const auto key = parsed.get<std::string>();
-      if (!members.back().insert(key).second) {
-        fail("'" + key + "' is given twice in one object");
-      }
-    }
-    return true;
-  };
   try {
-    return Json::parse(text, onEvent);
-  } catch (const Json::exception& error) {
-    const std::string what = error.what();  // "[json.exception.parse_error.101] parse error at..."
-    const size_t end = what.find("] ");
-    fail(end == std::string::npos ? what : what.substr(end + 2));
+    return parseStrictJson(text);
+  } catch (const StrictJsonError& error) {
+    fail(error.what());
   }
 }
 
@@ -153,7 +143,7 @@ int32_t Request::number(const Place& place, const NumberKey& key) const {
     failAt(place, "needs a whole number, " + key.range() + ", not " + place.value.dump());
   }
   if (!place.value.is_number()) {
-    failAt(place, "needs a number, not " + std::string(place.value.type_name()));
+    failAt(place, "needs a number, not " + typeOf(place.value));
   }
   const bool isHuge = place.value.is_number_unsigned() && place.value.get<uint64_t>() > INT64_MAX;
   if (isHuge || !key.takes(place.value.get<int64_t>())) {
@@ -164,7 +154,7 @@ int32_t Request::number(const Place& place, const NumberKey& key) const {
 
 std::string Request::text(const Place& place) const {
   if (!place.value.is_string()) {
-    failAt(place, "needs a text, not " + std::string(place.value.type_name()));
+    failAt(place, "needs a text, not " + typeOf(place.value));
   }
   return place.value.get<std::string>();
 }
@@ -178,7 +168,7 @@ std::vector<std::string> Request::audio(const Place& place) const {
     return *languages;
   }
   if (!place.value.is_array()) {
-    failAt(place, "needs an array of language codes, not " + std::string(place.value.type_name()));
+    failAt(place, "needs an array of language codes, not " + typeOf(place.value));
   }
   std::vector<std::string> languages;
   for (size_t index = 0; index < place.value.size(); ++index) {
@@ -201,7 +191,7 @@ LastNode Request::lastNode(const Place& place) const {
 
 std::vector<ListedNode> Request::listedNodes(const Place& place) const {
   if (!place.value.is_array()) {
-    failAt(place, "needs an array of nodes, not " + std::string(place.value.type_name()));
+    failAt(place, "needs an array of nodes, not " + typeOf(place.value));
   }
   std::vector<ListedNode> nodes;
   for (size_t index = 0; index < place.value.size(); ++index) {

@@ -21,10 +21,10 @@ inline constexpr size_t kLargestRequest = size_t{1} << 20;
  *                    "listed-node": [ { "gsid": 5, "usid": 6, "audio": [] }, { "gsid": 7 } ] } ] }
  *
  * Ids are numbers, name and last-node texts. audio is an array of language codes, an empty one for
- * no audio, or a text as in --out; listed-node an array of objects of which gsid alone must be there.
- * What is not said stays as in `defaults`. Raises UsageError, which begins with `name` and says
- * where, for anything else: text that is no JSON, a member that is unknown, given twice, of another
- * type or out of range, no output at all.
+ * no audio, or a text as in --out; listed-node an array of objects of which gsid alone must be
+ * there. What is not said stays as in `defaults`. Raises UsageError, which begins with `name` and
+ * says where, for anything else: text that is no JSON, a member that is unknown, given twice, of
+ * another type or out of range, no output at all.
  */
 [[nodiscard]] std::vector<OutputDraft> parseRequest(const std::string& json,
                                                     const std::string& name,

@@ -25,8 +25,7 @@ class OpenSpts {
     file_.close();
     output_.streamPackets = writer_.streamPackets();
     output_.tablePackets = writer_.tablePackets();
-    output_.seconds =
-        static_cast<double>(writer_.duration()) / static_cast<double>(kSystemClock);
+    output_.seconds = static_cast<double>(writer_.duration()) / static_cast<double>(kSystemClock);
     output_.warnings = writer_.warnings();
   }
 

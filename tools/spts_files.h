@@ -19,9 +19,9 @@ struct SptsFile {
   // What became of it, once it is written.
   uint64_t streamPackets = 0;
   uint64_t tablePackets = 0;
-  double seconds = 0;                   // of stream time
-  std::map<int, uint64_t> pidPackets;   // by output PID
-  std::vector<std::string> warnings;    // one line for every PID that is left out
+  double seconds = 0;                  // of stream time
+  std::map<int, uint64_t> pidPackets;  // by output PID
+  std::vector<std::string> warnings;   // one line for every PID that is left out
 };
 
 /**
