@@ -37,7 +37,7 @@ class NameCheck {
   /** An object or array that has begun and not ended. */
   struct Level {
     bool isArray;
-    size_t elements;  // that have ended
+    size_t elements;   // that have ended
     std::string name;  // of the member that is read
     std::set<std::string> names;
   };

@@ -164,9 +164,8 @@ class OutputFiles {
 TEST_F(ExtractCommand, WritesAFileForEachOutput) {
   server_.daemon().answerTo = answerEach;
   const OutputFiles files({1, 2});
-  const Result result =
-      runWithDaemon({"extract", test::sample(), "--service", "101", "--out", "gsid=1,name=A",
-                     "--out", "gsid=2", "-o", files.pattern()});
+  const Result result = runWithDaemon({"extract", test::sample(), "--service", "101", "--out",
+                                       "gsid=1,name=A", "--out", "gsid=2", "-o", files.pattern()});
   EXPECT_EQ(kExitDone, result.status) << result.err;
   ASSERT_EQ(1U, server_.daemon().requests.size());
   EXPECT_EQ("A", server_.daemon().requests[0].outputs.at(1).serviceName);
@@ -219,8 +218,8 @@ TEST_F(ExtractCommand, NamesEveryFileThatHoldsTablesAlone) {
   const Result result = runWithDaemon({"extract", test::sample(), "--out", "gsid=1", "--out",
                                        "gsid=2", "--out", "gsid=3", "-o", files.pattern()});
   EXPECT_EQ(kExitFailed, result.status);
-  EXPECT_THAT(result.err, HasSubstr("tornelctl: " + files.at(0).path() + ", " +
-                                    files.at(2).path() + " hold tables alone"));
+  EXPECT_THAT(result.err, HasSubstr("tornelctl: " + files.at(0).path() + ", " + files.at(2).path() +
+                                    " hold tables alone"));
   EXPECT_THAT(result.err, HasSubstr("tornelctl: " + files.at(0).path() + ": output PID 502"));
   EXPECT_THAT(result.out, HasSubstr("output " + files.at(1).path()));
   EXPECT_FALSE(files.at(2).readPackets().empty()) << "tables are written";
@@ -233,8 +232,8 @@ TEST_F(ExtractCommand, WritesNothingWhenOneOutputIsNotAnswered) {
     return answer;
   };
   const OutputFiles files({1, 2});
-  const Result result = runWithDaemon({"extract", test::sample(), "--out", "gsid=1", "--out",
-                                       "gsid=2", "-o", files.pattern()});
+  const Result result = runWithDaemon(
+      {"extract", test::sample(), "--out", "gsid=1", "--out", "gsid=2", "-o", files.pattern()});
   EXPECT_EQ(kExitFailed, result.status);
   EXPECT_THAT(result.err, HasSubstr("gives no output for service 101 (global service id 2)"));
   EXPECT_FALSE(std::filesystem::exists(files.at(0).path()));
@@ -254,8 +253,8 @@ TEST_F(ExtractCommand, RefusesOneFileForTwoOutputsOnceTheStreamHasNamedThem) {
 }
 
 TEST_F(ExtractCommand, RefusesOneGlobalServiceIdForTwoOutputsOnceTheStreamHasGivenTheService) {
-  const Result result = runWithDaemon({"extract", test::sample(), "--out", "gsid=101", "--out",
-                                       "name=B", "-o", "x{gsid}.ts"});
+  const Result result = runWithDaemon(
+      {"extract", test::sample(), "--out", "gsid=101", "--out", "name=B", "-o", "x{gsid}.ts"});
   EXPECT_EQ(kExitUsage, result.status);
   EXPECT_THAT(result.err, HasSubstr("global service id 101 is taken by --out 'gsid=101'"));
 }
@@ -271,7 +270,8 @@ TEST(ExtractCommandLine, SaysWhatIsWrongWithTheFilesBeforeTheStreamIsRead) {
       {{"-o", "-", "--json"}, "--json and -o - both want standard output: write to a file"},
       {{"-o", "x{sid}.ts", "--service", "101", "--out", "gsid=1", "--out", "gsid=2"},
        "-o x{sid}.ts: two outputs would go to x101.ts; {gsid} keeps them apart"},
-      {{"-o", "x{name}", "--service", "101", "--out", "gsid=1,name=a b", "--out", "gsid=2,name=a_b"},
+      {{"-o", "x{name}", "--service", "101", "--out", "gsid=1,name=a b", "--out",
+        "gsid=2,name=a_b"},
        "-o x{name}: two outputs would go to xa_b; {gsid} keeps them apart"},
       {{"-o", "x{foo}.ts"},
        "-o x{foo}.ts: '{foo}' is not {service}, {gsid}, {sid} or {name}; {{ stands for a brace"},

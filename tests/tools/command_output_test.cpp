@@ -132,9 +132,8 @@ TEST_F(OutputCommand, AsksForSeveralOutputsOfAServiceInOneCall) {
 
 TEST_F(OutputCommand, AsksForOutputsOfSeveralServicesOverOneConnection) {
   server_.daemon().answerTo = answerEach;
-  const Result result = runWithDaemon(
-      {"output", "--json", "--out", "service=101", "--out", "service=102", "--out",
-       "service=101,gsid=3"});
+  const Result result = runWithDaemon({"output", "--json", "--out", "service=101", "--out",
+                                       "service=102", "--out", "service=101,gsid=3"});
   EXPECT_EQ(kExitDone, result.status) << result.err;
   EXPECT_EQ(2U, server_.daemon().requests.size());
   const json answer = json::parse(result.out);
@@ -159,9 +158,9 @@ TEST_F(OutputCommand, AsksForWhatARequestFileSays) {
 
 TEST_F(OutputCommand, PrintsTheOutputsThatThereAreAndNamesTheOthers) {
   server_.daemon().answerTo = answerEach;
-  const std::vector<std::string> arguments = {
-      "output", "--out", "service=999,gsid=9", "--out", "service=101", "--out", "service=999,gsid=8",
-      "--out",  "service=998"};
+  const std::vector<std::string> arguments = {"output",      "--out", "service=999,gsid=9", "--out",
+                                              "service=101", "--out", "service=999,gsid=8", "--out",
+                                              "service=998"};
   const std::string error =
       "tornelctl: the daemon has no PMT of service 998 (global service id 998), service 999 "
       "(global service id 9, 8): feed it a stream that holds the service first\n";
@@ -190,7 +189,8 @@ TEST(OutputCommandLine, SaysWhatIsWrongWithTheOutputs) {
       {{"--service", "1", "--out", "gsid=1", "--out", "gsid=2,sid=x"},
        "--out 'gsid=2,sid=x': sid needs a whole number, not 'x'"},
       {{"--service", "1", "--out", "gsid=2", "--out", "gsid=2,name=B"},
-       "--out 'gsid=2,name=B': global service id 2 is taken by --out 'gsid=2': give each output its "
+       "--out 'gsid=2,name=B': global service id 2 is taken by --out 'gsid=2': give each output "
+       "its "
        "own with gsid=N"},
       {{"--request", request.path()},
        "--request " + request.path() + ": [1]: global service id 101 is taken by --request " +
@@ -216,7 +216,8 @@ TEST(OutputCommandLine, SaysWhatIsWrongWithTheOutputs) {
 TEST(OutputCommandLine, FailsForARequestThatCannotBeRead) {
   const Result result = run({"output", "--request", "/no/such/request.json"});
   EXPECT_EQ(kExitFailed, result.status);
-  EXPECT_EQ("tornelctl: cannot open /no/such/request.json: No such file or directory\n", result.err);
+  EXPECT_EQ("tornelctl: cannot open /no/such/request.json: No such file or directory\n",
+            result.err);
 }
 
 }  // namespace

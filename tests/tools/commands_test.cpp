@@ -105,8 +105,8 @@ TEST(Commands, RefuseAnOptionThatThereIsNot) {
 
 TEST(Commands, RefuseASetPortOrTimeoutOutOfRange) {
   const std::vector<std::pair<std::string, std::string>> wrong = {
-      {"--set", "4"},      {"--set", "-1"},     {"--set", "x"},     {"--set", ""},
-      {"--port", "0"},     {"--port", "65536"}, {"--port", "http"}, {"--timeout", "0"},
+      {"--set", "4"},      {"--set", "-1"},     {"--set", "x"},       {"--set", ""},
+      {"--port", "0"},     {"--port", "65536"}, {"--port", "http"},   {"--timeout", "0"},
       {"--timeout", "-1"}, {"--timeout", "1s"}, {"--timeout", "3601"}};
   for (const Command& command : commands()) {
     for (const auto& [option, value] : wrong) {
