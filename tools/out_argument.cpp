@@ -3,6 +3,7 @@
 #include <charconv>
 #include <map>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "tools/output_keys.h"
@@ -17,7 +18,7 @@ constexpr char kSeparator = ',';
 /** One argument on its way into a draft. */
 class OutArgument {
  public:
-  OutArgument(const std::string& text, const OutputDraft& defaults) : draft_(defaults) {
+  OutArgument(const std::string& text, OutputDraft defaults) : draft_(std::move(defaults)) {
     draft_.origin = "--out '" + text + "'";
     for (const std::string& item : items(text)) {
       take(item);

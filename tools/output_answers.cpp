@@ -28,8 +28,10 @@ std::map<int32_t, std::vector<int32_t>> unanswered(const std::vector<OutputOptio
 
 std::string servicesText(const std::map<int32_t, std::vector<int32_t>>& globalSids) {
   std::vector<std::string> services;
+  services.reserve(globalSids.size());
   for (const auto& [service, ids] : globalSids) {
     std::vector<std::string> texts;
+    texts.reserve(ids.size());
     for (const int32_t id : ids) {
       texts.push_back(std::to_string(id));
     }

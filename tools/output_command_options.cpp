@@ -134,6 +134,7 @@ std::vector<OutputDraft> draftsOf(const OutputCommandOptions& options) {
     return {single};
   }
   std::vector<OutputDraft> drafts;
+  drafts.reserve(options.outs.size());
   for (const std::string& text : options.outs) {
     drafts.push_back(parseOutArgument(text, single));
   }

@@ -87,6 +87,7 @@ void requireDistinct(const std::vector<OutputDraft>& drafts) {
 
 std::vector<OutputOptions> outputsOf(const std::vector<OutputDraft>& drafts) {
   std::vector<OutputOptions> outputs;
+  outputs.reserve(drafts.size());
   for (const OutputDraft& draft : drafts) {
     outputs.push_back(draft.output);
     outputs.back().inputSid = draft.service.value();

@@ -103,6 +103,7 @@ std::vector<std::string> filesFor(const OutputPattern& pattern,
                                   const std::vector<OutputOptions>& outputs,
                                   const std::string& input) {
   std::vector<std::string> files;
+  files.reserve(outputs.size());
   std::set<std::filesystem::path> taken;
   for (const OutputOptions& output : outputs) {
     const std::string file = pattern.fileFor(output);

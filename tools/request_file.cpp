@@ -31,7 +31,7 @@ struct Place {
 
 /** "a string", "an object", "null". */
 std::string typeOf(const Json& value) {
-  const std::string name = value.type_name();
+  std::string name = value.type_name();
   if (value.is_null()) {
     return name;
   }

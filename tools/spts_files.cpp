@@ -40,6 +40,7 @@ class OpenSpts {
 void writeSptsFiles(const std::string& input, std::vector<SptsFile>& outputs) {
   InputFile file(input);
   std::vector<std::unique_ptr<OpenSpts>> writers;
+  writers.reserve(outputs.size());
   for (SptsFile& output : outputs) {
     writers.push_back(std::make_unique<OpenSpts>(output));
   }

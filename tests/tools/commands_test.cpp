@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <filesystem>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -131,6 +133,7 @@ TEST(Commands, ThatCallTheDaemonTakeTheSameOptionsForIt) {
 }
 
 TEST(Commands, SayWhereThereIsNoDaemonAndWhatToStart) {
+  std::filesystem::remove(outputFile());  // of an earlier run
   const std::string port = std::to_string(portWithoutDaemon());
   for (const Command& command : commands()) {
     if (!command.calls) {
