@@ -1,10 +1,18 @@
 #include "tools/byte_source.h"
 
 #include "tools/files.h"
+#include "tools/text_table.h"
 #include "tools/tool_error.h"
 #include "tools/udp_source.h"
 
 namespace tevra::tools {
+
+std::string ByteSource::explainNothing(const std::string& name, uint64_t packets) const {
+  if (packets == 0) {
+    return name + " holds no transport stream: no packets of 188, 192 or 204 bytes";
+  }
+  return name + " holds " + counted(packets, "packet") + ", but no complete table";
+}
 
 std::unique_ptr<ByteSource> openSource(const std::string& name, const LiveOptions& live) {
   if (isLiveSource(name)) {

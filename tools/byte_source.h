@@ -20,6 +20,12 @@ class ByteSource {
   /** Bytes in all; nothing for a source without an end that is known. */
   [[nodiscard]] virtual std::optional<uint64_t> size() const { return std::nullopt; }
 
+  /**
+   * For people, when what was read up to the end holds nothing of use: why, with `packets` of a
+   * transport stream but no complete table among them. `name` is how the user called the source.
+   */
+  [[nodiscard]] virtual std::string explainNothing(const std::string& name, uint64_t packets) const;
+
   /** Begins again at the front; false for a source that cannot. */
   [[nodiscard]] virtual bool rewind() { return false; }
 };

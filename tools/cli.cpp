@@ -4,9 +4,24 @@
 #include <string>
 
 #include "tools/command.h"
+#include "tools/text_table.h"
+#include "tools/tool_error.h"
 
 namespace tevra::tools {
 namespace {
+
+/** What is wrong with the arguments; `app` is the program, whose command may have been chosen. */
+std::string explain(const CLI::App* app, const CLI::Error& error) {
+  const auto chosen = app->get_subcommands();
+  const auto unknown = app->remaining();
+  std::string problem = error.what();
+  if (chosen.empty()) {
+    problem = unknown.empty() ? "a command is missing"
+                              : "there is no command or option '" + unknown.front() + "'";
+  }
+  const std::string command = chosen.empty() ? "" : " " + chosen.front()->get_name();
+  return "tornelctl: " + oneLine(problem) + "; see tornelctl" + command + " --help\n";
+}
 
 /**
  * Chooses the command: leaves `action` empty when there is none to run, and returns the exit status
@@ -20,9 +35,7 @@ int parse(int argc, const char* const* argv, Action& action, const Streams& stre
   app.set_version_flag("--version", "tornelctl " TORNEL_VERSION);
   app.require_subcommand(1);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return "tornelctl: " + std::string(error.what()) + "\nSee tornelctl --help.\n";
-  });
+  app.failure_message(explain);
   app.footer(
       "Exit status: 0 done, 1 the daemon or the stream said no, 2 wrong usage.\n"
       "'tornelctl COMMAND --help' lists the options of a command.");
@@ -53,10 +66,13 @@ int runTornelctl(int argc, const char* const* argv, std::ostream& out, std::ostr
       return status;
     }
     return action(streams);
+  } catch (const UsageError& error) {
+    err << "tornelctl: " << oneLine(error.what()) << "\n";
+    return kExitUsage;
   } catch (const std::exception& error) {
-    err << "tornelctl: " << error.what() << "\n";
+    err << "tornelctl: " << oneLine(error.what()) << "\n";
+    return kExitFailed;
   }
-  return kExitFailed;
 }
 
 }  // namespace tevra::tools

@@ -1,7 +1,6 @@
-#include <map>
-
 #include "tools/cli.h"
 #include "tools/command.h"
+#include "tools/output_answers.h"
 #include "tools/output_command_options.h"
 #include "tools/output_json.h"
 #include "tools/output_text.h"
@@ -13,27 +12,36 @@ namespace {
 struct AskOptions {
   EndpointOptions endpoint;
   OutputCommandOptions commandLine;
-  OutputOptions output;
+  std::vector<OutputOptions> outputs;
   bool json = false;
 };
 
-int output(const AskOptions& options, const Streams& streams) {
-  std::map<int32_t, SPTSConfiguration> answer;
-  withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    daemon.getSrvOutputData(answer, makeRequest(options.output));
-  });
+void print(const AskOptions& options, const OutputAnswers& answers, std::ostream& out) {
   if (options.json) {
-    streams.out << outputJson(answer) << "\n";
+    out << outputJson(answers) << "\n";
+    return;
   }
-  if (answer.empty()) {
-    throw ToolError("the daemon has no PMT of service " + std::to_string(options.output.inputSid) +
+  for (const auto& [globalSid, configuration] : answers) {
+    printOutput(out, globalSid, configuration);
+  }
+}
+
+/** Without a service's PMT the daemon answers for none of its outputs. */
+void requireAll(const std::vector<OutputOptions>& outputs, const OutputAnswers& answers) {
+  const auto missing = unanswered(outputs, answers);
+  if (!missing.empty()) {
+    throw ToolError("the daemon has no PMT of " + servicesText(missing) +
                     ": feed it a stream that holds the service first");
   }
-  if (!options.json) {
-    for (const auto& [globalSid, configuration] : answer) {
-      printOutput(streams.out, globalSid, configuration);
-    }
-  }
+}
+
+int output(const AskOptions& options, const Streams& streams) {
+  OutputAnswers answers;
+  withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
+    answers = askFor(daemon, options.outputs);
+  });
+  print(options, answers, streams.out);
+  requireAll(options.outputs, answers);
   return kExitDone;
 }
 
@@ -42,13 +50,13 @@ int output(const AskOptions& options, const Streams& streams) {
 void addOutputCommand(CLI::App& app, Action& action) {
   const auto options = std::make_shared<AskOptions>();
   CLI::App* command = app.add_subcommand(
-      "output", "Ask the daemon what the output of one service is made of: PIDs and tables");
+      "output", "Ask the daemon what outputs of a service are made of: PIDs and tables");
   addOutputOptions(*command, options->commandLine, OutputDefaults::kFixed);
   command->add_flag("--json", options->json, "Print the answer as JSON");
   addEndpointOptions(*command, options->endpoint, kFirstControlPort);
   addTimeoutOption(*command, options->endpoint);
   command->callback([&action, options] {
-    options->output = finishOutputOptions(options->commandLine);
+    options->outputs = outputsOf(finishOutputOptions(options->commandLine, OutputDefaults::kFixed));
     action = [options](const Streams& streams) { return output(*options, streams); };
   });
 }

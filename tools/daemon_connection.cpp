@@ -47,7 +47,7 @@ std::string nameOf(const DaemonAddress& address) {
 std::string explainUnreachable(const DaemonAddress& address, const TTransportException& error) {
   const int set = address.port - kFirstControlPort;
   const std::string start =
-      set >= 0 && set <= 3 ? "start it with tornel --set " + std::to_string(set) : "start it";
+      set >= 0 && set <= 3 ? "start tornel --set " + std::to_string(set) : "start tornel";
   return "no daemon answers at " + nameOf(address) + " (" + error.what() + "): " + start +
          ", or say where it is with --set, --port or --host";
 }

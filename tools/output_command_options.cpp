@@ -1,8 +1,12 @@
 #include "tools/output_command_options.h"
 
-#include <map>
 #include <string>
 #include <vector>
+
+#include "tools/out_argument.h"
+#include "tools/output_keys.h"
+#include "tools/request_file.h"
+#include "tools/tool_error.h"
 
 namespace tevra::tools {
 namespace {
@@ -33,7 +37,6 @@ void addServiceOptions(CLI::App& command, OutputCommandOptions& options, OutputD
       .add_option("--service", options.service,
                   std::string("Input service id") +
                       (fromStream ? " (default: the stream's first with a PMT)" : ""))
-      ->required(!fromStream)
       ->check(sixteenBits());
   command.add_option("--output-sid", output.outputSid, "Output service id (default: the input's)")
       ->check(sixteenBits());
@@ -51,8 +54,6 @@ void addServiceOptions(CLI::App& command, OutputCommandOptions& options, OutputD
 }
 
 void addNodeOptions(CLI::App& command, OutputCommandOptions& options) {
-  static const std::map<std::string, LastNode> kLastNodes = {
-      {"direct", LastNode::kDirect}, {"listed", LastNode::kListed}, {"none", LastNode::kNone}};
   OutputOptions& output = options.output;
   command.add_option("--global-sid", output.globalSid,
                      "Global service id of the output (default: the output service id)");
@@ -63,10 +64,14 @@ void addNodeOptions(CLI::App& command, OutputCommandOptions& options) {
   command.add_option("--output-param", output.outputParam, "The description's further value")
       ->capture_default_str();
   command
-      .add_option("--last-node", output.lastNode,
-                  "Last-node settings sent: direct (one, with the output's global service id), "
-                  "listed (those of --listed-node), none (default: direct)")
-      ->transform(CLI::CheckedTransformer(kLastNodes).description("{direct,listed,none}"));
+      .add_option_function<std::string>(
+          "--last-node",
+          [&output](const std::string& text) {
+            output.lastNode = parseLastNode(text).value_or(LastNode::kDirect);  // has been checked
+          },
+          "Last-node settings sent: direct (one, with the output's global service id), "
+          "listed (those of --listed-node), none (default: direct)")
+      ->check(CLI::IsMember({"direct", "listed", "none"}).description("{direct,listed,none}"));
   command.add_option("--unique-sid", output.uniqueSid,
                      "Unique service id of the direct last node (default: the global service id)");
   command
@@ -74,6 +79,76 @@ void addNodeOptions(CLI::App& command, OutputCommandOptions& options) {
                   "A last node with a global service id of its own; repeatable")
       ->allow_extra_args(false)
       ->check(listedNode());
+}
+
+/** Behind those of one output, which stand in for what they do not say. */
+void addSeveralOutputsOptions(CLI::App& command, OutputCommandOptions& options) {
+  command
+      .add_option("--out", options.outs,
+                  "One of several outputs, once for each: gsid=1,sid=1201,name=Uno; the other "
+                  "output options give what it does not say. Keys: " +
+                      outputKeys())
+      ->type_name("KEY=VALUE[,...]")
+      ->allow_extra_args(false);
+  command
+      .add_option("--request", options.request,
+                  "JSON file that describes the outputs, - for standard input; in the place of "
+                  "--service and --out")
+      ->type_name("FILE");
+}
+
+OutputDraft singleOutput(const OutputCommandOptions& options) {
+  OutputDraft draft;
+  draft.service = options.service;
+  draft.output = options.output;
+  for (const std::string& text : options.audio) {
+    if (!draft.output.audio) {
+      draft.output.audio.emplace();
+    }
+    for (const std::string& language : parseLanguages(text).value_or(std::vector<std::string>{})) {
+      draft.output.audio->push_back(language);
+    }
+  }
+  for (const std::string& text : options.listedNodes) {
+    draft.output.listedNodes.push_back(parseListedNode(text).value_or(ListedNode{}));
+  }
+  return draft;
+}
+
+void refuseBesideRequest(const OutputCommandOptions& options) {
+  if (options.service) {
+    throw UsageError("--request and --service exclude each other: name the service in the request");
+  }
+  if (!options.outs.empty()) {
+    throw UsageError("--request and --out exclude each other: describe all outputs in one of them");
+  }
+}
+
+std::vector<OutputDraft> draftsOf(const OutputCommandOptions& options) {
+  const OutputDraft single = singleOutput(options);
+  if (options.request) {
+    refuseBesideRequest(options);
+    return readRequest(*options.request, single);
+  }
+  if (options.outs.empty()) {
+    return {single};
+  }
+  std::vector<OutputDraft> drafts;
+  drafts.reserve(options.outs.size());
+  for (const std::string& text : options.outs) {
+    drafts.push_back(parseOutArgument(text, single));
+  }
+  return drafts;
+}
+
+void requireServices(const std::vector<OutputDraft>& drafts) {
+  for (const OutputDraft& draft : drafts) {
+    if (!draft.service) {
+      throw UsageError(draft.origin.empty()
+                           ? "no service is named: give --service ID, --out service=ID or --request"
+                           : draft.origin + " names no input service: add the key service");
+    }
+  }
 }
 
 }  // namespace
@@ -89,26 +164,18 @@ void addOutputOptions(CLI::App& command, OutputCommandOptions& options, OutputDe
       ->allow_extra_args(false)
       ->check(languageList());
   addNodeOptions(command, options);
+  addSeveralOutputsOptions(command, options);
 }
 
-OutputOptions finishOutputOptions(const OutputCommandOptions& options) {
-  OutputOptions output = options.output;
-  output.inputSid = options.service.value_or(0);
-  for (const std::string& text : options.audio) {
-    if (!output.audio) {
-      output.audio.emplace();
-    }
-    for (const std::string& language : parseLanguages(text).value_or(std::vector<std::string>{})) {
-      output.audio->push_back(language);
-    }
+std::vector<OutputDraft> finishOutputOptions(const OutputCommandOptions& options,
+                                             OutputDefaults defaults) {
+  std::vector<OutputDraft> drafts = draftsOf(options);
+  if (defaults == OutputDefaults::kFixed) {
+    requireServices(drafts);
   }
-  for (const std::string& text : options.listedNodes) {
-    output.listedNodes.push_back(parseListedNode(text).value_or(ListedNode{}));
-  }
-  if (const std::optional<std::string> reason = contradiction(output)) {
-    throw CLI::ValidationError(*reason);
-  }
-  return output;
+  requireConsistent(drafts);
+  requireDistinct(drafts);
+  return drafts;
 }
 
 }  // namespace tevra::tools

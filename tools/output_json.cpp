@@ -114,10 +114,14 @@ std::string outputJson(const std::map<int32_t, SPTSConfiguration>& answer) {
   Json json = Json::object();
   for (const auto& [globalSid, configuration] : answer) {
     Json& entry = json[std::to_string(globalSid)];
-    entry["pidItems"] = jsonList(configuration.pidItems, itemJson);
+    entry["pidItems"] = pidItemsJson(configuration.pidItems);
     entry["outputTables"] = tablesJson(configuration.outputTables);
   }
   return json.dump(kIndent, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace);
+}
+
+nlohmann::ordered_json pidItemsJson(const std::vector<PIDItem>& items) {
+  return jsonList(items, itemJson);
 }
 
 }  // namespace tevra::tools

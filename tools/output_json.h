@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
 
 #include "records/records.h"
 
@@ -32,5 +35,8 @@ namespace tevra::tools {
  * what is not becomes U+FFFD.
  */
 [[nodiscard]] std::string outputJson(const std::map<int32_t, SPTSConfiguration>& answer);
+
+/** The array "pidItems" of the above. */
+[[nodiscard]] nlohmann::ordered_json pidItemsJson(const std::vector<PIDItem>& items);
 
 }  // namespace tevra::tools

@@ -1,6 +1,7 @@
 #include "tools/output_request.h"
 
 #include <charconv>
+#include <map>
 
 namespace tevra::tools {
 namespace {
@@ -51,46 +52,41 @@ std::vector<LastNodeSettings> makeNodes(const OutputOptions& options) {
   return nodes;
 }
 
-}  // namespace
-
-std::optional<std::string> contradiction(const OutputOptions& options) {
-  const bool isListed = options.lastNode == LastNode::kListed;
-  if (isListed == options.listedNodes.empty()) {
-    return isListed ? "--last-node listed needs a --listed-node"
-                    : "--listed-node goes with --last-node listed only";
-  }
-  if (options.lastNode == LastNode::kNone && options.audio) {
-    return "--audio needs last-node settings to stand in, --last-node none sends none";
-  }
-  if (options.lastNode != LastNode::kDirect && options.uniqueSid) {
-    return "--unique-sid goes with --last-node direct only";
-  }
-  for (const ListedNode& node : options.listedNodes) {
-    if (node.globalSid == options.resolvedGlobalSid()) {
-      return "a listed node with the output's own global service id is what --last-node direct "
-             "sends";
-    }
-  }
-  return std::nullopt;
-}
-
-SrvOutputRequest makeRequest(const OutputOptions& options) {
+void addOutput(SrvOutputRequest& request, const OutputOptions& options) {
   const int32_t globalSid = options.resolvedGlobalSid();
-  SrvOutputRequest request;
-  request.inputSID = options.inputSid;
   OutputServiceDescription& output = request.outputs[globalSid];
   output.globalSID = globalSid;
   output.nextNode = options.nextNode;
   output.outputSID = options.resolvedOutputSid();
-  output.serviceName =
-      options.name.value_or("Service " + std::to_string(options.resolvedOutputSid()));
+  output.serviceName = options.resolvedName();
   output.transportStreamId = options.transportStreamId.value_or(1);
   output.originalNetworkId = options.originalNetworkId.value_or(1);
   output.outputParam = options.outputParam;
   if (options.lastNode != LastNode::kNone) {
     request.lastNodeSettings[globalSid] = makeNodes(options);
   }
+}
+
+}  // namespace
+
+SrvOutputRequest makeRequest(const OutputOptions& options) {
+  SrvOutputRequest request;
+  request.inputSID = options.inputSid;
+  addOutput(request, options);
   return request;
+}
+
+std::vector<SrvOutputRequest> makeRequests(const std::vector<OutputOptions>& outputs) {
+  std::vector<SrvOutputRequest> requests;
+  std::map<int32_t, size_t> places;  // by input service id
+  for (const OutputOptions& options : outputs) {
+    const auto [place, isNew] = places.emplace(options.inputSid, requests.size());
+    if (isNew) {
+      requests.emplace_back().inputSID = options.inputSid;
+    }
+    addOutput(requests[place->second], options);
+  }
+  return requests;
 }
 
 std::optional<std::vector<std::string>> parseLanguages(const std::string& text) {
@@ -99,11 +95,15 @@ std::optional<std::vector<std::string>> parseLanguages(const std::string& text) 
   }
   const std::vector<std::string> codes = split(text, ",+");
   for (const std::string& code : codes) {
-    if (code.size() != kLanguageCodeSize) {
+    if (!isLanguageCode(code)) {
       return std::nullopt;
     }
   }
   return codes;
+}
+
+bool isLanguageCode(const std::string& text) {
+  return text.size() == kLanguageCodeSize;
 }
 
 std::optional<ListedNode> parseListedNode(const std::string& text) {
@@ -123,6 +123,13 @@ std::optional<ListedNode> parseListedNode(const std::string& text) {
     }
   }
   return node;
+}
+
+std::optional<LastNode> parseLastNode(const std::string& text) {
+  static const std::map<std::string, LastNode> kNames = {
+      {"direct", LastNode::kDirect}, {"listed", LastNode::kListed}, {"none", LastNode::kNone}};
+  const auto found = kNames.find(text);
+  return found == kNames.end() ? std::nullopt : std::optional<LastNode>(found->second);
 }
 
 }  // namespace tevra::tools

@@ -25,7 +25,7 @@ struct ListedNode {
   AudioFilter audio;
 };
 
-/** One output of one service, as the options of the command line give it. */
+/** One output of one service. */
 struct OutputOptions {
   int32_t inputSid = 0;
   std::optional<int32_t> globalSid;          // default: the output service id
@@ -44,10 +44,10 @@ struct OutputOptions {
   [[nodiscard]] int32_t resolvedGlobalSid() const {
     return globalSid.value_or(resolvedOutputSid());
   }
+  [[nodiscard]] std::string resolvedName() const {
+    return name.value_or("Service " + std::to_string(resolvedOutputSid()));
+  }
 };
-
-/** Why the options do not go together; nothing when they do. */
-[[nodiscard]] std::optional<std::string> contradiction(const OutputOptions& options);
 
 /**
  * The request with one output, keyed by its global service id. Listed nodes without a filter get
@@ -56,15 +56,27 @@ struct OutputOptions {
 [[nodiscard]] SrvOutputRequest makeRequest(const OutputOptions& options);
 
 /**
+ * The requests for any outputs: one for each input service, in the order in which they first come.
+ * Of outputs with the same service and global service id only the last counts.
+ */
+[[nodiscard]] std::vector<SrvOutputRequest> makeRequests(const std::vector<OutputOptions>& outputs);
+
+/**
  * Reads "fre", "fre,ger" or "fre+ger"; "none" is an empty list. Nothing when a code has not three
  * characters. Codes are kept as they are written.
  */
 [[nodiscard]] std::optional<std::vector<std::string>> parseLanguages(const std::string& text);
+
+/** Whether an entry of a list of languages can be one. */
+[[nodiscard]] bool isLanguageCode(const std::string& text);
 
 /**
  * Reads "GSID", "GSID:USID" or "GSID:USID:LANGUAGES". Without USID the unique service id is the
  * global one. Nothing when it is anything else.
  */
 [[nodiscard]] std::optional<ListedNode> parseListedNode(const std::string& text);
+
+/** Reads "direct", "listed" or "none". */
+[[nodiscard]] std::optional<LastNode> parseLastNode(const std::string& text);
 
 }  // namespace tevra::tools

@@ -31,11 +31,8 @@ void StreamFeed::read(ByteSource& source, const std::string& name, const OnPacke
   }
   packets_ = reader.packets();
   statistics_ = demux.statistics();
-  if (packets_ == 0) {
-    throw ToolError(name + " holds no transport stream: no packets of 188, 192 or 204 bytes");
-  }
   if (feeder_.sent() == 0) {
-    throw ToolError(name + " holds " + counted(packets_, "packet") + ", but no complete table");
+    throw ToolError(source.explainNothing(name, packets_));
   }
   faults_ = streamFaults(reader, demux, "not sent");
   if (feeder_.refused() != 0) {

@@ -59,6 +59,13 @@ std::string hex(int64_t value, int digits) {
   return text.str();
 }
 
+std::string oneLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(),
+      [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, ' ');
+  return text;
+}
+
 std::string joined(const std::vector<std::string>& parts, const std::string& separator) {
   std::string text;
   for (const std::string& part : parts) {

@@ -39,6 +39,9 @@ class TextTable {
 /** "0x" and at least `digits` hexadecimal digits; `value` is not negative. */
 [[nodiscard]] std::string hex(int64_t value, int digits);
 
+/** The text with a blank for every control character, so that it stays on its line. */
+[[nodiscard]] std::string oneLine(std::string text);
+
 /** The parts with `separator` between them. */
 [[nodiscard]] std::string joined(const std::vector<std::string>& parts,
                                  const std::string& separator);

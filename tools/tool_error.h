@@ -13,4 +13,10 @@ class ToolError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/** Ends a command with exit status 2: what the user asks for makes no sense. One line, too. */
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 }  // namespace tevra::tools

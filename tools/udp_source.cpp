@@ -8,10 +8,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <utility>
 
+#include "tools/text_table.h"
 #include "tools/tool_error.h"
 #include "tools/ts_packet.h"
 
@@ -72,6 +72,16 @@ int openSocket(const UdpAddress& address, const std::string& name) {
 
 std::string nameOf(const UdpAddress& address) {
   return std::string(kUdpScheme) + address.address + ":" + std::to_string(address.port);
+}
+
+std::string secondsText(std::chrono::steady_clock::duration time) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time).count();
+  return seconds == 0 ? "less than 1 s" : std::to_string(seconds) + " s";
+}
+
+std::string noPacket(const std::string& name, const std::string& time) {
+  return "no packet came from " + name + " in " + time +
+         ": is the stream sent there, and does a firewall let it in?";
 }
 
 /** 0 where `text` is no port. */
@@ -137,25 +147,46 @@ size_t UdpSource::read(uint8_t* buffer, size_t size) {
 
 /** False when the source has been stopped. */
 bool UdpSource::waitForDatagram() const {
-  const auto deadline =
-      std::chrono::steady_clock::now() + std::chrono::seconds(live_.timeoutSeconds);
+  const auto deadline = Clock::now() + std::chrono::seconds(live_.timeoutSeconds);
   while (!live_.stopped()) {
     pollfd socket = {socket_, POLLIN, 0};
     if (poll(&socket, 1, static_cast<int>(kSlice.count())) > 0) {
       return true;
     }
-    if (std::chrono::steady_clock::now() >= deadline) {
-      throw ToolError("nothing has arrived at " + name_ + " for " +
-                      std::to_string(live_.timeoutSeconds) + " s: is the stream sent there?");
+    if (Clock::now() >= deadline) {
+      failForSilence();
     }
   }
   return false;
+}
+
+void UdpSource::failForSilence() const {
+  const std::string time = std::to_string(live_.timeoutSeconds) + " s";
+  if (payload_ == 0) {
+    throw ToolError(noPacket(name_, time));
+  }
+  throw ToolError("nothing more has come from " + name_ + " for " + time +
+                  ": has the stream ended? --timeout says how long a pause may be");
+}
+
+std::string UdpSource::explainNothing(const std::string& name, uint64_t packets) const {
+  const std::string time = secondsText(Clock::now() - opened_);
+  if (payload_ == 0) {
+    return noPacket(name, time);
+  }
+  if (packets == 0) {
+    return "what came from " + name + " in " + time + ", " + counted(payload_, "byte") +
+           ", is no transport stream: no packets of 188, 192 or 204 bytes";
+  }
+  return counted(packets, "packet") + " came from " + name + " in " + time +
+         ", but no complete table: feed it for longer, or see whether it carries PSI";
 }
 
 void UdpSource::receive() {
   const ssize_t size = recv(socket_, datagram_.data(), datagram_.size(), MSG_DONTWAIT);
   end_ = size < 0 ? 0 : static_cast<size_t>(size);  // taken away meanwhile: wait for the next
   position_ = rtpPayloadOffset(datagram_.data(), end_);
+  payload_ += end_ - position_;
 }
 
 }  // namespace tevra::tools

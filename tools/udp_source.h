@@ -1,6 +1,8 @@
 #pragma once
 
 #include <array>
+#include <chrono>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -35,9 +37,14 @@ class UdpSource : public ByteSource {
   UdpSource& operator=(const UdpSource&) = delete;
 
   [[nodiscard]] size_t read(uint8_t* buffer, size_t size) override;
+  [[nodiscard]] std::string explainNothing(const std::string& name,
+                                           uint64_t packets) const override;
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   [[nodiscard]] bool waitForDatagram() const;
+  [[noreturn]] void failForSilence() const;
   void receive();
 
   static constexpr size_t kLargestDatagram = 65536;
@@ -48,6 +55,8 @@ class UdpSource : public ByteSource {
   std::array<uint8_t, kLargestDatagram> datagram_{};
   size_t position_ = 0;
   size_t end_ = 0;
+  uint64_t payload_ = 0;  // bytes in all
+  Clock::time_point opened_ = Clock::now();
 };
 
 /**

@@ -1,11 +1,10 @@
 #include "tools/output_request.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace tevra::tools {
 namespace {
 
-using testing::HasSubstr;
 using Languages = std::vector<std::string>;
 
 OutputOptions service(int32_t inputSid) {
@@ -127,24 +126,41 @@ TEST(OutputRequest, ReadsListedNodes) {
   }
 }
 
-TEST(OutputRequest, SaysWhichOptionsDoNotGoTogether) {
-  OutputOptions options = service(101);
-  EXPECT_FALSE(contradiction(options).has_value());
-  options.lastNode = LastNode::kListed;
-  EXPECT_THAT(contradiction(options).value(), HasSubstr("needs a --listed-node"));
-  options.listedNodes = {ListedNode{5, 5, std::nullopt}};
-  EXPECT_FALSE(contradiction(options).has_value());
-  options.uniqueSid = 3;
-  EXPECT_THAT(contradiction(options).value(), HasSubstr("--unique-sid"));
-  options.uniqueSid.reset();
-  options.globalSid = 5;
-  EXPECT_THAT(contradiction(options).value(), HasSubstr("own global service id"));
-  options.lastNode = LastNode::kDirect;
-  EXPECT_THAT(contradiction(options).value(), HasSubstr("--listed-node"));
-  options = service(101);
-  options.lastNode = LastNode::kNone;
-  options.audio = Languages{"eng"};
-  EXPECT_THAT(contradiction(options).value(), HasSubstr("--audio"));
+TEST(OutputRequest, ReadsLastNodes) {
+  EXPECT_EQ(LastNode::kDirect, parseLastNode("direct"));
+  EXPECT_EQ(LastNode::kListed, parseLastNode("listed"));
+  EXPECT_EQ(LastNode::kNone, parseLastNode("none"));
+  for (const char* wrong : {"", "0", "Direct", "direct "}) {
+    EXPECT_FALSE(parseLastNode(wrong).has_value()) << wrong;
+  }
+}
+
+TEST(OutputRequest, HoldsAllOutputsOfOneService) {
+  OutputOptions first = service(101);
+  OutputOptions second = service(101);
+  second.globalSid = 2;
+  second.name = "Due";
+  second.lastNode = LastNode::kNone;
+  const auto requests = makeRequests({first, second});
+  ASSERT_EQ(1U, requests.size());
+  EXPECT_EQ(101, requests[0].inputSID);
+  ASSERT_EQ(2U, requests[0].outputs.size());
+  EXPECT_EQ("Service 101", requests[0].outputs.at(101).serviceName);
+  EXPECT_EQ("Due", requests[0].outputs.at(2).serviceName);
+  EXPECT_EQ(1U, requests[0].lastNodeSettings.count(101));
+  EXPECT_EQ(0U, requests[0].lastNodeSettings.count(2));
+}
+
+TEST(OutputRequest, IsOneForEachServiceInTheOrderInWhichTheyCome) {
+  OutputOptions third = service(102);
+  third.globalSid = 3;
+  const auto requests = makeRequests({service(102), service(101), third});
+  ASSERT_EQ(2U, requests.size());
+  EXPECT_EQ(102, requests[0].inputSID);
+  EXPECT_EQ(2U, requests[0].outputs.size());
+  EXPECT_EQ(101, requests[1].inputSID);
+  EXPECT_EQ(1U, requests[1].outputs.size());
+  EXPECT_TRUE(makeRequests({}).empty());
 }
 
 }  // namespace

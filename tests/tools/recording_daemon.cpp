@@ -8,7 +8,7 @@ void RecordingDaemon::getSrvOutputData(std::map<int32_t, SPTSConfiguration>& con
                                        const SrvOutputRequest& request) {
   call("getSrvOutputData");
   requests.push_back(request);
-  configurations = answer;
+  configurations = answerTo ? answerTo(request) : answer;
 }
 
 bool RecordingDaemon::call(const std::string& text) {

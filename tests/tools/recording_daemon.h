@@ -20,6 +20,8 @@ class RecordingDaemon : public thrift::in_module::im_SIControlSrvIf {
   std::vector<SrvOutputRequest> requests;
 
   std::map<int32_t, SPTSConfiguration> answer;
+  /** In the place of `answer` where it is set. */
+  std::function<std::map<int32_t, SPTSConfiguration>(const SrvOutputRequest& request)> answerTo;
   bool takesNit = true;
   bool takesBat = true;
   std::function<void()> beforeCall = [] {};  // may throw or wait

@@ -31,6 +31,11 @@ TEST(TextTable, WritesHexadecimalDigits) {
   EXPECT_EQ("0x004E", hex(0x4E, 4));
 }
 
+TEST(TextTable, KeepsATextOnItsLine) {
+  EXPECT_EQ("a b  c \u00e9", oneLine("a\nb\r\tc\x7F\u00e9"));
+  EXPECT_EQ("", oneLine(""));
+}
+
 TEST(DvbTimeText, WritesTheExampleOfTheStandard) {
   EXPECT_EQ("1993-10-13 12:45:00", dvbTimeText(0xC079124500));
 }

@@ -1,6 +1,6 @@
 #include "tools/udp_source.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <string>
 #include <vector>
@@ -10,6 +10,8 @@
 
 namespace tevra::tools {
 namespace {
+
+using testing::StartsWith;
 
 constexpr int kPort = 21046;
 
@@ -69,6 +71,40 @@ TEST(UdpSource, EndsWhenStopped) {
 TEST(UdpSource, FailsWhenNothingArrives) {
   UdpSource source({"127.0.0.1", kPort}, impatient());
   EXPECT_THROW((void)readOnce(source), ToolError);
+}
+
+/** What is said when nothing comes any more. */
+std::string silenceOf(ByteSource& source) {
+  try {
+    (void)readOnce(source);
+  } catch (const ToolError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+TEST(UdpSource, SaysWhetherNothingEverArrivedOrNothingMore) {
+  UdpSource source({"127.0.0.1", kPort}, impatient());
+  EXPECT_THAT(silenceOf(source), StartsWith("no packet came from udp://127.0.0.1:21046 in 1 s: "));
+  test::sendDatagram("Gone", kPort);
+  EXPECT_EQ("Gone", readOnce(source));
+  EXPECT_THAT(silenceOf(source),
+              StartsWith("nothing more has come from udp://127.0.0.1:21046 for 1 s: "));
+}
+
+TEST(UdpSource, ExplainsWhyWhatCameIsOfNoUse) {
+  UdpSource source({"127.0.0.1", kPort}, impatient());
+  const auto explain = [&](uint64_t packets) { return source.explainNothing("udp://x", packets); };
+  EXPECT_THAT(explain(0),
+              StartsWith("no packet came from udp://x in less than 1 s: is the stream"));
+  test::sendDatagram("Gone", kPort);
+  (void)readOnce(source);
+  EXPECT_EQ(
+      "what came from udp://x in less than 1 s, 4 bytes, is no transport stream: no packets "
+      "of 188, 192 or 204 bytes",
+      explain(0));
+  EXPECT_THAT(explain(7), StartsWith("7 packets came from udp://x in less than 1 s, but no "
+                                     "complete table: "));
 }
 
 TEST(UdpSource, OfAnAddressOfAnotherMachineIsRefused) {
