@@ -56,6 +56,8 @@ class TableDemux {
   [[nodiscard]] size_t sectionsOfTable() const { return sectionsOfTable_; }
 
   [[nodiscard]] DemuxStatistics statistics() const;
+  /** The same by PID, of all PIDs that have been looked at. */
+  [[nodiscard]] std::map<int, DemuxStatistics> statisticsByPid() const;
   [[nodiscard]] std::vector<IncompleteTable> incompleteTables() const;
 
  private:
@@ -73,7 +75,7 @@ class TableDemux {
   std::set<std::pair<int, int>> pmts_;  // PID and programme number, of the current PAT
   std::optional<int> transportStreamId_;
   size_t sectionsOfTable_ = 0;
-  DemuxStatistics closed_;  // of gatherers that are gone
+  std::map<int, DemuxStatistics> closed_;  // by PID, of gatherers that are gone
 };
 
 }  // namespace tevra::tools
