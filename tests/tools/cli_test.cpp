@@ -70,7 +70,7 @@ TEST(Cli, PrintsHelpAndVersion) {
 TEST(Cli, HelpExplainsTheProgramOrACommand) {
   EXPECT_EQ(run({"--help"}).out, run({"help"}).out);
   for (const char* command :
-       {"feed", "output", "extract", "tables", "listen", "reset", "ping", "help"}) {
+       {"feed", "output", "extract", "tables", "report", "listen", "reset", "ping", "help"}) {
     const Result help = run({"help", command});
     EXPECT_EQ(kExitDone, help.status) << command;
     EXPECT_THAT(help.out, HasSubstr(command));
@@ -125,6 +125,7 @@ TEST(Cli, EndsWithStatus1AndOneLineWhenTheDaemonIsNotThere) {
            {"feed", test::sample()},
            {"output", "--service", "101"},
            {"extract", test::sample(), "--service", "101", "-o", testing::TempDir() + "x.ts"},
+           {"report", test::sample(), "-o", testing::TempDir() + "x.html"},
            {"ping"},
            {"reset"}}) {
     std::vector<std::string> all = arguments;

@@ -14,6 +14,8 @@ constexpr double kRowHeight = 21;
 constexpr double kFoot = 10;  // below the last row of a band
 constexpr double kGap = 18;
 
+constexpr double kKeyHeight = 136;
+
 constexpr double kThinnest = 1.25;
 constexpr double kThickest = 12;
 
@@ -133,6 +135,9 @@ std::vector<Slice> pagesOf(const Report& report, const MultiplexLayout& layout) 
     }
     betweenBands.push_back(bottomOf(band) + kGap / 2);
   }
+  if (layout.key) {
+    betweenBands.pop_back();  // the key goes with the last band
+  }
   return sliced(layout.height, firstPageOf(report), kPage, betweenBands, betweenRows);
 }
 
@@ -183,7 +188,9 @@ MultiplexLayout layoutMultiplex(const Report& report) {
     add(std::move(band));
   }
   if (!report.others.empty()) {
+    layout.key = Box{kOutputLeft, y, kPictureWidth - kInset - kOutputLeft, kKeyHeight};
     add(bandAt(y, report.others.size(), std::nullopt));
+    y = std::max(y, layout.key->bottom() + kGap);
   }
   layout.height = y;
   layout.fullRate = fullRateOf(report, layout.bands);

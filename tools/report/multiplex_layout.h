@@ -38,12 +38,13 @@ struct MultiplexLayout {
   double height = 0;
   std::vector<Band> bands;
   std::vector<Link> links;
+  std::optional<Box> key;     ///< how to read the picture: beside the PIDs of no service
   std::vector<Slice> slices;  ///< one after the other, the whole height
   double fullRate = 0;        ///< packets that a whole bar stands for; at least 1
 };
 
 /** Cards keep this far from the sides, so that their frames are whole. */
-inline constexpr double kInset = 1;
+inline constexpr double kInset = 3;
 inline constexpr double kInputWidth = 520;
 inline constexpr double kOutputLeft = 690;
 inline constexpr double kHeadHeight = 50;

@@ -32,7 +32,7 @@ constexpr double kText = 120;
 constexpr double kTextWidth = 126;
 constexpr double kLanguage = 250;
 constexpr double kLanguageWidth = 54;
-constexpr double kPcrChip = 308;
+constexpr double kPcrChip = 304;
 constexpr double kBar = 342;
 constexpr double kBarWidth = 38;
 constexpr double kRateEnd = 456;
@@ -76,41 +76,48 @@ class Picture {
       for (size_t band = 0; band < layout_.bands.size(); ++band) {
         drawInput(band);
         drawOutput(band);
-        if (!layout_.bands[band].service) {
-          drawKey(layout_.bands[band].input);
-        }
+      }
+      if (layout_.key) {
+        drawKey(*layout_.key);
       }
     }
     drawSlices();
   }
 
  private:
-  /** How to read the picture, where no output can be: beside the PIDs of no service. */
-  void drawKey(const Box& beside) {
+  void drawKey(const Box& box) {
     const auto group = svg_.group({{"class", "key k-tables"}});
-    const double x = kOutputLeft;
-    double y = beside.y + 21;
+    const double x = box.x;
+    double y = box.y + 21;
     const auto entry = [&](const std::string& text) {
       svg_.text(x + 42, y + kBaseLine, "facts", text);
       y += 24;
     };
     svg_.rect({x, y - 4, 30, 8}, "bar", 2);
-    const auto fullRate = static_cast<uint64_t>(layout_.fullRate);
-    const auto rate = report_.bitRate(fullRate);
-    entry("a whole bar is the busiest PID, " +
-          (rate ? bitRateText(*rate) : counted(fullRate, "packet")));
-    svg_.path("M" + coordinate(x) + " " + coordinate(y) + "h30",
-              {{"class", "key-link"}, {"stroke-width", "6"}});
-    entry("carried to an output, the thicker the more bits");
-    svg_.path("M" + coordinate(x) + " " + coordinate(y) + "h30",
-              {{"class", "key-link dashed"}, {"stroke-width", coordinate(1.25)}});
-    entry("rewritten by the daemon, or without packets");
-    svg_.rect({x + 13, y - 5.5, 4, 11}, "swatch made", 2);
-    entry("packets that the daemon makes");
+    entry("a whole bar: the busiest PID, stuffing aside, " + fullRateText());
+    if (!layout_.links.empty()) {
+      keyLink(x, y, "key-link", 6);
+      entry("carried to an output, the thicker the more bits");
+      keyLink(x, y, "key-link dashed", 1.25);
+      entry("rewritten by the daemon, or without packets");
+      svg_.rect({x + 13, y - 5.5, 4, 11}, "swatch made", 2);
+      entry("packets that the daemon makes");
+    }
     if (hasFaultyPid()) {
       svg_.circle(x + 15, y, 3, "fault");
       entry("continuity, CRC or transport errors on this PID");
     }
+  }
+
+  void keyLink(double x, double y, const std::string& classes, double thickness) {
+    svg_.path("M" + coordinate(x) + " " + coordinate(y) + "h30",
+              {{"class", classes}, {"stroke-width", coordinate(thickness)}});
+  }
+
+  [[nodiscard]] std::string fullRateText() const {
+    const auto packets = static_cast<uint64_t>(layout_.fullRate);
+    const auto rate = report_.bitRate(packets);
+    return rate ? bitRateText(*rate) : counted(packets, "packet");
   }
 
   [[nodiscard]] bool hasFaultyPid() const {
@@ -126,11 +133,14 @@ class Picture {
     const auto group = svg_.group({{"class", "headings"}});
     const double middle = (kInset + kInputWidth + kOutputLeft) / 2;
     svg_.text(kInset, 16, "heading", "Input");
+    if (report_.services.empty()) {
+      return;
+    }
     svg_.text(middle, 16, "heading", "PID map", Anchor::kMiddle);
     svg_.text(kOutputLeft, 16, "heading", "Outputs, one per service");
     const bool hasOutput = std::any_of(layout_.bands.begin(), layout_.bands.end(),
                                        [](const Band& band) { return band.output.has_value(); });
-    if (!hasOutput && !report_.services.empty()) {
+    if (!hasOutput) {
       svg_.text(kOutputLeft, 54, "facts", "No service has a PMT: there is nothing to make");
       svg_.text(kOutputLeft, 72, "facts", "a single-programme stream of.");
     }

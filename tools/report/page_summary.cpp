@@ -1,7 +1,7 @@
 #include "tools/report/page_summary.h"
 
 #include <algorithm>
-#include <array>
+#include <map>
 #include <vector>
 
 #include "tools/report/fault_lines.h"
@@ -80,22 +80,20 @@ void faults(const Report& report, Markup& markup) {
   }
 }
 
-/** Packets by kind; a PID of several services counts once. */
-std::array<uint64_t, kStreamKinds> packetsByKind(const Report& report) {
-  std::map<int, StreamKind> kinds;
+/** The kinds that the picture shows, with their packets; a PID of several services counts once. */
+std::map<StreamKind, uint64_t> packetsByKind(const Report& report) {
+  std::map<int, StreamKind> pids;
   for (const Service& service : report.services) {
     for (const InputStream& stream : service.streams) {
-      kinds.emplace(stream.pid, stream.kind);
+      pids.emplace(stream.pid, stream.kind);
     }
   }
   for (const InputStream& stream : report.others) {
-    kinds.emplace(stream.pid, stream.kind);
+    pids.emplace(stream.pid, stream.kind);
   }
-  std::array<uint64_t, kStreamKinds> sums{};
-  for (const auto& [pid, count] : report.pids) {
-    const auto entry = kinds.find(pid);
-    const StreamKind kind = entry == kinds.end() ? StreamKind::kUnreferenced : entry->second;
-    sums.at(static_cast<size_t>(kind)) += count.packets;
+  std::map<StreamKind, uint64_t> sums;
+  for (const auto& [pid, kind] : pids) {
+    sums[kind] += report.countOf(pid).packets;
   }
   return sums;
 }
@@ -103,25 +101,24 @@ std::array<uint64_t, kStreamKinds> packetsByKind(const Report& report) {
 /** One bar for the whole bit rate, which is the legend of the colours, too. */
 void strip(const Report& report, Markup& markup) {
   constexpr double kHeight = 18;
-  const std::array<uint64_t, kStreamKinds> sums = packetsByKind(report);
+  const std::map<StreamKind, uint64_t> sums = packetsByKind(report);
   {
     Svg svg(markup);
     const auto picture = svg.picture(
         {{"class", "strip"}, {"preserveAspectRatio", "none"}, {"aria-hidden", "true"}}, 0, kHeight);
     double x = 0;
-    for (size_t kind = 0; kind < kStreamKinds; ++kind) {
-      const double width = kPictureWidth * report.share(sums.at(kind));
-      svg.rect({x, 0, width, kHeight}, "bar k-" + kindWord(static_cast<StreamKind>(kind)));
+    for (const auto& [kind, packets] : sums) {
+      const double width = kPictureWidth * report.share(packets);
+      svg.rect({x, 0, width, kHeight}, "bar k-" + kindWord(kind));
       x += width;
     }
   }
   const auto list = markup.open("ul", {{"class", "legend"}});
-  for (size_t place = 0; place < kStreamKinds; ++place) {
-    const auto kind = static_cast<StreamKind>(place);
+  for (const auto& [kind, packets] : sums) {
     const auto item = markup.open("li", {{"class", "k-" + kindWord(kind)}});
     markup.leaf("i", {{"class", "swatch"}}, "");
     markup.text(kindName(kind) + " ");
-    markup.leaf("span", {{"class", "figure"}}, shareText(report.share(sums.at(place))));
+    markup.leaf("span", {{"class", "figure"}}, shareText(report.share(packets)));
   }
 }
 

@@ -5,6 +5,7 @@
   const tip = document.getElementById("tip");
   const heads = [...picture.querySelectorAll(".input[data-service] .head")];
   let chosen = null;
+  document.documentElement.classList.add("scripted");
 
   const serviceOf = (element) => element.closest("[data-service]")?.dataset.service ?? null;
 

@@ -36,7 +36,7 @@ void multiplexSection(const Report& report, Markup& markup) {
   if (report.services.empty()) {
     markup.leaf("p", {{"class", "note"}}, "Neither PAT nor SDT of this stream lists a service.");
   } else {
-    markup.leaf("p", {{"class", "note screen"}},
+    markup.leaf("p", {{"class", "note choice"}},
                 "Choose a service to light up its PIDs; choose it again, or press Escape, to see "
                 "all.");
   }

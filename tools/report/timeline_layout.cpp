@@ -19,7 +19,7 @@ constexpr double kNarrowest = 2;
 constexpr double kRowFoot = 8;
 constexpr double kSheetHeight = 1200;
 /** Room for a short name. */
-constexpr double kUsefulWidth = 64;
+constexpr double kUsefulWidth = 84;
 
 constexpr int64_t kShortestRow = kDay / 8;
 

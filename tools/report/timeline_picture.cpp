@@ -66,14 +66,14 @@ class Timeline {
       svg_.line(hour.x, top + 12, hour.x, field.bottom(), "hour");
       svg_.text(hour.x + 4, top + 12, "hour-text", clockText(hour.time));
     }
+    if (row.clock) {
+      drawClock(*row.clock, top, field.bottom());  // behind the names
+    }
     for (const EventBlock& block : row.blocks) {
       drawBlock(block);
     }
     if (row.crowdedOut != 0) {
       svg_.text(0, field.bottom() - 4, "muted", std::to_string(row.crowdedOut) + " more");
-    }
-    if (row.clock) {
-      drawClock(*row.clock, top, field.bottom());
     }
   }
 
