@@ -51,10 +51,11 @@ std::string_view entityOf(char character) {
 }
 
 void appendLine(std::string_view line, std::string& out) {
-  const std::string valid = printable(std::string(line));
+  const std::string printed = printable(std::string(line));
+  const std::string_view valid = printed;
   for (size_t at = 0; at < valid.size();) {
     const std::string_view character =
-        std::string_view(valid).substr(at, sizeOf(static_cast<unsigned char>(valid[at])));
+        valid.substr(at, sizeOf(static_cast<unsigned char>(valid[at])));
     const std::string_view entity = entityOf(character[0]);
     if (!entity.empty()) {
       out += entity;
@@ -80,12 +81,12 @@ std::string escaped(std::string_view utf8) {
 
 Markup::Element Markup::open(std::string_view name, const Attributes& attributes) {
   begin(name, attributes);
-  return Element(*this, name);
+  return {*this, name};
 }
 
-void Markup::leaf(std::string_view name, const Attributes& attributes, std::string_view content) {
+void Markup::leaf(std::string_view name, const Attributes& attributes, std::string_view text) {
   begin(name, attributes);
-  text(content);
+  out_ += escaped(text);
   end(name);
 }
 

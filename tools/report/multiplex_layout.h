@@ -44,7 +44,7 @@ struct MultiplexLayout {
 };
 
 /** Cards keep this far from the sides, so that their frames are whole. */
-inline constexpr double kInset = 3;
+inline constexpr double kInset = 2;
 inline constexpr double kInputWidth = 520;
 inline constexpr double kOutputLeft = 690;
 inline constexpr double kHeadHeight = 50;

@@ -207,7 +207,8 @@ class Picture {
     for (const InputStream& stream : report_.others) {
       packets += report_.countOf(stream.pid).packets;
     }
-    headTexts(band.input, "Of no service", "tables, EMMs, what no table names, stuffing", packets);
+    headTexts(band.input, "Of no service", "tables, EMMs, PIDs in no PAT, CAT or PMT, stuffing",
+              packets);
   }
 
   void headTexts(const Box& card, const std::string& name, const std::string& facts,
@@ -237,6 +238,7 @@ class Picture {
 
   static std::string serviceList(const std::set<size_t>& services) {
     std::vector<std::string> texts;
+    texts.reserve(services.size());
     for (const size_t service : services) {
       texts.push_back(std::to_string(service));
     }

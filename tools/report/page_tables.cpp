@@ -1,5 +1,6 @@
 #include "tools/report/page_tables.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -134,12 +135,8 @@ void outputTables(const Report& report, Markup& markup) {
 }
 
 bool hasOutput(const Report& report) {
-  for (const Service& service : report.services) {
-    if (service.output) {
-      return true;
-    }
-  }
-  return false;
+  return std::any_of(report.services.begin(), report.services.end(),
+                     [](const Service& service) { return service.output.has_value(); });
 }
 
 }  // namespace

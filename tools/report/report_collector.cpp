@@ -165,7 +165,10 @@ Collected collectReport(const std::string& file, Daemon& daemon) {
   }
   report.others = otherStreams(report.pids, report.services, survey.journal);
   if (survey.census.clockPid() != kNullPid) {
-    report.seconds = secondsOf(file, survey.census.clockPid());
+    const double seconds = secondsOf(file, survey.census.clockPid());
+    if (seconds > 0) {  // else it is no file that can be read twice
+      report.seconds = seconds;
+    }
   }
   return collected;
 }

@@ -21,7 +21,7 @@ enum class StreamKind {
   kData,
   kTables,             ///< PSI and SI
   kConditionalAccess,  ///< ECM and EMM
-  kUnreferenced,       ///< named by no table
+  kUnreferenced,       ///< in no PAT, CAT or PMT
   kStuffing,
 };
 inline constexpr size_t kStreamKinds = 8;

@@ -45,10 +45,34 @@ class StreamList {
   std::vector<InputStream> streams_;
 };
 
-InputStream otherStream(int pid, const std::map<int, std::string>& named) {
+/** What the CAT and the PAT say of PIDs that are no service's. */
+struct NamedPids {
+  std::map<int, std::string> emms;
+  std::set<int> nits;
+};
+
+NamedPids namedPids(const TableJournal& journal) {
+  NamedPids named;
+  for (const CaReference& reference :
+       caReferences(journal.cat() ? journal.cat()->descriptors : std::vector<Descriptor>{})) {
+    if (reference.pid != kNullPid) {
+      named.emms.emplace(reference.pid, caText("EMM", reference.systemId));
+    }
+  }
+  for (const PATProgram& program :
+       journal.pat() ? journal.pat()->programs : std::vector<PATProgram>{}) {
+    if (program.programNumber == 0) {
+      named.nits.insert(program.pid);
+    }
+  }
+  return named;
+}
+
+InputStream otherStream(int pid, const NamedPids& named) {
   InputStream stream;
   stream.pid = pid;
-  if (const auto entry = named.find(pid); entry != named.end()) {
+  stream.description = "unreferenced";
+  if (const auto entry = named.emms.find(pid); entry != named.emms.end()) {
     stream.kind = StreamKind::kConditionalAccess;
     stream.description = entry->second;
   } else if (pid == kNullPid) {
@@ -57,21 +81,11 @@ InputStream otherStream(int pid, const std::map<int, std::string>& named) {
   } else if (const std::string name = reservedPidName(pid); !name.empty()) {
     stream.kind = StreamKind::kTables;
     stream.description = name;
-  } else {
-    stream.description = "named by no table";
+  } else if (named.nits.count(pid) != 0) {
+    stream.kind = StreamKind::kTables;
+    stream.description = "NIT";
   }
   return stream;
-}
-
-std::map<int, std::string> emms(const std::optional<CAT>& cat) {
-  std::map<int, std::string> named;
-  for (const CaReference& reference :
-       caReferences(cat ? cat->descriptors : std::vector<Descriptor>{})) {
-    if (reference.pid != kNullPid) {
-      named.emplace(reference.pid, caText("EMM", reference.systemId));
-    }
-  }
-  return named;
 }
 
 }  // namespace
@@ -104,12 +118,12 @@ std::vector<InputStream> otherStreams(const std::map<int, PidCount>& pids,
       shown.insert(stream.pid);
     }
   }
-  const std::map<int, std::string> named = emms(journal.cat());
+  const NamedPids named = namedPids(journal);
   std::set<int> rest;
   for (const auto& entry : pids) {
     rest.insert(entry.first);
   }
-  for (const auto& entry : named) {
+  for (const auto& entry : named.emms) {
     rest.insert(entry.first);
   }
   std::vector<InputStream> streams;

@@ -136,7 +136,7 @@ std::string reservedPidName(int pid) {
 std::string kindName(StreamKind kind) {
   static constexpr std::array<const char*, kStreamKinds> kNames = {
       "video",  "audio",       "subtitles, teletext", "data",
-      "PSI/SI", "ECM and EMM", "in no table",         "stuffing"};
+      "PSI/SI", "ECM and EMM", "unreferenced",        "stuffing"};
   return kNames.at(static_cast<size_t>(kind));
 }
 

@@ -202,6 +202,17 @@ TEST(ReportCollector, GivesPcrsOnAPidOfTheirOwnAPlace) {
   EXPECT_NEAR(0.2, report.seconds.value(), 0.001) << "five packets, two in a tenth of a second";
 }
 
+TEST(ReportCollector, TellsTheNetworkPidOfThePatFromUnreferencedOnes) {
+  Stream stream;
+  stream.add(0x00, test::makePat(1, 1, {{0, 0x50}}));
+  stream.add(0x50);
+  stream.add(0x51);
+  const Report report = stream.report();
+  EXPECT_EQ("NIT", streamOn(report.others, 0x50).description);
+  EXPECT_EQ(StreamKind::kTables, streamOn(report.others, 0x50).kind);
+  EXPECT_EQ("unreferenced", streamOn(report.others, 0x51).description);
+}
+
 TEST(ReportCollector, CountsFaultsByPid) {
   Stream stream;
   stream.add(0x00, test::makePat(1, 1, {}));

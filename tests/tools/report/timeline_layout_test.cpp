@@ -64,7 +64,7 @@ TEST(TimelineLayout, ShowsOneEventInOneShortRow) {
 
 TEST(TimelineLayout, MakesRowsAsLongAsEventsAllow) {
   const std::vector<std::pair<int64_t, int64_t>> spans = {
-      {120, 24}, {60, 12}, {30, 6}, {15, 3}, {1, 3}};  // minutes of an event, hours of a row
+      {150, 24}, {75, 12}, {45, 6}, {15, 3}, {1, 3}};  // minutes of an event, hours of a row
   for (const auto& [minutes, hours] : spans) {
     const auto events = eventsOf(static_cast<size_t>(3 * 24 * 60 / minutes), minutes);
     const auto sheets = layoutTimeline(events, kNoon);
