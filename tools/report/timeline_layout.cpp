@@ -35,6 +35,7 @@ bool fitInOneRow(const std::vector<Event>& events, int64_t rowSeconds) {
 /** The longest row in which an event of middling length has room for a name. */
 int64_t rowSecondsFor(const std::vector<Event>& events) {
   std::vector<int64_t> durations;
+  durations.reserve(events.size());
   for (const Event& event : events) {
     durations.push_back(event.duration);
   }

@@ -225,6 +225,34 @@ TEST(ReportCollector, CountsFaultsByPid) {
   EXPECT_THAT(report.faults, ElementsAre("1 section with a wrong CRC, dropped"));
 }
 
+TEST(ReportCollector, ReadsAFrenchMultiplexOfSiAlone) {
+  const std::string path = test::capture("french-dtt-si-only.ts");
+  SKIP_WITHOUT_CAPTURE(path);
+  RecordingDaemon daemon;
+  const Report report = collectReport(path, daemon).report;
+  EXPECT_TRUE(daemon.requests.empty()) << "no service has a PMT";
+  ASSERT_EQ(5U, report.services.size());
+  EXPECT_EQ("M6", report.services[0].name);
+  EXPECT_EQ(59U, report.services[0].events.size());
+  EXPECT_FALSE(report.seconds.has_value());
+  EXPECT_EQ("2019-01-22 12:51:09", dateAndTime(report.firstClock.value()));
+  EXPECT_EQ(1U, report.countOf(0x12).crcErrors);
+  EXPECT_EQ(27U, report.countOf(0x12).otherSections);
+}
+
+TEST(ReportCollector, ReadsAnItalianMultiplexWithSharedPids) {
+  const std::string path = test::capture("italian-dtt-mpts.ts");
+  SKIP_WITHOUT_CAPTURE(path);
+  RecordingDaemon daemon;
+  const Report report = collectReport(path, daemon).report;
+  EXPECT_EQ(8U, daemon.requests.size());
+  EXPECT_NEAR(22.39e6, report.bitRate(report.packets).value(), 0.05e6);
+  EXPECT_THAT(pidsOf(report.services.at(0).streams), testing::Contains(3001));
+  EXPECT_THAT(pidsOf(report.services.at(1).streams), testing::Contains(3001));
+  EXPECT_THAT(streamOn(report.services[0].streams, 576).languages, ElementsAre("ita", "eng"));
+  EXPECT_EQ(StreamKind::kUnreferenced, streamOn(report.others, 579).kind);
+}
+
 TEST(ReportCollector, FailsAsFeedDoes) {
   RecordingDaemon daemon;
   EXPECT_THROW((void)collectReport("/no/such/file.ts", daemon), ToolError);
