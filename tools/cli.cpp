@@ -43,6 +43,7 @@ int parse(int argc, const char* const* argv, Action& action, const Streams& stre
   addOutputCommand(app, action);
   addExtractCommand(app, action);
   addTablesCommand(app, action);
+  addReportCommand(app, action);
   addListenCommand(app, action);
   addResetCommand(app, action);
   addPingCommand(app, action);

@@ -27,6 +27,7 @@ void addOutputCommand(CLI::App& app, Action& action);
 void addExtractCommand(CLI::App& app, Action& action);
 void addListenCommand(CLI::App& app, Action& action);
 void addTablesCommand(CLI::App& app, Action& action);
+void addReportCommand(CLI::App& app, Action& action);
 void addResetCommand(CLI::App& app, Action& action);
 void addPingCommand(CLI::App& app, Action& action);
 

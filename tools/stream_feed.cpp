@@ -8,22 +8,27 @@
 namespace tevra::tools {
 
 StreamFeed::StreamFeed(ByteSource& source, const std::string& name,
-                       thrift::in_module::im_SIControlSrvIf& daemon, const OnPacket& onPacket)
+                       thrift::in_module::im_SIControlSrvIf& daemon, const OnPacket& onPacket,
+                       const OnTable& onTable)
     : feeder_(daemon) {
-  read(source, name, onPacket);
+  read(source, name, onPacket, onTable);
 }
 
 StreamFeed::StreamFeed(const std::string& path, thrift::in_module::im_SIControlSrvIf& daemon)
     : feeder_(daemon) {
   InputFile file(path);
-  read(file, path, [](const TsPacket& /*packet*/, size_t /*tablesSent*/) { return true; });
+  read(
+      file, path, [](const TsPacket& /*packet*/, size_t /*tablesSent*/) { return true; },
+      [](const SiTable& /*table*/, size_t /*sections*/) {});
 }
 
-void StreamFeed::read(ByteSource& source, const std::string& name, const OnPacket& onPacket) {
+void StreamFeed::read(ByteSource& source, const std::string& name, const OnPacket& onPacket,
+                      const OnTable& onTable) {
   TsPacketReader reader([&](uint8_t* buffer, size_t size) { return source.read(buffer, size); });
   TableDemux demux([&](const SiTable& table) {
     feeder_.feed(table, demux.sectionsOfTable());
     inventory_.add(table);
+    onTable(table, demux.sectionsOfTable());
   });
   TsPacket packet;
   while (reader.next(packet) && onPacket(packet, feeder_.sent())) {
@@ -31,6 +36,7 @@ void StreamFeed::read(ByteSource& source, const std::string& name, const OnPacke
   }
   packets_ = reader.packets();
   statistics_ = demux.statistics();
+  statisticsByPid_ = demux.statisticsByPid();
   if (feeder_.sent() == 0) {
     throw ToolError(source.explainNothing(name, packets_));
   }

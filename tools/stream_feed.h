@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -21,14 +22,19 @@ class StreamFeed {
    */
   using OnPacket = std::function<bool(const TsPacket& packet, size_t tablesSent)>;
 
+  /** Told of every table, and in how many sections it came, when it has been sent. */
+  using OnTable = std::function<void(const SiTable& table, size_t sections)>;
+
   /**
    * Reads `source`, called `name`, to its end; a table is sent as soon as it is complete.
    *
    * Raises ToolError when the source cannot be read, holds no transport stream or none of the
    * tables. Passes on what a call raises.
    */
-  StreamFeed(ByteSource& source, const std::string& name,
-             thrift::in_module::im_SIControlSrvIf& daemon, const OnPacket& onPacket);
+  StreamFeed(
+      ByteSource& source, const std::string& name, thrift::in_module::im_SIControlSrvIf& daemon,
+      const OnPacket& onPacket,
+      const OnTable& onTable = [](const SiTable& /*table*/, size_t /*sections*/) {});
 
   /** The same of a file, or of standard input for "-". */
   StreamFeed(const std::string& path, thrift::in_module::im_SIControlSrvIf& daemon);
@@ -41,17 +47,25 @@ class StreamFeed {
   [[nodiscard]] uint64_t packets() const { return packets_; }
   /** What was lost on the way to tables. */
   [[nodiscard]] const DemuxStatistics& statistics() const { return statistics_; }
+  /** Of every PID on which tables were looked for. */
+  [[nodiscard]] const std::map<int, DemuxStatistics>& statisticsByPid() const {
+    return statisticsByPid_;
+  }
 
   /** For people: what was wrong with the stream, one line per fault. */
+  [[nodiscard]] const std::vector<std::string>& faults() const { return faults_; }
+  /** The same, printed. */
   void printFaults(std::ostream& out) const;
 
  private:
-  void read(ByteSource& source, const std::string& name, const OnPacket& onPacket);
+  void read(ByteSource& source, const std::string& name, const OnPacket& onPacket,
+            const OnTable& onTable);
 
   TableFeeder feeder_;
   StreamInventory inventory_;
   uint64_t packets_ = 0;
   DemuxStatistics statistics_;
+  std::map<int, DemuxStatistics> statisticsByPid_;
   std::vector<std::string> faults_;
 };
 

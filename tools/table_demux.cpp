@@ -30,6 +30,13 @@ void add(DemuxStatistics& sum, const SectionGatherer& gatherer) {
   sum.discontinuities += gatherer.discontinuities();
 }
 
+void add(DemuxStatistics& sum, const DemuxStatistics& more) {
+  sum.truncatedSections += more.truncatedSections;
+  sum.crcErrors += more.crcErrors;
+  sum.malformedSections += more.malformedSections;
+  sum.discontinuities += more.discontinuities;
+}
+
 }  // namespace
 
 TableDemux::TableDemux(Consumer consumer) : consumer_(std::move(consumer)), gatherers_(kPidCount) {
@@ -125,20 +132,28 @@ void TableDemux::dropUnreferencedPmts() {
     const bool named = first != pmts_.end() && first->first == pid;
     auto& gatherer = gatherers_[static_cast<size_t>(pid)];
     if (gatherer != nullptr && !named && !isFixed(pid)) {
-      add(closed_, *gatherer);
+      add(closed_[pid], *gatherer);
       gatherer.reset();
     }
   }
 }
 
 DemuxStatistics TableDemux::statistics() const {
-  DemuxStatistics sum = closed_;
-  for (const auto& gatherer : gatherers_) {
-    if (gatherer != nullptr) {
-      add(sum, *gatherer);
-    }
+  DemuxStatistics sum;
+  for (const auto& [pid, statistics] : statisticsByPid()) {
+    add(sum, statistics);
   }
   return sum;
+}
+
+std::map<int, DemuxStatistics> TableDemux::statisticsByPid() const {
+  std::map<int, DemuxStatistics> byPid = closed_;
+  for (int pid = 0; pid < kPidCount; ++pid) {
+    if (const auto& gatherer = gatherers_[static_cast<size_t>(pid)]) {
+      add(byPid[pid], *gatherer);
+    }
+  }
+  return byPid;
 }
 
 std::vector<IncompleteTable> TableDemux::incompleteTables() const {

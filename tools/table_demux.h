@@ -59,6 +59,8 @@ class TableDemux {
 
   /** Of all PIDs, up to now. */
   [[nodiscard]] DemuxStatistics statistics() const;
+  /** The same by PID, of all PIDs that have been looked at. */
+  [[nodiscard]] std::map<int, DemuxStatistics> statisticsByPid() const;
   /** By PID, then table_id, then extension. */
   [[nodiscard]] std::vector<IncompleteTable> incompleteTables() const;
 
@@ -77,7 +79,7 @@ class TableDemux {
   std::set<std::pair<int, int>> pmts_;  // PID and programme number, of the current PAT
   std::optional<int> transportStreamId_;
   size_t sectionsOfTable_ = 0;
-  DemuxStatistics closed_;  // of gatherers that are gone
+  std::map<int, DemuxStatistics> closed_;  // by PID, of gatherers that are gone
 };
 
 }  // namespace tevra::tools

@@ -40,7 +40,7 @@ TEST(Cli, PrintsHelpAndVersion) {
 TEST(Cli, HelpExplainsTheProgramOrACommand) {
   EXPECT_EQ(run({"--help"}).out, run({"help"}).out);
   for (const char* command :
-       {"feed", "output", "extract", "tables", "listen", "reset", "ping", "help"}) {
+       {"feed", "output", "extract", "tables", "report", "listen", "reset", "ping", "help"}) {
     const Result help = run({"help", command});
     EXPECT_EQ(kExitDone, help.status) << command;
     EXPECT_THAT(help.out, HasSubstr(command));

@@ -56,6 +56,7 @@ const std::vector<Command>& commands() {
        true,
        true,
        false},
+      {{"report", test::sample(), "-o", outputFile()}, true, true, false},
       {{"tables", test::sample()}, false, true, false},
       {{"listen"}, false, false, true},
       {{"reset"}, true, true, false},

@@ -104,6 +104,27 @@ TEST(StreamFeed, SaysWhyAFileIsOfNoUse) {
   EXPECT_THAT(errorOf(stuffing.path()), HasSubstr("10 packets, but no complete table"));
 }
 
+TEST(StreamFeed, TellsOfEveryTableAndItsSectionsWhenItHasBeenSent) {
+  test::PacketWriter writer;
+  std::vector<TsPacket> packets = writer.section(0x11, test::makeSdt(1, 4, 101, "One", 0, 1));
+  for (const TsPacket& packet : writer.section(0x11, test::makeSdt(1, 4, 102, "Two", 1, 1))) {
+    packets.push_back(packet);
+  }
+  const TemporaryFile file("ts");
+  file.write(packets);
+  RecordingDaemon daemon;
+  std::vector<std::string> told;
+  const auto source = openSource(file.path());
+  const StreamFeed feed(
+      *source, file.path(), daemon, [](const TsPacket&, size_t) { return true; },
+      [&](const SiTable& table, size_t sections) {
+        told.push_back(daemon.calls.back() + ", " + std::to_string(sections) + " sections");
+        EXPECT_TRUE(std::holds_alternative<SDT>(table));
+      });
+  EXPECT_THAT(told, ElementsAre("setSDT SDT 1 v4, 2 sections"));
+  EXPECT_EQ(0U, feed.statisticsByPid().at(0x11).crcErrors);
+}
+
 TEST(StreamFeed, PassesOnWhatTheDaemonRaises) {
   RecordingDaemon daemon;
   daemon.beforeCall = [] { throw std::runtime_error("gone"); };

@@ -157,6 +157,23 @@ TEST_F(TableDemuxTest, KeepsServicesAndTablesOfTheEitApart) {
   EXPECT_EQ(1U, demux_.incompleteTables().size());
 }
 
+TEST_F(TableDemuxTest, CountsFaultsByPidThatOfAPmtPidThatIsGoneIncluded) {
+  Bytes broken = makePmt(101, 4, 0x101, {});
+  broken[10] ^= 1;
+  (void)send(0x00, makePat(1, 2, {{101, 0x100}}));
+  (void)send(0x100, broken);
+  broken = test::makeSdt(1, 6, 101, "One");
+  broken[10] ^= 1;
+  (void)send(0x11, broken);
+  (void)send(0x00, makePat(1, 3, {{101, 0x200}}));
+  auto byPid = demux_.statisticsByPid();
+  EXPECT_EQ(1U, byPid[0x100].crcErrors);
+  EXPECT_EQ(1U, byPid[0x11].crcErrors);
+  EXPECT_EQ(0U, byPid[0x00].crcErrors);
+  EXPECT_EQ(1U, byPid.count(0x200));
+  EXPECT_EQ(2U, demux_.statistics().crcErrors);
+}
+
 TEST_F(TableDemuxTest, PassesOnWhatTheConsumerThrowsAndStaysUsable) {
   int calls = 0;
   TableDemux demux([&calls](const SiTable&) {

@@ -1,0 +1,20 @@
+#pragma once
+
+namespace tevra::tools::report {
+
+/** A rectangle in the units of a picture; y grows downwards. */
+struct Box {
+  double x = 0;
+  double y = 0;
+  double width = 0;
+  double height = 0;
+
+  [[nodiscard]] double right() const { return x + width; }
+  [[nodiscard]] double bottom() const { return y + height; }
+  [[nodiscard]] double middle() const { return y + height / 2; }
+};
+
+/** Width of every picture; on a screen and on paper it is scaled to the page's. */
+inline constexpr double kPictureWidth = 1100;
+
+}  // namespace tevra::tools::report
