@@ -9,8 +9,8 @@ namespace tevra::tools {
 
 /** A difference for people. */
 struct ChangeLine {
-  char sign;  ///< '+' added, '-' removed, '~' changed
-  std::string text;
+  char sign;         ///< '+' added, '-' removed, '~' changed
+  std::string text;  ///< UTF-8, not made harmless for a terminal yet
 };
 
 /**

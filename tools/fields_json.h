@@ -9,6 +9,10 @@ namespace tevra::tools {
 /** The fields as members of an object, in their order; table_json.h says how each is written. */
 [[nodiscard]] nlohmann::ordered_json fieldsJson(const Fields& fields);
 
+/**
+ * "tag", "name", "data", then "fields" of one that is decoded, or "problem" of one that contradicts
+ * its syntax.
+ */
 [[nodiscard]] nlohmann::ordered_json descriptorJson(const DescriptorFields& descriptor);
 
 /** "table", its name, then its fields. */

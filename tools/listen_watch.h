@@ -14,16 +14,22 @@ namespace tevra::tools {
  */
 class ListenWatch {
  public:
+  /** What ended the wait; silence, when it and the time run out together. */
   enum class Reason { kSilence, kTimeIsOver, kNobodyReads };
 
+  /** What ends the wait; without any of them it lasts as long as the watch. */
   struct Limits {
-    std::optional<std::chrono::seconds> silence;
-    std::optional<std::chrono::seconds> time;
+    std::optional<std::chrono::seconds> silence;  ///< since the last touch(), at first the start
+    std::optional<std::chrono::seconds> time;     ///< since the start, whatever comes
     int output = -1;  ///< the descriptor of a pipe or socket; of anything else, or -1, no matter
   };
 
-  /** `action` is called once at most, on the watch's thread. */
+  /**
+   * `action` is called once at most, on the watch's thread. Raises ToolError when the system has no
+   * descriptor left for it.
+   */
   ListenWatch(const Limits& limits, std::function<void(Reason reason)> action);
+  /** Waits for `action` if it runs, so not to be called from there. */
   ~ListenWatch();
   ListenWatch(const ListenWatch&) = delete;
   ListenWatch& operator=(const ListenWatch&) = delete;

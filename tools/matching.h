@@ -21,8 +21,8 @@ using KeyAt = std::function<std::string(size_t place)>;
 
 /** One way to recognise an element: those with equal keys are the same. */
 struct MatchingPass {
-  KeyAt from;
-  KeyAt to;
+  KeyAt from;  ///< of the first list; not asked for what an earlier pass has paired
+  KeyAt to;    ///< of the second list, likewise
 };
 
 /**

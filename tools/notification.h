@@ -25,10 +25,10 @@ struct Notification {
     kConfigurationRequest,
   };
 
-  Kind kind = Kind::kNim;
-  std::chrono::system_clock::time_point time;
-  std::optional<SiTable> table;  ///< of a notification that carries one
-  int32_t value = 0;             ///< of notifyNIM
+  Kind kind = Kind::kNim;                      ///< which call
+  std::chrono::system_clock::time_point time;  ///< by the system clock, when the call was taken
+  std::optional<SiTable> table;                ///< of a notification that carries one
+  int32_t value = 0;                           ///< of notifyNIM
 };
 
 /** "EIT p/f", for people. */

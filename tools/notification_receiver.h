@@ -12,11 +12,14 @@ namespace tevra::tools {
 /** Takes MainTask's notifications and hands each on, with the time at which it came. */
 class NotificationReceiver : public thrift::in_module::im_SINotifySrvIf {
  public:
+  /** What it raises is lost: the calls are oneway. */
   using Consumer = std::function<void(const Notification& notification)>;
 
   /** `consumer` is called on the server's thread. */
   explicit NotificationReceiver(Consumer consumer) : consumer_(std::move(consumer)) {}
 
+  ///@{
+  /** Hands on one notification with what the call carries. */
   void notifyNIM(int32_t value) override;
   void notifyPAT(const PAT& pat) override;
   void notifySDT(const SDT& sdt) override;
@@ -28,6 +31,7 @@ class NotificationReceiver : public thrift::in_module::im_SINotifySrvIf {
   void notifyEITPresentFollowing(const EIT& eit) override;
   void notifyEITSchedule(const EIT& eit) override;
   void requestConfiguration() override;
+  ///@}
 
  private:
   void handOn(Notification::Kind kind, const SiTable& table);

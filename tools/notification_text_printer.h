@@ -16,12 +16,14 @@ namespace tevra::tools {
  */
 class NotificationTextPrinter : public NotificationPrinter {
  public:
+  /** How much to print, and how. */
   struct Options {
-    bool inColour = false;  ///< without it no escape sequence is written
-    bool all = false;       ///< every difference, else the first kMostLines of a table
-    Zone zone = Zone::kLocal;
+    bool inColour = false;     ///< without it no escape sequence is written
+    bool all = false;          ///< every difference, else the first kMostLines of a table
+    Zone zone = Zone::kLocal;  ///< of the time before every line; the tables' own times are UTC
   };
 
+  /** A table with one line more is still printed whole: "1 more" would take as much room. */
   static constexpr size_t kMostLines = 12;
 
   /** `out` must outlive the printer. */

@@ -13,7 +13,7 @@ namespace tevra::tools {
 struct OutputDraft {
   /** Input service id; nothing leaves it to the input stream. `output.inputSid` is not used. */
   std::optional<int32_t> service;
-  OutputOptions output;
+  OutputOptions output;  ///< what is said of the rest
   /** Where it was said, for errors: "--out 'gsid=1'". Empty for the options of one output. */
   std::string origin;
 

@@ -5,20 +5,22 @@
 
 #include "tools/output_draft.h"
 
-namespace tevra::tools {
-
 /**
+ * @file
  * The keys by which --out and --request describe an output: service, gsid, sid, name, tsid, onid,
  * audio, next-node, output-param, last-node, usid, listed-node.
  */
+namespace tevra::tools {
 
 /** A key whose value is a whole number. */
 struct NumberKey {
-  const char* name;
-  int32_t lowest;
-  int32_t highest;
+  const char* name;  ///< as it is written, "next-node"
+  int32_t lowest;    ///< inclusive
+  int32_t highest;   ///< inclusive
+  /** Puts a value that the key takes where it belongs. */
   void (*set)(OutputDraft& draft, int32_t value);
 
+  /** Whether it is one that the key takes; else `set` must not have it. */
   [[nodiscard]] bool takes(int64_t value) const { return value >= lowest && value <= highest; }
   /** "0 to 65535". */
   [[nodiscard]] std::string range() const;

@@ -14,15 +14,19 @@ namespace tevra::tools {
  */
 class OutputPattern {
  public:
+  /** Of no text: the file's name is empty. */
   OutputPattern() = default;
   /** Raises UsageError for a placeholder that there is not. */
   explicit OutputPattern(const std::string& text);
 
   /** As it was written. */
   [[nodiscard]] const std::string& text() const { return text_; }
+  /** Without any, all outputs have the same file. */
   [[nodiscard]] bool hasPlaceholder() const;
+  /** Whether it has this one, named without braces. */
   [[nodiscard]] bool uses(const std::string& placeholder) const;
 
+  /** A path as the pattern gives it; whether it can be written is not looked at. */
   [[nodiscard]] std::string fileFor(const OutputOptions& output) const;
 
  private:

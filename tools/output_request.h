@@ -19,27 +19,30 @@ enum class LastNode {
 /** Audio languages to keep. Without a value: no filter. Empty: no audio at all. */
 using AudioFilter = std::optional<std::vector<std::string>>;
 
+/** A last node with a global service id of its own: it has an entry of its own in the answer. */
 struct ListedNode {
-  int32_t globalSid = 0;
-  int32_t uniqueSid = 0;
-  AudioFilter audio;
+  int32_t globalSid = 0;  ///< the key of its entry; any number
+  int32_t uniqueSid = 0;  ///< comes back as the entry's outputParam1; any number
+  AudioFilter audio;      ///< without a value: the output's
 };
 
 /** One output of one service. */
 struct OutputOptions {
-  int32_t inputSid = 0;
-  std::optional<int32_t> globalSid;          // default: the output service id
-  std::optional<int32_t> outputSid;          // default: the input service id
-  std::optional<int32_t> uniqueSid;          // default: the global service id
-  std::optional<std::string> name;           // default: "Service " and the output service id
-  std::optional<int32_t> transportStreamId;  // default: 1
-  std::optional<int32_t> originalNetworkId;  // default: 1
-  int32_t nextNode = 0;
-  int32_t outputParam = 0;
-  LastNode lastNode = LastNode::kDirect;
-  AudioFilter audio;
-  std::vector<ListedNode> listedNodes;
+  int32_t inputSid = 0;              ///< service_id in the input stream
+  std::optional<int32_t> globalSid;  ///< default: the output service id
+  std::optional<int32_t> outputSid;  ///< default: the input service id
+  std::optional<int32_t> uniqueSid;  ///< of the direct node; default: the global service id
+  std::optional<std::string> name;   ///< UTF-8; default: "Service " and the output service id
+  std::optional<int32_t> transportStreamId;  ///< default: 1
+  std::optional<int32_t> originalNetworkId;  ///< default: 1
+  int32_t nextNode = 0;                   ///< 0: leaves the chain here, under its own ids and name
+  int32_t outputParam = 0;                ///< travels along; the daemon does not read it
+  LastNode lastNode = LastNode::kDirect;  ///< which of the next two count
+  AudioFilter audio;                      ///< of the direct node, and of listed ones without any
+  std::vector<ListedNode> listedNodes;    ///< sent with kListed alone
 
+  ///@{
+  /** What is sent: as it is given, else the default above. */
   [[nodiscard]] int32_t resolvedOutputSid() const { return outputSid.value_or(inputSid); }
   [[nodiscard]] int32_t resolvedGlobalSid() const {
     return globalSid.value_or(resolvedOutputSid());
@@ -47,6 +50,7 @@ struct OutputOptions {
   [[nodiscard]] std::string resolvedName() const {
     return name.value_or("Service " + std::to_string(resolvedOutputSid()));
   }
+  ///@}
 };
 
 /**

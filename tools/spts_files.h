@@ -10,18 +10,17 @@
 
 namespace tevra::tools {
 
-/** One output that is written to a file. */
+/** One output that is written to a file, and what became of it: zero or empty until it is. */
 struct SptsFile {
-  OutputOptions output;
-  std::string file;  // "-" is standard output
-  SPTSConfiguration configuration;
+  OutputOptions output;             ///< what was asked for; for the account alone
+  std::string file;                 ///< "-" is standard output
+  SPTSConfiguration configuration;  ///< the daemon's answer: what goes into the file
 
-  // What became of it, once it is written.
-  uint64_t streamPackets = 0;
-  uint64_t tablePackets = 0;
-  double seconds = 0;                  // of stream time
-  std::map<int, uint64_t> pidPackets;  // by output PID
-  std::vector<std::string> warnings;   // one line for every PID that is left out
+  uint64_t streamPackets = 0;  ///< packets written that came from the input
+  uint64_t tablePackets = 0;   ///< packets written of PAT, SDT and PMT
+  double seconds = 0;          ///< of stream time, from the input's first to its last packet
+  std::map<int, uint64_t> pidPackets;  ///< packets of streams and tables, by output PID
+  std::vector<std::string> warnings;   ///< one line for every PID that is left out
 };
 
 /**

@@ -11,15 +11,15 @@ namespace tevra::tools {
 
 /** Where a value stands: in an entry itself, or in its first descriptor with a tag. */
 struct FieldPath {
-  int tag;  ///< 0: in the entry itself
-  const char* field;
+  int tag;            ///< 0: in the entry itself
+  const char* field;  ///< its name; null: there is no such value
 };
 
 /** How the entries of one of the tables' loops are told apart and named. */
 struct EntryRule {
-  const char* list;  ///< the loop's name in the table's fields
-  const char* noun;
-  const char* plural;
+  const char* list;                ///< the loop's name in the table's fields
+  const char* noun;                ///< of an entry, for people; no other rule has it
+  const char* plural;              ///< of that noun
   std::vector<const char*> keys;   ///< the fields that identify an entry
   std::vector<const char*> words;  ///< for people, what stands before each key
   FieldPath name;                  ///< what people call it
@@ -36,6 +36,7 @@ struct EntryRule {
 
 /** An entry by the fields that identify it. */
 [[nodiscard]] Fields keyFields(const EntryRule& rule, const Fields& entry);
+/** A subject of this one entry, with its label. */
 [[nodiscard]] Subject subjectOf(const EntryRule& rule, const Fields& entry);
 
 /** What there is to say about an entry in a line: "digital radio, running". */

@@ -15,7 +15,7 @@ namespace tevra::tools {
 /** What a table brings against the last one of the same kind and ids. */
 struct TableNews {
   std::optional<SiTable> last;  ///< nothing: it is the first, or the last one was forgotten
-  Changes changes;
+  Changes changes;              ///< none without a last one
 };
 
 /**
@@ -24,16 +24,23 @@ struct TableNews {
  */
 class TableHistory {
  public:
-  /** More than a multiplex with hundreds of services and a schedule of eight days needs. */
+  ///@{
+  /**
+   * Tables, and their bytes by memoryOf(): more than a multiplex with hundreds of services and a
+   * schedule of eight days needs.
+   */
   static constexpr size_t kMostTables = 16384;
   static constexpr size_t kMostBytes = size_t{64} * 1024 * 1024;
+  ///@}
 
+  /** A table that alone takes more than `mostBytes` is compared, then forgotten with all others. */
   explicit TableHistory(size_t mostTables = kMostTables, size_t mostBytes = kMostBytes)
       : mostTables_(mostTables), mostBytes_(mostBytes) {}
 
   /** Compares a notification's table with the last one and keeps it in that one's place. */
   [[nodiscard]] TableNews add(Notification::Kind kind, const SiTable& table);
 
+  /** How many tables it holds. */
   [[nodiscard]] size_t size() const { return places_.size(); }
 
  private:

@@ -23,6 +23,7 @@ class Markup {
   /** Open while it lives. */
   class Element {
    public:
+    /** For open(), which writes what begins the element. `markup` must outlive it. */
     Element(Markup& markup, std::string_view name) : markup_(markup), name_(name) {}
     ~Element() { markup_.end(name_); }
     Element(const Element&) = delete;
@@ -35,15 +36,21 @@ class Markup {
     std::string name_;
   };
 
+  /**
+   * Begins an element, which ends with the returned object; those opened in it must go first. Names
+   * of elements and attributes, here and below, are written as they are.
+   */
   [[nodiscard]] Element open(std::string_view name, const Attributes& attributes = {});
   /** An element with nothing but text, escaped. */
   void leaf(std::string_view name, const Attributes& attributes, std::string_view text);
   /** An element without content: void in HTML, empty in SVG. */
   void mark(std::string_view name, const Attributes& attributes);
+  /** Within the element that is open, escaped. */
   void text(std::string_view utf8);
   /** As it is: for this program's own text alone, never the stream's. */
   void raw(std::string_view trusted) { out_ += trusted; }
 
+  /** All that was written. Comes last, when every element has ended: nothing can follow. */
   [[nodiscard]] std::string take() { return std::move(out_); }
 
  private:

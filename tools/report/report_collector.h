@@ -10,7 +10,7 @@ namespace tevra::tools::report {
 
 /** A report and what may have kept it from being whole. */
 struct Collected {
-  Report report;
+  Report report;       ///< whole but for its title, which is the caller's
   size_t refused = 0;  ///< tables that the daemon said no to, and services it gave no output of
 };
 

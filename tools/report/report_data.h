@@ -8,6 +8,7 @@
 #include <vector>
 
 /**
+ * @file
  * What a report says, as plain facts: collected once, then written as a page or as JSON. Texts are
  * UTF-8 as the stream gives them and not fit for a page before they are escaped.
  */
@@ -24,24 +25,27 @@ enum class StreamKind {
   kUnreferenced,       ///< in no PAT, CAT or PMT
   kStuffing,
 };
-inline constexpr size_t kStreamKinds = 8;
+inline constexpr size_t kStreamKinds = 8;  ///< how many there are
 
-/** What was counted of one PID of the input. */
+/**
+ * What was counted of one PID of the input. Of a packet flagged as damaged nothing else is counted,
+ * and of null packets neither continuity nor scrambling nor PCRs.
+ */
 struct PidCount {
-  uint64_t packets = 0;
-  uint64_t continuityErrors = 0;
-  uint64_t scrambled = 0;
-  uint64_t transportErrors = 0;
-  uint64_t pcrs = 0;
-  uint64_t crcErrors = 0;      ///< of sections; counted on the PIDs of tables alone
-  uint64_t otherSections = 0;  ///< cut short, or with lengths that do not add up
+  uint64_t packets = 0;           ///< damaged ones too
+  uint64_t continuityErrors = 0;  ///< but where discontinuity_indicator announces one
+  uint64_t scrambled = 0;         ///< packets
+  uint64_t transportErrors = 0;   ///< packets with transport_error_indicator
+  uint64_t pcrs = 0;              ///< packets with a PCR
+  uint64_t crcErrors = 0;         ///< of sections; counted on the PIDs of tables alone
+  uint64_t otherSections = 0;     ///< cut short, or with lengths that do not add up
 };
 
 /** An input PID in the place where it is shown. */
 struct InputStream {
-  int pid = 0;
-  StreamKind kind = StreamKind::kUnreferenced;
-  std::string description;             ///< "AVC video", "PMT", "EMM of 0x0071"
+  int pid = 0;                                  ///< 0 to 8191
+  StreamKind kind = StreamKind::kUnreferenced;  ///< by the tables, or by the PID
+  std::string description;                      ///< "AVC video", "PMT", "EMM of 0x0071"
   std::vector<std::string> languages;  ///< in the stream's order, as they are written there
   bool hasPcr = false;                 ///< the PCR_PID of its service
 };
@@ -49,55 +53,60 @@ struct InputStream {
 /** A PID of an output. */
 struct OutputStream {
   std::optional<int> inputPid;  ///< nothing: the daemon does not know it, or makes the packets
-  int outputPid = 0;
-  StreamKind kind = StreamKind::kUnreferenced;
-  std::string description;
-  std::vector<std::string> languages;
-  std::vector<std::string> attributes;  ///< "PMT", "PCR", "ES", "ECM", "EMM"
-  bool made = false;                    ///< the daemon makes the packets: PAT, SDT and PMT
+  int outputPid = 0;            ///< 0 to 8191
+  StreamKind kind = StreamKind::kUnreferenced;  ///< by the output's own PMT, else the attributes
+  std::string description;                      ///< "AVC video", "ECM", "PCR alone"
+  std::vector<std::string> languages;           ///< of the output's own PMT
+  std::vector<std::string> attributes;          ///< "PMT", "PCR", "ES", "ECM", "EMM"
+  bool made = false;                            ///< the daemon makes the packets: PAT, SDT and PMT
 };
 
 /** A table in a place of its own: what feed would print as a line. */
 struct TableFact {
-  std::string kind;  ///< "PMT", "EIT schedule"
-  int tableId = 0;
-  std::string of;              ///< "service 101"
+  std::string kind;            ///< "PMT", "EIT schedule"
+  int tableId = 0;             ///< table_id
+  std::string of;              ///< "service 101"; empty for CAT and TOT
   std::optional<int> version;  ///< a TOT has none
   size_t sections = 0;         ///< packets for an output
-  int pid = 0;
+  int pid = 0;       ///< of a PMT as the PAT says; where it does not, 0 (input) or 8191 (output)
   size_t times = 0;  ///< how often a new version was complete
 };
 
 /** The single-programme stream that the daemon makes of a service. */
 struct Output {
-  int serviceId = 0;
-  std::string name;
-  int transportStreamId = 0;
-  int originalNetworkId = 0;
+  int serviceId = 0;                  ///< of the input service; the output has the same
+  std::string name;                   ///< in its SDT; empty where that has none
+  int transportStreamId = 0;          ///< in its PAT
+  int originalNetworkId = 0;          ///< in its SDT
   std::vector<OutputStream> streams;  ///< by output PID
-  std::vector<TableFact> tables;
+  std::vector<TableFact> tables;      ///< PAT, SDT, PMT
 };
 
 /** A time of the stream's own clock, in seconds of UTC since 1858-11-17, the day 0 of the MJD. */
 using StreamTime = int64_t;
 
+/** An event of a service: one for all EITs that give it the same id, start and duration. */
 struct Event {
-  int eventId = 0;
-  StreamTime start = 0;
-  int64_t duration = 0;  ///< seconds
-  std::string name;
+  int eventId = 0;           ///< event_id
+  StreamTime start = 0;      ///< not negative
+  int64_t duration = 0;      ///< seconds
+  std::string name;          ///< of a short event descriptor; empty without one
   bool isScheduled = false;  ///< in an EIT schedule
   bool isPresent = false;    ///< first of the EIT present/following
   bool isFollowing = false;  ///< second of it
 };
 
+/** A service that the PAT or the SDT names. */
 struct Service {
-  int serviceId = 0;
+  int serviceId = 0;  ///< service_id, the programme number of its PMT
+  ///@{
+  /** Of the SDT's service descriptor; empty without one. */
   std::string typeName;
   std::string name;
   std::string provider;
-  std::optional<int> pmtPid;
-  bool hasPmt = false;
+  ///@}
+  std::optional<int> pmtPid;         ///< nothing where the PAT does not name it
+  bool hasPmt = false;               ///< else `streams` has the PMT's PID at most
   std::vector<InputStream> streams;  ///< PMT, elementary streams, separate PCR, ECMs
   std::optional<Output> output;      ///< nothing where there is no PMT or the daemon gave none
   std::vector<Event> events;         ///< by start time
@@ -106,22 +115,22 @@ struct Service {
 
 /** Everything. */
 struct Report {
-  std::string file;
-  std::string title;  ///< empty: the file's name
-  uint64_t packets = 0;
-  std::optional<double> seconds;  ///< by the PCRs; nothing without any
-  std::optional<int> transportStreamId;
-  std::optional<int> originalNetworkId;
-  std::optional<int> networkId;
-  std::string networkName;
-  std::optional<StreamTime> firstClock;  ///< of TDT and TOT
-  std::optional<StreamTime> lastClock;
-  size_t tablesSent = 0;
-  std::vector<std::string> faults;  ///< of packets and tables, a line each, for people
-  std::map<int, PidCount> pids;     ///< all that have packets
-  std::vector<Service> services;    ///< by service id
-  std::vector<InputStream> others;  ///< of no service
-  std::vector<TableFact> tables;    ///< of the input
+  std::string file;                      ///< as it was given
+  std::string title;                     ///< empty: the file's name
+  uint64_t packets = 0;                  ///< of the whole file
+  std::optional<double> seconds;         ///< by the PCRs, more than 0; nothing without any
+  std::optional<int> transportStreamId;  ///< of the PAT
+  std::optional<int> originalNetworkId;  ///< of the SDT
+  std::optional<int> networkId;          ///< of the NIT
+  std::string networkName;               ///< of the NIT; empty where it has none
+  std::optional<StreamTime> firstClock;  ///< of TDT and TOT; nothing without any
+  std::optional<StreamTime> lastClock;   ///< of the same, in the order of the stream
+  size_t tablesSent = 0;                 ///< to the daemon, those that it refused included
+  std::vector<std::string> faults;       ///< of packets and tables, a line each, for people
+  std::map<int, PidCount> pids;          ///< all that have packets
+  std::vector<Service> services;         ///< by service id
+  std::vector<InputStream> others;       ///< of no service
+  std::vector<TableFact> tables;         ///< of the input
 
   /** As constructed for a PID without packets. */
   [[nodiscard]] PidCount countOf(int pid) const;

@@ -15,6 +15,7 @@ class StreamCensus {
  public:
   StreamCensus();
 
+  /** The next packet of the stream, whatever its PID. */
   void push(const TsPacket& packet);
   /** A time of the stream's clock from elsewhere: the packets are looked at for TDTs alone. */
   void noteClock(StreamTime time);
@@ -23,9 +24,11 @@ class StreamCensus {
   [[nodiscard]] std::map<int, PidCount> pids() const;
   /** The PID with the most PCRs that tell a rate; kNullPid when none does. */
   [[nodiscard]] int clockPid() const;
-  /** Of the TDTs and the times noted, in stream order. */
+  ///@{
+  /** Of the TDTs and the times noted, in stream order; nothing without any. */
   [[nodiscard]] std::optional<StreamTime> firstClock() const { return firstClock_; }
   [[nodiscard]] std::optional<StreamTime> lastClock() const { return lastClock_; }
+  ///@}
 
  private:
   struct Pid {

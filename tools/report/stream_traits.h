@@ -10,9 +10,9 @@ namespace tevra::tools::report {
 
 /** What a PMT says of one of its streams. */
 struct StreamTraits {
-  StreamKind kind = StreamKind::kData;
-  std::string description;             ///< "AVC video", "AC-3 audio", "teletext"
-  std::vector<std::string> languages;  ///< of ISO 639, teletext and subtitling descriptors
+  StreamKind kind = StreamKind::kData;  ///< video, audio, subtitles or data
+  std::string description;              ///< "AVC video", "AC-3 audio", "teletext"
+  std::vector<std::string> languages;   ///< of ISO 639, teletext and subtitling descriptors
 };
 
 /** By stream type, and by descriptors where the type says nothing (EN 300 468, 6.1, table 12). */
@@ -20,8 +20,8 @@ struct StreamTraits {
 
 /** A PID that a CA descriptor (ISO/IEC 13818-1, 2.6.16) names. */
 struct CaReference {
-  int systemId = 0;
-  int pid = 0;
+  int systemId = 0;  ///< CA_system_ID
+  int pid = 0;       ///< CA_PID: of ECMs in a PMT, of EMMs in a CAT
 };
 
 /** Those of a descriptor loop, in order; descriptors that are cut short name none. */

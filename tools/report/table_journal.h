@@ -18,9 +18,12 @@ class TableJournal {
   /** The table came in so many sections. */
   void add(const SiTable& table, size_t sections);
 
+  ///@{
+  /** The last that came; nothing where none came. */
   [[nodiscard]] const std::optional<PAT>& pat() const { return pat_; }
   [[nodiscard]] const std::optional<CAT>& cat() const { return cat_; }
   [[nodiscard]] const std::optional<NIT>& nit() const { return nit_; }
+  ///@}
   /** Null where none came. */
   [[nodiscard]] const PMT* pmt(int programNumber) const;
   /** Of present/following and schedule, by table id. */

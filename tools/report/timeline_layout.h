@@ -12,35 +12,36 @@ namespace tevra::tools::report {
 
 /** An event, or the part of it that lies in one row. */
 struct EventBlock {
-  size_t event = 0;  ///< its place in the service
-  Box box;
+  size_t event = 0;     ///< its place in the service
+  Box box;              ///< within the sheet
   bool goesOn = false;  ///< in a later row
   bool began = false;   ///< in an earlier row
 };
 
+/** A line across a row: every half hour of 3, every hour of 6 or 12, every two hours of 24. */
 struct HourMark {
-  double x = 0;
-  StreamTime time = 0;
+  double x = 0;         ///< within the sheet
+  StreamTime time = 0;  ///< that it stands for
 };
 
 /** Some hours of one day. */
 struct TimelineRow {
-  StreamTime start = 0;
-  Box box;  ///< with the hours above and the blocks in it
-  std::vector<HourMark> hours;
-  std::vector<EventBlock> blocks;
-  std::optional<double> clock;  ///< where the stream's clock stands
-  size_t crowdedOut = 0;        ///< events for which there is no room below all the others
+  StreamTime start = 0;            ///< a multiple of the row's length
+  Box box;                         ///< within the sheet, with the hours above and the blocks in it
+  std::vector<HourMark> hours;     ///< in ascending order, the first at the row's start
+  std::vector<EventBlock> blocks;  ///< by the events' places
+  std::optional<double> clock;     ///< x where the stream's clock stands; nothing in other rows
+  size_t crowdedOut = 0;           ///< events for which there is no room below all the others
 };
 
 /** Rows that fit on a page together. */
 struct TimelineSheet {
-  double height = 0;
-  std::vector<TimelineRow> rows;
+  double height = 0;              ///< of all rows, at most 1200
+  std::vector<TimelineRow> rows;  ///< by start time
 };
 
-inline constexpr double kRowLabelWidth = 128;
-inline constexpr double kHoursHeight = 18;
+inline constexpr double kRowLabelWidth = 128;  ///< for the day, on the left of every row
+inline constexpr double kHoursHeight = 18;     ///< for the hours, above the blocks of every row
 
 /**
  * The events of one service on as many rows as it takes for most of them to have room for a name:
