@@ -73,7 +73,7 @@ class AHugeFile : public DiskFaults {
   void expectRefusalAndRepair(StoreFile file) {
     start();
     EXPECT_THAT(errors(), ElementsAreArray(loadErrors(file)));
-    if (!kSanitized) {
+    if (!kHasForeignMemory) {
       EXPECT_LT(ProcessFigures(daemon().pid()).peakResidentSize(), kMostMemory);
     }
     EXPECT_EQ(serve(), expectedWithout(file, 1));
