@@ -119,6 +119,14 @@ TEST_P(AHugeFileThatClaims, IsPassedOverPromptlyAndRepaired) {
   expectRefusalAndRepair(GetParam().file);
 }
 
+TEST_P(AHugeFileThatClaims, IsPassedOverAlsoWhereItsSizeIsSmallIn32Bits) {
+  constexpr uintmax_t kSmallIn32Bits = (uintmax_t{1} << 32U) + 200;
+  writeGoodFiles();
+  writeText(pathOf(GetParam().file), GetParam().start);
+  fs::resize_file(pathOf(GetParam().file), kSmallIn32Bits);
+  expectRefusalAndRepair(GetParam().file);
+}
+
 const Claim kClaims[] = {
     {"Programs", kTables,
      R"({"1":{"map":["i32","rec",1,{"1":{"2":{"rec":{"4":{"lst":["rec",49000000,)"},
