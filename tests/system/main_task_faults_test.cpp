@@ -40,8 +40,8 @@ constexpr const char* kRefused =
 
 /**
  * A notification gives up after 2 s; the rest is for a loaded machine to take the call, build the
- * notification and log it. A sanitizer or an emulator multiplies that rest: with one, only an end is
- * waited for.
+ * notification and log it. A sanitizer or an emulator multiplies that rest: with one, only an end
+ * is waited for.
  */
 constexpr milliseconds kPerNotification(kSlowed ? 30'000 : 3500);
 

@@ -21,8 +21,8 @@ inline constexpr bool kAddressSanitized = false;
 /** True where a program takes about ten times as long as it takes its users. */
 inline constexpr bool kSlowed = kSanitized || kEmulated;
 
-/** True where a process has more memory than its program asked for: a sanitizer keeps what is freed,
- * an emulator keeps the code that it translates. */
+/** True where a process has more memory than its program asked for: a sanitizer keeps what is
+ * freed, an emulator keeps the code that it translates. */
 inline constexpr bool kHasForeignMemory = kSanitized || kEmulated;
 
 }  // namespace tevra::test
