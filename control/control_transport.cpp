@@ -42,7 +42,7 @@ bool ControlTransport::readFrame() {
     giveBackFreeMemory();
   }
   const bool read = TFramedTransport::readFrame();
-  lastWasLarge_ = read && rBound_ - rBase_ > kLargeFrame;
+  lastWasLarge_ = read && static_cast<size_t>(rBound_ - rBase_) > kLargeFrame;
   resetConsumedMessageSize();
   return read;
 }

@@ -4,14 +4,17 @@
 
 #include <ctime>
 #include <limits>
+#include <map>
 
 #include "platform/module_utils.h"
 #include "tests/platform/scoped_environment.h"
+#include "tests/platform/system_clock.h"
 
 namespace {
 
 using tevra::host::dvbTimeFromUnix;
 using tevra::test::ScopedEnvironment;
+using tevra::test::StoppedClock;
 
 constexpr int64_t kDay = 86400;
 constexpr int64_t kModifiedJulianDateZero = -40587 * kDay;
@@ -59,6 +62,17 @@ TEST(DvbTime, NowIsThatOfTheSystemClock) {
   const uint64_t after = dvbTimeFromUnix(std::time(nullptr));
   EXPECT_LE(before, now);
   EXPECT_LE(now, after);
+}
+
+TEST(DvbTime, NowFollowsTheSystemClockBeyond2038AndBeyondUnsigned32BitSeconds) {
+  const std::map<int64_t, uint64_t> times = {{2147483647, 0xFFA2031407U},
+                                             {2147483648, 0xFFA2031408U},
+                                             {4294967295, 0x160B9062815U},
+                                             {4294967296, 0x160B9062816U}};
+  for (const auto& [clock, time] : times) {
+    const StoppedClock stopped(clock);
+    EXPECT_EQ(GetUTCTime(), time) << clock;
+  }
 }
 
 TEST(SystemTime, IsSetWithoutTheVariable) {

@@ -39,8 +39,11 @@ bool updateWanted() {
 }  // namespace
 
 testing::AssertionResult matchesGolden(const std::string& name, const Packets& packets) {
-  const std::string path = std::string(TORNEL_GOLDEN_DIR) + "/" + name + ".hex";
-  const std::string text = toText(packets);
+  return matchesGoldenText(name + ".hex", toText(packets));
+}
+
+testing::AssertionResult matchesGoldenText(const std::string& file, const std::string& text) {
+  const std::string path = std::string(TORNEL_GOLDEN_DIR) + "/" + file;
   if (updateWanted()) {
     std::ofstream(path, std::ios::binary) << text;
     return testing::AssertionFailure() << path << " rewritten: review it and test again";

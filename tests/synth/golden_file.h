@@ -18,4 +18,8 @@ namespace tevra::test {
 [[nodiscard]] ::testing::AssertionResult matchesGolden(const std::string& name,
                                                        const Packets& packets);
 
+/** The same of `text` and golden/<file>. */
+[[nodiscard]] ::testing::AssertionResult matchesGoldenText(const std::string& file,
+                                                           const std::string& text);
+
 }  // namespace tevra::test

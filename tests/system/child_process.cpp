@@ -68,8 +68,9 @@ bool becomeUser(uid_t user) {
 /** Between fork and exec, with threads in the parent: only what is safe in a signal handler. */
 [[noreturn]] void becomeProgram(char** command, char** environment, int out, int err, pid_t parent,
                                 const ChildProcess::Setup& setup) {
-  // Opened before the user changes, who need not be able to reach it.
-  const int program = open(command[0], O_PATH | O_CLOEXEC);
+  // Opened before the user changes, who need not be able to reach it. Stays open: of a script its
+  // interpreter opens the descriptor anew.
+  const int program = setup.user ? open(command[0], O_PATH) : -1;
   if (setup.user && !becomeUser(*setup.user)) {
     _exit(kCannotStart);
   }

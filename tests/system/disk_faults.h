@@ -29,7 +29,7 @@ inline constexpr std::array kStoreFiles = {kPids, kTables, kVersions};
 [[nodiscard]] std::string relativePath(StoreFile file);
 
 /** A start that takes longer has hung. */
-inline constexpr std::chrono::seconds kPromptStart(kSanitized ? 50 : 5);
+inline constexpr std::chrono::seconds kPromptStart(kSlowed ? 50 : 5);
 
 /** The error line of a save of the PIDs that fails. */
 inline constexpr const char* kPidsNotSaved =

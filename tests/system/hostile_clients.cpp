@@ -80,7 +80,7 @@ void HostileClients::TearDown() {
   expectService();
   EXPECT_TRUE(eventually([&] { return figures_.descriptors() <= descriptorsAtFirst_; }))
       << figures_.descriptors() << " descriptors for " << descriptorsAtFirst_;
-  if (!kSanitized) {  // a sanitizer keeps freed memory
+  if (!kHasForeignMemory) {
     EXPECT_LT(figures_.residentSize() - residentAtFirst_, kMemoryBound);
   }
 }

@@ -33,7 +33,7 @@ constexpr int kList = 15;
 
 /** Kilobytes that a message of a few bytes may need for a moment: far less than it claims, and more
  * than the kernel's count of pages is off by. A sanitizer's own memory has no such bound. */
-constexpr int64_t kSmall = kSanitized ? INT64_MAX : 2048;
+constexpr int64_t kSmall = kHasForeignMemory ? INT64_MAX : 2048;
 
 /** Sizes that no small frame holds; the last two are negative. */
 const std::vector<uint32_t> kClaims = {0x7FFFFFFF, 50'000'000, 1'000'000, 0x80000000, 0xFFFFFFFF};
@@ -140,7 +140,7 @@ TEST_F(HostileClients, ThatSendRecordsByTheMillionCostLittleMoreThanTheirFrame) 
   calls.push_back(callOfEmptyMaps());
   for (const std::string& call : calls) {
     const auto frame = static_cast<int64_t>(call.size() / 1024);
-    EXPECT_LT(peakGrowth([&] { (void)answerTo(call); }), kSanitized ? INT64_MAX : 2 * frame)
+    EXPECT_LT(peakGrowth([&] { (void)answerTo(call); }), kHasForeignMemory ? INT64_MAX : 2 * frame)
         << PrintToString(call.substr(0, 40));
   }
 }

@@ -24,7 +24,7 @@ constexpr uint32_t kLargestFrame = 64 * 1024 * 1024;
 
 /** Kilobytes: more than comes and goes with any connection and than the kernel's count of pages is
  * off by. A sanitizer's own memory has no such bound. */
-constexpr int64_t kSmall = kSanitized ? INT64_MAX : 2048;
+constexpr int64_t kSmall = kHasForeignMemory ? INT64_MAX : 2048;
 
 std::string noise(std::mt19937& random, size_t most) {
   std::string bytes(std::uniform_int_distribution<size_t>(1, most)(random), '\0');

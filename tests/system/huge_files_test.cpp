@@ -73,7 +73,7 @@ class AHugeFile : public DiskFaults {
   void expectRefusalAndRepair(StoreFile file) {
     start();
     EXPECT_THAT(errors(), ElementsAreArray(loadErrors(file)));
-    if (!kSanitized) {
+    if (!kHasForeignMemory) {
       EXPECT_LT(ProcessFigures(daemon().pid()).peakResidentSize(), kMostMemory);
     }
     EXPECT_EQ(serve(), expectedWithout(file, 1));
@@ -116,6 +116,14 @@ TEST_P(AHugeFileThatClaims, IsPassedOverPromptlyAndRepaired) {
   writeGoodFiles();
   writeText(pathOf(GetParam().file), GetParam().start);
   fs::resize_file(pathOf(GetParam().file), uintmax_t{1} << 30U);
+  expectRefusalAndRepair(GetParam().file);
+}
+
+TEST_P(AHugeFileThatClaims, IsPassedOverAlsoWhereItsSizeIsSmallIn32Bits) {
+  constexpr uintmax_t kSmallIn32Bits = (uintmax_t{1} << 32U) + 200;
+  writeGoodFiles();
+  writeText(pathOf(GetParam().file), GetParam().start);
+  fs::resize_file(pathOf(GetParam().file), kSmallIn32Bits);
   expectRefusalAndRepair(GetParam().file);
 }
 

@@ -28,7 +28,7 @@ using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::milliseconds;
 
 constexpr Milliseconds kLongestLoad{150};
-constexpr Milliseconds kPromptAnswer{kSanitized ? 20'000 : 2'000};
+constexpr Milliseconds kPromptAnswer{kSlowed ? 20'000 : 2'000};
 
 uint32_t fromEnvironment(const char* name, uint32_t otherwise) {
   const char* value = std::getenv(name);

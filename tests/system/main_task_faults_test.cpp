@@ -40,12 +40,13 @@ constexpr const char* kRefused =
 
 /**
  * A notification gives up after 2 s; the rest is for a loaded machine to take the call, build the
- * notification and log it. A sanitizer multiplies that rest: with one, only an end is waited for.
+ * notification and log it. A sanitizer or an emulator multiplies that rest: with one, only an end
+ * is waited for.
  */
-constexpr milliseconds kPerNotification(kSanitized ? 30'000 : 3500);
+constexpr milliseconds kPerNotification(kSlowed ? 30'000 : 3500);
 
 /** For calls that need not wait for MainTask. */
-constexpr milliseconds kAtOnce(kSanitized ? 10'000 : 1500);
+constexpr milliseconds kAtOnce(kSlowed ? 10'000 : 1500);
 
 /** More than all the buffers between two processes hold. */
 constexpr size_t kLarge = 12'000'000;

@@ -64,8 +64,8 @@ void useEveryCall(int rounds) {
 }
 
 TEST_F(DaemonResources, AreTwoThreads) {
-  if (kSanitized) {
-    GTEST_SKIP() << "a sanitizer has threads of its own";
+  if (kSanitized || kEmulated) {
+    GTEST_SKIP() << "a sanitizer or an emulator has threads of its own";
   }
   EXPECT_EQ(threads(), 2);
 }
@@ -83,8 +83,8 @@ TEST_F(DaemonResources, DoNotGrowByDescriptors) {
 }
 
 TEST_F(DaemonResources, DoNotGrowByMemory) {
-  if (kSanitized) {
-    GTEST_SKIP() << "a sanitizer keeps freed memory";
+  if (kHasForeignMemory) {
+    GTEST_SKIP() << "a sanitizer keeps freed memory, an emulator what it translates";
   }
   useEveryCall(30);
   const int64_t before = figures_.residentSize();
@@ -110,8 +110,8 @@ EITMap largeSchedule() {
 }
 
 TEST_F(DaemonResources, GiveBackWhatALargeCallTookForItself) {
-  if (kSanitized) {
-    GTEST_SKIP() << "a sanitizer keeps what is freed";
+  if (kHasForeignMemory) {
+    GTEST_SKIP() << "a sanitizer keeps freed memory, an emulator what it translates";
   }
   const EITMap schedule = largeSchedule();
   ControlClient client;

@@ -18,8 +18,7 @@
 namespace tevra::test {
 namespace {
 
-/** A sanitizer makes calls about ten times slower. */
-constexpr int64_t kDefaultCalls = kSanitized ? 1000 : 4000;
+constexpr int64_t kDefaultCalls = kSlowed ? 1000 : 4000;
 
 /** Below, chance may leave something out. */
 constexpr int64_t kVariedRun = 4000;
@@ -109,7 +108,7 @@ class Watch {
     if (calls_ >= kLongRun) {
       std::cout << percent << " %: " << call << " calls, " << size << " kB" << std::endl;
     }
-    ASSERT_TRUE(kSanitized || size <= level_ + allowedGrowth())  // a sanitizer keeps freed memory
+    ASSERT_TRUE(kHasForeignMemory || size <= level_ + allowedGrowth())
         << "from " << level_ << " kB at 10 % to " << size << " kB at " << percent << " %";
   }
 
