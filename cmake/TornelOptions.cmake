@@ -8,7 +8,6 @@ option(TORNEL_WERROR "Treat warnings as errors" ON)
 set(TORNEL_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=: address,undefined or thread")
 option(TORNEL_DEBIAN_PACKAGES "Install what Debian wants in a package" OFF)
 option(TORNEL_COVERAGE "Instrument for gcov" OFF)
-option(TORNEL_PRECOMPILE_HEADERS "Precompile what the tests include: faster, but hides missing includes" OFF)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
@@ -17,10 +16,6 @@ endif()
 find_program(CCACHE ccache)
 if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
-  if(TORNEL_PRECOMPILE_HEADERS)  # what ccache's manual asks for
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
-    add_compile_options(-fpch-preprocess)
-  endif()
 endif()
 
 if(TORNEL_SANITIZE)
