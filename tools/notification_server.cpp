@@ -3,18 +3,17 @@
 #include <utility>
 
 #include <thrift/TOutput.h>
-#include <thrift/protocol/TBinaryProtocol.h>
 #include <thrift/server/TSimpleServer.h>
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TServerSocket.h>
 
+#include "tools/notification_protocol.h"
 #include "tools/tool_error.h"
 
 namespace tevra::tools {
 namespace {
 
 using apache::thrift::TConfiguration;
-using apache::thrift::protocol::TBinaryProtocolFactory;
 using apache::thrift::server::TServerEventHandler;
 using apache::thrift::server::TSimpleServer;
 using apache::thrift::transport::TFramedTransport;
@@ -62,7 +61,7 @@ NotificationServer::NotificationServer(const std::string& host, int port,
   server_ = std::make_shared<TSimpleServer>(
       std::make_shared<thrift::in_module::im_SINotifySrvProcessor>(std::move(handler)), socket,
       std::make_shared<FramedTransportFactory>(),
-      std::make_shared<TBinaryProtocolFactory>(kMaxFrameSize, kMaxContainerSize, false, true));
+      std::make_shared<NotificationProtocolFactory>(kMaxFrameSize, kMaxContainerSize));
   server_->setServerEventHandler(
       std::make_shared<ListeningObserver>(socket, std::move(onListening)));
 }
