@@ -85,8 +85,8 @@ class ConflictFreeDB {
   ///@}
 
   ///@{
-  /** Restamp `in`, empty `out` and copy the result to it. A full schedule takes megabytes: those who
-   * need one EIT at a time restamp, then get. */
+  /** Restamp `in`, empty `out` and copy the result to it. A full schedule takes megabytes: those
+   * who need one EIT at a time restamp, then get. */
   bool getConflictFreeEITpf(EITMap& out, const EITMap& in);
   bool getConflictFreeEITsch(EITMap& out, const EITMap& in);
   ///@}
