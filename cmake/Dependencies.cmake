@@ -6,6 +6,16 @@ pkg_check_modules(THRIFT REQUIRED IMPORTED_TARGET thrift>=0.17)
 pkg_check_modules(DVBPSI REQUIRED IMPORTED_TARGET libdvbpsi>=1.3)
 find_program(THRIFT_COMPILER thrift REQUIRED)
 
+if(TORNEL_STATIC)
+  if(NOT TEVRA_PLATFORM_LIBRARY)
+    message(FATAL_ERROR "TORNEL_STATIC needs TEVRA_PLATFORM_LIBRARY: platform/host uses libsystemd, of which there is no archive")
+  endif()
+  # By name the linker finds the archive, where the path is that of the shared library.
+  set_property(TARGET PkgConfig::THRIFT PROPERTY INTERFACE_LINK_LIBRARIES thrift)
+  set_property(TARGET PkgConfig::DVBPSI PROPERTY INTERFACE_LINK_LIBRARIES dvbpsi)
+  add_link_options(-static)
+endif()
+
 # tornel_thrift_generate(out_sources IDL...): one *_types.cpp per IDL file, one .cpp per service in SERVICES.
 # Static dispatch and no ostream operators: smaller code, and the fast protocol path.
 function(tornel_thrift_generate out_var)

@@ -2,6 +2,7 @@
 
 set(TEVRA_PLATFORM_LIBRARY "" CACHE STRING
     "The device maker's library with the platform functions; empty: platform/host")
+option(TORNEL_STATIC "Link programs with archives alone, the C library's among them; needs TEVRA_PLATFORM_LIBRARY" OFF)
 option(TORNEL_BUILD_TESTS "Build the tests" ON)
 option(TORNEL_FUZZ "Build the libFuzzer programs; needs clang" OFF)
 option(TORNEL_WERROR "Treat warnings as errors" ON)

@@ -3,13 +3,15 @@
 
 Usage: clients_test.py TORNEL TORNELCTL PYTHON_PROGRAMS GENERATED_PYTHON CPP_PROGRAMS
 PYTHON_PROGRAMS and CPP_PROGRAMS are the folders with client and main_task, GENERATED_PYTHON is what Thrift's compiler
-made. Ports 9224, 9225, 9256 and 9257 must be free.
+made. TORNEL_EMULATOR in the environment is the command, if any, that the C++ programs are started by. Ports 9224, 9225,
+9256 and 9257 must be free.
 """
 
 import contextlib
 import json
 import os
 import pathlib
+import shlex
 import socket
 import subprocess
 import sys
@@ -21,6 +23,7 @@ import unittest
 HERE = pathlib.Path(__file__).resolve().parent
 PATIENCE = 30
 LANGUAGES = ("python", "cpp")
+EMULATOR = shlex.split(os.environ.get("TORNEL_EMULATOR", ""))
 
 
 def eventually(condition):
@@ -34,7 +37,7 @@ def eventually(condition):
 def command(language, program, *arguments):
     if language == "python":
         return [sys.executable, str(PYTHON / f"{program}.py"), *arguments]
-    return [str(CPP / program), *arguments]
+    return [*EMULATOR, str(CPP / program), *arguments]
 
 
 def environment():

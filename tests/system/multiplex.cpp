@@ -152,9 +152,9 @@ PMT radioPmt() {
 int64_t dvbTime(std::time_t utc) {
   constexpr int64_t kSecondsPerDay = 86400;
   constexpr int64_t kMjdOf1970 = 40587;
-  const int64_t day = utc / kSecondsPerDay;
-  const int64_t second = utc % kSecondsPerDay;
-  return (day + kMjdOf1970) << 24 | twoDigits(second / 3600) << 16 |
+  const int64_t seconds = utc + kMjdOf1970 * kSecondsPerDay;  // never negative, before 1970 either
+  const int64_t second = seconds % kSecondsPerDay;
+  return (seconds / kSecondsPerDay) << 24 | twoDigits(second / 3600) << 16 |
          twoDigits(second / 60 % 60) << 8 | twoDigits(second % 60);
 }
 

@@ -80,7 +80,7 @@ inline constexpr int32_t kOutRadioAudio = 110;
 /** A TOT of the moment `utc`. */
 [[nodiscard]] TOT totAt(std::time_t utc);
 
-/** `utc` as a DVB time value (EN 300 468 annex C). */
+/** `utc`, from 1858-11-17 on, as a DVB time value (EN 300 468 annex C). */
 [[nodiscard]] int64_t dvbTime(std::time_t utc);
 
 /** An EIT sub-table with one event that starts at `start`. */

@@ -141,6 +141,9 @@ RawListener::~RawListener() {
 }
 
 std::string RawListener::takeConnection() const {
+  if (!readable(socket_)) {
+    return "";
+  }
   const int fd = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC);
   std::string received;
   std::string buffer(64 * 1024, '\0');

@@ -53,7 +53,7 @@ class RawListener {
   RawListener& operator=(const RawListener&) = delete;
 
   /** Takes the connection that has waited longest and reads until its end: all that was sent,
-   * unless it was reset. */
+   * unless it was reset. Empty when none comes within kPatience. */
   [[nodiscard]] std::string takeConnection() const;
 
   /** From now on takes connections on a thread of its own and resets each at once. */

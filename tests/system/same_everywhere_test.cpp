@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdio>
+#include <ctime>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -84,6 +87,51 @@ TEST_F(SameEverywhere, AreTheAnswersPacketsAndFilesOfTheSampleAcrossARestart) {
   feedSample();
   EXPECT_TRUE(matchesGolden("answers_restarted", answers()));
   expectFiles("restarted");
+}
+
+/** What MainTask is told, byte for byte. */
+class SameNotificationsEverywhere : public testing::Test {
+ protected:
+  /** Makes a call that is followed by one notification. */
+  void notifiedOf(const std::function<void()>& call) {
+    call();
+    notifications_.push_back(mainTask_.takeConnection());
+  }
+
+  /** Hands over a TOT so old that its difference to the system clock takes more than 32 bits.
+   * @return that difference in seconds, as the daemon took it: below zero */
+  std::time_t giveOldTot() {
+    TOT tot = totAt(0);
+    tot.utcTime = int64_t{15079} << 24 | 0x120000;  // 1900-03-01 12:00:00
+    long long offset = 0;
+    for (const std::string& line :
+         daemon_.linesOf([&] { notifiedOf([&] { client_->setTOT(tot); }); })) {
+      (void)std::sscanf(line.c_str(), "4 DVB to System Time offset set to [%lld] secs", &offset);
+    }
+    return offset;
+  }
+
+  RawListener mainTask_{kFirstNotificationPort};
+  TemporaryDirectory root_;
+  Daemon daemon_{root_.path()};
+  Packets notifications_ = {mainTask_.takeConnection()};  // the daemon asks for its configuration
+  ControlClient client_;
+};
+
+TEST_F(SameNotificationsEverywhere, AreThoseOfEveryTable) {
+  notifiedOf([&] { client_->setPAT(multiplexPat()); });
+  notifiedOf([&] { client_->setSDT(multiplexSdt()); });
+  notifiedOf([&] { client_->setPMT(televisionPmt()); });
+  notifiedOf([&] { client_->setCAT(multiplexCat()); });
+  const std::time_t offset = giveOldTot();
+  ASSERT_LT(offset, std::time_t{-3'900'000'000});
+
+  constexpr std::time_t kRestamped = 2'200'000'000;  // in 2039, beyond a signed 32-bit time
+  notifiedOf([&] {
+    client_->setEITPresentFollowing(eitMap({eit(kTelevision, 0x4E, kRestamped + offset)}));
+  });
+  notifiedOf([&] { client_->setEITSchedule(eitMap({eit(kRadio, 0x50, kRestamped + offset)})); });
+  EXPECT_TRUE(matchesGolden("notifications", notifications_));
 }
 
 }  // namespace
