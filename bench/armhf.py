@@ -20,6 +20,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SYSROOT = ROOT / "build/armhf-sysroot/root"
 DAEMON = ROOT / "build/armhf-minsize/bin/tornel"
+STATIC = ROOT / "build/armhf-static"
 CLIENT = ROOT / "build/armhf-minsize/bin/tornelctl"
 BENCH = ROOT / "build/armhf/bin/tornel_bench"
 EMULATOR = ["qemu-arm", "-L", SYSROOT]
@@ -74,16 +75,39 @@ class Daemon:
 
 
 def sizes():
-    with tempfile.TemporaryDirectory() as folder:
-        stripped = pathlib.Path(folder) / "tornel"
-        subprocess.run(["arm-linux-gnueabihf-strip", "-o", stripped, DAEMON], check=True)
-        print(f"daemon, stripped: {stripped.stat().st_size:,} bytes")
+    print(f"daemon, stripped: {stripped_size(DAEMON):,} bytes")
     libraries = subprocess.run([*EMULATOR, "-E", "LD_TRACE_LOADED_OBJECTS=1", DAEMON], check=True,
                                capture_output=True, text=True).stdout
     files = [SYSROOT / path.lstrip("/") for path in re.findall(r"(/\S+) \(", libraries)]
     for file in sorted(files, key=lambda file: -file.stat().st_size):
         print(f"  {file.name}: {file.stat().st_size:,} bytes")
     print(f"its {len(files)} shared libraries: {sum(file.stat().st_size for file in files):,} bytes")
+
+
+def static_size():
+    """Links the daemon with archives alone, and with the tests' stand-in for a board's platform library."""
+    STATIC.mkdir(parents=True, exist_ok=True)
+    board, archive = STATIC / "board.o", STATIC / "libboard.a"
+    quietly("arm-linux-gnueabihf-g++", "-std=c++17", "-Os", "-I", ROOT, "-c", ROOT / "tests/platform_library/board.cpp",
+            "-o", board)
+    quietly("arm-linux-gnueabihf-ar", "rcs", archive, board)
+    quietly("cmake", "--preset", "armhf-minsize", "-B", STATIC, "-DTORNEL_STATIC=ON",
+            f"-DTEVRA_PLATFORM_LIBRARY={archive}")
+    quietly("cmake", "--build", STATIC, "--target", "tornel")
+    print(f"daemon, linked statically, stripped: {stripped_size(STATIC / 'bin/tornel'):,} bytes")
+
+
+def quietly(*command):
+    done = subprocess.run(command, cwd=ROOT, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+    if done.returncode != 0:
+        sys.exit(done.stdout)
+
+
+def stripped_size(program):
+    with tempfile.TemporaryDirectory() as folder:
+        stripped = pathlib.Path(folder) / "tornel"
+        subprocess.run(["arm-linux-gnueabihf-strip", "-o", stripped, program], check=True)
+        return stripped.stat().st_size
 
 
 def memory():
@@ -149,6 +173,7 @@ def main():
         if not needed.exists():
             sys.exit(f"{needed} is missing: run scripts/armhf and scripts/armhf --package first")
     sizes()
+    static_size()
     memory()
     instructions()
 
