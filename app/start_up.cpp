@@ -19,7 +19,7 @@ constexpr unsigned kKickIntervalSeconds = 5;
 int registerWithWatchdog() {
   const int task = watchdog_register_task();
   if (task == 0) {
-    log_function(kLogError, nullptr, "Couldn't register task for WD");
+    log_function(kLogError, kNoTag, "Couldn't register task for WD");
   }
   return task;
 }
@@ -30,9 +30,9 @@ int moduleType() {
 }
 
 int refuseMpts(int set, int task) {
-  log_function(kLogError, nullptr, "Tornel: MPTSid [%d] not supported.", set);
+  log_function(kLogError, kNoTag, "Tornel: MPTSid [%d] not supported.", set);
   if (watchdog_unregister_task(task) != 0) {
-    log_function(kLogWarning, nullptr, "Couldn't unregister task for WD");
+    log_function(kLogWarning, kNoTag, "Couldn't unregister task for WD");
   }
   return EXIT_SUCCESS;
 }
@@ -65,7 +65,7 @@ int highestMptsIndex(int moduleType) {
     case kModuleTypeTwoMptsB:
       return 1;
     default:
-      log_function(kLogError, nullptr, "Tornel: Module type [%d] not supported!", moduleType);
+      log_function(kLogError, kNoTag, "Tornel: Module type [%d] not supported!", moduleType);
       return 0;
   }
 }
@@ -89,7 +89,7 @@ int runTornel(int argc, char** argv) {
   }
   [[maybe_unused]] const ThreadedSimpleServer server = startControlServer(options.set);
   SignalServiceIsStarted();
-  log_function(kLogWarning, nullptr, "Tornel %d started ...", options.set);
+  log_function(kLogWarning, kNoTag, "Tornel %d started ...", options.set);
   feedWatchdog(task);
 }
 

@@ -1,7 +1,7 @@
 #include "bench/control_call.h"
 
 #include "control/control_processor.h"
-#include "control/control_protocol.h"
+#include "records/frame_protocol.h"
 
 namespace tevra::bench {
 
@@ -14,7 +14,7 @@ void ControlCall::process(std::string& message) {
   const auto in = std::make_shared<TMemoryBuffer>(reinterpret_cast<uint8_t*>(message.data()),
                                                   static_cast<uint32_t>(message.size()));
   const auto out = std::make_shared<TMemoryBuffer>();
-  processor_->process(std::make_shared<ControlProtocol>(in), std::make_shared<ControlProtocol>(out),
+  processor_->process(std::make_shared<FrameProtocol>(in), std::make_shared<FrameProtocol>(out),
                       nullptr);
 }
 

@@ -12,10 +12,10 @@
 #include "bench/unsaving_handler.h"
 #include "bench/work.h"
 #include "control/control_processor.h"
-#include "control/control_protocol.h"
 #include "control/control_transport.h"
 #include "control/start_observer.h"
 #include "im_SIControlSrv.h"
+#include "records/frame_protocol.h"
 
 namespace tevra::bench {
 namespace {
@@ -60,7 +60,7 @@ class Server {
       : socket_(std::make_shared<TServerSocket>("127.0.0.1", 0)),
         server_(std::make_shared<TSimpleServer>(makeControlProcessor(handler), socket_,
                                                 std::make_shared<ControlTransportFactory>(),
-                                                std::make_shared<ControlProtocolFactory>())),
+                                                std::make_shared<FrameProtocolFactory>())),
         thread_(apache::thrift::concurrency::ThreadFactory(false).newThread(server_)) {
     const auto observer = std::make_shared<thrift::TStartObserver>();
     server_->setServerEventHandler(observer);

@@ -19,13 +19,13 @@ std::string remappedPayload(const Descriptor& descriptor, PidRemap& pids) {
   const DescriptorPtr source = toCaDescriptor(descriptor.data);
   dvbpsi_ca_dr_t* ca = source ? dvbpsi_DecodeCADr(source.get()) : nullptr;
   if (ca == nullptr) {
-    log_function(kLogError, nullptr, "[cfDescriptors] corrupted ca descriptor.");
+    log_function(kLogError, kNoTag, "[cfDescriptors] corrupted ca descriptor.");
     return {};
   }
   const uint16_t inputPid = ca->i_ca_pid;
   const uint16_t outputPid = pids.getConflictFreePID(inputPid);
-  log_function(kLogDebug, nullptr, "iDesc PID [%05d/%04x] oDesc PID [%05d/%04x]", inputPid,
-               inputPid, outputPid, outputPid);
+  log_function(kLogDebug, kNoTag, "iDesc PID [%05d/%04x] oDesc PID [%05d/%04x]", inputPid, inputPid,
+               outputPid, outputPid);
   ca->i_ca_pid = outputPid;
   const DescriptorPtr remapped(dvbpsi_GenCADr(ca, false));
   if (remapped == nullptr) {

@@ -54,7 +54,7 @@ bool ConflictFreeDB::setConflictFreePAT(PAT& out, const PAT& in) {
     remapped.programNumber = program.programNumber;
     remapped.pid = pids_.getConflictFreePID(program.pid);
   }
-  log_function(kLogDebug, nullptr, "Guardo PAT en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo PAT en DB local!");
   replaceTable(pats_, pat);
   const bool stored = copyTable(pats_, out);
   pids_.saveConflictFreeDB();
@@ -63,7 +63,7 @@ bool ConflictFreeDB::setConflictFreePAT(PAT& out, const PAT& in) {
 
 bool ConflictFreeDB::setConflictFreeSDT(const SDT& in) {
   MutexLock lock(sdtMutex_);
-  log_function(kLogDebug, nullptr, "Guardo SDT en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo SDT en DB local!");
   replaceTable(sdts_, in);
   return true;
 }
@@ -82,7 +82,7 @@ PMT ConflictFreeDB::makeConflictFreePMT(const PMT& in) {
     PMTES& remapped = pmt.esList.emplace_back();
     remapped.streamType = stream.streamType;
     remapped.pid = pids_.getConflictFreePID(stream.pid);
-    log_function(kLogDebug, nullptr, "iES  PID [%05d/%04x] oES  PID [%05d/%04x]", stream.pid,
+    log_function(kLogDebug, kNoTag, "iES  PID [%05d/%04x] oES  PID [%05d/%04x]", stream.pid,
                  static_cast<unsigned>(stream.pid), remapped.pid,
                  static_cast<unsigned>(remapped.pid));
     remapped.descriptors = cfDescriptors(stream.descriptors, kKeepCA, pids_);
@@ -93,7 +93,7 @@ PMT ConflictFreeDB::makeConflictFreePMT(const PMT& in) {
 bool ConflictFreeDB::setConflictFreePMT(PMT& out, const PMT& in) {
   MutexLock lock(pmtMutex_);
   PMT pmt = makeConflictFreePMT(in);
-  log_function(kLogDebug, nullptr, "Guardo PMT en DB local! inputSID [0x%04x]",
+  log_function(kLogDebug, kNoTag, "Guardo PMT en DB local! inputSID [0x%04x]",
                static_cast<unsigned>(in.programNumber));
   out = pmt;
   pmts_[in.programNumber] = std::move(pmt);
@@ -105,34 +105,34 @@ bool ConflictFreeDB::setConflictFreeCAT(CAT& out, const CAT& in) {
   MutexLock lock(catMutex_);
   CAT cat = in;
   cat.descriptors = cfDescriptors(in.descriptors, kKeepCA, pids_);
-  log_function(kLogDebug, nullptr, "Guardo CAT en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo CAT en DB local!");
   replaceTable(cats_, cat);
   return copyTable(cats_, out);
 }
 
 bool ConflictFreeDB::setConflictFreeTOT(TOT& out, const TOT& in) {
   MutexLock lock(totMutex_);
-  log_function(kLogDebug, nullptr, "Guardo TOT en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo TOT en DB local!");
   replaceTable(tots_, in);
   return copyTable(tots_, out);
 }
 
 bool ConflictFreeDB::setConflictFreeNIT(NIT& /*out*/, const NIT& /*in*/) {
   MutexLock lock(nitMutex_);
-  log_function(kLogError, nullptr, "[setConflictFreeNIT] Not implemented!");
+  log_function(kLogError, kNoTag, "[setConflictFreeNIT] Not implemented!");
   return true;
 }
 
 bool ConflictFreeDB::setConflictFreeBAT(BAT& /*out*/, const BAT& /*in*/) {
   MutexLock lock(batMutex_);
-  log_function(kLogError, nullptr, "[setConflictFreeBAT] Not implemented!");
+  log_function(kLogError, kNoTag, "[setConflictFreeBAT] Not implemented!");
   return true;
 }
 
 bool ConflictFreeDB::setConflictFreeEIT(EIT& /*out*/, const EIT& /*in*/) {
   RecursiveMutexLock presentFollowing(eitPresentFollowingMutex_);
   RecursiveMutexLock schedule(eitScheduleMutex_);
-  log_function(kLogError, nullptr, "[setConflictFreeEIT] Not implemented!");
+  log_function(kLogError, kNoTag, "[setConflictFreeEIT] Not implemented!");
   return true;
 }
 
@@ -158,13 +158,13 @@ bool ConflictFreeDB::getConflictFreeTOT(TOT& out) {
 
 bool ConflictFreeDB::getConflictFreeNIT(NIT& out) {
   MutexLock lock(nitMutex_);
-  log_function(kLogError, nullptr, "[getConflictFreeNIT] Not implemented!");
+  log_function(kLogError, kNoTag, "[getConflictFreeNIT] Not implemented!");
   return copyTable(nits_, out);
 }
 
 bool ConflictFreeDB::getConflictFreeBAT(BAT& out) {
   MutexLock lock(batMutex_);
-  log_function(kLogError, nullptr, "[getConflictFreeBAT] Not implemented!");
+  log_function(kLogError, kNoTag, "[getConflictFreeBAT] Not implemented!");
   return copyTable(bats_, out);
 }
 
@@ -240,7 +240,7 @@ bool ConflictFreeDB::getRestampedEITsch(EIT& out, int32_t serviceId, int32_t tab
 
 void ConflictFreeDB::restampAll(EITMap& store, const EITMap& in, const char* caller) {
   const bool valid = owner_.timeOffsetValid();
-  log_function(kLogDebug, nullptr, "[%s] Ready to apply offset [%s] [%lld]", caller,
+  log_function(kLogDebug, kNoTag, "[%s] Ready to apply offset [%s] [%lld]", caller,
                valid ? "yes" : "no", static_cast<long long>(owner_.timeOffset()));
   for (const auto& [serviceId, tables] : in) {
     owner_.resetEITRestartCounter(serviceId);
@@ -252,7 +252,7 @@ void ConflictFreeDB::restampAll(EITMap& store, const EITMap& in, const char* cal
 }
 
 void ConflictFreeDB::restampEIT(EIT& out, const EIT& in, int32_t version) {
-  log_function(kLogDebug, nullptr, "restampEIT: SID [0x%04x] tid [0x%02x] v[%d] nevents [%d]",
+  log_function(kLogDebug, kNoTag, "restampEIT: SID [0x%04x] tid [0x%02x] v[%d] nevents [%d]",
                static_cast<unsigned>(in.serviceId), static_cast<unsigned>(in.tableId), in.version,
                static_cast<int>(in.events.size()));
   const int64_t offset = owner_.timeOffset();

@@ -37,7 +37,7 @@ int32_t getPIDPollSizePerMPTS() {
     case kModuleTypeTwoMptsB:
       return 400;
     default:
-      log_function(kLogError, nullptr, "[%s] Module type [%d] not supported!",
+      log_function(kLogError, kNoTag, "[%s] Module type [%d] not supported!",
                    "getPIDPollSizePerMPTS", type);
       return 0;
   }
@@ -50,7 +50,7 @@ PidRemap::PidRemap(int32_t chainIndex, int32_t poolSize)
       pidPoolFirst_(firstPidOfPool(chainIndex, poolSize)),
       pidPoolLast_(static_cast<int32_t>(int64_t{pidPoolFirst_} + poolSize - 1)),
       path_(configurationRoot() + "/PIDRemap" + std::to_string(chainIndex)) {
-  log_function(kLogWarning, nullptr, "IN mod slot [%d] PID poll [%d/%d]", get_module_slot(),
+  log_function(kLogWarning, kNoTag, "IN mod slot [%d] PID poll [%d/%d]", get_module_slot(),
                pidPoolFirst_, pidPoolLast_);
   resetPIDRemap();
   load();
@@ -87,7 +87,7 @@ void PidRemap::warnIfExhausted(int64_t pid) {
     return;
   }
   exhaustionLogged_ = true;
-  log_function(kLogWarning, nullptr, "[ModChain%d] PID pool exhausted, PID [%d] is beyond [%d]",
+  log_function(kLogWarning, kNoTag, "[ModChain%d] PID pool exhausted, PID [%d] is beyond [%d]",
                chainIndex_, static_cast<uint16_t>(pid), pidPoolLast_);
 }
 
@@ -122,7 +122,7 @@ void PidRemap::saveConflictFreeDB() {
     return;
   }
   if (writePIDRemapFile(path_, remap_) != 0) {
-    log_function(kLogError, nullptr, "[ModChain%d] Could not save conflict free database to disk",
+    log_function(kLogError, kNoTag, "[ModChain%d] Could not save conflict free database to disk",
                  chainIndex_);
   }
   dirty_ = false;  // also after a failure: the next new PID tries again

@@ -3,8 +3,8 @@
 #include <exception>
 #include <utility>
 
-#include "control/control_protocol.h"
 #include "platform/module_utils.h"
+#include "records/frame_protocol.h"
 
 namespace tevra {
 
@@ -13,8 +13,8 @@ using apache::thrift::protocol::TProtocol;
 
 std::shared_ptr<TProcessor> makeControlProcessor(
     const std::shared_ptr<thrift::in_module::im_SIControlSrvIf>& handler) {
-  // The protocol that ControlProtocolFactory makes: only then does Thrift take its fast path.
-  using Processor = thrift::in_module::im_SIControlSrvProcessorT<ControlProtocol>;
+  // The protocol that FrameProtocolFactory makes: only then does Thrift take its fast path.
+  using Processor = thrift::in_module::im_SIControlSrvProcessorT<FrameProtocol>;
   return std::make_shared<GuardedProcessor>(std::make_shared<Processor>(handler));
 }
 
@@ -28,9 +28,9 @@ bool GuardedProcessor::process(std::shared_ptr<TProtocol> in, std::shared_ptr<TP
   } catch (const apache::thrift::TException&) {
     throw;
   } catch (const std::exception& exception) {
-    log_function(kLogError, nullptr, "Control connection closed. EXCEPTION: %s", exception.what());
+    log_function(kLogError, kNoTag, "Control connection closed. EXCEPTION: %s", exception.what());
   } catch (...) {
-    log_function(kLogError, nullptr, "Control connection closed. EXCEPTION: unknown");
+    log_function(kLogError, kNoTag, "Control connection closed. EXCEPTION: unknown");
   }
   return false;
 }

@@ -12,12 +12,12 @@
 #include <thrift/transport/TServerSocket.h>
 
 #include "control/control_processor.h"
-#include "control/control_protocol.h"
 #include "control/control_transport.h"
 #include "control/restarting_server.h"
 #include "control/start_observer.h"
 #include "control/thrift_output.h"
 #include "platform/module_utils.h"
+#include "records/frame_protocol.h"
 
 namespace tevra {
 namespace {
@@ -81,7 +81,7 @@ std::shared_ptr<TServerSocket> makeServerSocket(int port) {
 std::shared_ptr<TServer> makeServer(const std::shared_ptr<SIControlSrvHandler>& handler, int port) {
   return std::make_shared<TSimpleServer>(makeControlProcessor(handler), makeServerSocket(port),
                                          std::make_shared<ControlTransportFactory>(),
-                                         std::make_shared<ControlProtocolFactory>());
+                                         std::make_shared<FrameProtocolFactory>());
 }
 
 std::shared_ptr<Thread> startThread(
@@ -101,7 +101,7 @@ ThreadedSimpleServer::~ThreadedSimpleServer() {
   }
   thread_->join();
   server_.reset();
-  log_function(kLogInformation, nullptr, "Ended threaded simple server");
+  log_function(kLogInformation, kNoTag, "Ended threaded simple server");
   thread_.reset();
   handler_.reset();
 }
@@ -109,19 +109,19 @@ ThreadedSimpleServer::~ThreadedSimpleServer() {
 ThreadedSimpleServer startControlServer(int32_t mptsIndex) {
   ThreadedSimpleServer result;
   if (mptsIndex < 0 || mptsIndex >= kMptsCount) {
-    log_function(kLogError, nullptr, "MPTSIndex not valid [%d].", mptsIndex);
+    log_function(kLogError, kNoTag, "MPTSIndex not valid [%d].", mptsIndex);
     return result;
   }
   redirectThriftOutput();
   const int port = kFirstControlPort + mptsIndex;
-  log_function(kLogWarning, nullptr, "[MPTS%d] Tornel listening on port [%d]", mptsIndex, port);
+  log_function(kLogWarning, kNoTag, "[MPTS%d] Tornel listening on port [%d]", mptsIndex, port);
   result.handler_ = std::make_shared<SIControlSrvHandler>(mptsIndex);
   result.server_ = makeServer(result.handler_, port);
   const auto observer = std::make_shared<thrift::TStartObserver>();
   result.server_->setServerEventHandler(observer);
   result.thread_ = startThread(std::make_shared<RestartingServer>(result.server_, observer));
   observer->waitUntilStarted();
-  log_function(kLogInformation, nullptr, "Started threaded simple server, on port: %d", port);
+  log_function(kLogInformation, kNoTag, "Started threaded simple server, on port: %d", port);
   return result;
 }
 

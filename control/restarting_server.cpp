@@ -29,12 +29,12 @@ void RestartingServer::run() {
 void RestartingServer::serveOnce() {
   try {
     server_->serve();
-    log_function(kLogError, nullptr, "Control server stopped accepting, starting it again");
+    log_function(kLogError, kNoTag, "Control server stopped accepting, starting it again");
   } catch (const apache::thrift::TException& exception) {
     if (!observer_->started()) {
       throw;
     }
-    log_function(kLogError, nullptr, "Control server failed, starting it again. EXCEPTION: %s",
+    log_function(kLogError, kNoTag, "Control server failed, starting it again. EXCEPTION: %s",
                  exception.what());
   }
 }

@@ -25,7 +25,7 @@ enum Command : int32_t {
 
 uint16_t notificationPort(int32_t mptsIndex) {
   if (mptsIndex < 0 || mptsIndex >= kMptsCount) {
-    log_function(kLogError, nullptr, "[SIControlSrvHandler] MPTSId not supported [%d]", mptsIndex);
+    log_function(kLogError, kNoTag, "[SIControlSrvHandler] MPTSId not supported [%d]", mptsIndex);
     return 0;
   }
   return static_cast<uint16_t>(kFirstNotificationPort + mptsIndex);
@@ -41,7 +41,7 @@ bool isSameOffset(int64_t a, int64_t b) {
 
 SIControlSrvHandler::SIControlSrvHandler(int32_t mptsIndex) : mptsIndex_(mptsIndex) {
   const uint16_t port = notificationPort(mptsIndex);
-  log_function(kLogWarning, nullptr, "[MPTS%d] notifying to port [%d]", mptsIndex, port);
+  log_function(kLogWarning, kNoTag, "[MPTS%d] notifying to port [%d]", mptsIndex, port);
   (void)setNotificationPort(notifyPort_, port);     // a refused port is logged there and
   (void)setNotificationPort(startupTarget_, port);  // by every notification
   conflictFreeDatabase_ = new ConflictFreeDB(mptsIndex, *this);
@@ -56,10 +56,10 @@ SIControlSrvHandler::~SIControlSrvHandler() = default;
 void SIControlSrvHandler::restoreTableStores() {
   MutexLock lock(tableStoreMutex_);
   if (loadTableStoreFile(myTableStores_, mptsIndex_) != 0) {
-    log_function(kLogError, nullptr, "[MPTS%d] Error reading tables from file", mptsIndex_);
+    log_function(kLogError, kNoTag, "[MPTS%d] Error reading tables from file", mptsIndex_);
   }
   ageEntries(myTableStores_.tableStores, [this](int32_t, const TableStore& store) {
-    log_function(kLogNotice, nullptr, "[MPTS%d] %d is erased from the table store struct",
+    log_function(kLogNotice, kNoTag, "[MPTS%d] %d is erased from the table store struct",
                  mptsIndex_, store.pmt.programNumber);
   });
 }
@@ -67,31 +67,31 @@ void SIControlSrvHandler::restoreTableStores() {
 void SIControlSrvHandler::restoreEITVersions() {
   MutexLock lock(eitVersionMutex_);
   if (loadEITTableVersionStoreFile(eitVersionStore_, mptsIndex_) != 0) {
-    log_function(kLogError, nullptr, "[MPTS%d] Error reading tables from file", mptsIndex_);
+    log_function(kLogError, kNoTag, "[MPTS%d] Error reading tables from file", mptsIndex_);
   }
   ageEntries(eitVersionStore_.versionStores, [this](int32_t serviceId, const auto&) {
-    log_function(kLogNotice, nullptr,
+    log_function(kLogNotice, kNoTag,
                  "[MPTS%d] %d is erased from the EIT table version store struct", mptsIndex_,
                  serviceId);
   });
 }
 
 void SIControlSrvHandler::getSIData(SIService& result) {
-  log_function(kLogDebug, nullptr, "getSIData");
+  log_function(kLogDebug, kNoTag, "getSIData");
   result = siService_;
 }
 
 bool SIControlSrvHandler::SISetData(const SIService& data) {
-  log_function(kLogDebug, nullptr, "SISetData string: %s", data.name.c_str());
+  log_function(kLogDebug, kNoTag, "SISetData string: %s", data.name.c_str());
   return true;
 }
 
 bool SIControlSrvHandler::sendCmd(int32_t command) {
-  log_function(kLogDebug, nullptr, "SI sendCmd");
+  log_function(kLogDebug, kNoTag, "SI sendCmd");
   if (command == kReset) {
     reset();
   } else if (command >= kFirstUnimplemented && command <= kLastUnimplemented) {
-    log_function(kLogError, nullptr, "Comando no implementado.");
+    log_function(kLogError, kNoTag, "Comando no implementado.");
   }
   return true;
 }
@@ -126,12 +126,12 @@ void SIControlSrvHandler::setPMT(const PMT& pmt) {
 }
 
 bool SIControlSrvHandler::setNIT(const NIT& nit) {
-  log_function(kLogError, nullptr, "setNIT");
+  log_function(kLogError, kNoTag, "setNIT");
   return inputDatabase_.setInputNIT(nit);
 }
 
 bool SIControlSrvHandler::setBAT(const BAT& bat) {
-  log_function(kLogError, nullptr, "setBAT");
+  log_function(kLogError, kNoTag, "setBAT");
   return inputDatabase_.setInputBAT(bat);
 }
 
@@ -147,7 +147,7 @@ void SIControlSrvHandler::setTOT(const TOT& tot) {
   TOT conflictFree;
   conflictFreeDatabase()->setConflictFreeTOT(conflictFree, tot);
   if (IsSystemTimeSet() != 0) {
-    log_function(kLogWarning, nullptr, "System time not set. Time offset not calculated!");
+    log_function(kLogWarning, kNoTag, "System time not set. Time offset not calculated!");
   } else if (updateTimeOffset(tot) && restampStoredEITs()) {
     saveEITVersions();
   }
@@ -160,7 +160,7 @@ bool SIControlSrvHandler::updateTimeOffset(const TOT& tot) {
   MutexLock lock(timeMutex_);
   bool restamp = timeOffsetPending_;
   if (!isSameOffset(offset, timeOffset_)) {
-    log_function(kLogWarning, nullptr, "DVB to System Time offset set to [%lld] secs",
+    log_function(kLogWarning, kNoTag, "DVB to System Time offset set to [%lld] secs",
                  static_cast<long long>(offset));
     timeOffset_ = offset;
     restamp = true;
@@ -185,7 +185,7 @@ bool SIControlSrvHandler::restampStoredEITs() {
 }
 
 void SIControlSrvHandler::setEITPresentFollowing(const EITMap& eits) {
-  log_function(kLogDebug, nullptr, "setEITPresentFollowing");
+  log_function(kLogDebug, kNoTag, "setEITPresentFollowing");
   inputDatabase_.setInputEITpf(eits);
   if (timeOffsetValid()) {
     restampPresentFollowing(eits);
@@ -194,7 +194,7 @@ void SIControlSrvHandler::setEITPresentFollowing(const EITMap& eits) {
 }
 
 void SIControlSrvHandler::setEITSchedule(const EITMap& eits) {
-  log_function(kLogDebug, nullptr, "setEITSchedule");
+  log_function(kLogDebug, kNoTag, "setEITSchedule");
   inputDatabase_.setInputEITsch(eits);
   if (timeOffsetValid()) {
     restampSchedule(eits);
@@ -227,11 +227,10 @@ void SIControlSrvHandler::restampSchedule(const EITMap& eits) {
 }
 
 void SIControlSrvHandler::saveEITVersions() {
-  log_function(kLogDebug, nullptr, "[MPTS%d] has to save the new tables in a file", mptsIndex_);
+  log_function(kLogDebug, kNoTag, "[MPTS%d] has to save the new tables in a file", mptsIndex_);
   MutexLock lock(eitVersionMutex_);
   if (saveEITTableVersionStoreFile(eitVersionStore_, mptsIndex_) != 0) {
-    log_function(kLogError, nullptr, "[MPTS%d] Error writing EIT table version in file",
-                 mptsIndex_);
+    log_function(kLogError, kNoTag, "[MPTS%d] Error writing EIT table version in file", mptsIndex_);
   }
 }
 
@@ -261,7 +260,7 @@ int32_t SIControlSrvHandler::selectEITVersion(int32_t serviceId, int32_t tableId
   if (previous == versions.end()) {
     // The line says 0 and the version is 1: both are what log readers and receivers have always
     // seen.
-    log_function(kLogDebug, nullptr, "No previous EIT restamped [0x%04x/0x%02x] version 0 selected",
+    log_function(kLogDebug, kNoTag, "No previous EIT restamped [0x%04x/0x%02x] version 0 selected",
                  static_cast<unsigned>(serviceId), static_cast<unsigned>(tableId));
     versions[tableId] = 1;
     return 1;

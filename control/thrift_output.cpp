@@ -8,7 +8,7 @@ namespace tevra {
 
 void redirectThriftOutput() {
   apache::thrift::GlobalOutput.setOutputFunction(
-      [](const char* message) { log_function(kLogDebug, nullptr, "%s", message); });
+      [](const char* message) { log_function(kLogDebug, kNoTag, "%s", message); });
 }
 
 }  // namespace tevra

@@ -10,12 +10,12 @@
 #include <thrift/transport/TVirtualTransport.h>
 
 #include "control/control_processor.h"
-#include "control/control_protocol.h"
 #include "control/control_transport.h"
 #include "fuzz/check.h"
 #include "fuzz/isolation.h"
 #include "fuzz/owned_handler.h"
 #include "fuzz/target.h"
+#include "records/frame_protocol.h"
 
 namespace tevra::fuzz {
 namespace {
@@ -49,7 +49,7 @@ class Connection : public TVirtualTransport<Connection> {
 
 /** As the server serves a client: call after call until the connection is at an end. */
 void serve(TProcessor& processor, const uint8_t* bytes, size_t size) {
-  ControlProtocolFactory factory;
+  FrameProtocolFactory factory;
   const auto protocol = factory.getProtocol(
       std::make_shared<ControlTransport>(std::make_shared<Connection>(bytes, size)));
   try {

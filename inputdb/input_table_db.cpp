@@ -10,7 +10,7 @@ namespace {
 void mergeEITs(EITMap& held, const EITMap& eits, const char* setter) {
   for (const auto& [serviceId, tables] : eits) {
     for (const auto& [tableId, eit] : tables) {
-      log_function(kLogDebug, nullptr, "%s: SID [0x%04x] tid [0x%02x] v[%d] nevents [%d]", setter,
+      log_function(kLogDebug, kNoTag, "%s: SID [0x%04x] tid [0x%02x] v[%d] nevents [%d]", setter,
                    static_cast<unsigned>(eit.serviceId), static_cast<unsigned>(eit.tableId),
                    eit.version, static_cast<int>(eit.events.size()));
       held[serviceId][tableId] = eit;
@@ -35,49 +35,49 @@ InputTableDB::InputTableDB() {
 
 bool InputTableDB::setInputPAT(const PAT& pat) {
   MutexLock lock(patMutex_);
-  log_function(kLogDebug, nullptr, "Guardo PAT en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo PAT en DB local!");
   replaceTable(pats_, pat);
   return true;
 }
 
 bool InputTableDB::setInputSDT(const SDT& sdt) {
   MutexLock lock(sdtMutex_);
-  log_function(kLogDebug, nullptr, "Guardo SDT en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo SDT en DB local!");
   replaceTable(sdts_, sdt);
   return true;
 }
 
 bool InputTableDB::setInputCAT(const CAT& cat) {
   MutexLock lock(catMutex_);
-  log_function(kLogDebug, nullptr, "Guardo CAT en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo CAT en DB local!");
   replaceTable(cats_, cat);
   return true;
 }
 
 bool InputTableDB::setInputNIT(const NIT& nit) {
   MutexLock lock(nitMutex_);
-  log_function(kLogDebug, nullptr, "Guardo NIT en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo NIT en DB local!");
   replaceTable(nits_, nit);
   return true;
 }
 
 bool InputTableDB::setInputBAT(const BAT& bat) {
   MutexLock lock(batMutex_);
-  log_function(kLogDebug, nullptr, "Guardo BAT en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo BAT en DB local!");
   replaceTable(bats_, bat);
   return true;
 }
 
 bool InputTableDB::setInputTOT(const TOT& tot) {
   MutexLock lock(totMutex_);
-  log_function(kLogDebug, nullptr, "Guardo TOT en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo TOT en DB local!");
   replaceTable(tots_, tot);
   return true;
 }
 
 bool InputTableDB::setInputPMT(const PMT& pmt) {
   MutexLock lock(pmtMutex_);
-  log_function(kLogDebug, nullptr, "Guardo PMT en DB local! inputSID [0x%04x]",
+  log_function(kLogDebug, kNoTag, "Guardo PMT en DB local! inputSID [0x%04x]",
                static_cast<unsigned>(pmt.programNumber));
   pmts_[pmt.programNumber] = pmt;
   return true;
@@ -85,14 +85,14 @@ bool InputTableDB::setInputPMT(const PMT& pmt) {
 
 bool InputTableDB::setInputEITpf(const EITMap& eits) {
   MutexLock lock(eitPresentFollowingMutex_);
-  log_function(kLogDebug, nullptr, "Guardo EIT pf en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo EIT pf en DB local!");
   mergeEITs(eitPresentFollowing_, eits, "setInputEITpf");
   return true;
 }
 
 bool InputTableDB::setInputEITsch(const EITMap& eits) {
   MutexLock lock(eitScheduleMutex_);
-  log_function(kLogDebug, nullptr, "Guardo EIT sch en DB local!");
+  log_function(kLogDebug, kNoTag, "Guardo EIT sch en DB local!");
   mergeEITs(eitSchedule_, eits, "setInputEITsch");
   return true;
 }

@@ -24,6 +24,9 @@ enum LogLevel {
   kLogDebug = 7,
 };
 
+/** The tag of a line that has none: empty, not null, since a library may look at it. */
+constexpr const char* kNoTag = "";
+
 /** Modes of log_setup. */
 enum LogMode {
   kLogWithoutConsole = 1,
@@ -41,7 +44,7 @@ enum ModuleType {
 void log_setup(int level, int mode);
 
 /**
- * Writes one line; `format` as for printf. `tag` may be null or empty.
+ * Writes one line; `format` as for printf. `tag` is never null; kNoTag for none.
  * Lines above the level of log_setup cost no formatting.
  */
 void log_function(int level, const char* tag, const char* format, ...)

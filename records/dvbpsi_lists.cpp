@@ -68,7 +68,7 @@ bool fitsSection(const Descriptor& descriptor) {
   if (descriptor.data.size() <= kMaxDescriptorPayload) {
     return true;
   }
-  log_function(kLogWarning, nullptr, "Descriptor [0x%02x] of [%d] bytes left out",
+  log_function(kLogWarning, kNoTag, "Descriptor [0x%02x] of [%d] bytes left out",
                static_cast<unsigned>(descriptor.tag), static_cast<int>(descriptor.data.size()));
   return false;
 }

@@ -78,7 +78,7 @@ std::shared_ptr<TSocket> makeSocket(uint16_t port) {
 template <class Call>
 bool send(uint16_t port, int successLevel, const char* successLine, Call call) {
   if (port == 0) {
-    log_function(kLogWarning, nullptr, "Notification Port not set.");
+    log_function(kLogWarning, kNoTag, "Notification Port not set.");
     return false;
   }
   try {
@@ -86,10 +86,10 @@ bool send(uint16_t port, int successLevel, const char* successLine, Call call) {
     Client client(std::make_shared<Protocol>(transport));
     transport->open();
     call(client);
-    log_function(successLevel, nullptr, "%s", successLine);
+    log_function(successLevel, kNoTag, "%s", successLine);
     return true;
   } catch (const apache::thrift::TException& exception) {
-    log_function(kLogError, nullptr, "Can't access to Notify server. EXCEPTION: %s",
+    log_function(kLogError, kNoTag, "Can't access to Notify server. EXCEPTION: %s",
                  exception.what());
     return false;
   }
@@ -99,7 +99,7 @@ bool send(uint16_t port, int successLevel, const char* successLine, Call call) {
 
 bool setNotificationPort(uint16_t& storedPort, uint16_t port) {
   if (port == 0) {
-    log_function(kLogWarning, nullptr, "Zero notification port!");
+    log_function(kLogWarning, kNoTag, "Zero notification port!");
     return false;
   }
   storedPort = port;

@@ -22,13 +22,13 @@ std::string filePath(const char* name, int32_t mptsIndex) {
 template <class Record>
 int save(const char* name, const Record& record, int32_t mptsIndex) {
   if (createDirectory(directory().c_str(), kDirectoryMode) != 0) {
-    log_function(kLogError, nullptr, "[MPTS%d] Could not create directory: %s", mptsIndex,
+    log_function(kLogError, kNoTag, "[MPTS%d] Could not create directory: %s", mptsIndex,
                  directory().c_str());
     return 1;
   }
   const std::string path = filePath(name, mptsIndex);
   if (writeRecordToFile(path, record) != kRecordFileDone) {
-    log_function(kLogError, nullptr, "[MPTS%d] Error writing file: %s", mptsIndex, path.c_str());
+    log_function(kLogError, kNoTag, "[MPTS%d] Error writing file: %s", mptsIndex, path.c_str());
     return 1;
   }
   return 0;
@@ -38,7 +38,7 @@ template <class Record>
 int load(const char* name, Record& record, int32_t mptsIndex) {
   const std::string path = filePath(name, mptsIndex);
   if (readRecordFromFile(path, record) != kRecordFileDone) {
-    log_function(kLogError, nullptr, "[MPTS%d] Error reading file: %s", mptsIndex, path.c_str());
+    log_function(kLogError, kNoTag, "[MPTS%d] Error reading file: %s", mptsIndex, path.c_str());
     return 1;
   }
   return 0;
@@ -58,7 +58,7 @@ int loadTableStoreFile(TableStoreFile& record, int32_t mptsIndex) {
   if (load(kTableStoreFile, record, mptsIndex) != 0) {
     return 1;
   }
-  log_function(kLogDebug, nullptr, "[MPTS%d] Recovering saved DVB tables", mptsIndex);
+  log_function(kLogDebug, kNoTag, "[MPTS%d] Recovering saved DVB tables", mptsIndex);
   return 0;
 }
 
@@ -66,7 +66,7 @@ int loadEITTableVersionStoreFile(EITTableVersionStoreFile& record, int32_t mptsI
   if (load(kEITVersionFile, record, mptsIndex) != 0) {
     return 1;
   }
-  log_function(kLogDebug, nullptr, "[MPTS%d] Recovering saved EIT table versions", mptsIndex);
+  log_function(kLogDebug, kNoTag, "[MPTS%d] Recovering saved EIT table versions", mptsIndex);
   return 0;
 }
 

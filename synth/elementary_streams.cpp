@@ -55,7 +55,7 @@ std::string languageOf(const Descriptor& descriptor) {
   DecodableDescriptor source(descriptor);
   const dvbpsi_iso639_dr_t* decoded = dvbpsi_DecodeISO639Dr(source.get());
   if (decoded == nullptr) {
-    log_function(kLogDebug, nullptr, "Can't decode language code");
+    log_function(kLogDebug, kNoTag, "Can't decode language code");
     return kNoLanguage;
   }
   std::string language(reinterpret_cast<const char*>(decoded->code[0].iso_639_code),
@@ -65,7 +65,7 @@ std::string languageOf(const Descriptor& descriptor) {
   if (getEnglishAudioCode(language, english, other)) {
     language.assign(english, 0, kMaxLanguageCode);
   } else {
-    log_function(kLogError, nullptr, "Can't get the English audio code");
+    log_function(kLogError, kNoTag, "Can't get the English audio code");
   }
   language.resize(std::min(language.find('\0'), language.size()));
   return language;
@@ -108,7 +108,7 @@ void detectPrivateAudio(const PMTES& es, bool& isAudio) {
   for (const PrivateAudio& audio : kPrivateAudio) {
     if (hasDescriptor(es, audio.tag)) {
       isAudio = true;
-      log_function(kLogDebug, nullptr, "[0x%02x] Audio found %s", audio.printed, audio.codec);
+      log_function(kLogDebug, kNoTag, "[0x%02x] Audio found %s", audio.printed, audio.codec);
       return;
     }
   }

@@ -17,7 +17,7 @@ constexpr int32_t kNextNodeWithCat = 1;
 
 /** A missing last-node entry is an error worth a line, but never ends the request. */
 void logNoLastNodeSettings() {
-  log_function(kLogError, nullptr, "Output SPTS has no LastNodeSettings");
+  log_function(kLogError, kNoTag, "Output SPTS has no LastNodeSettings");
 }
 
 void filterInto(ServiceWorkRecord& local, const ServiceWorkRecord& work,
@@ -63,7 +63,7 @@ void OutputData::getSrvOutputData(OutputConfigurations& answer, const SrvOutputR
   if (!database_.getConflictFreePMT(work.pmt, request.inputSID)) {
     return;
   }
-  log_function(kLogDebug, nullptr, "inputSID [%06d] Match!!!", request.inputSID);
+  log_function(kLogDebug, kNoTag, "inputSID [%06d] Match!!!", request.inputSID);
   work.inputSID = request.inputSID;
   // Without a PAT or an SDT the synthesis goes on with what an empty table gives, and says so.
   (void)database_.getConflictFreePAT(work.pat);
@@ -97,7 +97,7 @@ void OutputData::serveFromLastNodes(OutputConfigurations& answer, const SrvOutpu
 
 void OutputData::serveDirect(OutputConfigurations& answer, const OutputServiceDescription& spts,
                              const LastNodeSettings& lastNode, ServiceWorkRecord& work) {
-  log_function(kLogDebug, nullptr,
+  log_function(kLogDebug, kNoTag,
                "Direct inputSID [%06d] globalSID [%06d] LN: globalSID [%06d] uniqueSID[%06d]",
                work.inputSID, spts.globalSID, lastNode.globalSID, lastNode.uniqueSID);
   // Replaces the PMT for the outputs that follow, too: their fallback then has no ECM PIDs.
@@ -107,7 +107,7 @@ void OutputData::serveDirect(OutputConfigurations& answer, const OutputServiceDe
 
 void OutputData::serveListed(OutputConfigurations& answer, const OutputServiceDescription& spts,
                              const LastNodeSettings& lastNode, const ServiceWorkRecord& work) {
-  log_function(kLogDebug, nullptr,
+  log_function(kLogDebug, kNoTag,
                "inputSID [%06d] globalSID [%06d] LN: globalSID [%06d] uniqueSID[%06d]",
                work.inputSID, spts.globalSID, lastNode.globalSID, lastNode.uniqueSID);
   ServiceWorkRecord copy = work;
@@ -133,7 +133,7 @@ SPTSConfiguration OutputData::buildOutput(const ServiceWorkRecord& workingStore,
                                           const LastNodeSettings& lastNode, BuildOptions options) {
   ServiceWorkRecord local = copyForFilter(workingStore);
   filterInto(local, workingStore, lastNode);
-  log_function(kLogDebug, nullptr, "Next node [%d]", spts.nextNode);
+  log_function(kLogDebug, kNoTag, "Next node [%d]", spts.nextNode);
   if (!options.fromLastNode && spts.nextNode == kNextNodeWithCat) {
     addEmmPids(local.pidItems);
   }
@@ -156,7 +156,7 @@ SPTSConfiguration OutputData::buildOutput(const ServiceWorkRecord& workingStore,
 void OutputData::addEmmPids(PidList& pidItems) {
   CAT cat;
   if (!database_.getConflictFreeCAT(cat)) {
-    log_function(kLogError, nullptr, "[Tornel] Asked for a CAT and not in DB.");
+    log_function(kLogError, kNoTag, "[Tornel] Asked for a CAT and not in DB.");
     return;
   }
   collectEmmPids(pidItems, cat);
@@ -167,7 +167,7 @@ void OutputData::resolveInputPids(std::vector<PIDItem>& pidItems, bool remapPids
     if (remapPids) {
       item.inputPid = database_.getInputPID(item.outputPid);
     }
-    log_function(kLogDebug, nullptr, "iPID [%05d] oPID [%05d]", item.inputPid, item.outputPid);
+    log_function(kLogDebug, kNoTag, "iPID [%05d] oPID [%05d]", item.inputPid, item.outputPid);
   }
 }
 

@@ -76,7 +76,7 @@ int packetizeSections(std::vector<std::string>& packets, PacketTemplate packetTe
     packetizeSection(packets, packetTemplate, *section);
   }
   const int count = static_cast<int>(packets.size());
-  log_function(kLogDebug, nullptr, "Numero de paquetes necesarios para la sintesis [%d]", count);
+  log_function(kLogDebug, kNoTag, "Numero de paquetes necesarios para la sintesis [%d]", count);
   return count;
 }
 

@@ -53,7 +53,7 @@ bool addPidItem(PidList& pidList, int32_t pid, PidAttribute attribute) {
   const auto bit = static_cast<int32_t>(attribute);
   if (PIDItem* found = pidList.find(pid)) {
     found->attributes |= bit;
-    log_function(kLogDebug, nullptr,
+    log_function(kLogDebug, kNoTag,
                  "Encuentro uno previamente insertado!!! PID [0x%04x] ATTR [0x%04x]",
                  static_cast<unsigned>(pid), static_cast<unsigned>(found->attributes));
     return true;
@@ -72,7 +72,7 @@ bool collectEmmPids(PidList& pidList, const CAT& cat) {
     if (ca == nullptr) {
       continue;
     }
-    log_function(kLogDebug, nullptr, "EMM PID found [0x%04x].", ca->i_ca_pid);
+    log_function(kLogDebug, kNoTag, "EMM PID found [0x%04x].", ca->i_ca_pid);
     addPidItem(pidList, ca->i_ca_pid, PidAttribute::Emm);
   }
   return true;

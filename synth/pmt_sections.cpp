@@ -55,7 +55,7 @@ PMTES carriable(const PMTES& stream) {
   for (const Descriptor& descriptor : stream.descriptors) {
     size += sizeOf(descriptor);
     if (size > kMaxBody) {
-      log_function(kLogError, nullptr,
+      log_function(kLogError, kNoTag,
                    "[synthPMT] ES PID [0x%04x]: [%d] of [%d] descriptors do not fit a section.",
                    static_cast<unsigned>(stream.pid),
                    static_cast<int>(stream.descriptors.size() - result.descriptors.size()),
@@ -112,7 +112,7 @@ void limitSections(std::vector<PMT>& tables) {
   if (tables.size() <= kMaxSections) {
     return;
   }
-  log_function(kLogError, nullptr, "[synthPMT] PMT of service [%d]: [%d] sections left out.",
+  log_function(kLogError, kNoTag, "[synthPMT] PMT of service [%d]: [%d] sections left out.",
                tables.front().programNumber, static_cast<int>(tables.size() - kMaxSections));
   tables.resize(kMaxSections);
 }
@@ -146,7 +146,7 @@ SectionsPtr generatePmtSections(dvbpsi_t& handle, const PMT& pmt) {
   if (tables.size() == 1) {
     return generateSection(handle, tables.front());
   }
-  log_function(kLogWarning, nullptr, "[synthPMT] PMT of service [%d] needs [%d] sections.",
+  log_function(kLogWarning, kNoTag, "[synthPMT] PMT of service [%d] needs [%d] sections.",
                pmt.programNumber, static_cast<int>(tables.size()));
   limitSections(tables);
   SectionsPtr chain;

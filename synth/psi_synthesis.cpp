@@ -55,7 +55,7 @@ PAT candidatePat(const ServiceWorkRecord& work, int32_t version) {
 std::string encodedServiceName(const ServiceWorkRecord& work) {
   std::string name;
   if (!dvbTextFromUTF8(work.serviceName, name)) {
-    log_function(kLogWarning, nullptr, "[synthSDT] Service name cannot be encoded.");
+    log_function(kLogWarning, kNoTag, "[synthSDT] Service name cannot be encoded.");
     name = "Noname" + std::to_string(work.outputSID);
   }
   name.resize(std::min(name.find('\0'), name.size()));
@@ -118,7 +118,7 @@ int16_t findProgramPid(int32_t programNumber, const PAT& pat) {
     }
   }
   if (!found) {
-    log_function(kLogError, nullptr, "ProgramNumber not found.");
+    log_function(kLogError, kNoTag, "ProgramNumber not found.");
   }
   return pid;
 }
@@ -136,7 +136,7 @@ uint8_t findServiceType(int32_t serviceId, const SDT& sdt) {
       return decoded->i_service_type;
     }
   }
-  log_function(kLogWarning, nullptr, "Service not found in STD!!");
+  log_function(kLogWarning, kNoTag, "Service not found in STD!!");
   return 0;
 }
 
@@ -147,7 +147,7 @@ int synthPAT(ServiceWorkRecord& workingStore, PAT& storedPat) {
   }
   PAT pat = candidatePat(workingStore, storedPat.version);
   if (patChanged(pat, storedPat)) {
-    log_function(kLogDebug, nullptr, "Saves a new PAT in myTableStores struct");
+    log_function(kLogDebug, kNoTag, "Saves a new PAT in myTableStores struct");
     storedPat.transportStreamId = pat.transportStreamId;
     storedPat.version = nextVersion(storedPat.version);
     storedPat.currentNext = pat.currentNext;
@@ -170,7 +170,7 @@ int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt) {
   }
   SDT sdt = candidateSdt(workingStore, storedSdt.version);
   if (sdtChanged(sdt, storedSdt)) {
-    log_function(kLogDebug, nullptr, "Saves a new SDT in myTableStores struct");
+    log_function(kLogDebug, kNoTag, "Saves a new SDT in myTableStores struct");
     sdt.version = nextVersion(storedSdt.version);
     storedSdt = sdt;
   }
@@ -196,7 +196,7 @@ int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt) {
     const int32_t version = nextVersion(storedPmt.version);
     storedPmt = pmt;
     storedPmt.version = version;
-    log_function(kLogDebug, nullptr, "Saves a new PMT in myTableStores struct");
+    log_function(kLogDebug, kNoTag, "Saves a new PMT in myTableStores struct");
   }
   const SectionsPtr sections = generatePmtSections(*handle, changed ? storedPmt : pmt);
   packetizeSections(workingStore.outputTables.pmtPackets, makePacketTemplate(pmtPid),
@@ -212,10 +212,10 @@ void saveSynthesisedTables(TableStoreOwner& owner, ServiceWorkRecord& workingSto
   (void)synthPAT(workingStore, store.pat);
   (void)synthSDT(workingStore, store.sdt);
   (void)synthPMT(workingStore, store.pmt);
-  log_function(kLogDebug, nullptr, "[MPTS%d] has to save the new tables in a file",
+  log_function(kLogDebug, kNoTag, "[MPTS%d] has to save the new tables in a file",
                owner.mptsIndex());
   if (owner.writeTableStores() != 0) {
-    log_function(kLogError, nullptr, "[MPTS%d] Error writing tables in file", owner.mptsIndex());
+    log_function(kLogError, kNoTag, "[MPTS%d] Error writing tables in file", owner.mptsIndex());
   }
 }
 

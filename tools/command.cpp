@@ -25,6 +25,14 @@ void addTimeoutOption(CLI::App& command, EndpointOptions& options) {
       ->capture_default_str();
 }
 
+void addFileReadTwice(CLI::App& command, std::string& file) {
+  command.add_option("FILE", file, "Transport stream, read twice")
+      ->required()
+      ->check([](const std::string& path) {
+        return path == "-" ? "standard input cannot be read twice" : std::string();
+      });
+}
+
 DaemonAddress daemonAddress(const EndpointOptions& options) {
   return {options.host, options.resolvedPort(kFirstControlPort), options.timeoutSeconds};
 }

@@ -60,6 +60,8 @@ inline constexpr int kFirstNotificationPort = 9256;
 void addEndpointOptions(CLI::App& command, EndpointOptions& options, int firstPort);
 /** --timeout, likewise, for commands that call the daemon. */
 void addTimeoutOption(CLI::App& command, EndpointOptions& options);
+/** The required argument FILE of a command that reads it twice: "-" is refused. */
+void addFileReadTwice(CLI::App& command, std::string& file);
 /** The daemon that the options mean, by its control port. */
 [[nodiscard]] DaemonAddress daemonAddress(const EndpointOptions& options);
 

@@ -203,11 +203,7 @@ void addExtractCommand(CLI::App& app, Action& action) {
       "extract",
       "Make single-programme transport streams of services: feed the stream, ask the daemon for "
       "the outputs, write them");
-  command->add_option("FILE", options->file, "Transport stream, read twice")
-      ->required()
-      ->check([](const std::string& path) {
-        return path == "-" ? "standard input cannot be read twice" : std::string();
-      });
+  addFileReadTwice(*command, options->file);
   command
       ->add_option("-o,--output", options->outputFile,
                    "File to write; it is replaced. {gsid}, {sid}, {service} and {name} stand for "

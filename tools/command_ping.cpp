@@ -1,9 +1,8 @@
 #include <chrono>
 
-#include <nlohmann/json.hpp>
-
 #include "tools/cli.h"
 #include "tools/command.h"
+#include "tools/json_text.h"
 #include "tools/round_trips.h"
 #include "tools/text_table.h"
 
@@ -36,12 +35,12 @@ void printJson(std::ostream& out, size_t calls, const RoundTripSummary& summary)
   const auto milliseconds = [](std::chrono::nanoseconds time) {
     return std::chrono::duration<double, std::milli>(time).count();
   };
-  nlohmann::ordered_json json;
+  Json json;
   json["calls"] = calls;
   json["minMs"] = milliseconds(summary.shortest);
   json["medianMs"] = milliseconds(summary.median);
   json["maxMs"] = milliseconds(summary.longest);
-  out << json.dump() << "\n";
+  out << jsonLine(json) << "\n";
 }
 
 int ping(const PingOptions& options, const Streams& streams) {

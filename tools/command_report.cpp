@@ -52,11 +52,7 @@ void addReportCommand(CLI::App& app, Action& action) {
       "report",
       "Draw the multiplex on a page: feed the stream, ask the daemon for the output of every "
       "service, write HTML");
-  command->add_option("FILE", options->file, "Transport stream, read twice")
-      ->required()
-      ->check([](const std::string& path) {
-        return path == "-" ? "standard input cannot be read twice" : std::string();
-      });
+  addFileReadTwice(*command, options->file);
   command
       ->add_option("-o,--output", options->outputFile,
                    "File to write; it is replaced. - is standard output")

@@ -1,7 +1,6 @@
-#include <nlohmann/json.hpp>
-
 #include "tools/cli.h"
 #include "tools/command.h"
+#include "tools/json_text.h"
 #include "tools/tool_error.h"
 
 namespace tevra::tools {
@@ -15,11 +14,11 @@ struct ResetOptions {
 };
 
 void printJson(std::ostream& out, const DaemonAddress& address) {
-  nlohmann::ordered_json json;
+  Json json;
   json["reset"] = true;
   json["host"] = address.host;
   json["port"] = address.port;
-  out << json.dump() << "\n";
+  out << jsonLine(json) << "\n";
 }
 
 int reset(const ResetOptions& options, const Streams& streams) {

@@ -1,15 +1,10 @@
 #include "tools/extract_json.h"
 
-#include <nlohmann/json.hpp>
-
+#include "tools/json_text.h"
 #include "tools/output_json.h"
 
 namespace tevra::tools {
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-constexpr int kIndent = 2;
 
 Json pidsJson(const std::map<int, uint64_t>& pidPackets) {
   Json list = Json::array();
@@ -43,11 +38,8 @@ std::string extractJson(const std::string& source, uint64_t packets, uint64_t ta
   json["source"] = source;
   json["packets"] = packets;
   json["tablesSent"] = tablesSent;
-  json["outputs"] = Json::array();
-  for (const SptsFile& output : outputs) {
-    json["outputs"].push_back(fileJson(output));
-  }
-  return json.dump(kIndent, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace);
+  json["outputs"] = jsonList(outputs, fileJson);
+  return indentedJson(json);
 }
 
 }  // namespace tevra::tools

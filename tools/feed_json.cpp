@@ -1,13 +1,9 @@
 #include "tools/feed_json.h"
 
-#include <nlohmann/json.hpp>
+#include "tools/json_text.h"
 
 namespace tevra::tools {
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-constexpr int kIndent = 2;
 
 Json tableJson(const TableFeeder::Sent& sent) {
   Json json;
@@ -25,7 +21,7 @@ Json serviceJson(const ServiceSummary& service) {
   json["type"] = service.type;
   json["name"] = service.name;
   json["provider"] = service.provider;
-  json["pmtPid"] = service.pmtPid ? Json(*service.pmtPid) : Json(nullptr);
+  json["pmtPid"] = orNull(service.pmtPid);
   json["hasPmt"] = service.hasPmt;
   json["streams"] = service.streams;
   json["audioLanguages"] = service.audioLanguages;
@@ -52,7 +48,7 @@ std::string feedJson(const std::string& source, const StreamFeed& stream) {
   for (const ServiceSummary& service : stream.inventory().services()) {
     json["services"].push_back(serviceJson(service));
   }
-  return json.dump(kIndent, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace);
+  return indentedJson(json);
 }
 
 }  // namespace tevra::tools

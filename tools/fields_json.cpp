@@ -5,8 +5,6 @@
 namespace tevra::tools {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 /** Adds a field's value to an object. */
 class ValueAppender {
  public:
@@ -47,13 +45,13 @@ void append(Json& object, const Fields& fields) {
 
 }  // namespace
 
-nlohmann::ordered_json fieldsJson(const Fields& fields) {
+Json fieldsJson(const Fields& fields) {
   Json json = Json::object();
   append(json, fields);
   return json;
 }
 
-nlohmann::ordered_json descriptorJson(const DescriptorFields& descriptor) {
+Json descriptorJson(const DescriptorFields& descriptor) {
   Json json;
   json["tag"] = descriptor.tag;
   json["name"] = descriptor.name;
@@ -66,7 +64,7 @@ nlohmann::ordered_json descriptorJson(const DescriptorFields& descriptor) {
   return json;
 }
 
-nlohmann::ordered_json tableFieldsJson(const TableFields& table) {
+Json tableFieldsJson(const TableFields& table) {
   Json json;
   json["table"] = table.name;
   append(json, table.fields);

@@ -3,15 +3,11 @@
 #include <array>
 #include <string>
 
-#include <nlohmann/json.hpp>
-
 #include "tools/fields_json.h"
 #include "tools/table_facts.h"
 
 namespace tevra::tools {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 /** The value of an object with one member, else the object. */
 Json valueOrObject(const Fields& fields) {
@@ -121,8 +117,7 @@ void NotificationJsonPrinter::print(const Notification& notification, const Tabl
   if (notification.table) {
     appendTable(json, notification, news);
   }
-  out_ << json.dump(-1, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace) << "\n"
-       << std::flush;
+  out_ << jsonLine(json) << "\n" << std::flush;
 }
 
 }  // namespace tevra::tools

@@ -7,7 +7,7 @@
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TServerSocket.h>
 
-#include "tools/notification_protocol.h"
+#include "records/frame_protocol.h"
 #include "tools/tool_error.h"
 
 namespace tevra::tools {
@@ -24,9 +24,8 @@ using apache::thrift::transport::TTransportFactory;
 
 constexpr int kMaxMessageSize = 100 * 1024 * 1024;
 // The largest table has 256 sections of 4096 bytes (EN 300 468, 5.1.1), each full of events of 12
-// bytes: fewer than 2^17, at about 50 bytes in a call.
+// bytes: fewer than 2^17, at about 50 bytes in a message.
 constexpr int kMaxFrameSize = 16 * 1024 * 1024;
-constexpr int kMaxContainerSize = 1 << 17;
 
 /** Takes frames as large as the tables are, and no larger. */
 class FramedTransportFactory : public TTransportFactory {
@@ -60,8 +59,7 @@ NotificationServer::NotificationServer(const std::string& host, int port,
   socket->setRecvTimeout(kReceiveTimeoutSeconds * 1000);
   server_ = std::make_shared<TSimpleServer>(
       std::make_shared<thrift::in_module::im_SINotifySrvProcessor>(std::move(handler)), socket,
-      std::make_shared<FramedTransportFactory>(),
-      std::make_shared<NotificationProtocolFactory>(kMaxFrameSize, kMaxContainerSize));
+      std::make_shared<FramedTransportFactory>(), std::make_shared<FrameProtocolFactory>());
   server_->setServerEventHandler(
       std::make_shared<ListeningObserver>(socket, std::move(onListening)));
 }

@@ -1,26 +1,12 @@
 #include "tools/output_json.h"
 
-#include <nlohmann/json.hpp>
-
 #include "tools/descriptors.h"
 #include "tools/hex_digits.h"
+#include "tools/json_text.h"
 #include "tools/pid_attributes.h"
 
 namespace tevra::tools {
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-constexpr int kIndent = 2;
-
-template <class Record, class ToJson>
-Json jsonList(const std::vector<Record>& records, ToJson toJson) {
-  Json list = Json::array();
-  for (const Record& record : records) {
-    list.push_back(toJson(record));
-  }
-  return list;
-}
 
 Json descriptorsJson(const std::vector<Descriptor>& descriptors) {
   return jsonList(descriptors, [](const Descriptor& descriptor) {
@@ -117,10 +103,10 @@ std::string outputJson(const std::map<int32_t, SPTSConfiguration>& answer) {
     entry["pidItems"] = pidItemsJson(configuration.pidItems);
     entry["outputTables"] = tablesJson(configuration.outputTables);
   }
-  return json.dump(kIndent, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace);
+  return indentedJson(json);
 }
 
-nlohmann::ordered_json pidItemsJson(const std::vector<PIDItem>& items) {
+Json pidItemsJson(const std::vector<PIDItem>& items) {
   return jsonList(items, itemJson);
 }
 

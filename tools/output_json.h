@@ -5,9 +5,8 @@
 #include <string>
 #include <vector>
 
-#include <nlohmann/json_fwd.hpp>
-
 #include "records/records.h"
+#include "tools/json_text.h"
 
 namespace tevra::tools {
 
@@ -37,6 +36,6 @@ namespace tevra::tools {
 [[nodiscard]] std::string outputJson(const std::map<int32_t, SPTSConfiguration>& answer);
 
 /** The array "pidItems" of the above. */
-[[nodiscard]] nlohmann::ordered_json pidItemsJson(const std::vector<PIDItem>& items);
+[[nodiscard]] Json pidItemsJson(const std::vector<PIDItem>& items);
 
 }  // namespace tevra::tools

@@ -18,17 +18,17 @@ namespace {
 using Entries = std::vector<Fields>;
 
 KeyAt idAt(const EntryRule& rule, const Entries& entries) {
-  return [&](size_t place) { return fieldsJson(keyFields(rule, entries[place])).dump(); };
+  return [&](size_t place) { return jsonLine(fieldsJson(keyFields(rule, entries[place]))); };
 }
 
 /** Everything in an entry that does not identify it. */
 KeyAt contentAt(const EntryRule& rule, const Entries& entries) {
   return [&](size_t place) {
-    auto json = fieldsJson(entries[place]);
+    Json json = fieldsJson(entries[place]);
     for (const char* key : rule.keys) {
       json.erase(key);
     }
-    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    return jsonLine(json);
   };
 }
 

@@ -3,15 +3,9 @@
 #include "tools/fields_json.h"
 
 namespace tevra::tools {
-namespace {
-
-constexpr int kIndent = 2;
-
-}  // namespace
 
 std::string tableJson(const TableFields& table) {
-  return tableFieldsJson(table).dump(kIndent, ' ', /*ensure_ascii=*/false,
-                                     nlohmann::ordered_json::error_handler_t::replace);
+  return indentedJson(tableFieldsJson(table));
 }
 
 }  // namespace tevra::tools

@@ -15,9 +15,9 @@
 #include <utility>
 #include <vector>
 
-#include "control/control_protocol.h"
 #include "control/control_transport.h"
 #include "im_SIControlSrv.h"
+#include "records/frame_protocol.h"
 #include "records/records.h"
 #include "tests/control/messages.h"
 #include "tests/fakes/fake_platform.h"
@@ -33,7 +33,7 @@ using apache::thrift::transport::TMemoryBuffer;
 using apache::thrift::transport::TTransport;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using tevra::ControlProtocolFactory;
+using tevra::FrameProtocolFactory;
 using tevra::fake::LogLine;
 using tevra::fake::PlatformTest;
 using tevra::thrift::in_module::im_SIControlSrvClient;
@@ -155,8 +155,8 @@ class ControlProcessor : public PlatformTest {
  protected:
   /** Serves the request that lies on the wire. */
   bool process() {
-    return processor_->process(ControlProtocolFactory().getProtocol(framedOver(request_)),
-                               ControlProtocolFactory().getProtocol(framedOver(reply_)), nullptr);
+    return processor_->process(FrameProtocolFactory().getProtocol(framedOver(request_)),
+                               FrameProtocolFactory().getProtocol(framedOver(reply_)), nullptr);
   }
 
   /** Serves these bytes, as one frame. */

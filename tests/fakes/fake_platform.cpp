@@ -103,7 +103,7 @@ void log_function(int level, const char* tag, const char* format, ...) {
   }
   std::lock_guard lock(tevra::fake::logMutex);
   tevra::fake::log.push_back(
-      {level, tag == nullptr ? "" : tag, std::string(text, static_cast<size_t>(length))});
+      {level, tag == nullptr ? "(null)" : tag, std::string(text, static_cast<size_t>(length))});
   free(text);
 }
 

@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "synth/psi_synthesis.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/synth/builders.h"
@@ -52,38 +50,6 @@ TEST_F(SynthPat, OneProgrammeTakesSixteenBytesAndOnePacket) {
   EXPECT_EQ(packet.substr(0, 17), std::string("\x47\x40\x00\x10\x00", 5) + section);
   EXPECT_EQ(crc32Mpeg2(packet.substr(5, 16)), 0U);
   EXPECT_EQ(packet.substr(21), std::string(167, '\xFF'));
-}
-
-TEST_F(SynthPat, ASecondTimeNothingIsSavedAndTheVersionStays) {
-  synthesise();
-  const PAT first = output();
-  const Packets firstPackets = packets();
-  EXPECT_EQ(synthesise(), 0);
-  EXPECT_EQ(output(), first);
-  EXPECT_EQ(stored_, first);
-  EXPECT_EQ(packets(), firstPackets);
-  EXPECT_THAT(fake::logLines(), ElementsAre(kOnePacket));
-}
-
-TEST_F(SynthPat, VersionThirtyOneIsFollowedByZero) {
-  stored_.version = 31;
-  synthesise();
-  EXPECT_EQ(output().version, 0);
-  EXPECT_EQ(stored_.version, 0);
-  EXPECT_EQ(versionOf(section()), 0);
-}
-
-TEST_F(SynthPat, AnyStoredVersionLeadsBackIntoRange) {
-  const std::vector<std::pair<int32_t, int>> versions = {
-      {-1, 0}, {300, 13}, {std::numeric_limits<int32_t>::max(), 0}};
-  for (const auto& [stored, next] : versions) {
-    stored_ = PAT();
-    stored_.version = stored;
-    synthesise();
-    EXPECT_EQ(stored_.version, next);
-    EXPECT_EQ(output().version, next);
-    EXPECT_EQ(versionOf(section()), next);
-  }
 }
 
 TEST_F(SynthPat, AnotherTransportStreamPidOrServiceMovesTheVersion) {

@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "synth/psi_synthesis.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/synth/builders.h"
@@ -75,38 +73,6 @@ TEST_F(SynthPmt, TheFilteredPmtTakesNumberAndStoredVersionToo) {
   expected.version = 17;  // the one before it moved
   EXPECT_EQ(work_.pmt, expected);
   EXPECT_EQ(output().version, 18);
-}
-
-TEST_F(SynthPmt, ASecondTimeNothingIsSavedAndTheVersionStays) {
-  synthesise();
-  const PMT first = output();
-  const Packets firstPackets = packets();
-  EXPECT_EQ(synthesise(), 0);
-  EXPECT_EQ(output(), first);
-  EXPECT_EQ(stored_, first);
-  EXPECT_EQ(packets(), firstPackets);
-  EXPECT_THAT(fake::logLines(), ElementsAre(packetsMade(1)));
-}
-
-TEST_F(SynthPmt, VersionThirtyOneIsFollowedByZero) {
-  stored_.version = 31;
-  synthesise();
-  EXPECT_EQ(output().version, 0);
-  EXPECT_EQ(stored_.version, 0);
-  EXPECT_EQ(versionOf(sections().at(0)), 0);
-}
-
-TEST_F(SynthPmt, AnyStoredVersionLeadsBackIntoRange) {
-  const std::vector<std::pair<int32_t, int>> versions = {
-      {-1, 0}, {300, 13}, {std::numeric_limits<int32_t>::max(), 0}};
-  for (const auto& [stored, next] : versions) {
-    stored_ = PMT();
-    stored_.version = stored;
-    synthesise();
-    EXPECT_EQ(stored_.version, next);
-    EXPECT_EQ(output().version, next);
-    EXPECT_EQ(versionOf(sections().at(0)), next);
-  }
 }
 
 TEST_F(SynthPmt, AStreamMoreOrAnotherPcrMovesTheVersion) {

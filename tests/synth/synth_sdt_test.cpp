@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "synth/psi_synthesis.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/synth/builders.h"
@@ -60,37 +58,6 @@ TEST_F(SynthSdt, TheSectionIsExactToTheByte) {
                                "\x06Uno HD";
   EXPECT_EQ(packets()[0].substr(0, 5), std::string("\x47\x40\x11\x10\x00", 5));
   EXPECT_EQ(section().substr(0, section().size() - 4), expected);
-}
-
-TEST_F(SynthSdt, ASecondTimeNothingIsSavedAndTheVersionStays) {
-  synthesise();
-  const Packets first = packets();
-  EXPECT_EQ(synthesise(), 0);
-  EXPECT_EQ(output(), firstSdt());
-  EXPECT_EQ(stored_, firstSdt());
-  EXPECT_EQ(packets(), first);
-  EXPECT_THAT(fake::logLines(), ElementsAre(kOnePacket));
-}
-
-TEST_F(SynthSdt, VersionThirtyOneIsFollowedByZero) {
-  stored_.version = 31;
-  synthesise();
-  EXPECT_EQ(output().version, 0);
-  EXPECT_EQ(stored_.version, 0);
-  EXPECT_EQ(versionOf(section()), 0);
-}
-
-TEST_F(SynthSdt, AnyStoredVersionLeadsBackIntoRange) {
-  const std::vector<std::pair<int32_t, int>> versions = {
-      {-1, 0}, {300, 13}, {std::numeric_limits<int32_t>::max(), 0}};
-  for (const auto& [stored, next] : versions) {
-    stored_ = SDT();
-    stored_.version = stored;
-    synthesise();
-    EXPECT_EQ(stored_.version, next);
-    EXPECT_EQ(output().version, next);
-    EXPECT_EQ(versionOf(section()), next);
-  }
 }
 
 TEST_F(SynthSdt, EveryPartOfTheOutputsIdentityMovesTheVersion) {

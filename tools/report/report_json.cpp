@@ -1,33 +1,14 @@
 #include "tools/report/report_json.h"
 
-#include <nlohmann/json.hpp>
-
+#include "tools/json_text.h"
 #include "tools/report/stream_time.h"
 #include "tools/report/stream_traits.h"
 
 namespace tevra::tools::report {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-constexpr int kIndent = 2;
-
-template <class Value>
-Json orNull(const std::optional<Value>& value) {
-  return value ? Json(*value) : Json(nullptr);
-}
-
 Json clockJson(const std::optional<StreamTime>& time) {
   return time ? Json(dateAndTime(*time)) : Json(nullptr);
-}
-
-template <class Record, class ToJson>
-Json jsonList(const std::vector<Record>& records, ToJson toJson) {
-  Json list = Json::array();
-  for (const Record& record : records) {
-    list.push_back(toJson(record));
-  }
-  return list;
 }
 
 Json pidJson(int pid, const PidCount& count, const Report& report) {
@@ -143,7 +124,7 @@ std::string reportJson(const Report& report) {
   json["others"] = jsonList(report.others, streamJson);
   json["tables"] =
       jsonList(report.tables, [](const TableFact& fact) { return tableJson(fact, "sections"); });
-  return json.dump(kIndent, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace);
+  return indentedJson(json);
 }
 
 }  // namespace tevra::tools::report

@@ -1,4 +1,4 @@
-#include "control/control_protocol.h"
+#include "records/frame_protocol.h"
 
 #include <utility>
 
@@ -36,19 +36,19 @@ uint64_t smallestSize(TType type) {
 
 }  // namespace
 
-TMessageType ControlProtocol::messageType(int32_t number) {
+TMessageType FrameProtocol::messageType(int32_t number) {
   if (number < 0 || number > apache::thrift::protocol::T_ONEWAY) {
     refuseType();
   }
   return static_cast<TMessageType>(number);
 }
 
-ControlProtocol::ControlProtocol(std::shared_ptr<TBufferBase> transport)
+FrameProtocol::FrameProtocol(std::shared_ptr<TBufferBase> transport)
     : TBinaryProtocolT(std::move(transport)) {}
 
-uint32_t ControlProtocol::readMessageBegin(std::string& name, TMessageType& type,
-                                           int32_t& sequenceId) {
-  elementsLeft_ = kMaxElementsPerCall;
+uint32_t FrameProtocol::readMessageBegin(std::string& name, TMessageType& type,
+                                         int32_t& sequenceId) {
+  elementsLeft_ = kMaxElementsPerMessage;
   int32_t header = 0;
   uint32_t consumed = readI32(header);
   if (header < 0) {
@@ -59,7 +59,7 @@ uint32_t ControlProtocol::readMessageBegin(std::string& name, TMessageType& type
     type = messageType(header & kMessageTypeMask);
     consumed += readString(name);
   } else {
-    // Clients that do not write strictly begin with the name's length and have the type after the
+    // Peers that do not write strictly begin with the name's length and have the type after the
     // name.
     checkFits(static_cast<uint32_t>(header));
     consumed += readStringBody(name, header);
@@ -70,37 +70,37 @@ uint32_t ControlProtocol::readMessageBegin(std::string& name, TMessageType& type
   return consumed + readI32(sequenceId);
 }
 
-uint32_t ControlProtocol::readString(std::string& text) {
+uint32_t FrameProtocol::readString(std::string& text) {
   int32_t size = 0;
   const uint32_t consumed = readI32(size);
   checkFits(size < 0 ? 0 : static_cast<uint32_t>(size));  // the base refuses negative sizes
   return consumed + readStringBody(text, size);
 }
 
-uint32_t ControlProtocol::readBinary(std::string& bytes) {
+uint32_t FrameProtocol::readBinary(std::string& bytes) {
   return readString(bytes);
 }
 
-uint32_t ControlProtocol::readMapBegin(TType& keyType, TType& valueType, uint32_t& size) {
+uint32_t FrameProtocol::readMapBegin(TType& keyType, TType& valueType, uint32_t& size) {
   uint32_t consumed = readType(keyType);
   consumed += readType(valueType);
   return consumed + readSize(size, smallestSize(keyType) + smallestSize(valueType));
 }
 
-uint32_t ControlProtocol::readListBegin(TType& elementType, uint32_t& size) {
+uint32_t FrameProtocol::readListBegin(TType& elementType, uint32_t& size) {
   const uint32_t consumed = readType(elementType);
   return consumed + readSize(size, smallestSize(elementType));
 }
 
-uint32_t ControlProtocol::readSetBegin(TType& elementType, uint32_t& size) {
+uint32_t FrameProtocol::readSetBegin(TType& elementType, uint32_t& size) {
   return readListBegin(elementType, size);
 }
 
-uint32_t ControlProtocol::skip(Type type) {
+uint32_t FrameProtocol::skip(Type type) {
   return apache::thrift::protocol::skip(*this, type);
 }
 
-void ControlProtocol::refuseType() {
+void FrameProtocol::refuseType() {
   throw TProtocolException(TProtocolException::INVALID_DATA, "unknown type");
 }
 
@@ -108,7 +108,7 @@ void ControlProtocol::refuseType() {
  * Generated code makes room for `size` elements of the type that it expects, whatever the message
  * says they are: hence the count besides the bytes.
  */
-uint32_t ControlProtocol::readSize(uint32_t& size, uint64_t smallestElement) {
+uint32_t FrameProtocol::readSize(uint32_t& size, uint64_t smallestElement) {
   int32_t number = 0;
   const uint32_t consumed = readI32(number);
   if (number < 0) {
@@ -117,31 +117,32 @@ uint32_t ControlProtocol::readSize(uint32_t& size, uint64_t smallestElement) {
   size = static_cast<uint32_t>(number);
   checkFits(size * smallestElement);
   if (size > elementsLeft_) {
-    throw TProtocolException(TProtocolException::SIZE_LIMIT, "more elements than a call may have");
+    throw TProtocolException(TProtocolException::SIZE_LIMIT,
+                             "more elements than a message may have");
   }
   elementsLeft_ -= size;
   return consumed;
 }
 
-uint32_t ControlProtocol::bytesLeft() {
+uint32_t FrameProtocol::bytesLeft() {
   uint32_t size = 0;
   (void)trans_->borrow(nullptr, &size);  // sets the size only; asking for none always succeeds
   return size;
 }
 
-void ControlProtocol::checkFits(uint64_t size) {
+void FrameProtocol::checkFits(uint64_t size) {
   if (size > bytesLeft()) {
     throw TProtocolException(TProtocolException::SIZE_LIMIT, "larger than the rest of its frame");
   }
 }
 
-std::shared_ptr<apache::thrift::protocol::TProtocol> ControlProtocolFactory::getProtocol(
+std::shared_ptr<apache::thrift::protocol::TProtocol> FrameProtocolFactory::getProtocol(
     std::shared_ptr<TTransport> transport) {
   auto buffered = std::dynamic_pointer_cast<TBufferBase>(transport);
   if (buffered == nullptr) {
     throw TProtocolException(TProtocolException::NOT_IMPLEMENTED, "not a framed transport");
   }
-  return std::make_shared<ControlProtocol>(buffered);
+  return std::make_shared<FrameProtocol>(buffered);
 }
 
 }  // namespace tevra

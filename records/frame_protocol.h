@@ -10,30 +10,31 @@
 namespace tevra {
 
 /**
- * Elements that the containers of one call may hold together. The schedule of a full multiplex is a
- * third of it. An empty record takes one byte of a frame but about a hundred of memory.
+ * Elements that the containers of one message may hold together. The schedule of a full multiplex
+ * is a third of it. An empty record takes one byte of a frame but about a hundred of memory.
  */
-inline constexpr uint32_t kMaxElementsPerCall = 1024 * 1024;
+inline constexpr uint32_t kMaxElementsPerMessage = 1024 * 1024;
 
 /**
- * The binary protocol of a control connection: non-strict read, strict write, as ever. What no
- * client's library would write raises TProtocolException before anything is allocated for it: a
- * string or container that claims more than the rest of its frame could hold, elements beyond
- * kMaxElementsPerCall (SIZE_LIMIT), and types that the protocol does not know (INVALID_DATA).
+ * The binary protocol of calls and notifications, for whatever may connect: non-strict read, strict
+ * write, as ever. What no peer's library would write raises TProtocolException before anything is
+ * allocated for it: a string or container that claims more than the rest of its frame could hold,
+ * elements beyond kMaxElementsPerMessage (SIZE_LIMIT), and types that the protocol does not know,
+ * which the library would put into enumerations all the same (INVALID_DATA).
  *
  * Over framed transport only. Naming the same protocol class to processor and factory keeps
  * Thrift's fast path.
  */
-class ControlProtocol
+class FrameProtocol
     : public apache::thrift::protocol::TBinaryProtocolT<apache::thrift::transport::TBufferBase> {
  public:
   /** `transport` holds one frame at a time: what it has buffered is the rest of the frame. */
-  explicit ControlProtocol(std::shared_ptr<apache::thrift::transport::TBufferBase> transport);
+  explicit FrameProtocol(std::shared_ptr<apache::thrift::transport::TBufferBase> transport);
 
   using MessageType = apache::thrift::protocol::TMessageType;  ///< call, reply, exception, oneway
   using Type = apache::thrift::protocol::TType;                ///< of a value on the wire
 
-  /** Begins a call: strict or not, with kMaxElementsPerCall anew. Returns the bytes read. */
+  /** Begins a message: strict or not, with kMaxElementsPerMessage anew. Returns the bytes read. */
   uint32_t readMessageBegin(std::string& name, MessageType& type, int32_t& sequenceId);
 
   ///@{
@@ -94,11 +95,11 @@ class ControlProtocol
   [[nodiscard]] uint32_t bytesLeft();
   void checkFits(uint64_t size);
 
-  uint32_t elementsLeft_ = kMaxElementsPerCall;
+  uint32_t elementsLeft_ = kMaxElementsPerMessage;
 };
 
-/** Makes a ControlProtocol for every connection; its transport must be framed. */
-class ControlProtocolFactory : public apache::thrift::protocol::TProtocolFactory {
+/** Makes a FrameProtocol for every connection; its transport must be framed. */
+class FrameProtocolFactory : public apache::thrift::protocol::TProtocolFactory {
  public:
   /** Raises TProtocolException (NOT_IMPLEMENTED) for a transport that is not buffered. */
   std::shared_ptr<apache::thrift::protocol::TProtocol> getProtocol(

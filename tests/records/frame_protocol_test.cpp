@@ -1,4 +1,4 @@
-#include "control/control_protocol.h"
+#include "records/frame_protocol.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,6 @@
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TSocket.h>
 
-#include "control/control_transport.h"
 #include "im_SIControlSrv.h"
 #include "records/records.h"
 
@@ -35,14 +34,14 @@ using apache::thrift::transport::TTransportException;
 
 using Write = std::function<void(TBinaryProtocol&)>;
 
-/** A control protocol whose one frame holds what `write` wrote. */
+/** A protocol whose one frame holds what `write` wrote. */
 std::shared_ptr<TProtocol> reading(const Write& write) {
   auto wire = std::make_shared<TMemoryBuffer>();
   auto framed = std::make_shared<TFramedTransport>(wire);
   TBinaryProtocol protocol(framed);
   write(protocol);
   framed->flush();
-  return ControlProtocolFactory().getProtocol(ControlTransportFactory().getTransport(wire));
+  return FrameProtocolFactory().getProtocol(std::make_shared<TFramedTransport>(wire));
 }
 
 /** The same with a first i32 already read, as in a call whose frame is being decoded. */
@@ -78,7 +77,7 @@ void expectInvalidData(const std::function<void()>& read) {
 /** Types that no protocol has: beyond the last, and negative. */
 constexpr int8_t kUnknownTypes[] = {18, 78, 127, -1, -128};
 
-TEST(ControlProtocol, ReadsAStringThatFillsTheRestOfItsFrame) {
+TEST(FrameProtocol, ReadsAStringThatFillsTheRestOfItsFrame) {
   const auto protocol =
       readingAfterAnInteger([](TBinaryProtocol& wire) { wire.writeString(std::string("abc")); });
   std::string text;
@@ -86,7 +85,7 @@ TEST(ControlProtocol, ReadsAStringThatFillsTheRestOfItsFrame) {
   EXPECT_EQ(text, "abc");
 }
 
-TEST(ControlProtocol, RefusesAStringOneByteLongerThanTheRestOfItsFrame) {
+TEST(FrameProtocol, RefusesAStringOneByteLongerThanTheRestOfItsFrame) {
   const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) {
     wire.writeI32(4);  // its size
     wire.writeByte('a');
@@ -98,20 +97,20 @@ TEST(ControlProtocol, RefusesAStringOneByteLongerThanTheRestOfItsFrame) {
   EXPECT_EQ(text.capacity(), std::string().capacity()) << "nothing was allocated";
 }
 
-TEST(ControlProtocol, RefusesAStringThatClaimsTwoGigabytes) {
+TEST(FrameProtocol, RefusesAStringThatClaimsTwoGigabytes) {
   const auto protocol =
       readingAfterAnInteger([](TBinaryProtocol& wire) { wire.writeI32(INT32_MAX); });
   std::string text;
   expectSizeLimit([&] { protocol->readBinary(text); });
 }
 
-TEST(ControlProtocol, RefusesAStringOfNegativeSize) {
+TEST(FrameProtocol, RefusesAStringOfNegativeSize) {
   const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) { wire.writeI32(-1); });
   std::string text;
   EXPECT_THROW(protocol->readString(text), TProtocolException);
 }
 
-TEST(ControlProtocol, ReadsAListThatItsFrameCanHold) {
+TEST(FrameProtocol, ReadsAListThatItsFrameCanHold) {
   const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) {
     wire.writeListBegin(T_I32, 2);
     wire.writeI32(1);
@@ -123,7 +122,7 @@ TEST(ControlProtocol, ReadsAListThatItsFrameCanHold) {
   EXPECT_EQ(size, 2U);
 }
 
-TEST(ControlProtocol, RefusesAListWithOneElementMoreThanItsFrameCanHold) {
+TEST(FrameProtocol, RefusesAListWithOneElementMoreThanItsFrameCanHold) {
   const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) {
     wire.writeListBegin(T_I32, 3);
     wire.writeI32(1);
@@ -134,7 +133,7 @@ TEST(ControlProtocol, RefusesAListWithOneElementMoreThanItsFrameCanHold) {
   expectSizeLimit([&] { protocol->readListBegin(type, size); });
 }
 
-TEST(ControlProtocol, RefusesContainersThatClaimFiveMillionElements) {
+TEST(FrameProtocol, RefusesContainersThatClaimFiveMillionElements) {
   constexpr uint32_t kMany = 5'000'000;
   TType type{};
   TType valueType{};
@@ -150,7 +149,7 @@ TEST(ControlProtocol, RefusesContainersThatClaimFiveMillionElements) {
   expectSizeLimit([&] { map->readMapBegin(type, valueType, size); });
 }
 
-TEST(ControlProtocol, RefusesAnOversizedContainerInAFieldThatNobodyKnows) {
+TEST(FrameProtocol, RefusesAnOversizedContainerInAFieldThatNobodyKnows) {
   const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) {
     wire.writeFieldBegin("", T_LIST, 99);
     wire.writeListBegin(T_STRUCT, INT32_MAX);
@@ -169,29 +168,29 @@ std::shared_ptr<TProtocol> readingEmptyRecords(TType claimedType, uint32_t count
   });
 }
 
-TEST(ControlProtocol, ReadsAsManyElementsAsACallMayHave) {
-  const auto protocol = readingEmptyRecords(T_STRUCT, kMaxElementsPerCall);
+TEST(FrameProtocol, ReadsAsManyElementsAsACallMayHave) {
+  const auto protocol = readingEmptyRecords(T_STRUCT, kMaxElementsPerMessage);
   TType type{};
   uint32_t size = 0;
   protocol->readListBegin(type, size);
-  EXPECT_EQ(size, kMaxElementsPerCall);
+  EXPECT_EQ(size, kMaxElementsPerMessage);
 }
 
-TEST(ControlProtocol, RefusesMoreElementsThanACallMayHave) {
+TEST(FrameProtocol, RefusesMoreElementsThanACallMayHave) {
   TType type{};
   uint32_t size = 0;
   for (const TType claimed : {T_STRUCT, apache::thrift::protocol::T_BOOL}) {
-    const auto protocol = readingEmptyRecords(claimed, kMaxElementsPerCall + 1);
+    const auto protocol = readingEmptyRecords(claimed, kMaxElementsPerMessage + 1);
     expectSizeLimit([&] { protocol->readListBegin(type, size); });
   }
 }
 
-TEST(ControlProtocol, CountsTheElementsOfAllContainersOfACall) {
+TEST(FrameProtocol, CountsTheElementsOfAllContainersOfACall) {
   const auto protocol = reading([](TBinaryProtocol& wire) {
-    wire.writeListBegin(T_STRUCT, kMaxElementsPerCall / 2);
-    wire.writeMapBegin(T_I32, T_STRUCT, kMaxElementsPerCall / 2);
+    wire.writeListBegin(T_STRUCT, kMaxElementsPerMessage / 2);
+    wire.writeMapBegin(T_I32, T_STRUCT, kMaxElementsPerMessage / 2);
     wire.writeSetBegin(T_STRUCT, 1);
-    wire.writeBinary(std::string(16 * 1024 * 1024, '\0'));
+    wire.writeBinary(std::string(4 * 1024 * 1024, '\0'));
   });
   TType type{};
   TType valueType{};
@@ -201,11 +200,11 @@ TEST(ControlProtocol, CountsTheElementsOfAllContainersOfACall) {
   expectSizeLimit([&] { protocol->readSetBegin(type, size); });
 }
 
-TEST(ControlProtocol, CountsTheElementsOfEveryCallAnew) {
+TEST(FrameProtocol, CountsTheElementsOfEveryCallAnew) {
   auto protocol = reading([](TBinaryProtocol& wire) {
     for (int call = 0; call < 3; ++call) {
       wire.writeMessageBegin("setPAT", T_CALL, call);
-      wire.writeListBegin(T_STRUCT, kMaxElementsPerCall);
+      wire.writeListBegin(T_STRUCT, kMaxElementsPerMessage);
       wire.writeBinary(std::string());
     }
     wire.writeBinary(std::string(2 * 1024 * 1024, '\0'));
@@ -222,7 +221,7 @@ TEST(ControlProtocol, CountsTheElementsOfEveryCallAnew) {
   }
 }
 
-TEST(ControlProtocol, RefusesFieldsOfUnknownTypes) {
+TEST(FrameProtocol, RefusesFieldsOfUnknownTypes) {
   for (const int8_t unknown : kUnknownTypes) {
     const auto protocol = reading([&](TBinaryProtocol& wire) {
       wire.writeByte(unknown);
@@ -233,7 +232,7 @@ TEST(ControlProtocol, RefusesFieldsOfUnknownTypes) {
   }
 }
 
-TEST(ControlProtocol, RefusesContainersOfUnknownTypes) {
+TEST(FrameProtocol, RefusesContainersOfUnknownTypes) {
   const auto empty = [](std::initializer_list<int8_t> types) {
     return reading([&](TBinaryProtocol& wire) {
       for (const int8_t type : types) {
@@ -253,7 +252,7 @@ TEST(ControlProtocol, RefusesContainersOfUnknownTypes) {
   }
 }
 
-TEST(ControlProtocol, ReadsTheTypesOfAMapInTheirOrder) {
+TEST(FrameProtocol, ReadsTheTypesOfAMapInTheirOrder) {
   const auto protocol = reading([](TBinaryProtocol& wire) {
     wire.writeMapBegin(T_I32, T_STRING, 1);
     wire.writeI64(0);
@@ -267,7 +266,7 @@ TEST(ControlProtocol, ReadsTheTypesOfAMapInTheirOrder) {
   EXPECT_EQ(size, 1U);
 }
 
-TEST(ControlProtocol, RefusesMessagesOfUnknownTypes) {
+TEST(FrameProtocol, RefusesMessagesOfUnknownTypes) {
   std::string name;
   TMessageType type{};
   int32_t sequenceId = 0;
@@ -286,7 +285,7 @@ TEST(ControlProtocol, RefusesMessagesOfUnknownTypes) {
   }
 }
 
-TEST(ControlProtocol, RefusesContainersOfNegativeSize) {
+TEST(FrameProtocol, RefusesContainersOfNegativeSize) {
   const auto protocol = reading([](TBinaryProtocol& wire) {
     wire.writeByte(T_STRUCT);
     wire.writeI32(-1);
@@ -296,7 +295,7 @@ TEST(ControlProtocol, RefusesContainersOfNegativeSize) {
   expectRefusal(TProtocolException::NEGATIVE_SIZE, [&] { protocol->readListBegin(type, size); });
 }
 
-TEST(ControlProtocol, RefusesAMessageWhoseNameIsLongerThanItsFrame) {
+TEST(FrameProtocol, RefusesAMessageWhoseNameIsLongerThanItsFrame) {
   const auto protocol = reading([](TBinaryProtocol& wire) {
     wire.writeI32(static_cast<int32_t>(TBinaryProtocol::VERSION_1 | T_CALL));
     wire.writeI32(INT32_MAX);
@@ -307,7 +306,7 @@ TEST(ControlProtocol, RefusesAMessageWhoseNameIsLongerThanItsFrame) {
   expectSizeLimit([&] { protocol->readMessageBegin(name, type, sequenceId); });
 }
 
-TEST(ControlProtocol, RefusesAnUnknownVersion) {
+TEST(FrameProtocol, RefusesAnUnknownVersion) {
   const auto protocol =
       reading([](TBinaryProtocol& wire) { wire.writeI32(static_cast<int32_t>(0x80770001U)); });
   std::string name;
@@ -316,7 +315,7 @@ TEST(ControlProtocol, RefusesAnUnknownVersion) {
   EXPECT_THROW(protocol->readMessageBegin(name, type, sequenceId), TProtocolException);
 }
 
-TEST(ControlProtocol, ReadsMessagesOfStrictAndOfOldClients) {
+TEST(FrameProtocol, ReadsMessagesOfStrictAndOfOldClients) {
   for (const bool strict : {true, false}) {
     const auto protocol = reading([&](TBinaryProtocol& wire) {
       wire.setStrict(false, strict);
@@ -332,7 +331,7 @@ TEST(ControlProtocol, ReadsMessagesOfStrictAndOfOldClients) {
   }
 }
 
-TEST(ControlProtocol, RefusesAnOldMessageWhoseNameIsLongerThanItsFrame) {
+TEST(FrameProtocol, RefusesAnOldMessageWhoseNameIsLongerThanItsFrame) {
   const auto protocol = reading([](TBinaryProtocol& wire) { wire.writeI32(0x7FFFFFF0); });
   std::string name;
   TMessageType type{};
@@ -340,7 +339,7 @@ TEST(ControlProtocol, RefusesAnOldMessageWhoseNameIsLongerThanItsFrame) {
   expectSizeLimit([&] { protocol->readMessageBegin(name, type, sequenceId); });
 }
 
-TEST(ControlProtocol, ReadsEveryRecordThatFitsItsFrame) {
+TEST(FrameProtocol, ReadsEveryRecordThatFitsItsFrame) {
   EIT eit;
   eit.events.resize(3);
   eit.events[1].startTime = INT64_C(0xE1F2123456);
@@ -358,8 +357,8 @@ TEST(ControlProtocol, ReadsEveryRecordThatFitsItsFrame) {
   EXPECT_TRUE(call.eits == eits);
 }
 
-TEST(ControlProtocol, IsMadeOverAFramedTransportOnly) {
-  EXPECT_THROW((void)ControlProtocolFactory().getProtocol(
+TEST(FrameProtocol, IsMadeOverAFramedTransportOnly) {
+  EXPECT_THROW((void)FrameProtocolFactory().getProtocol(
                    std::make_shared<apache::thrift::transport::TSocket>("127.0.0.1", 1)),
                TProtocolException);
 }
