@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 
 #include "cfdb/ca_descriptors.h"
@@ -81,6 +83,39 @@ std::string streamLanguage(const PMTES& es) {
   return language;
 }
 
+/** The languages that an output wants; must not outlive the list. A request may name a million:
+ * from a few on they are found by an index. */
+class WantedLanguages {
+ public:
+  explicit WantedLanguages(const std::vector<AudioLanguage>& list) : list_(list) {
+    if (list.size() > kFew) {
+      for (const AudioLanguage& entry : list) {
+        index_.insert(entry.language);
+      }
+    }
+  }
+
+  [[nodiscard]] bool has(const std::string& language) const {
+    if (!index_.empty()) {
+      return index_.count(language) != 0;
+    }
+    return std::any_of(list_.begin(), list_.end(),
+                       [&](const AudioLanguage& entry) { return entry.language == language; });
+  }
+
+ private:
+  static constexpr size_t kFew = 16;
+
+  const std::vector<AudioLanguage>& list_;
+  std::unordered_set<std::string_view> index_;
+};
+
+bool passesFilter(const PMTES& es, const WantedLanguages& wanted) {
+  const bool isAudio = isAudioStream(es);
+  const std::string language = streamLanguage(es);
+  return !isAudio || wanted.has(language);
+}
+
 int32_t pmtPidOf(const PMT& pmt, const PAT& pat) {
   for (const PATProgram& program : pat.programs) {
     if (program.programNumber == pmt.programNumber) {
@@ -115,11 +150,7 @@ void detectPrivateAudio(const PMTES& es, bool& isAudio) {
 }
 
 bool keepElementaryStream(const PMTES& es, const std::vector<AudioLanguage>& wantedLanguages) {
-  const bool isAudio = isAudioStream(es);
-  const std::string language = streamLanguage(es);
-  return !isAudio ||
-         std::any_of(wantedLanguages.begin(), wantedLanguages.end(),
-                     [&](const AudioLanguage& wanted) { return wanted.language == language; });
+  return passesFilter(es, WantedLanguages(wantedLanguages));
 }
 
 bool filterPmt(PMT& outPmt, PidList& pidList, const PAT& pat, const PMT& inPmt, bool filterAudio,
@@ -128,9 +159,10 @@ bool filterPmt(PMT& outPmt, PidList& pidList, const PAT& pat, const PMT& inPmt, 
   addPidItem(pidList, pmtPidOf(inPmt, pat), PidAttribute::Pmt);
   addPidItem(pidList, pmt.pcrPid, PidAttribute::Pcr);
   collectEcmPids(pidList, pmt.descriptors);
+  const WantedLanguages languages(wantedLanguages);
   auto kept = pmt.esList.begin();
   for (PMTES& es : pmt.esList) {
-    const bool wanted = keepElementaryStream(es, wantedLanguages);
+    const bool wanted = passesFilter(es, languages);
     if (!wanted && filterAudio) {
       continue;
     }

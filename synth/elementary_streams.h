@@ -24,7 +24,9 @@ void detectPrivateAudio(const PMTES& es, bool& isAudio);
 /**
  * Whether the stream passes the language filter: true for anything but audio; for audio, whether
  * the language of its last ISO 639 descriptor (ISO/IEC 13818-1, 2.6.18; first entry, in its English
- * form) is wanted. The stream's descriptors must fit sections.
+ * form; kNoLanguage where there is none, or none that can be decoded) is wanted. Logs the kind of
+ * private audio and an undecodable language at level 7, an unknown one at level 3. The stream's
+ * descriptors must fit sections.
  */
 [[nodiscard]] bool keepElementaryStream(const PMTES& es,
                                         const std::vector<AudioLanguage>& wantedLanguages);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "platform/module_utils.h"
@@ -59,6 +60,15 @@ void takeOutputIdentity(ServiceWorkRecord& local, const OutputServiceDescription
 
 void OutputData::getSrvOutputData(OutputConfigurations& answer, const SrvOutputRequest& request) {
   answer.clear();
+  try {
+    serve(answer, request);
+  } catch (const std::exception& exception) {
+    log_function(kLogError, kNoTag, "inputSID [%06d] not served: %s", request.inputSID,
+                 exception.what());
+  }
+}
+
+void OutputData::serve(OutputConfigurations& answer, const SrvOutputRequest& request) {
   ServiceWorkRecord work;
   if (!database_.getConflictFreePMT(work.pmt, request.inputSID)) {
     return;
@@ -70,13 +80,23 @@ void OutputData::getSrvOutputData(OutputConfigurations& answer, const SrvOutputR
   (void)database_.getConflictFreeSDT(work.sdt);
   for (const auto& [key, spts] : request.outputs) {
     try {
-      serveFromLastNodes(answer, request, spts, work);
-    } catch (const std::out_of_range&) {
-      logNoLastNodeSettings();
+      serveOutput(answer, request, spts, work);
+    } catch (const std::exception& exception) {
+      log_function(kLogError, kNoTag, "inputSID [%06d] globalSID [%06d] not served: %s",
+                   request.inputSID, spts.globalSID, exception.what());
     }
-    if (answer.count(spts.globalSID) == 0) {
-      serveFallback(answer, request, spts, work);
-    }
+  }
+}
+
+void OutputData::serveOutput(OutputConfigurations& answer, const SrvOutputRequest& request,
+                             const OutputServiceDescription& spts, ServiceWorkRecord& work) {
+  try {
+    serveFromLastNodes(answer, request, spts, work);
+  } catch (const std::out_of_range&) {
+    logNoLastNodeSettings();
+  }
+  if (answer.count(spts.globalSID) == 0) {
+    serveFallback(answer, request, spts, work);
   }
 }
 

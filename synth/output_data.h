@@ -27,7 +27,11 @@ class OutputData {
   OutputData(ConflictFreeDB& database, TableStoreOwner& stores)
       : database_(database), stores_(stores) {}
 
-  /** Replaces `answer`. Empty when the input service is unknown or no output is described. */
+  /**
+   * Replaces `answer`. Empty when the input service is unknown or no output is described. No
+   * exception gets out: an output that cannot be built, for lack of memory perhaps, is told of at
+   * level 3 and is not in the answer; the others are.
+   */
   void getSrvOutputData(OutputConfigurations& answer, const SrvOutputRequest& request);
 
   /** How buildOutput treats the PID list. */
@@ -47,6 +51,9 @@ class OutputData {
                                               BuildOptions options);
 
  private:
+  void serve(OutputConfigurations& answer, const SrvOutputRequest& request);
+  void serveOutput(OutputConfigurations& answer, const SrvOutputRequest& request,
+                   const OutputServiceDescription& spts, ServiceWorkRecord& work);
   void serveFromLastNodes(OutputConfigurations& answer, const SrvOutputRequest& request,
                           const OutputServiceDescription& spts, ServiceWorkRecord& work);
   void serveDirect(OutputConfigurations& answer, const OutputServiceDescription& spts,

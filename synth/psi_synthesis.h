@@ -43,7 +43,8 @@ class TableStoreOwner {
  * version by one modulo 32 and replaces the stored table. The output record and the packets go to
  * `workingStore`.
  *
- * They return 0; synthPAT -1 and the others 1 when libdvbpsi gives no handle, and then change
+ * They raise std::bad_alloc for lack of memory; the stored table may have moved by then. Otherwise
+ * they return 0; synthPAT -1 and the others 1 when libdvbpsi gives no handle, and then change
  * nothing. synthPMT gives the filtered PMT the output service id and the stored version, so it
  * comes last.
  */

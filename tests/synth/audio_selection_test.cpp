@@ -43,6 +43,16 @@ TEST_F(AudioSelection, TwoFiltersCombineToTheUnionOfTheirLanguages) {
                           LogLine{7, "fltr", "Adding new lang to list [fra]"}));
 }
 
+TEST_F(AudioSelection, HundredsOfThousandsOfLanguagesAreMergedWithoutDelay) {
+  LastNodeSettings many = makeFilter(true, {});
+  many.audioLanguages.resize(300'000);  // searching the list for each would exceed a test's time
+  for (size_t i = 0; i < many.audioLanguages.size(); ++i) {
+    many.audioLanguages[i].language = std::to_string(i);
+  }
+  combine({many, many});
+  EXPECT_EQ(combined_.audioLanguages, many.audioLanguages);
+}
+
 TEST_F(AudioSelection, OneFilterIsTakenAsItIs) {
   combine({makeFilter(true, {"ita", "eng"})});
   EXPECT_EQ(combined_.audioFilter, 1);

@@ -53,6 +53,28 @@ TEST_F(FilterPmt, WithoutFilterThePmtComesBackWhole) {
   EXPECT_EQ(out_, television());
 }
 
+TEST_F(FilterPmt, ThePidOfThePmtIsThatOfTheNumberAsItStands) {
+  pat_ = makePat(1001, {{0x10001, 0x22}, {1, 0x11}});
+  filter(makePmt(0x10001, 0x70));
+  EXPECT_THAT(pids_.items(), ElementsAre(pidItem(0x22, 0x22, 0x02), pidItem(0x70, 0x70, 0x04)));
+}
+
+TEST_F(FilterPmt, FindsALanguageAmongAnyNumber) {
+  for (const size_t count : {1U, 16U, 17U, 1000U}) {
+    for (const size_t place : {size_t{0}, count / 2, count - 1}) {
+      std::vector<AudioLanguage> wanted(count);
+      for (size_t i = 0; i < count; ++i) {
+        wanted[i].language = "x" + std::to_string(i);
+      }
+      filterPmt(out_, pids_, pat_, television(), true, wanted);
+      EXPECT_THAT(streamPids(out_), ElementsAre(0x70, 0x73)) << count;
+      wanted[place].language = "eng";
+      filterPmt(out_, pids_, pat_, television(), true, wanted);
+      EXPECT_THAT(streamPids(out_), ElementsAre(0x70, 0x72, 0x73)) << count << ", " << place;
+    }
+  }
+}
+
 TEST_F(FilterPmt, WithoutFilterNoLanguageMattersYetAllAreWorkedOut) {
   fake::platform().englishAudioCode = [](auto&...) { return false; };
   EXPECT_TRUE(filter(television(), false, {"fra"}));

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <new>
 #include <sstream>
 #include <stdexcept>
 
@@ -137,6 +138,39 @@ TEST_F(OutputFailures, OneOutputsFailureLeavesTheOthersAlone) {
   ask();
   EXPECT_THAT(answer_, ElementsAre(Key(50), Key(51)));
   EXPECT_EQ(answer_[51].outputTables.outputParam1, 510);
+}
+
+TEST_F(OutputFailures, AFallbackThatFailsTooIsToldOfAndTheOthersAreServed) {
+  request_.outputs[2] = describe(51);
+  request_.outputs[3] = describe(52);
+  failOnNames({2});
+  ask();
+  EXPECT_THAT(answer_, ElementsAre(Key(50), Key(52)));
+  EXPECT_THAT(fake::logLines(3),
+              ElementsAre(kNoSettings, kNoSettings,
+                          LogLine{3, "",
+                                  "inputSID [003401] globalSID [000051] not served: no such "
+                                  "character"},
+                          kNoSettings));
+}
+
+TEST_F(OutputFailures, ALackOfMemoryCostsThatOutputAlone) {
+  request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
+  request_.outputs[2] = describe(51);
+  fake::platform().textFromUTF8 = [this](const std::string& utf8, std::string& dvb) {
+    if (++namesConverted_ == 1) {
+      throw std::bad_alloc();
+    }
+    dvb = utf8;
+    return true;
+  };
+  EXPECT_NO_THROW(ask());
+  EXPECT_THAT(answer_, ElementsAre(Key(51)));
+  EXPECT_THAT(fake::logLines(3),
+              ElementsAre(LogLine{3, "",
+                                  "inputSID [003401] globalSID [000050] not served: "
+                                  "std::bad_alloc"},
+                          kNoSettings));
 }
 
 TEST_F(OutputFailures, AFailedWriteIsReportedForEveryOutputAndChangesNoAnswer) {

@@ -162,7 +162,9 @@ TEST_F(DirectOutput, TwiceTheSameRequestHasTwiceTheSameAnswer) {
 
 TEST_F(DirectOutput, AStreamMoreOnTheInputMovesTheVersionOfThePmtAlone) {
   ask();
-  PMT pmt = makePmt(kInputProgram, kVideoIn, {makeStream(0x1B, kVideoIn)});
+  PMT pmt = makePmt(kInputProgram, kVideoIn,
+                    {makeStream(0x1B, kVideoIn), makeStream(4, kSpanishIn),
+                     makeStream(4, kEnglishIn), makeStream(6, 0x103)});
   pmt.currentNext = true;
   PMT ignored;
   database_.setConflictFreePMT(ignored, pmt);

@@ -108,6 +108,22 @@ TEST_F(ServiceType, IsReadFromADescriptorWhoseLengthsLie) {
   EXPECT_EQ(findServiceType(1, sdt), 0x11);
 }
 
+TEST_F(ServiceType, IsReadFromTheFirstDescriptorThatASectionCanHold) {
+  const SDT sdt = makeSdt({makeService(
+      1, {makeDescriptor(0x48, "\x11" + std::string(255, 'x')), makeServiceDescriptor(0x22)})});
+  EXPECT_EQ(findServiceType(1, sdt), 0x22);
+  EXPECT_THAT(fake::logLines(),
+              ElementsAre(LogLine{4, "", "Descriptor [0x48] of [256] bytes left out"}));
+}
+
+TEST_F(ServiceType, IsLookedUpAmongValuesAsWideAsInASection) {
+  EXPECT_EQ(findServiceType(1, makeSdt({makeService(0x10001, {makeServiceDescriptor(0x11)})})),
+            0x11);
+  Descriptor wide = makeServiceDescriptor(0x22);
+  wide.tag = 0x148;
+  EXPECT_EQ(findServiceType(1, makeSdt({makeService(1, {wide})})), 0x22);
+}
+
 TEST_F(ServiceType, ZeroInTheDescriptorIsFoundAndNotLogged) {
   EXPECT_EQ(findServiceType(1, makeSdt({makeService(1, {makeServiceDescriptor(0)})})), 0);
   EXPECT_THAT(fake::logLines(), IsEmpty());

@@ -5,6 +5,7 @@
 #include "tests/fakes/fake_platform.h"
 #include "tests/synth/builders.h"
 #include "tests/synth/fake_table_stores.h"
+#include "tests/synth/transport_packets.h"
 
 namespace tevra::test {
 namespace {
@@ -56,6 +57,27 @@ TEST_F(SavedTables, TheEntryIsThatOfTheInputProgramme) {
   EXPECT_EQ(store.sdt, tables.dvbTables.sdt);
   EXPECT_EQ(store.pmt, tables.dvbTables.pmt);
   EXPECT_EQ(store.restartCounter, 0);
+}
+
+TEST_F(SavedTables, TheProgrammeIsThatOfThePmtAndNotTheOneAskedFor) {
+  work_.inputSID = 5;
+  const OutputTables tables = save();
+  EXPECT_THAT(owner_.stores, ElementsAre(Key(kInputProgram)));
+  EXPECT_EQ(tables.dvbTables.pat.programs.at(0).pid, kPmtPid);
+  EXPECT_EQ(tables.dvbTables.sdt.services.at(0).descriptors.at(0).data.at(0), 0x19);
+  EXPECT_THAT(sectionsOf(tables.pmtPackets, kPmtPid), SizeIs(1));
+}
+
+TEST_F(SavedTables, AVersionOutOfRangeIsNarrowedWhileTheTablesStayTheSame) {
+  save();
+  TableStore& store = owner_.stores[kInputProgram];
+  store.pat.version = store.sdt.version = store.pmt.version = 0x10005;
+  const OutputTables tables = save();
+  EXPECT_EQ(tables.dvbTables.pat.version, 5);
+  EXPECT_EQ(tables.dvbTables.sdt.version, 5);
+  EXPECT_EQ(tables.dvbTables.pmt.version, 0x10005);  // handed out as it is stored
+  EXPECT_EQ(versionOf(sectionsOf(tables.pmtPackets, kPmtPid).at(0)), 5);
+  EXPECT_THAT(fake::logLines(), ElementsAre(kOnePacket, kOnePacket, kOnePacket, kHasToSave));
 }
 
 TEST_F(SavedTables, TheRestartCounterOfAnEntryIsLeftAlone) {
