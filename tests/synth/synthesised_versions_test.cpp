@@ -72,7 +72,7 @@ class SynthesisedVersion : public fake::PlatformTest {
 };
 
 using Tables = testing::Types<PAT, SDT, PMT>;
-TYPED_TEST_SUITE(SynthesisedVersion, Tables);
+TYPED_TEST_SUITE(SynthesisedVersion, Tables, );  // the comma: a variadic macro wants an argument
 
 TYPED_TEST(SynthesisedVersion, StaysASecondTimeAndNothingIsSaved) {
   this->synthesise();
