@@ -18,6 +18,7 @@ using Json = nlohmann::ordered_json;
 [[nodiscard]] std::string jsonLine(const Json& json);
 ///@}
 
+/** The value; null where there is none. */
 template <class Value>
 [[nodiscard]] Json orNull(const std::optional<Value>& value) {
   return value ? Json(*value) : Json(nullptr);
