@@ -1,17 +1,14 @@
 #include "control/control_server.h"
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <pthread.h>
-#include <sys/socket.h>
 
 #include <utility>
 
 #include <thrift/concurrency/ThreadFactory.h>
 #include <thrift/server/TSimpleServer.h>
-#include <thrift/transport/TServerSocket.h>
 
 #include "control/control_processor.h"
+#include "control/control_server_socket.h"
 #include "control/control_transport.h"
 #include "control/restarting_server.h"
 #include "control/start_observer.h"
@@ -26,7 +23,6 @@ using apache::thrift::concurrency::Thread;
 using apache::thrift::concurrency::ThreadFactory;
 using apache::thrift::server::TServer;
 using apache::thrift::server::TSimpleServer;
-using apache::thrift::transport::TServerSocket;
 
 constexpr int32_t kMptsCount = 4;
 constexpr int kFirstControlPort = 9224;
@@ -54,34 +50,10 @@ class DefaultStackSize {
   pthread_attr_t saved_{};
 };
 
-void setOption(int socket, int level, int option, int value) {
-  (void)setsockopt(socket, level, option, &value, sizeof value);  // as good as the kernel can
-}
-
-/**
- * A client whose machine died without a word is given up within a minute: it would hold the port
- * for ever, since clients are served one after the other. Accepted sockets inherit this.
- */
-void giveUpDeadClients(int listeningSocket) {
-  constexpr int kIdleSeconds = 30;
-  constexpr int kProbes = 3;
-  constexpr int kSecondsBetweenProbes = 10;
-  setOption(listeningSocket, SOL_SOCKET, SO_KEEPALIVE, 1);
-  setOption(listeningSocket, IPPROTO_TCP, TCP_KEEPIDLE, kIdleSeconds);
-  setOption(listeningSocket, IPPROTO_TCP, TCP_KEEPCNT, kProbes);
-  setOption(listeningSocket, IPPROTO_TCP, TCP_KEEPINTVL, kSecondsBetweenProbes);
-}
-
-std::shared_ptr<TServerSocket> makeServerSocket(int port) {
-  auto socket = std::make_shared<TServerSocket>(port);
-  socket->setListenCallback(giveUpDeadClients);
-  return socket;
-}
-
 std::shared_ptr<TServer> makeServer(const std::shared_ptr<SIControlSrvHandler>& handler, int port) {
-  return std::make_shared<TSimpleServer>(makeControlProcessor(handler), makeServerSocket(port),
-                                         std::make_shared<ControlTransportFactory>(),
-                                         std::make_shared<FrameProtocolFactory>());
+  return std::make_shared<TSimpleServer>(
+      makeControlProcessor(handler), std::make_shared<ControlServerSocket>(port),
+      std::make_shared<ControlTransportFactory>(), std::make_shared<FrameProtocolFactory>());
 }
 
 std::shared_ptr<Thread> startThread(
