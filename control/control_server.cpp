@@ -10,6 +10,7 @@
 #include "control/control_processor.h"
 #include "control/control_server_socket.h"
 #include "control/control_transport.h"
+#include "control/mpts_index.h"
 #include "control/restarting_server.h"
 #include "control/start_observer.h"
 #include "control/thrift_output.h"
@@ -24,30 +25,38 @@ using apache::thrift::concurrency::ThreadFactory;
 using apache::thrift::server::TServer;
 using apache::thrift::server::TSimpleServer;
 
-constexpr int32_t kMptsCount = 4;
 constexpr int kFirstControlPort = 9224;
 constexpr size_t kServerStackSize = size_t{1024} * 1024;
 
-/** Threads made while it lives get a stack of this size; the library has no way to ask for one. */
+/** Sets the stack size that new threads get; returns the former one, 0 when it could not be set. */
+size_t exchangeDefaultStackSize(size_t size) {
+  pthread_attr_t attributes;
+  if (pthread_getattr_default_np(&attributes) != 0) {
+    return 0;
+  }
+  size_t former = 0;
+  pthread_attr_getstacksize(&attributes, &former);
+  pthread_attr_setstacksize(&attributes, size);
+  const int result = pthread_setattr_default_np(&attributes);
+  pthread_attr_destroy(&attributes);
+  return result == 0 ? former : 0;
+}
+
+/** Threads made while it lives get a stack of this size; the library has no way to ask for one. The
+ * size is a wish: without it everything else works. */
 class DefaultStackSize {
  public:
-  explicit DefaultStackSize(size_t size) {
-    pthread_getattr_default_np(&saved_);
-    pthread_attr_t attributes;
-    pthread_getattr_default_np(&attributes);
-    pthread_attr_setstacksize(&attributes, size);
-    pthread_setattr_default_np(&attributes);
-    pthread_attr_destroy(&attributes);
-  }
+  explicit DefaultStackSize(size_t size) : former_(exchangeDefaultStackSize(size)) {}
   ~DefaultStackSize() {
-    pthread_setattr_default_np(&saved_);
-    pthread_attr_destroy(&saved_);
+    if (former_ != 0) {
+      (void)exchangeDefaultStackSize(former_);  // it was good before
+    }
   }
   DefaultStackSize(const DefaultStackSize&) = delete;
   DefaultStackSize& operator=(const DefaultStackSize&) = delete;
 
  private:
-  pthread_attr_t saved_{};
+  const size_t former_;
 };
 
 std::shared_ptr<TServer> makeServer(const std::shared_ptr<SIControlSrvHandler>& handler, int port) {
@@ -80,7 +89,7 @@ ThreadedSimpleServer::~ThreadedSimpleServer() {
 
 ThreadedSimpleServer startControlServer(int32_t mptsIndex) {
   ThreadedSimpleServer result;
-  if (mptsIndex < 0 || mptsIndex >= kMptsCount) {
+  if (!isMptsIndex(mptsIndex)) {
     log_function(kLogError, kNoTag, "MPTSIndex not valid [%d].", mptsIndex);
     return result;
   }
