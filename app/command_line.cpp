@@ -118,7 +118,7 @@ void printHelp(const std::string& programName) {
 CommandLineOptions parseCommandLine(int argc, char** argv) {
   optind = 0;
   CommandLineOptions options;
-  options.programName = argv[0];
+  options.programName = argc > 0 ? argv[0] : "";
   for (;;) {
     const int option = getopt_long(argc, argv, kShortOptions, kLongOptions.data(), nullptr);
     if (option == -1) {

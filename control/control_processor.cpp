@@ -7,6 +7,22 @@
 #include "records/frame_protocol.h"
 
 namespace tevra {
+namespace {
+
+/** Logs what the handler raised: the client has its text as the answer, operators have the line. */
+class FailedCallLog : public apache::thrift::TProcessorEventHandler {
+ public:
+  /** Called while the exception is handled. */
+  void handlerError(void* /*context*/, const char* method) override {
+    try {
+      throw;
+    } catch (const std::exception& exception) {
+      log_function(kLogError, kNoTag, "Call of %s failed. EXCEPTION: %s", method, exception.what());
+    }
+  }
+};
+
+}  // namespace
 
 using apache::thrift::TProcessor;
 using apache::thrift::protocol::TProtocol;
@@ -15,7 +31,9 @@ std::shared_ptr<TProcessor> makeControlProcessor(
     const std::shared_ptr<thrift::in_module::im_SIControlSrvIf>& handler) {
   // The protocol that FrameProtocolFactory makes: only then does Thrift take its fast path.
   using Processor = thrift::in_module::im_SIControlSrvProcessorT<FrameProtocol>;
-  return std::make_shared<GuardedProcessor>(std::make_shared<Processor>(handler));
+  auto processor = std::make_shared<Processor>(handler);
+  processor->setEventHandler(std::make_shared<FailedCallLog>());
+  return std::make_shared<GuardedProcessor>(std::move(processor));
 }
 
 GuardedProcessor::GuardedProcessor(std::shared_ptr<TProcessor> guarded)

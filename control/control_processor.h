@@ -9,10 +9,10 @@
 namespace tevra {
 
 /**
- * The processor of im_SIControlSrv over `handler`, and around it a guard: an exception that is not
- * Thrift's (memory that runs out, for example) is logged at level
- * 3 and closes the connection it came over, no more. Thrift's own exceptions pass to the server,
- * which does the same.
+ * The processor of im_SIControlSrv over `handler`. A standard exception of the handler is answered
+ * with a TApplicationException, logged at level 3, and the connection stays. Anything else that is
+ * raised ends the connection, no more: the guard below sees to what is not Thrift's, the server to
+ * Thrift's own exceptions, which it logs at level 7 if at all.
  */
 [[nodiscard]] std::shared_ptr<apache::thrift::TProcessor> makeControlProcessor(
     const std::shared_ptr<thrift::in_module::im_SIControlSrvIf>& handler);

@@ -1,18 +1,16 @@
 #include "control/control_server.h"
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <pthread.h>
-#include <sys/socket.h>
 
 #include <utility>
 
 #include <thrift/concurrency/ThreadFactory.h>
 #include <thrift/server/TSimpleServer.h>
-#include <thrift/transport/TServerSocket.h>
 
 #include "control/control_processor.h"
+#include "control/control_server_socket.h"
 #include "control/control_transport.h"
+#include "control/mpts_index.h"
 #include "control/restarting_server.h"
 #include "control/start_observer.h"
 #include "control/thrift_output.h"
@@ -26,62 +24,45 @@ using apache::thrift::concurrency::Thread;
 using apache::thrift::concurrency::ThreadFactory;
 using apache::thrift::server::TServer;
 using apache::thrift::server::TSimpleServer;
-using apache::thrift::transport::TServerSocket;
 
-constexpr int32_t kMptsCount = 4;
 constexpr int kFirstControlPort = 9224;
 constexpr size_t kServerStackSize = size_t{1024} * 1024;
 
-/** Threads made while it lives get a stack of this size; the library has no way to ask for one. */
+/** Sets the stack size that new threads get; returns the former one, 0 when it could not be set. */
+size_t exchangeDefaultStackSize(size_t size) {
+  pthread_attr_t attributes;
+  if (pthread_getattr_default_np(&attributes) != 0) {
+    return 0;
+  }
+  size_t former = 0;
+  pthread_attr_getstacksize(&attributes, &former);
+  pthread_attr_setstacksize(&attributes, size);
+  const int result = pthread_setattr_default_np(&attributes);
+  pthread_attr_destroy(&attributes);
+  return result == 0 ? former : 0;
+}
+
+/** Threads made while it lives get a stack of this size; the library has no way to ask for one. The
+ * size is a wish: without it everything else works. */
 class DefaultStackSize {
  public:
-  explicit DefaultStackSize(size_t size) {
-    pthread_getattr_default_np(&saved_);
-    pthread_attr_t attributes;
-    pthread_getattr_default_np(&attributes);
-    pthread_attr_setstacksize(&attributes, size);
-    pthread_setattr_default_np(&attributes);
-    pthread_attr_destroy(&attributes);
-  }
+  explicit DefaultStackSize(size_t size) : former_(exchangeDefaultStackSize(size)) {}
   ~DefaultStackSize() {
-    pthread_setattr_default_np(&saved_);
-    pthread_attr_destroy(&saved_);
+    if (former_ != 0) {
+      (void)exchangeDefaultStackSize(former_);  // it was good before
+    }
   }
   DefaultStackSize(const DefaultStackSize&) = delete;
   DefaultStackSize& operator=(const DefaultStackSize&) = delete;
 
  private:
-  pthread_attr_t saved_{};
+  const size_t former_;
 };
 
-void setOption(int socket, int level, int option, int value) {
-  (void)setsockopt(socket, level, option, &value, sizeof value);  // as good as the kernel can
-}
-
-/**
- * A client whose machine died without a word is given up within a minute: it would hold the port
- * for ever, since clients are served one after the other. Accepted sockets inherit this.
- */
-void giveUpDeadClients(int listeningSocket) {
-  constexpr int kIdleSeconds = 30;
-  constexpr int kProbes = 3;
-  constexpr int kSecondsBetweenProbes = 10;
-  setOption(listeningSocket, SOL_SOCKET, SO_KEEPALIVE, 1);
-  setOption(listeningSocket, IPPROTO_TCP, TCP_KEEPIDLE, kIdleSeconds);
-  setOption(listeningSocket, IPPROTO_TCP, TCP_KEEPCNT, kProbes);
-  setOption(listeningSocket, IPPROTO_TCP, TCP_KEEPINTVL, kSecondsBetweenProbes);
-}
-
-std::shared_ptr<TServerSocket> makeServerSocket(int port) {
-  auto socket = std::make_shared<TServerSocket>(port);
-  socket->setListenCallback(giveUpDeadClients);
-  return socket;
-}
-
 std::shared_ptr<TServer> makeServer(const std::shared_ptr<SIControlSrvHandler>& handler, int port) {
-  return std::make_shared<TSimpleServer>(makeControlProcessor(handler), makeServerSocket(port),
-                                         std::make_shared<ControlTransportFactory>(),
-                                         std::make_shared<FrameProtocolFactory>());
+  return std::make_shared<TSimpleServer>(
+      makeControlProcessor(handler), std::make_shared<ControlServerSocket>(port),
+      std::make_shared<ControlTransportFactory>(), std::make_shared<FrameProtocolFactory>());
 }
 
 std::shared_ptr<Thread> startThread(
@@ -108,7 +89,7 @@ ThreadedSimpleServer::~ThreadedSimpleServer() {
 
 ThreadedSimpleServer startControlServer(int32_t mptsIndex) {
   ThreadedSimpleServer result;
-  if (mptsIndex < 0 || mptsIndex >= kMptsCount) {
+  if (!isMptsIndex(mptsIndex)) {
     log_function(kLogError, kNoTag, "MPTSIndex not valid [%d].", mptsIndex);
     return result;
   }

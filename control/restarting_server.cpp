@@ -2,9 +2,8 @@
 
 #include <unistd.h>
 
+#include <exception>
 #include <utility>
-
-#include <thrift/Thrift.h>
 
 #include "platform/module_utils.h"
 
@@ -30,7 +29,7 @@ void RestartingServer::serveOnce() {
   try {
     server_->serve();
     log_function(kLogError, kNoTag, "Control server stopped accepting, starting it again");
-  } catch (const apache::thrift::TException& exception) {
+  } catch (const std::exception& exception) {
     if (!observer_->started()) {
       throw;
     }

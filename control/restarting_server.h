@@ -13,8 +13,10 @@ namespace tevra {
  * Runs a server for as long as the process lives.
  *
  * Thrift's server ends when accept() fails, for lack of file descriptors for example, and the
- * process would stay deaf. This runnable logs that and serves again after a second. An exception
- * before the first client could connect, such as a port in use, is left to end the process.
+ * process would stay deaf; an exception out of it, such as lack of memory for a connection, would
+ * end the process. This runnable logs either and serves again after a second. Over a
+ * ControlServerSocket the port stays open meanwhile. An exception before the first client could
+ * connect, such as a port in use, is left to end the process.
  */
 class RestartingServer : public apache::thrift::concurrency::Runnable {
  public:

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "cfdb/dvb_time.h"
+#include "control/mpts_index.h"
 #include "platform/module_utils.h"
 #include "store/table_store_files.h"
 #include "synth/output_data.h"
@@ -10,7 +11,6 @@
 namespace tevra {
 namespace {
 
-constexpr int32_t kMptsCount = 4;
 constexpr uint16_t kFirstNotificationPort = 9256;
 constexpr int32_t kEITVersions = 32;
 
@@ -24,7 +24,7 @@ enum Command : int32_t {
 };
 
 uint16_t notificationPort(int32_t mptsIndex) {
-  if (mptsIndex < 0 || mptsIndex >= kMptsCount) {
+  if (!isMptsIndex(mptsIndex)) {
     log_function(kLogError, kNoTag, "[SIControlSrvHandler] MPTSId not supported [%d]", mptsIndex);
     return 0;
   }
@@ -204,23 +204,20 @@ void SIControlSrvHandler::setEITSchedule(const EITMap& eits) {
 
 void SIControlSrvHandler::restampPresentFollowing(const EITMap& eits) {
   conflictFreeDatabase()->restampEITpf(eits);
-  EIT restamped;
-  for (const auto& [serviceId, tables] : eits) {
-    for (const auto& [tableId, received] : tables) {
-      if (conflictFreeDatabase()->getRestampedEITpf(restamped, serviceId, tableId)) {
-        (void)notifyEITPresentFollowing(notifyPort_, restamped);
-      }
-    }
-  }
+  notifyRestamped(eits, &ConflictFreeDB::getRestampedEITpf, notifyEITPresentFollowing);
 }
 
 void SIControlSrvHandler::restampSchedule(const EITMap& eits) {
   conflictFreeDatabase()->restampEITsch(eits);
+  notifyRestamped(eits, &ConflictFreeDB::getRestampedEITsch, notifyEITSchedule);
+}
+
+void SIControlSrvHandler::notifyRestamped(const EITMap& eits, GetRestamped get, Notify notify) {
   EIT restamped;  // one after the other in the same memory: all together may take megabytes
   for (const auto& [serviceId, tables] : eits) {
     for (const auto& [tableId, received] : tables) {
-      if (conflictFreeDatabase()->getRestampedEITsch(restamped, serviceId, tableId)) {
-        (void)notifyEITSchedule(notifyPort_, restamped);
+      if ((conflictFreeDatabase()->*get)(restamped, serviceId, tableId)) {
+        (void)notify(notifyPort_, restamped);
       }
     }
   }

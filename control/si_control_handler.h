@@ -43,45 +43,48 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
   bool SISetData(const SIService& data) override;
 
   /** Command 0 resets the databases and the time offset; the table stores stay. Always true. */
-  bool sendCmd(int32_t command) override;
+  bool sendCmd(int32_t command) override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   /** Stored, made conflict-free and notified so; the PID mapping is saved if it grew. */
-  void setPAT(const PAT& pat) override;
+  void setPAT(const PAT& pat) override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   /** Stored and notified as it came. */
-  void setSDT(const SDT& sdt) override;
+  void setSDT(const SDT& sdt) override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   /** As setPAT, by programme number. */
-  void setPMT(const PMT& pmt) override;
+  void setPMT(const PMT& pmt) override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   /** Only stored. The trace line is of level 3 on purpose. Always true. */
-  bool setNIT(const NIT& nit) override;
+  bool setNIT(const NIT& nit) override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   /**
    * Stored. With a set system clock it gives the time offset; when that is the first since start
    * or reset, or differs by 60 s or more from the one in use, all stored EITs are restamped and
    * notified and their versions saved. The TOT itself is notified last, as it came.
    */
-  void setTOT(const TOT& tot) override;
+  void setTOT(const TOT& tot) override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   /** As setNIT. */
-  bool setBAT(const BAT& bat) override;
+  bool setBAT(const BAT& bat) override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   /** As setPAT, but the PIDs that it allocates are saved only with the next PAT or PMT. */
-  void setCAT(const CAT& cat) override;
+  void setCAT(const CAT& cat) override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   ///@{
   /** EITs are restamped and notified from the first TOT on that has met a set system clock. */
-  void setEITPresentFollowing(const EITMap& eits) override;
-  void setEITSchedule(const EITMap& eits) override;
+  void setEITPresentFollowing(const EITMap& eits) override
+      EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
+  void setEITSchedule(const EITMap& eits) override
+      EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
   ///@}
 
   /** See OutputData::getSrvOutputData. Nothing is notified. */
   void getSrvOutputData(std::map<int32_t, SPTSConfiguration>& answer,
-                        const SrvOutputRequest& request) override;
+                        const SrvOutputRequest& request) override
+      EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   /** Offered to the platform's other tasks; no control call uses it. */
-  bool notifyNIM(int32_t value);
+  bool notifyNIM(int32_t value) EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
  protected:
   /**
@@ -94,6 +97,9 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
   }
 
  private:
+  using GetRestamped = bool (ConflictFreeDB::*)(EIT&, int32_t serviceId, int32_t tableId);
+  using Notify = bool (*)(uint16_t port, const EIT&);
+
   // ConflictFreeDBOwner
   int64_t timeOffset() override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
   bool timeOffsetValid() override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
@@ -111,9 +117,12 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
   void restoreEITVersions() EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
   void reset() EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
   bool updateTimeOffset(const TOT& tot) EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
-  bool restampStoredEITs();
-  void restampPresentFollowing(const EITMap& eits);
-  void restampSchedule(const EITMap& eits);
+  bool restampStoredEITs() EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
+  void restampPresentFollowing(const EITMap& eits)
+      EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
+  void restampSchedule(const EITMap& eits) EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
+  void notifyRestamped(const EITMap& eits, GetRestamped get, Notify notify)
+      EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
   void saveEITVersions() EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   const int32_t mptsIndex_;
@@ -132,7 +141,9 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
 
   uint16_t notifyPort_ = 0;
   SIService siService_;
-  TableStoreFile myTableStores_;  ///< changed on the server thread alone; the lock is the file's
+  /** Loaded and aged before there is a server thread, then used on that alone; the lock is the
+   * file's. */
+  TableStoreFile myTableStores_;
   EITTableVersionStoreFile eitVersionStore_ GUARDED_BY(eitVersionMutex_);
 };
 

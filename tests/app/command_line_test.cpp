@@ -90,6 +90,14 @@ TEST(CommandLine, ProgramNameIsTheFirstArgumentAsItStands) {
   EXPECT_EQ("/usr/bin/./tornel-of-slot-3", options.programName);
 }
 
+TEST(CommandLine, WithoutEvenAProgramNameTheDefaultsHold) {
+  Arguments arguments(std::vector<const char*>{});
+  const CommandLineOptions options = tevra::parseCommandLine(arguments.count(), arguments.values());
+  EXPECT_EQ("", options.programName);
+  EXPECT_EQ(0, options.set);
+  EXPECT_EQ(5, options.level);
+}
+
 TEST(CommandLine, SetTakesEveryMptsIndexInAllItsForms) {
   EXPECT_EQ(0, parse({"-s", "0"}).set);
   EXPECT_EQ(1, parse({"-s1"}).set);

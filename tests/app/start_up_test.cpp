@@ -7,6 +7,7 @@
 #include <chrono>
 #include <csignal>
 #include <initializer_list>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -63,6 +64,17 @@ size_t positionOf(const LogLine& line) {
   return static_cast<size_t>(found - lines.begin());
 }
 
+/** Those of `wanted` among the platform's calls and the lines logged, in their order. */
+std::vector<std::string> orderOf(const std::set<std::string>& wanted) {
+  std::vector<std::string> found;
+  for (const std::string& call : tevra::fake::platformCalls()) {
+    if (wanted.count(call) != 0) {
+      found.push_back(call);
+    }
+  }
+  return found;
+}
+
 using StartUp = PlatformTest;
 using StartUpDeathTest = PlatformTest;
 
@@ -101,6 +113,14 @@ TEST_F(StartUp, MptsAboveTheModulesLimitIsRefusedWithStatusZero) {
   EXPECT_THAT(platform().unregistered, ElementsAre(7));
   EXPECT_THAT(platform().kicks, IsEmpty());
   EXPECT_EQ(0, platform().serviceStartedSignals);
+}
+
+TEST_F(StartUp, ModuleTypeIsWhatGetModuleIdReturnsAndItsArgumentIsPresetTo255) {
+  platform().moduleType = 6;
+  platform().moduleIdStored = 5;  // which would allow MPTS 3
+  leaveAtKick(1);
+  EXPECT_EQ(0, run({"tornel", "-s", "3"}));
+  EXPECT_THAT(platform().moduleIdPresets, ElementsAre(255));
 }
 
 TEST_F(StartUp, EveryMptsAboveTheLimitIsRefused) {
@@ -190,8 +210,13 @@ TEST_F(StartUp, ServerStartsThenTheServiceIsSignalledThenTheWatchdogIsFed) {
   EXPECT_EQ(0U, listening);
   EXPECT_LT(listening, serving);
   EXPECT_EQ(serving + 1, started);
-  EXPECT_EQ(1, platform().serviceStartedSignals);
   EXPECT_THAT(platform().kicks, ElementsAre(7));
+  EXPECT_THAT(orderOf({"log_setup", "watchdog_register_task", "SignalServiceIsStarted",
+                       "Started threaded simple server, on port: 9225", "Tornel 1 started ...",
+                       "watchdog_kick"}),
+              ElementsAre("log_setup", "watchdog_register_task",
+                          "Started threaded simple server, on port: 9225", "SignalServiceIsStarted",
+                          "Tornel 1 started ...", "watchdog_kick"));
 }
 
 TEST_F(StartUp, ExceptionThroughTheFeedingLoopReleasesTheServer) {

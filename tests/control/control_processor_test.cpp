@@ -276,7 +276,7 @@ TEST_F(ControlProcessor, RepliesCarryTheVersion) {
   EXPECT_EQ(std::string("\x80\x01\x00\x02", 4), reply_->getBufferAsString().substr(4, 4));
 }
 
-TEST_F(ControlProcessor, StandardExceptionOfTheHandlerReachesTheClient) {
+TEST_F(ControlProcessor, StandardExceptionOfTheHandlerReachesTheClientAndTheLog) {
   handler_->failure = [] { throw std::runtime_error("mutex broken"); };
   im_SIControlSrvClient caller = client();
   caller.send_setPAT(tevra::PAT());
@@ -288,6 +288,25 @@ TEST_F(ControlProcessor, StandardExceptionOfTheHandlerReachesTheClient) {
     EXPECT_EQ(TApplicationException::UNKNOWN, exception.getType());
     EXPECT_STREQ("mutex broken", exception.what());
   }
+  EXPECT_THAT(tevra::fake::logLines(), ElementsAre(LogLine{3, "",
+                                                           "Call of im_SIControlSrv.setPAT failed. "
+                                                           "EXCEPTION: mutex broken"}));
+}
+
+TEST_F(ControlProcessor, ConnectionStaysUsableAfterACallThatRanOutOfMemory) {
+  handler_->failure = [] { throw std::bad_alloc(); };
+  im_SIControlSrvClient caller = client();
+  caller.send_setEITSchedule({{1, {{0x50, tevra::EIT()}}}});
+  EXPECT_TRUE(process());
+  EXPECT_THROW(caller.recv_setEITSchedule(), TApplicationException);
+  handler_->failure = nullptr;
+  caller.send_sendCmd(7);
+  EXPECT_TRUE(process());
+  EXPECT_TRUE(caller.recv_sendCmd());
+  EXPECT_THAT(tevra::fake::logLines(),
+              ElementsAre(LogLine{3, "",
+                                  "Call of im_SIControlSrv.setEITSchedule failed. "
+                                  "EXCEPTION: std::bad_alloc"}));
 }
 
 TEST_F(ControlProcessor, OtherExceptionOfTheHandlerEndsTheConnection) {

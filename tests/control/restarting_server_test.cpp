@@ -9,6 +9,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -74,6 +75,18 @@ TEST_F(Restarting, ServesAgainAfterAnExceptionOfAServerThatHadStarted) {
                                               "EXCEPTION: no descriptors"}));
 }
 
+TEST_F(Restarting, ServesAgainAfterALackOfMemory) {
+  server_->turns = {[&] {
+    observer_->preServe();
+    throw std::bad_alloc();
+  }};
+  EXPECT_THROW(run(), Leave);
+  EXPECT_EQ(2U, server_->times.size());
+  EXPECT_THAT(logLines(), ElementsAre(LogLine{3, "",
+                                              "Control server failed, starting it again. "
+                                              "EXCEPTION: std::bad_alloc"}));
+}
+
 TEST_F(Restarting, KeepsServingHoweverOftenItFails) {
   observer_->preServe();
   server_->turns = {[] {}, [] { throw TTransportException("again"); }, [] {}};
@@ -85,6 +98,13 @@ TEST_F(Restarting, KeepsServingHoweverOftenItFails) {
 TEST_F(Restarting, ExceptionBeforeTheFirstStartPasses) {
   server_->turns = {[] { throw TTransportException("port in use"); }};
   EXPECT_THROW(run(), TTransportException);
+  EXPECT_EQ(1U, server_->times.size());
+  EXPECT_THAT(logLines(), IsEmpty());
+}
+
+TEST_F(Restarting, LackOfMemoryBeforeTheFirstStartPasses) {
+  server_->turns = {[] { throw std::bad_alloc(); }};
+  EXPECT_THROW(run(), std::bad_alloc);
   EXPECT_EQ(1U, server_->times.size());
   EXPECT_THAT(logLines(), IsEmpty());
 }

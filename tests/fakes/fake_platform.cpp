@@ -14,7 +14,13 @@ namespace tevra::fake {
 namespace {
 
 std::mutex logMutex;
-std::vector<LogLine> log;  // guarded by logMutex
+std::vector<LogLine> log;        // guarded by logMutex
+std::vector<std::string> calls;  // guarded by logMutex
+
+void called(const char* function) {
+  std::lock_guard lock(logMutex);
+  calls.emplace_back(function);
+}
 
 std::string makeRoot() {
   std::string pattern = (std::filesystem::temp_directory_path() / "tornel-test-XXXXXX").string();
@@ -62,9 +68,15 @@ int timesLogged(int level, const std::string& text) {
   return count;
 }
 
+std::vector<std::string> platformCalls() {
+  std::lock_guard lock(logMutex);
+  return calls;
+}
+
 void clearLog() {
   std::lock_guard lock(logMutex);
   log.clear();
+  calls.clear();
 }
 
 PlatformTest::PlatformTest() {
@@ -89,6 +101,7 @@ using tevra::fake::platform;
 extern "C" {
 
 void log_setup(int level, int mode) {
+  tevra::fake::called(__func__);
   platform().logSetups.emplace_back(level, mode);
 }
 
@@ -104,14 +117,17 @@ void log_function(int level, const char* tag, const char* format, ...) {
   std::lock_guard lock(tevra::fake::logMutex);
   tevra::fake::log.push_back(
       {level, tag == nullptr ? "(null)" : tag, std::string(text, static_cast<size_t>(length))});
+  tevra::fake::calls.push_back(tevra::fake::log.back().text);
   free(text);
 }
 
 int watchdog_register_task() {
+  tevra::fake::called(__func__);
   return platform().watchdogTask;
 }
 
 void watchdog_kick(int task) {
+  tevra::fake::called(__func__);
   platform().kicks.push_back(task);
   if (platform().onKick) {
     platform().onKick();
@@ -124,7 +140,8 @@ int watchdog_unregister_task(int task) {
 }
 
 int get_module_id(int* id) {
-  *id = platform().moduleType;
+  platform().moduleIdPresets.push_back(*id);
+  *id = platform().moduleIdStored;
   return platform().moduleType;
 }
 
@@ -138,6 +155,7 @@ void ShowVersionExitl(int, const char* version) {
 }
 
 void SignalServiceIsStarted() {
+  tevra::fake::called(__func__);
   ++platform().serviceStartedSignals;
 }
 

@@ -25,7 +25,8 @@ std::ostream& operator<<(std::ostream& out, const LogLine& line);
 /** What the platform answers and what it has been told. Defaults: a type-5 module in slot 3, clock
  * set. */
 struct Platform {
-  int moduleType = 5;
+  int moduleType = 5;       ///< what get_module_id returns
+  int moduleIdStored = -1;  ///< what it stores: no module type, so that using it shows
   int moduleSlot = 3;
   int watchdogTask = 7;
   int watchdogUnregisterResult = 0;
@@ -43,6 +44,7 @@ struct Platform {
   std::vector<int> unregistered;
   std::vector<std::pair<int, int>> logSetups;  ///< level, mode
   std::vector<std::string> versionsShown;
+  std::vector<int> moduleIdPresets;  ///< what get_module_id found where it stores
   int serviceStartedSignals = 0;
 };
 
@@ -63,6 +65,11 @@ bool logged(int level, const std::string& text);
 /** How many lines of that level and text were logged. */
 int timesLogged(int level, const std::string& text);
 
+/** What start-up asks of the platform and what anybody logs, in one order since the last clearLog:
+ * names of functions, texts of lines. Safe from any thread. */
+std::vector<std::string> platformCalls();
+
+/** Also forgets the calls. */
 void clearLog();
 
 /** Fixture: a platform in its default state and an empty configuration root that is removed
