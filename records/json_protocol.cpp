@@ -7,7 +7,6 @@
 namespace tevra {
 namespace {
 
-using apache::thrift::protocol::TJSONProtocol;
 using apache::thrift::protocol::TProtocolException;
 using apache::thrift::protocol::TType;
 using apache::thrift::transport::TMemoryBuffer;

@@ -171,13 +171,13 @@ TEST(JsonIntegersOfARecord, WithoutDigitsEndItsReadingAndLeaveWhatCameBefore) {
 }
 
 TEST(JsonIntegersOfARecord, AsKeysAndValuesOfAMapEndItsReadingToo) {
-  for (const char* entry : {"\"\":1", "\"-\":1", "\"2147483648\":1", "\"1\":", "\"1\":-",
-                            "\"1\":2147483648", "1:1"}) {
+  for (const char* entry :
+       {"\"\":1", "\"-\":1", "\"2147483648\":1", "\"1\":", "\"1\":-", "\"1\":2147483648", "1:1"}) {
     PIDRemap record;
-    EXPECT_EQ(kindOfReading("{\"2\":{\"map\":[\"i32\",\"i32\",2,{\"5\":6," +
-                                std::string(entry) + "}]}}",
-                            record),
-              TProtocolException::INVALID_DATA)
+    EXPECT_EQ(
+        kindOfReading("{\"2\":{\"map\":[\"i32\",\"i32\",2,{\"5\":6," + std::string(entry) + "}]}}",
+                      record),
+        TProtocolException::INVALID_DATA)
         << entry;
     EXPECT_EQ(record.inputToOutput.at(5), 6);
     for (const auto& [input, output] : record.inputToOutput) {
