@@ -1,5 +1,7 @@
 #include "cfdb/ca_descriptors.h"
 
+#include <new>
+
 #include "platform/module_utils.h"
 #include "records/dvbpsi_lists.h"
 
@@ -29,7 +31,7 @@ std::string remappedPayload(const Descriptor& descriptor, PidRemap& pids) {
   ca->i_ca_pid = outputPid;
   const DescriptorPtr remapped(dvbpsi_GenCADr(ca, false));
   if (remapped == nullptr) {
-    return {};
+    throw std::bad_alloc();  // the only reason there is
   }
   return {reinterpret_cast<const char*>(remapped->p_data), remapped->i_length};
 }

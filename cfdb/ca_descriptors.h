@@ -14,7 +14,7 @@ inline constexpr int32_t kCaDescriptorTag = 0x09;
  * The conflict-free form of a descriptor loop, in the same order: CA descriptors are left out when
  * `dropCA`, otherwise their CA_PID is replaced by its output PID; every other descriptor is copied.
  * A CA descriptor that cannot be decoded is logged at level 3 and keeps its tag with an empty
- * payload.
+ * payload. Raises std::bad_alloc.
  */
 [[nodiscard]] std::vector<Descriptor> cfDescriptors(const std::vector<Descriptor>& descriptors,
                                                     bool dropCA, PidRemap& pids);

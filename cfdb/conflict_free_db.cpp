@@ -1,6 +1,7 @@
 #include "cfdb/conflict_free_db.h"
 
 #include <mutex>
+#include <utility>
 
 #include "cfdb/ca_descriptors.h"
 #include "cfdb/dvb_time.h"

@@ -1,5 +1,6 @@
 #include "cfdb/pid_remap.h"
 
+#include <map>
 #include <utility>
 
 #include "cfdb/pid_remap_file.h"
@@ -58,7 +59,8 @@ PidRemap::PidRemap(int32_t chainIndex, int32_t poolSize)
 
 void PidRemap::load() {
   PIDRemap stored;
-  if (readPIDRemapFile(path_, stored) != 0 || stored.moduleSlot != get_module_slot()) {
+  if (readPIDRemapFile(path_, stored) != kRecordFileDone ||
+      stored.moduleSlot != get_module_slot()) {
     return;
   }
   RecursiveMutexLock lock(mutex_);
@@ -71,14 +73,17 @@ uint16_t PidRemap::getConflictFreePID(int32_t inputPid) {
   if (known != remap_.inputToOutput.end()) {
     return static_cast<uint16_t>(known->second);
   }
-  remap_.nextPIDCounter = incremented(remap_.nextPIDCounter);
+  const int32_t counter = incremented(remap_.nextPIDCounter);
   // One past the counter, so that the pool's first PID is never used. Devices in the field count on
   // it.
-  const auto outputPid = static_cast<uint16_t>(incremented(remap_.nextPIDCounter));
-  warnIfExhausted(int64_t{remap_.nextPIDCounter} + 1);
-  remap_.inputToOutput[inputPid] = outputPid;
+  const auto outputPid = static_cast<uint16_t>(incremented(counter));
+  // Only the first two of these can fail, for lack of memory: the maps stay in step.
+  std::map<int32_t, int32_t> allocated = {{inputPid, outputPid}};
   remap_.outputToInput[outputPid] = inputPid;
+  remap_.inputToOutput.merge(allocated);
+  remap_.nextPIDCounter = counter;
   dirty_ = true;
+  warnIfExhausted(int64_t{counter} + 1);
   return outputPid;
 }
 
@@ -121,7 +126,7 @@ void PidRemap::saveConflictFreeDB() {
   if (!dirty_) {
     return;
   }
-  if (writePIDRemapFile(path_, remap_) != 0) {
+  if (writePIDRemapFile(path_, remap_) != kRecordFileDone) {
     log_function(kLogError, kNoTag, "[ModChain%d] Could not save conflict free database to disk",
                  chainIndex_);
   }

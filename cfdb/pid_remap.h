@@ -33,7 +33,8 @@ class PidRemap {
    * silently. */
   explicit PidRemap(int32_t chainIndex);
 
-  /** The output PID of `inputPid`, allocated when new. */
+  /** The output PID of `inputPid`, allocated when new. std::bad_alloc leaves the mapping as it was.
+   */
   [[nodiscard]] uint16_t getConflictFreePID(int32_t inputPid);
 
   /** The input PID of `outputPid`, or kUnknownPid. Never allocates. */

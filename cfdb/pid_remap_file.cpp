@@ -2,50 +2,29 @@
 
 #include <unistd.h>
 
-#include <memory>
-
-#include "records/json_protocol.h"
-#include "records/record_file_access.h"
+#include <thrift/protocol/TJSONProtocol.h>
 
 namespace tevra {
-namespace {
 
-constexpr int kDone = 0;
-constexpr int kNotOpened = -1;
-constexpr int kFailed = -2;
-}  // namespace
-
-int writePIDRemapFile(const std::string& path, const PIDRemap& record) {
-  const int fd = createRecordFile(path);
-  if (fd < 0) {
-    return kNotOpened;
-  }
+RecordFileResult writePIDRemapFile(const std::string& path, const PIDRemap& record) {
   try {
-    const auto transport = owningTransport(fd);
-    JsonProtocol protocol(transport, 0);
+    const auto file = createRecordFile(path);
+    if (!file->isOpen()) {
+      return kRecordFileNotOpened;
+    }
+    apache::thrift::protocol::TJSONProtocol protocol(file);
     record.write(&protocol);
-    const bool synced = syncfs(fd) == 0;
-    transport->close();
+    const bool synced = syncfs(file->getFD()) == 0;
+    file->close();
     sync();
-    return synced ? kDone : kFailed;
+    return synced ? kRecordFileDone : kRecordFileFailed;
   } catch (...) {
-    return kFailed;
+    return kRecordFileFailed;
   }
 }
 
-int readPIDRemapFile(const std::string& path, PIDRemap& record) {
-  const int fd = openRecordFile(path);
-  if (fd < 0) {
-    return kNotOpened;
-  }
-  try {
-    const auto text = readRecordFile(fd);
-    JsonProtocol protocol(text, text->available_read());
-    record.read(&protocol);
-  } catch (...) {
-    return kFailed;
-  }
-  return kDone;
+RecordFileResult readPIDRemapFile(const std::string& path, PIDRemap& record) {
+  return readRecord(path, record);
 }
 
 }  // namespace tevra

@@ -2,21 +2,22 @@
 
 #include <string>
 
+#include "records/record_file_access.h"
 #include "records/records.h"
 
 /**
  * @file
  * The file that keeps a chain's PID mapping: one PIDRemap record as Thrift JSON, nothing else.
- *
- * Both return 0 on success, -1 when the file cannot be opened, -2 on any failure afterwards.
- * Neither raises.
  */
 namespace tevra {
 
-/** Creates the file with mode 0600 or truncates it; no directory is created. */
-[[nodiscard]] int writePIDRemapFile(const std::string& path, const PIDRemap& record);
+/**
+ * Creates the file with mode 0600 or truncates it; no directory is created. A file that could not
+ * be synced has failed. Raises nothing.
+ */
+[[nodiscard]] RecordFileResult writePIDRemapFile(const std::string& path, const PIDRemap& record);
 
-/** `record` should be fresh: members absent from the file keep their values. */
-[[nodiscard]] int readPIDRemapFile(const std::string& path, PIDRemap& record);
+/** As readRecord. */
+[[nodiscard]] RecordFileResult readPIDRemapFile(const std::string& path, PIDRemap& record);
 
 }  // namespace tevra

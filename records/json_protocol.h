@@ -1,10 +1,14 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <string_view>
 
 #include <thrift/protocol/TJSONProtocol.h>
 #include <thrift/protocol/TVirtualProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
 
 namespace tevra {
 
@@ -15,29 +19,40 @@ inline constexpr uint64_t kMaxElementsPerFile = uint64_t{1024} * 1024;
 /**
  * Thrift's JSON protocol, safe against what a damaged or hostile file may hold.
  *
- * Writing is the library's own. Reading differs in three places. The library aborts the process on
- * a byte above 255, and it allocates whatever a container header claims before it reads the first
- * element: here both raise TProtocolException. It also takes a number without digits for success
- * and returns whatever lies on its stack: an integer may then have any value, but a bool is one.
+ * Writing is the library's own. Reading differs in three places, all of which raise
+ * TProtocolException here. The library aborts the process on a byte above 255. It allocates
+ * whatever a container header claims before it reads the first element. And it takes an integer
+ * that overflows for the greatest there is, and one without digits for whatever lies on its stack:
+ * here every integer, be it a value, a map's key, a field's id or a container's size, is taken from
+ * the text once the library has passed over it.
  */
 class JsonProtocol
     : public apache::thrift::protocol::TVirtualProtocol<JsonProtocol,
                                                         apache::thrift::protocol::TJSONProtocol> {
  public:
   /**
-   * `inputSize`: bytes that the transport can yield at most. All containers together cannot have
-   * more elements, and not more than kMaxElementsPerFile.
+   * Reads what `text` holds by now, or writes to it. All containers together cannot have more
+   * elements than there are bytes to read, and not more than kMaxElementsPerFile.
    */
-  JsonProtocol(const std::shared_ptr<apache::thrift::transport::TTransport>& transport,
-               uint64_t inputSize);
+  explicit JsonProtocol(const std::shared_ptr<apache::thrift::transport::TMemoryBuffer>& text);
 
   using TJSONProtocol::readBool;  // the form for std::vector<bool>
 
-  /** A number other than 0 is true. Returns the bytes read. */
+  /** A number of 16 bits; any but 0 is true. Returns the bytes read. */
   uint32_t readBool(bool& value);
 
   /** Raises INVALID_DATA for a number outside of -128 to 255. Returns the bytes read. */
   uint32_t readByte(int8_t& byte);
+
+  ///@{
+  /** Raise INVALID_DATA for a number without digits or beyond the type. Return the bytes read. */
+  uint32_t readI16(int16_t& value);
+  uint32_t readI32(int32_t& value);
+  uint32_t readI64(int64_t& value);
+  ///@}
+
+  /** `id` is 0 at least, and left alone when `type` is T_STOP. Returns the bytes read. */
+  uint32_t readFieldBegin(std::string& name, apache::thrift::protocol::TType& type, int16_t& id);
 
   ///@{
   /** Counts `size` against what the file may have; SIZE_LIMIT beyond. Returns the bytes read. */
@@ -48,8 +63,14 @@ class JsonProtocol
   ///@}
 
  private:
+  template <class Integer>
+  uint32_t readInteger(Integer& value, uint32_t (TJSONProtocol::*read)(Integer&));
+
+  [[nodiscard]] const char* position() const;
+  [[nodiscard]] std::string_view passedSince(const char* start, size_t charactersBehind) const;
   void countElements(uint32_t size);
 
+  const std::shared_ptr<apache::thrift::transport::TMemoryBuffer> text_;
   uint64_t elementsLeft_;
 };
 

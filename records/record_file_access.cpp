@@ -3,37 +3,50 @@
 #include <fcntl.h>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace tevra {
 namespace {
 
 using apache::thrift::transport::TFDTransport;
 using apache::thrift::transport::TMemoryBuffer;
+using apache::thrift::transport::TTransportException;
 
 constexpr mode_t kFileMode = 0600;
+constexpr int kNotOpen = -1;
+
+/** The owner comes first: when there is no memory for it, nothing has been opened. */
+std::shared_ptr<TFDTransport> opened(const std::string& path, int flags) {
+  auto file = std::make_shared<TFDTransport>(kNotOpen, TFDTransport::CLOSE_ON_DESTROY);
+  file->setFD(::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, kFileMode));
+  return file;
+}
+
+/** The bytes read, 0 at the end of what can be read. */
+uint32_t readBlock(TFDTransport& file, uint8_t* block, uint32_t size) {
+  try {
+    return file.read(block, size);
+  } catch (const TTransportException&) {
+    return 0;
+  }
+}
 
 }  // namespace
 
-int openRecordFile(const std::string& path) {
-  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+std::shared_ptr<TFDTransport> openRecordFile(const std::string& path) {
+  return opened(path, O_RDONLY);
 }
 
-int createRecordFile(const std::string& path) {
-  constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
-  return ::open(path.c_str(), kFlags, kFileMode);
+std::shared_ptr<TFDTransport> createRecordFile(const std::string& path) {
+  return opened(path, O_WRONLY | O_CREAT | O_TRUNC);
 }
 
-std::shared_ptr<TFDTransport> owningTransport(int fd) {
-  return std::make_shared<TFDTransport>(fd, TFDTransport::CLOSE_ON_DESTROY);
-}
-
-std::shared_ptr<TMemoryBuffer> readRecordFile(int fd, size_t limit) {
+std::shared_ptr<TMemoryBuffer> readRecordFile(TFDTransport& file, size_t limit) {
   constexpr size_t kBlock = size_t{16} * 1024;
-  const auto file = owningTransport(fd);
   auto text = std::make_shared<TMemoryBuffer>();
   for (size_t left = limit; left > 0;) {
     const auto wanted = static_cast<uint32_t>(std::min(kBlock, left));
-    const uint32_t got = file->read(text->getWritePtr(wanted), wanted);
+    const uint32_t got = readBlock(file, text->getWritePtr(wanted), wanted);
     if (got == 0) {
       break;
     }

@@ -1,12 +1,13 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <string>
 
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TFDTransport.h>
+
+#include "records/json_protocol.h"
 
 /**
  * @file
@@ -14,27 +15,54 @@
  */
 namespace tevra {
 
+/** Results of the routines that read and write such a file. */
+enum RecordFileResult : int {
+  kRecordFileDone = 0,
+  kRecordFileNotOpened = -1,
+  kRecordFileFailed = -2,  ///< any exception, such as that of a text that is no record
+};
+
 /** What is read of a file at most: many times what the tables of a multiplex take. */
 inline constexpr size_t kMaxRecordFileSize = size_t{16} * 1024 * 1024;
 
-/** Opens for reading; -1 on failure. Never waits, not even for the writer of a pipe. */
-[[nodiscard]] int openRecordFile(const std::string& path);
-
+///@{
 /**
- * Opens for writing: creates the file with mode 0600 or truncates it; -1 on failure. Never waits,
- * not even for the reader of a pipe.
+ * Open for reading, or for writing: a file is created with mode 0600 or truncated. Neither waits,
+ * not even for the other side of a pipe. What they return closes the file when destroyed; it is not
+ * open when the file cannot be opened.
  */
-[[nodiscard]] int createRecordFile(const std::string& path);
-
-/** The open file as a transport that closes it when destroyed. */
-[[nodiscard]] std::shared_ptr<apache::thrift::transport::TFDTransport> owningTransport(int fd);
+[[nodiscard]] std::shared_ptr<apache::thrift::transport::TFDTransport> openRecordFile(
+    const std::string& path);
+[[nodiscard]] std::shared_ptr<apache::thrift::transport::TFDTransport> createRecordFile(
+    const std::string& path);
+///@}
 
 /**
  * What the open file holds, from where it stands and up to `limit` bytes: a string without an end
- * would otherwise be read until there is no memory left. Closes the file; raises
- * TTransportException when it cannot be read.
+ * would otherwise be read until there is no memory left. A file that can be read no further ends
+ * there, at its beginning if it is a directory.
  */
 [[nodiscard]] std::shared_ptr<apache::thrift::transport::TMemoryBuffer> readRecordFile(
-    int fd, size_t limit = kMaxRecordFileSize);
+    apache::thrift::transport::TFDTransport& file, size_t limit = kMaxRecordFileSize);
+
+/**
+ * Reads the file at `path`, one record as Thrift JSON, into `record`, which should be fresh:
+ * members absent from the file keep their values. On kRecordFileFailed it keeps what was read
+ * before the fault. Its values are as they stand in the file, within their types. Raises nothing.
+ */
+template <class Record>
+[[nodiscard]] RecordFileResult readRecord(const std::string& path, Record& record) {
+  try {
+    const auto file = openRecordFile(path);
+    if (!file->isOpen()) {
+      return kRecordFileNotOpened;
+    }
+    JsonProtocol protocol(readRecordFile(*file));
+    record.read(&protocol);
+  } catch (...) {
+    return kRecordFileFailed;
+  }
+  return kRecordFileDone;
+}
 
 }  // namespace tevra

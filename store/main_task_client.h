@@ -10,11 +10,12 @@
  *
  * Every notification opens a connection of its own, makes one oneway call and closes. Nothing is
  * retried or queued. It waits for a MainTask that does not take the call, at most 2 s for
- * connecting and sending together. Called on the server thread only.
+ * connecting and sending together. Called by one thread at a time: the main thread asks for the
+ * configuration before there is a server thread, which does all the rest.
  *
  * The notifications return true when the call was made. Port 0 ("Notification Port not set.", level
  * 4) and a failing call ("Can't access to Notify server. EXCEPTION: %s", level 3) return false;
- * nothing of Thrift is raised.
+ * nothing of Thrift is raised, but std::bad_alloc is.
  */
 namespace tevra {
 

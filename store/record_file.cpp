@@ -4,28 +4,27 @@
 
 #include <memory>
 
+#include <thrift/protocol/TJSONProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
-
-#include "records/json_protocol.h"
-#include "records/record_file_access.h"
 
 namespace tevra {
 namespace {
 
+using apache::thrift::protocol::TJSONProtocol;
 using apache::thrift::transport::TBufferedTransport;
 
 template <class Record>
-int write(const std::string& path, const Record& record) {
-  const int fd = createRecordFile(path);
-  if (fd < 0) {
-    return kRecordFileNotOpened;
-  }
+RecordFileResult write(const std::string& path, const Record& record) {
   try {
-    const auto buffered = std::make_shared<TBufferedTransport>(owningTransport(fd));
-    JsonProtocol protocol(buffered, 0);
+    const auto file = createRecordFile(path);
+    if (!file->isOpen()) {
+      return kRecordFileNotOpened;
+    }
+    const auto buffered = std::make_shared<TBufferedTransport>(file);
+    TJSONProtocol protocol(buffered);
     record.write(&protocol);
     // syncfs comes before the last buffer reaches the file; the sync after it makes that durable.
-    (void)syncfs(fd);
+    (void)syncfs(file->getFD());
     buffered->close();  // flushes, then closes the file
     sync();
   } catch (...) {
@@ -34,38 +33,23 @@ int write(const std::string& path, const Record& record) {
   return kRecordFileDone;
 }
 
-template <class Record>
-int read(const std::string& path, Record& record) {
-  const int fd = openRecordFile(path);
-  if (fd < 0) {
-    return kRecordFileNotOpened;
-  }
-  try {
-    const auto text = readRecordFile(fd);
-    JsonProtocol protocol(text, text->available_read());
-    record.read(&protocol);
-  } catch (...) {
-    return kRecordFileFailed;
-  }
-  return kRecordFileDone;
-}
-
 }  // namespace
 
-int writeRecordToFile(const std::string& path, const TableStoreFile& record) {
+RecordFileResult writeRecordToFile(const std::string& path, const TableStoreFile& record) {
   return write(path, record);
 }
 
-int writeRecordToFile(const std::string& path, const EITTableVersionStoreFile& record) {
+RecordFileResult writeRecordToFile(const std::string& path,
+                                   const EITTableVersionStoreFile& record) {
   return write(path, record);
 }
 
-int readRecordFromFile(const std::string& path, TableStoreFile& record) {
-  return read(path, record);
+RecordFileResult readRecordFromFile(const std::string& path, TableStoreFile& record) {
+  return readRecord(path, record);
 }
 
-int readRecordFromFile(const std::string& path, EITTableVersionStoreFile& record) {
-  return read(path, record);
+RecordFileResult readRecordFromFile(const std::string& path, EITTableVersionStoreFile& record) {
+  return readRecord(path, record);
 }
 
 }  // namespace tevra

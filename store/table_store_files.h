@@ -29,7 +29,7 @@ namespace tevra {
 [[nodiscard]] int loadEITTableVersionStoreFile(EITTableVersionStoreFile& record, int32_t mptsIndex);
 ///@}
 
-/** Starts that an entry survives without being written again; see ageEntries. */
+/** The highest counter with which an entry still survives a start; see ageEntries. */
 inline constexpr int32_t kMaxRestartCounter = 3;
 
 /**

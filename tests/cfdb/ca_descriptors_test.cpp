@@ -4,11 +4,32 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <new>
 #include <string>
 #include <vector>
 
+#include "records/dvbpsi.h"
 #include "tests/cfdb/builders.h"
 #include "tests/fakes/fake_platform.h"
+
+namespace {
+
+bool encoderLacksMemory = false;
+
+}  // namespace
+
+// The linker sends every call of the encoder here; the names are its own.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+
+dvbpsi_descriptor_t* __real_dvbpsi_GenCADr(dvbpsi_ca_dr_t* decoded, bool duplicate);
+
+dvbpsi_descriptor_t* __wrap_dvbpsi_GenCADr(dvbpsi_ca_dr_t* decoded, bool duplicate) {
+  return encoderLacksMemory ? nullptr : __real_dvbpsi_GenCADr(decoded, duplicate);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace tevra {
 namespace {
@@ -142,6 +163,13 @@ TEST_F(CaDescriptorsTest, ManyDescriptorsAreAllRemapped) {
     expected.push_back(makeCaDescriptor(i, static_cast<uint16_t>(101 + i)));
   }
   EXPECT_EQ(remap(input), expected);
+}
+
+TEST_F(CaDescriptorsTest, LackOfMemoryIsRaised) {
+  encoderLacksMemory = true;
+  EXPECT_THROW((void)remap({makeCaDescriptor(1, 0x100)}), std::bad_alloc);
+  encoderLacksMemory = false;
+  EXPECT_THAT(remap({makeCaDescriptor(1, 0x100)}), ElementsAre(makeCaDescriptor(1, 101)));
 }
 
 TEST_F(CaDescriptorsTest, DroppingLeavesOutCaDescriptorsSilentlyAndAllocatesNothing) {

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -276,115 +275,6 @@ TEST_F(ConflictFreeDBThreads, TheMappingIsReadWhileItGrowsRestartsAndIsSaved) {
   for (int32_t input = 0; input < 20; ++input) {
     EXPECT_EQ(pids.getInputPID(pids.getConflictFreePID(input)), input);
   }
-}
-
-// Which locks are held while the owner is asked
-
-/** Whether an action on another thread ends while this one is inside a pass. */
-class WhileRestamping : public test::ConflictFreeDBFixture {
- protected:
-  WhileRestamping() {
-    owner_.onSelect([this] {
-      other_ = std::async(std::launch::async, action_);
-      endedMeanwhile_ = other_.wait_for(patience_) == std::future_status::ready;
-    });
-  }
-
-  bool endsDuringPresentFollowing(std::function<void()> action) {
-    return endsDuring(
-        [this](EITMap& out) { EXPECT_TRUE(database_.getConflictFreeEITpf(out, oneEit())); },
-        std::move(action));
-  }
-
-  bool endsDuringSchedule(std::function<void()> action) {
-    return endsDuring(
-        [this](EITMap& out) { EXPECT_TRUE(database_.getConflictFreeEITsch(out, oneEit())); },
-        std::move(action));
-  }
-
-  void expectToEndMeanwhile() { patience_ = std::chrono::seconds(20); }
-  void expectToWait() { patience_ = std::chrono::milliseconds(100); }
-
- private:
-  static EITMap oneEit() {
-    EITMap map;
-    map[1][0x4E].serviceId = 1;
-    return map;
-  }
-
-  bool endsDuring(const std::function<void(EITMap&)>& pass, std::function<void()> action) {
-    action_ = std::move(action);
-    EITMap out;
-    pass(out);
-    other_.get();
-    return endedMeanwhile_;
-  }
-
-  std::function<void()> action_;
-  std::chrono::milliseconds patience_{0};
-  std::future<void> other_;
-  bool endedMeanwhile_ = false;
-};
-
-TEST_F(WhileRestamping, AnEitCannotBeSet) {
-  const auto setEit = [this] {
-    EIT out;
-    EXPECT_TRUE(database_.setConflictFreeEIT(out, EIT()));
-  };
-  expectToWait();
-  EXPECT_FALSE(endsDuringPresentFollowing(setEit));
-  EXPECT_FALSE(endsDuringSchedule(setEit));
-  EXPECT_EQ(fake::timesLogged(3, "[setConflictFreeEIT] Not implemented!"), 2);
-}
-
-TEST_F(WhileRestamping, TheDatabaseCannotBeCleared) {
-  const auto clear = [this] { database_.clearConflictFreeDB(); };
-  expectToWait();
-  EXPECT_FALSE(endsDuringPresentFollowing(clear));
-  EXPECT_FALSE(endsDuringSchedule(clear));
-}
-
-TEST_F(WhileRestamping, TheOtherKindCanBeRestamped) {
-  expectToEndMeanwhile();
-  EXPECT_TRUE(endsDuringPresentFollowing([this] {
-    EITMap out;
-    EXPECT_TRUE(database_.getConflictFreeEITsch(out, {}));
-  }));
-  EXPECT_TRUE(endsDuringSchedule([this] {
-    EITMap out;
-    EXPECT_TRUE(database_.getConflictFreeEITpf(out, {}));
-  }));
-}
-
-TEST_F(WhileRestamping, TheSameKindCannotBeRestamped) {
-  expectToWait();
-  EXPECT_FALSE(endsDuringPresentFollowing([this] {
-    EITMap out;
-    EXPECT_TRUE(database_.getConflictFreeEITpf(out, {}));
-  }));
-  EXPECT_FALSE(endsDuringSchedule([this] {
-    EITMap out;
-    EXPECT_TRUE(database_.getConflictFreeEITsch(out, {}));
-  }));
-}
-
-TEST_F(WhileRestamping, EveryOtherTableIsFree) {
-  expectToEndMeanwhile();
-  EXPECT_TRUE(endsDuringPresentFollowing([this] {
-    PAT pat;
-    PMT pmt;
-    CAT cat;
-    TOT tot;
-    NIT nit;
-    BAT bat;
-    EXPECT_TRUE(database_.setConflictFreePAT(pat, makePat(7, {{1, 0x100}})));
-    EXPECT_TRUE(database_.setConflictFreeSDT(SDT()));
-    EXPECT_TRUE(database_.setConflictFreePMT(pmt, makePmt(1, 0x101)));
-    EXPECT_TRUE(database_.setConflictFreeCAT(cat, CAT()));
-    EXPECT_TRUE(database_.setConflictFreeTOT(tot, TOT()));
-    EXPECT_TRUE(database_.setConflictFreeNIT(nit, NIT()));
-    EXPECT_TRUE(database_.setConflictFreeBAT(bat, BAT()));
-  }));
 }
 
 }  // namespace

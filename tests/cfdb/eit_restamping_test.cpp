@@ -275,15 +275,16 @@ TEST_F(EitRestamping, LeavesTheOutParameterAloneWhenThereIsNoSuchEit) {
   database_.restampEITpf(mapOf({makeEit(1, 0x4E, 0)}));
   EXPECT_FALSE(database_.getRestampedEITpf(eit, 1, 0x4F));
   EXPECT_FALSE(database_.getRestampedEITpf(eit, 2, 0x4E));
-  database_.clearConflictFreeDB();
-  EXPECT_FALSE(database_.getRestampedEITpf(eit, 1, 0x4E));
   EXPECT_EQ(eit, untouched);
 }
 
-TEST_F(EitRestamping, CopiesOutNothingButWhatItWasGiven) {
-  (void)restamp(mapOf({makeEit(1, 0x4E, 0), makeEit(2, 0x4E, 0)}));
-  const EITMap out = restamp(mapOf({makeEit(2, 0x4E, 0)}));
-  EXPECT_EQ(out, mapOf({makeEit(2, 0x4E, 2)}));
+TEST_F(EitRestamping, NeitherKindIsLeftAfterAClear) {
+  database_.restampEITpf(mapOf({makeEit(1, 0x4E, 0)}));
+  database_.restampEITsch(mapOf({makeEit(1, 0x50, 0)}));
+  database_.clearConflictFreeDB();
+  EIT eit;
+  EXPECT_FALSE(database_.getRestampedEITpf(eit, 1, 0x4E));
+  EXPECT_FALSE(database_.getRestampedEITsch(eit, 1, 0x50));
 }
 
 }  // namespace

@@ -132,6 +132,7 @@ INSTANTIATE_TEST_SUITE_P(PidRemapFile, RefusedContent,
                                          "{\"1\":{\"i32\":1}", "\xFF\xFE",
                                          "{\"2\":{\"map\":[\"i32\",\"i32\",2,{\"1\":2}]}}",
                                          "{\"2\":{\"map\":[\"i32\",\"i32\",-1,{}]}}",
+                                         "{\"2\":{\"map\":[\"i32\",\"i32\",1,{\"\":2}]}}",
                                          // a byte above 255, in a member that is not known
                                          "{\"9\":{\"i8\":300}}"));
 
@@ -208,8 +209,19 @@ INSTANTIATE_TEST_SUITE_P(PidRemapFile, HostileCounter,
                          testing::Values(Counter{"2147483647", 1, 2}, Counter{"2147483646", 0, 1},
                                          Counter{"2147483645", 65535, 0},
                                          Counter{"-2147483648", 2, 3}, Counter{"-1", 1, 2},
-                                         Counter{"-2", 0, 1}, Counter{"65535", 1, 2},
-                                         Counter{"99999999999999999999", 1, 2}));
+                                         Counter{"-2", 0, 1}, Counter{"65535", 1, 2}));
+
+class CounterThatIsNoInteger : public HostilePidRemapFile,
+                               public testing::WithParamInterface<const char*> {};
+
+TEST_P(CounterThatIsNoInteger, LeavesAFreshMapping) {
+  EXPECT_EQ(readingGives(fileWithCounter(GetParam())), -2);
+  expectFreshMapping();
+}
+
+INSTANTIATE_TEST_SUITE_P(PidRemapFile, CounterThatIsNoInteger,
+                         testing::Values("", "-", "\"100\"", "2147483648", "-2147483649",
+                                         "99999999999999999999", "1.5", "1e2"));
 
 TEST_F(HostilePidRemapFile, ACounterPastThePoolIsReportedByItsFirstNewPid) {
   ASSERT_EQ(readingGives(fileWithCounter("2147483646")), 0);

@@ -151,6 +151,7 @@ TEST_F(PidRemapFile, IsSyncedWholeThenClosedThenEverythingIsSynced) {
   EXPECT_GE(calls[0].fd, 0);
   EXPECT_EQ(calls[0].size, static_cast<off_t>(std::string(kTwoPids).size()));
   EXPECT_EQ(calls[1].fd, -1);
+  EXPECT_EQ(calls[1].size, calls[0].size);
   EXPECT_TRUE(calls[1].closed);
 }
 
@@ -254,6 +255,18 @@ TEST_F(PidRemapFileAfterACat, HoldsItsPidsWithTheNextPmt) {
   PMT out;
   EXPECT_TRUE(database_.setConflictFreePMT(out, makePmt(1, 0x500)));
   EXPECT_TRUE(catIsSaved());
+}
+
+TEST_F(PidRemapFile, HoldsThePidsOfACatWithTheNextOutputPmt) {
+  PMT out;
+  EXPECT_TRUE(database_.setConflictFreePMT(out, makePmt(1, 0x100)));
+  CAT in;
+  CAT cat;
+  in.descriptors = {makeCaDescriptor(1, 0x500)};
+  EXPECT_TRUE(database_.setConflictFreeCAT(cat, in));
+  EXPECT_EQ(saved().inputToOutput.count(0x500), 0U);
+  EXPECT_TRUE(database_.getOutputPMT(out, 1));
+  EXPECT_EQ(saved().inputToOutput.count(0x500), 1U);
 }
 
 TEST_F(PidRemapFileAfterACat, HoldsItsPidsWithTheNextOutputPmtEvenAMissingOne) {

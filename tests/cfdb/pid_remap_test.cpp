@@ -6,12 +6,14 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
+#include <new>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "cfdb/pid_remap_file.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/inputdb/allocation_hook.h"
 
 namespace tevra {
 namespace {
@@ -182,6 +184,30 @@ TEST_F(PidRemapTest, AnOutputPidAsInputIsRemappedLikeAnyOther) {
   EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
   EXPECT_EQ(pids.getConflictFreePID(501), 502);
   EXPECT_EQ(pids.getInputPID(502), 501);
+}
+
+TEST_F(PidRemapTest, LackOfMemoryLeavesBothDirectionsAndTheNextPidAsTheyWere) {
+  size_t allowed = 0;
+  bool lacking = true;
+  while (lacking) {
+    PidRemap pids = poolFrom500();
+    EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
+    {
+      const test::AllocationHook failing(
+          1, [] { throw std::bad_alloc(); }, allowed);
+      try {
+        (void)pids.getConflictFreePID(0x200);
+      } catch (const std::bad_alloc&) {
+        EXPECT_TRUE(failing.triggered());
+      }
+      lacking = failing.triggered();
+    }
+    EXPECT_EQ(pids.getInputPID(502), lacking ? kUnknownPid : 0x200) << allowed;
+    EXPECT_EQ(pids.getConflictFreePID(0x200), 502) << allowed;
+    EXPECT_EQ(pids.getInputPID(502), 0x200) << allowed;
+    ++allowed;
+  }
+  EXPECT_EQ(allowed, 3U);  // a node of either map, then none
 }
 
 TEST_F(PidRemapTest, APoolBelowZeroGivesTheLow16Bits) {

@@ -11,8 +11,8 @@ thread_local AllocationHook* hookOfThread = nullptr;
 
 }  // namespace
 
-AllocationHook::AllocationHook(size_t bytes, std::function<void()> action)
-    : bytes_(bytes), action_(std::move(action)) {
+AllocationHook::AllocationHook(size_t bytes, std::function<void()> action, size_t passed)
+    : bytes_(bytes), action_(std::move(action)), passed_(passed) {
   hookOfThread = this;
 }
 
@@ -21,10 +21,15 @@ AllocationHook::~AllocationHook() {
 }
 
 void AllocationHook::allocating(size_t bytes) {
-  if (bytes >= bytes_ && !triggered_) {
-    triggered_ = true;
-    action_();
+  if (bytes < bytes_ || triggered_) {
+    return;
   }
+  if (passed_ > 0) {
+    --passed_;
+    return;
+  }
+  triggered_ = true;
+  action_();
 }
 
 }  // namespace tevra::test

@@ -7,12 +7,12 @@ namespace tevra::test {
 
 /**
  * Calls `action` once, inside the first operator new of at least `bytes` bytes that this thread
- * makes during the hook's life. An action that throws makes the allocation fail with what it
- * throws. One hook per thread at a time.
+ * makes during the hook's life, `passed` of them not counted. An action that throws makes the
+ * allocation fail with what it throws. One hook per thread at a time.
  */
 class AllocationHook {
  public:
-  AllocationHook(size_t bytes, std::function<void()> action);
+  AllocationHook(size_t bytes, std::function<void()> action, size_t passed = 0);
   ~AllocationHook();
   AllocationHook(const AllocationHook&) = delete;
   AllocationHook& operator=(const AllocationHook&) = delete;
@@ -26,6 +26,7 @@ class AllocationHook {
  private:
   size_t bytes_;
   std::function<void()> action_;
+  size_t passed_;
   bool triggered_ = false;
 };
 

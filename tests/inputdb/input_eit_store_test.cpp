@@ -198,10 +198,17 @@ TEST_P(InputEITStore, AMergeThatFailsKeepsWhatItHasDoneAndFreesTheLock) {
   const EITMap eits = {{0, {{0x50, eit(0, 0x50, 7, 1)}}},
                        {1, {{0x50, largeEIT()}}},
                        {2, {{0x50, eit(2, 0x50, 7, 1)}}}};
+  fake::clearLog();
   {
     const AllocationHook failing(kLargeAllocation, [] { throw std::bad_alloc(); });
     EXPECT_THROW(set(eits), std::bad_alloc);
   }
+  EXPECT_EQ(
+      fake::logLines(),
+      (std::vector<fake::LogLine>{
+          line(GetParam().line),
+          line(GetParam().perEIT + std::string("SID [0x0000] tid [0x50] v[7] nevents [1]")),
+          line(GetParam().perEIT + std::string("SID [0x0001] tid [0x50] v[9] nevents [50000]"))}));
   EXPECT_EQ(held(), (EITMap{{0, {{0x50, eit(0, 0x50, 7, 1)}}}, {1, {{0x50, eit(1, 0x50, 9, 2)}}}}));
   EXPECT_TRUE(set(eits));
   EXPECT_EQ(held(), eits);
@@ -215,6 +222,22 @@ TEST_P(InputEITStore, AGetterThatFailsFreesTheLock) {
     EXPECT_THROW((void)get(out), std::bad_alloc);
   }
   EXPECT_EQ(held()[1][0x50].events.size(), 50000U);
+}
+
+TEST_P(InputEITStore, ClearWaitsForASetter) {
+  const EITMap eits = {{1, {{0x50, largeEIT()}}}};
+  std::future<void> clearing;
+  {
+    const AllocationHook copying(kLargeAllocation, [&] {
+      clearing = std::async(std::launch::async, [this] { db_.clear(); });
+      EXPECT_EQ(clearing.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    });
+    set(eits);
+    ASSERT_TRUE(copying.triggered());
+  }
+  clearing.get();
+  EITMap out;
+  EXPECT_FALSE(get(out));
 }
 
 TEST_P(InputEITStore, ASetterHoldsItsReadersButNotTheOtherStore) {

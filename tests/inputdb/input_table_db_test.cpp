@@ -1,5 +1,7 @@
 #include "inputdb/input_table_db.h"
 
+#include <chrono>
+#include <future>
 #include <new>
 
 #include <gtest/gtest.h>
@@ -173,10 +175,14 @@ TEST_F(InputTableDBTest, APMTCopyThatFailsLeavesThePartAssignedAndTheLockFree) {
   db_.setInputPMT(pmt(1, 30));
   PMT large = pmt(1, 5);
   large.esList.resize(50000);
+  fake::clearLog();
   {
     const AllocationHook failing(1024 * 1024, [] { throw std::bad_alloc(); });
     EXPECT_THROW(db_.setInputPMT(large), std::bad_alloc);
   }
+  EXPECT_EQ(
+      fake::logLines(),
+      (std::vector<fake::LogLine>{{kLogDebug, "", "Guardo PMT en DB local! inputSID [0x0001]"}}));
   PMT out;
   ASSERT_TRUE(db_.getInputPMT(out, 1));
   EXPECT_EQ(out.version, 5);
@@ -185,6 +191,22 @@ TEST_F(InputTableDBTest, APMTCopyThatFailsLeavesThePartAssignedAndTheLockFree) {
   EXPECT_TRUE(db_.setInputPMT(pmt(1, 6)));
   ASSERT_TRUE(db_.getInputPMT(out, 1));
   EXPECT_EQ(out, pmt(1, 6));
+}
+
+TEST_F(InputTableDBTest, ClearWaitsForAPMTSetter) {
+  PMT large = pmt(1, 5);
+  large.esList.resize(50000);
+  std::future<void> clearing;
+  {
+    const AllocationHook copying(1024 * 1024, [&] {
+      clearing = std::async(std::launch::async, [this] { db_.clear(); });
+      EXPECT_EQ(clearing.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    });
+    db_.setInputPMT(large);
+    ASSERT_TRUE(copying.triggered());
+  }
+  clearing.get();
+  EXPECT_TRUE(programNumbers().empty());
 }
 
 TEST_F(InputTableDBTest, APMTGetterThatFailsRaisesAndLeavesTheLockFree) {

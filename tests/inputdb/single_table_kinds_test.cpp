@@ -156,10 +156,13 @@ TYPED_TEST(SingleTableKinds, ClearEmptiesEveryKindButTheTOT) {
 TYPED_TEST(SingleTableKinds, ACopyThatFailsLeavesTheKindEmptyAndUnlocked) {
   Kind<TypeParam>::set(this->db_, sample<TypeParam>());
   const TypeParam large = this->large();
+  fake::clearLog();
   {
     const AllocationHook failing(kLargeAllocation, [] { throw std::bad_alloc(); });
     EXPECT_THROW(Kind<TypeParam>::set(this->db_, large), std::bad_alloc);
   }
+  EXPECT_EQ(fake::logLines(),
+            (std::vector<fake::LogLine>{{kLogDebug, "", Kind<TypeParam>::kLine}}));
   EXPECT_TRUE(this->holdsNothing());
   EXPECT_TRUE(Kind<TypeParam>::set(this->db_, sample<TypeParam>()));
   EXPECT_EQ(this->held(), sample<TypeParam>());

@@ -152,6 +152,16 @@ TEST_F(DvbpsiConverters, TheFlagsOfConvertedRecordsStayFalse) {
   EXPECT_EQ(flagsOf(pmt), std::vector<bool>(6, false));
   EXPECT_EQ(flagsOf(pmt.esList[0]), std::vector<bool>(3, false));
   EXPECT_EQ(flagsOf(pmt.esList[0].descriptors[0]), std::vector<bool>(2, false));
+  PAT oneProgramme;
+  oneProgramme.programs.resize(1);
+  oneProgramme.programs[0].pid = 32;
+  const PAT pat = d2tPAT(t2dPAT(oneProgramme).get());
+  EXPECT_EQ(flagsOf(pat), std::vector<bool>(4, false));
+  EXPECT_EQ(flagsOf(pat.programs.at(0)), std::vector<bool>(2, false));
+  const SDT sdt = d2tSDT(t2dSDT(sampleSDT()).get());
+  EXPECT_EQ(flagsOf(sdt), std::vector<bool>(6, false));
+  EXPECT_EQ(flagsOf(sdt.services.at(1)), std::vector<bool>(6, false));
+  EXPECT_EQ(flagsOf(sdt.services.at(1).descriptors.at(0)), std::vector<bool>(2, false));
 }
 
 TEST_F(DvbpsiConverters, PATToDvbpsi) {

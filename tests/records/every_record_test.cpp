@@ -166,7 +166,7 @@ TYPED_TEST(EveryRecord, RoundTripsThroughTheBinaryProtocol) {
 TYPED_TEST(EveryRecord, RoundTripsThroughJson) {
   for (const TypeParam& record : {TypeParam(), sample<TypeParam>()}) {
     const std::string json = jsonOf(record);
-    JsonProtocol protocol(memoryOf(json), json.size());
+    JsonProtocol protocol(memoryOf(json));
     TypeParam read;
     read.read(&protocol);
     EXPECT_TRUE(read == record) << jsonOf(read);

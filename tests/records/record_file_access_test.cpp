@@ -1,5 +1,6 @@
 #include "records/record_file_access.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,19 +9,27 @@
 #include <fstream>
 #include <string>
 
+#include "records/records.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/inputdb/allocation_hook.h"
+#include "tests/records/wire.h"
+#include "tests/store/file_helpers.h"
 
 namespace tevra::test {
 namespace {
 
 class RecordFileAccess : public fake::PlatformTest {
  protected:
+  static std::string contentOf(const std::string& path) {
+    return readRecordFile(*openRecordFile(path))->getBufferAsString();
+  }
+
   const std::string file_ = path("file");
   const std::string pipe_ = path("pipe");
 };
 
 TEST_F(RecordFileAccess, ANewFileIsForItsOwnerAlone) {
-  const auto transport = owningTransport(createRecordFile(file_));
+  const auto transport = createRecordFile(file_);
   struct stat status {};
   ASSERT_EQ(stat(file_.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777U, 0600U);
@@ -28,56 +37,115 @@ TEST_F(RecordFileAccess, ANewFileIsForItsOwnerAlone) {
 
 TEST_F(RecordFileAccess, CreatingTruncatesWhatWasThere) {
   std::ofstream(file_) << "something";
-  const auto transport = owningTransport(createRecordFile(file_));
+  const auto transport = createRecordFile(file_);
   EXPECT_EQ(std::ifstream(file_).peek(), std::ifstream::traits_type::eof());
 }
 
 TEST_F(RecordFileAccess, WhatIsNotThereCannotBeOpened) {
-  EXPECT_EQ(openRecordFile(file_), -1);
-  EXPECT_EQ(createRecordFile(path("none/file")), -1);
+  EXPECT_FALSE(openRecordFile(file_)->isOpen());
+  EXPECT_FALSE(createRecordFile(path("none/file"))->isOpen());
 }
 
 TEST_F(RecordFileAccess, APipeWithoutAReaderIsNotWaitedFor) {
   ASSERT_EQ(mkfifo(pipe_.c_str(), 0600), 0);
-  EXPECT_EQ(createRecordFile(pipe_), -1);
+  EXPECT_FALSE(createRecordFile(pipe_)->isOpen());
 }
 
 TEST_F(RecordFileAccess, APipeWithoutAWriterIsEmpty) {
   ASSERT_EQ(mkfifo(pipe_.c_str(), 0600), 0);
-  const int fd = openRecordFile(pipe_);
-  ASSERT_GE(fd, 0);
-  EXPECT_EQ(readRecordFile(fd)->getBufferAsString(), "");
+  ASSERT_TRUE(openRecordFile(pipe_)->isOpen());
+  EXPECT_EQ(contentOf(pipe_), "");
 }
 
 TEST_F(RecordFileAccess, ReadsAFileWhole) {
   for (const size_t size : {0U, 1U, 8U, 16383U, 16384U, 16385U, 100000U}) {
     std::string content(size, 'x');
     std::ofstream(file_) << content;
-    EXPECT_EQ(readRecordFile(openRecordFile(file_))->getBufferAsString(), content);
+    EXPECT_EQ(contentOf(file_), content);
   }
 }
 
 TEST_F(RecordFileAccess, ReadsNoMoreThanTheLimit) {
   std::ofstream(file_) << "abcdefgh";
-  EXPECT_EQ(readRecordFile(openRecordFile(file_), 0)->getBufferAsString(), "");
-  EXPECT_EQ(readRecordFile(openRecordFile(file_), 5)->getBufferAsString(), "abcde");
-  EXPECT_EQ(readRecordFile(openRecordFile(file_), 9)->getBufferAsString(), "abcdefgh");
+  EXPECT_EQ(readRecordFile(*openRecordFile(file_), 0)->getBufferAsString(), "");
+  EXPECT_EQ(readRecordFile(*openRecordFile(file_), 5)->getBufferAsString(), "abcde");
+  EXPECT_EQ(readRecordFile(*openRecordFile(file_), 9)->getBufferAsString(), "abcdefgh");
 }
 
 TEST_F(RecordFileAccess, ReadsOfAnEndlessFileWhatAFileMayHold) {
-  EXPECT_EQ(readRecordFile(openRecordFile("/dev/zero"))->available_read(), kMaxRecordFileSize);
+  EXPECT_EQ(readRecordFile(*openRecordFile("/dev/zero"))->available_read(), kMaxRecordFileSize);
 }
 
-TEST_F(RecordFileAccess, ADirectoryCannotBeRead) {
-  EXPECT_THROW((void)readRecordFile(openRecordFile(path("."))),
-               apache::thrift::transport::TTransportException);
+TEST_F(RecordFileAccess, ADirectoryIsEmpty) {
+  ASSERT_TRUE(openRecordFile(path("."))->isOpen());
+  EXPECT_EQ(contentOf(path(".")), "");
 }
 
-TEST_F(RecordFileAccess, ReadingClosesTheFile) {
+TEST_F(RecordFileAccess, AFileThatCannotBeReadToItsEndEndsWhereReadingFails) {
+  ASSERT_EQ(mkfifo(pipe_.c_str(), 0600), 0);
+  const int writer = open(pipe_.c_str(), O_RDWR | O_CLOEXEC);
+  // More than one block, and no end: the next read fails.
+  const std::string written(20000, 'x');
+  ASSERT_EQ(write(writer, written.data(), written.size()), ssize_t{20000});
+  EXPECT_EQ(contentOf(pipe_), written);
+  close(writer);
+}
+
+TEST_F(RecordFileAccess, TheFileIsClosedWithItsOwner) {
   std::ofstream(file_) << "abc";
-  const int fd = openRecordFile(file_);
-  (void)readRecordFile(fd);
-  EXPECT_EQ(close(fd), -1);
+  const std::ptrdiff_t before = openDescriptors();
+  (void)openRecordFile(file_);
+  (void)createRecordFile(file_);
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+/** Runs `action` with one of its allocations, the one after `allowed`, failing. False when it makes
+ * fewer. */
+template <class Action>
+bool failsForLackOfMemory(size_t allowed, Action action) {
+  const AllocationHook failing(
+      1, [] { throw std::bad_alloc(); }, allowed);
+  try {
+    action();
+  } catch (const std::bad_alloc&) {
+    EXPECT_TRUE(failing.triggered());
+  }
+  return failing.triggered();
+}
+
+TEST_F(RecordFileAccess, LackOfMemoryLeavesNothingOpen) {
+  std::ofstream(file_) << "{}";
+  const std::ptrdiff_t before = openDescriptors();
+  size_t allowed = 0;
+  while (failsForLackOfMemory(allowed, [&] {
+    (void)openRecordFile(file_);
+    (void)createRecordFile(file_);
+  })) {
+    EXPECT_EQ(openDescriptors(), before) << allowed;
+    ++allowed;
+  }
+  EXPECT_GE(allowed, 2U);
+}
+
+TEST_F(RecordFileAccess, LackOfMemoryFailsTheReadingOfARecordAndLeavesNothingOpen) {
+  PIDRemap whole;
+  whole.inputToOutput = {{1, 2}, {3, 4}};
+  std::ofstream(file_) << jsonOf(whole);
+  const std::ptrdiff_t before = openDescriptors();
+  int result = kRecordFileFailed;
+  PIDRemap record;
+  size_t allowed = 0;
+  while (failsForLackOfMemory(allowed, [&] {
+    record = PIDRemap();
+    result = readRecord(file_, record);
+  })) {
+    EXPECT_EQ(result, kRecordFileFailed) << allowed;
+    EXPECT_EQ(openDescriptors(), before) << allowed;
+    ++allowed;
+  }
+  EXPECT_GT(allowed, 10U);
+  EXPECT_EQ(result, kRecordFileDone);
+  EXPECT_EQ(record, whole);
 }
 
 }  // namespace

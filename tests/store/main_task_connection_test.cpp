@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "platform/module_utils.h"
 #include "store/main_task_client.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/inputdb/allocation_hook.h"
 #include "tests/records/wire.h"
 #include "tests/store/file_helpers.h"
 #include "tests/store/raw_main_task.h"
@@ -179,6 +181,14 @@ TEST_F(MainTaskConnection, WhatIsUnderWayWhenTheCallReturnsArrivesWhole) {
   mainTask.accept();
   EXPECT_TRUE(scheduleIn(mainTask.readToEnd()) == eit);
   EXPECT_TRUE(fake::logged(kLogDebug, kScheduleSuccess));
+}
+
+TEST_F(MainTaskConnection, LackOfMemoryIsRaisedAndNotTakenForAFailingCall) {
+  RawMainTask mainTask;
+  const EIT eit = eitOf(1'000'000);
+  const AllocationHook failing(size_t{256} * 1024, [] { throw std::bad_alloc(); });
+  EXPECT_THROW(notifyEITSchedule(mainTask.port(), eit), std::bad_alloc);
+  EXPECT_TRUE(fake::logLines().empty());
 }
 
 TEST_F(MainTaskConnection, AReaderThatTakesItsTimeGetsALargeNotificationWhole) {

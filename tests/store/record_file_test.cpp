@@ -1,8 +1,16 @@
 #include "store/record_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <new>
+#include <string>
+#include <vector>
+
+#include "tests/cfdb/sync_recorder.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/inputdb/allocation_hook.h"
 #include "tests/records/sample_records.h"
 #include "tests/records/wire.h"
 #include "tests/store/file_helpers.h"
@@ -28,6 +36,15 @@ class RecordFile : public fake::PlatformTest {
     writeContent(file(), content);
     read_ = Record();
     return readRecordFromFile(file(), read_);
+  }
+
+  /** The sample, which has two entries, and a third with the greatest key. */
+  static Record threeEntries() {
+    Record record = sample<Record>();
+    auto& entries = record.*std::get<0>(Members<Record>::kAll);
+    entries[INT32_MAX] = entries.begin()->second;
+    EXPECT_EQ(entries.size(), 3U);
+    return record;
   }
 
   Record read_;
@@ -124,14 +141,55 @@ TYPED_TEST(RecordFile, TruncationAtEveryOffsetFails) {
 }
 
 TYPED_TEST(RecordFile, WhatWasReadBeforeTheFaultIsKept) {
-  TypeParam whole = sample<TypeParam>();
-  auto& entries = whole.*std::get<0>(Members<TypeParam>::kAll);
-  entries[INT32_MAX] = entries.begin()->second;
-  const std::string json = jsonOf(whole);
-  ASSERT_EQ(entries.size(), 3U);
+  const std::string json = jsonOf(this->threeEntries());
   EXPECT_EQ(this->readContent(json.substr(0, json.find("\"2147483647\""))), kFailed);
-  entries.erase(INT32_MAX);
-  EXPECT_EQ(this->read_, whole);
+  EXPECT_EQ(this->read_, sample<TypeParam>());
+}
+
+TYPED_TEST(RecordFile, WhatWasReadBeforeAReadErrorIsKept) {
+  const std::string json = jsonOf(this->threeEntries());
+  const std::string part = json.substr(0, json.find("\"2147483647\""));
+  // With a writer that says nothing more, reading on fails.
+  ASSERT_EQ(mkfifo(this->file().c_str(), 0600), 0);
+  const int writer = open(this->file().c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(write(writer, part.data(), part.size()), static_cast<ssize_t>(part.size()));
+  EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kFailed);
+  close(writer);
+  EXPECT_EQ(this->read_, sample<TypeParam>());
+}
+
+TYPED_TEST(RecordFile, TheEntriesBeforeAKeyThatIsNoIntegerAreKept) {
+  const std::string json = jsonOf(this->threeEntries());
+  for (const char* key : {"", "-", "2147483648", "-2147483649"}) {
+    std::string changed = json;
+    changed.replace(json.find("2147483647"), 10, key);
+    EXPECT_EQ(this->readContent(changed), kFailed) << key;
+    EXPECT_EQ(this->read_, sample<TypeParam>());
+  }
+}
+
+/** Runs `action` with the allocation after `allowed` others failing; false when it makes fewer. */
+template <class Action>
+bool lacksMemory(size_t allowed, Action action) {
+  const AllocationHook failing(
+      1, [] { throw std::bad_alloc(); }, allowed);
+  action();
+  return failing.triggered();
+}
+
+TYPED_TEST(RecordFile, LackOfMemoryIsAFailure) {
+  const TypeParam record = sample<TypeParam>();
+  const std::string file = this->file();
+  int result = kDone;
+  size_t allowed = 0;
+  clearSyncCalls();
+  while (lacksMemory(allowed, [&] { result = writeRecordToFile(file, record); })) {
+    EXPECT_EQ(result, kFailed) << allowed;
+    ++allowed;
+  }
+  EXPECT_GT(allowed, 2U);
+  EXPECT_EQ(result, kDone);
+  EXPECT_EQ(contentOf(file), jsonOf(record));
 }
 
 TYPED_TEST(RecordFile, WhatIsNoRecordFails) {

@@ -1,0 +1,208 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <future>
+#include <ostream>
+#include <utility>
+
+#include "cfdb/conflict_free_db.h"
+#include "tests/cfdb/builders.h"
+#include "tests/cfdb/conflict_free_db_fixture.h"
+#include "tests/cfdb/sync_recorder.h"
+#include "tests/inputdb/allocation_hook.h"
+
+// Which operation waits for which other.
+
+namespace tevra {
+namespace {
+
+using test::makePat;
+using test::makePmt;
+
+// Which locks a clear waits for
+
+/** A setter, the first allocation of which, for its log line, is inside its lock. */
+struct Setter {
+  const char* name;
+  void (*set)(ConflictFreeDB& database);
+  bool clearWaits;
+};
+
+std::ostream& operator<<(std::ostream& out, const Setter& setter) {
+  return out << setter.name;
+}
+
+template <auto set, class Table>
+void setEmpty(ConflictFreeDB& database) {
+  Table out;
+  EXPECT_TRUE((database.*set)(out, Table()));
+}
+
+template <auto restamp>
+void restampNothing(ConflictFreeDB& database) {
+  (database.*restamp)({});
+}
+
+class EverySetter : public test::ConflictFreeDBFixture,
+                    public testing::WithParamInterface<Setter> {};
+
+TEST_P(EverySetter, HoldsAClearUpUnlessItIsTheTots) {
+  std::future<void> clearing;
+  {
+    const test::AllocationHook setting(1, [&] {
+      clearing = std::async(std::launch::async, [this] { database_.clearConflictFreeDB(); });
+      const auto patience = std::chrono::milliseconds(GetParam().clearWaits ? 50 : 20'000);
+      EXPECT_EQ(clearing.wait_for(patience) == std::future_status::timeout, GetParam().clearWaits);
+    });
+    GetParam().set(database_);
+    ASSERT_TRUE(setting.triggered());
+  }
+  clearing.get();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    ConflictFreeDB, EverySetter,
+    testing::Values(
+        Setter{"PAT", setEmpty<&ConflictFreeDB::setConflictFreePAT, PAT>, true},
+        Setter{"SDT", [](ConflictFreeDB& database) { database.setConflictFreeSDT(SDT()); }, true},
+        Setter{"PMT", setEmpty<&ConflictFreeDB::setConflictFreePMT, PMT>, true},
+        Setter{"CAT", setEmpty<&ConflictFreeDB::setConflictFreeCAT, CAT>, true},
+        Setter{"TOT", setEmpty<&ConflictFreeDB::setConflictFreeTOT, TOT>, false},
+        Setter{"NIT", setEmpty<&ConflictFreeDB::setConflictFreeNIT, NIT>, true},
+        Setter{"BAT", setEmpty<&ConflictFreeDB::setConflictFreeBAT, BAT>, true},
+        Setter{"EITpf", restampNothing<&ConflictFreeDB::restampEITpf>, true},
+        Setter{"EITsch", restampNothing<&ConflictFreeDB::restampEITsch>, true}),
+    testing::PrintToStringParamName());
+
+// The PAT's lock around the saving of the mapping
+
+class WhileSaving : public test::ConflictFreeDBFixture {};
+
+TEST_F(WhileSaving, ThePatCannotBeRead) {
+  std::future<bool> reader;
+  test::onSyncfs([&] {
+    reader = std::async(std::launch::async, [this] {
+      PAT out;
+      return database_.getConflictFreePAT(out);
+    });
+    EXPECT_EQ(reader.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  });
+  PAT out;
+  EXPECT_TRUE(database_.setConflictFreePAT(out, makePat(7, {{1, 0x100}})));
+  test::onSyncfs({});
+  ASSERT_TRUE(reader.valid());
+  EXPECT_TRUE(reader.get());
+}
+
+// Which locks are held while the owner is asked
+
+/** Whether an action on another thread ends while this one is inside a pass. */
+class WhileRestamping : public test::ConflictFreeDBFixture {
+ protected:
+  WhileRestamping() {
+    owner_.onSelect([this] {
+      other_ = std::async(std::launch::async, action_);
+      endedMeanwhile_ = other_.wait_for(patience_) == std::future_status::ready;
+    });
+  }
+
+  bool endsDuringPresentFollowing(std::function<void()> action) {
+    return endsDuring(
+        [this](EITMap& out) { EXPECT_TRUE(database_.getConflictFreeEITpf(out, oneEit())); },
+        std::move(action));
+  }
+
+  bool endsDuringSchedule(std::function<void()> action) {
+    return endsDuring(
+        [this](EITMap& out) { EXPECT_TRUE(database_.getConflictFreeEITsch(out, oneEit())); },
+        std::move(action));
+  }
+
+  void expectToEndMeanwhile() { patience_ = std::chrono::seconds(20); }
+  void expectToWait() { patience_ = std::chrono::milliseconds(100); }
+
+ private:
+  static EITMap oneEit() {
+    EITMap map;
+    map[1][0x4E].serviceId = 1;
+    return map;
+  }
+
+  bool endsDuring(const std::function<void(EITMap&)>& pass, std::function<void()> action) {
+    action_ = std::move(action);
+    EITMap out;
+    pass(out);
+    other_.get();
+    return endedMeanwhile_;
+  }
+
+  std::function<void()> action_;
+  std::chrono::milliseconds patience_{0};
+  std::future<void> other_;
+  bool endedMeanwhile_ = false;
+};
+
+TEST_F(WhileRestamping, AnEitCannotBeSet) {
+  const auto setEit = [this] {
+    EIT out;
+    EXPECT_TRUE(database_.setConflictFreeEIT(out, EIT()));
+  };
+  expectToWait();
+  EXPECT_FALSE(endsDuringPresentFollowing(setEit));
+  EXPECT_FALSE(endsDuringSchedule(setEit));
+  EXPECT_EQ(fake::timesLogged(3, "[setConflictFreeEIT] Not implemented!"), 2);
+}
+
+TEST_F(WhileRestamping, TheDatabaseCannotBeCleared) {
+  const auto clear = [this] { database_.clearConflictFreeDB(); };
+  expectToWait();
+  EXPECT_FALSE(endsDuringPresentFollowing(clear));
+  EXPECT_FALSE(endsDuringSchedule(clear));
+}
+
+TEST_F(WhileRestamping, TheOtherKindCanBeRestamped) {
+  expectToEndMeanwhile();
+  EXPECT_TRUE(endsDuringPresentFollowing([this] {
+    EITMap out;
+    EXPECT_TRUE(database_.getConflictFreeEITsch(out, {}));
+  }));
+  EXPECT_TRUE(endsDuringSchedule([this] {
+    EITMap out;
+    EXPECT_TRUE(database_.getConflictFreeEITpf(out, {}));
+  }));
+}
+
+TEST_F(WhileRestamping, TheSameKindCannotBeRestamped) {
+  expectToWait();
+  EXPECT_FALSE(endsDuringPresentFollowing([this] {
+    EITMap out;
+    EXPECT_TRUE(database_.getConflictFreeEITpf(out, {}));
+  }));
+  EXPECT_FALSE(endsDuringSchedule([this] {
+    EITMap out;
+    EXPECT_TRUE(database_.getConflictFreeEITsch(out, {}));
+  }));
+}
+
+TEST_F(WhileRestamping, EveryOtherTableIsFree) {
+  expectToEndMeanwhile();
+  EXPECT_TRUE(endsDuringPresentFollowing([this] {
+    PAT pat;
+    PMT pmt;
+    CAT cat;
+    TOT tot;
+    NIT nit;
+    BAT bat;
+    EXPECT_TRUE(database_.setConflictFreePAT(pat, makePat(7, {{1, 0x100}})));
+    EXPECT_TRUE(database_.setConflictFreeSDT(SDT()));
+    EXPECT_TRUE(database_.setConflictFreePMT(pmt, makePmt(1, 0x101)));
+    EXPECT_TRUE(database_.setConflictFreeCAT(cat, CAT()));
+    EXPECT_TRUE(database_.setConflictFreeTOT(tot, TOT()));
+    EXPECT_TRUE(database_.setConflictFreeNIT(nit, NIT()));
+    EXPECT_TRUE(database_.setConflictFreeBAT(bat, BAT()));
+  }));
+}
+
+}  // namespace
+}  // namespace tevra
