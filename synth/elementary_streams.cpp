@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "cfdb/ca_descriptors.h"
 #include "platform/dvb_utils.h"
@@ -73,8 +74,10 @@ std::string languageOf(const Descriptor& descriptor) {
   return language;
 }
 
-std::string streamLanguage(const PMTES& es) {
-  std::string language = kNoLanguage;
+/** Of the last language descriptor; nothing without one. All are decoded, since each may be logged.
+ */
+std::optional<std::string> streamLanguage(const PMTES& es) {
+  std::optional<std::string> language;
   for (const Descriptor& descriptor : es.descriptors) {
     if (descriptor.tag == kIso639LanguageTag) {
       language = languageOf(descriptor);
@@ -90,14 +93,15 @@ class WantedLanguages {
   explicit WantedLanguages(const std::vector<AudioLanguage>& list) : list_(list) {
     if (list.size() > kFew) {
       for (const AudioLanguage& entry : list) {
-        index_.insert(entry.language);
+        index_.emplace_back(entry.language);
       }
+      std::sort(index_.begin(), index_.end());
     }
   }
 
-  [[nodiscard]] bool has(const std::string& language) const {
+  [[nodiscard]] bool has(std::string_view language) const {
     if (!index_.empty()) {
-      return index_.count(language) != 0;
+      return std::binary_search(index_.begin(), index_.end(), language);
     }
     return std::any_of(list_.begin(), list_.end(),
                        [&](const AudioLanguage& entry) { return entry.language == language; });
@@ -107,13 +111,13 @@ class WantedLanguages {
   static constexpr size_t kFew = 16;
 
   const std::vector<AudioLanguage>& list_;
-  std::unordered_set<std::string_view> index_;
+  std::vector<std::string_view> index_;
 };
 
 bool passesFilter(const PMTES& es, const WantedLanguages& wanted) {
   const bool isAudio = isAudioStream(es);
-  const std::string language = streamLanguage(es);
-  return !isAudio || wanted.has(language);
+  const std::optional<std::string> language = streamLanguage(es);
+  return !isAudio || wanted.has(language ? std::string_view(*language) : kNoLanguage);
 }
 
 int32_t pmtPidOf(const PMT& pmt, const PAT& pat) {

@@ -24,8 +24,8 @@ void logNoLastNodeSettings() {
 void filterInto(ServiceWorkRecord& local, const ServiceWorkRecord& work,
                 const LastNodeSettings& lastNode) {
   try {
-    const std::vector<AudioLanguage> languages = lastNode.audioLanguages;
-    filterPmt(local.pmt, local.pidItems, local.pat, work.pmt, lastNode.audioFilter != 0, languages);
+    filterPmt(local.pmt, local.pidItems, local.pat, work.pmt, lastNode.audioFilter != 0,
+              lastNode.audioLanguages);
   } catch (const std::out_of_range& exception) {
     local.pmt = work.pmt;
     std::cerr << "Out of Range error: " << exception.what() << '\n';
