@@ -34,7 +34,7 @@ void AllocationHook::allocating(size_t bytes) {
 
 }  // namespace tevra::test
 
-// The whole program's: the other forms of new and delete call these two.
+// The whole program's. A sanitizer's forms for arrays would not call these for single objects.
 
 void* operator new(size_t bytes) {
   if (tevra::test::hookOfThread != nullptr) {
@@ -51,5 +51,17 @@ void operator delete(void* memory) noexcept {
 }
 
 void operator delete(void* memory, size_t) noexcept {
+  std::free(memory);
+}
+
+void* operator new[](size_t bytes) {
+  return operator new(bytes);
+}
+
+void operator delete[](void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete[](void* memory, size_t) noexcept {
   std::free(memory);
 }
