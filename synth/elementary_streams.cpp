@@ -59,7 +59,7 @@ std::string languageOf(const Descriptor& descriptor) {
   const dvbpsi_iso639_dr_t* decoded = dvbpsi_DecodeISO639Dr(source.get());
   if (decoded == nullptr) {
     log_function(kLogDebug, kNoTag, "Can't decode language code");
-    return kNoLanguage;
+    return std::string(kNoLanguage);
   }
   std::string language(reinterpret_cast<const char*>(decoded->code[0].iso_639_code),
                        sizeof(iso_639_language_code_t));
@@ -117,7 +117,7 @@ class WantedLanguages {
 bool passesFilter(const PMTES& es, const WantedLanguages& wanted) {
   const bool isAudio = isAudioStream(es);
   const std::optional<std::string> language = streamLanguage(es);
-  return !isAudio || wanted.has(language ? std::string_view(*language) : kNoLanguage);
+  return !isAudio || wanted.has(language ? *language : kNoLanguage);
 }
 
 int32_t pmtPidOf(const PMT& pmt, const PAT& pat) {

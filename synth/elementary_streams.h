@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "records/records.h"
@@ -12,7 +13,7 @@ namespace tevra {
 inline constexpr int32_t kDefaultPmtPid = 0x666;
 
 /** Language of a stream that names none; compared like any other. */
-inline constexpr const char* kNoLanguage = "ndl";
+inline constexpr std::string_view kNoLanguage = "ndl";
 
 /**
  * Sets `isAudio` when a private stream (type 0x06) carries an AC-3, ATSC AC-3, enhanced AC-3 or DTS
