@@ -13,7 +13,7 @@
 #include "control/control_transport.h"
 #include "tests/control/control_client.h"
 #include "tests/control/messages.h"
-#include "tests/control/sanitizers.h"
+#include "tests/support/sanitizers.h"
 #include "tests/control/tables.h"
 
 // What a client may send, and what becomes of the server when it sends more.
@@ -184,7 +184,7 @@ class DescriptorShortage {
 };
 
 TEST_F(ControlServerLimits, ClientThatCouldNotBeAcceptedIsServedLater) {
-  if (tevra::test::kAddressSanitizer) {
+  if (tevra::test::kAddressSanitized) {
     GTEST_SKIP() << "the undefined behaviour sanitizer that comes along needs descriptors itself";
   }
   std::unique_ptr<RawConnection> waiting;

@@ -25,7 +25,7 @@
 #include "tests/system/daemon.h"
 #include "tests/system/multiplex.h"
 #include "tests/system/raw_socket.h"
-#include "tests/system/sanitizers.h"
+#include "tests/support/sanitizers.h"
 
 namespace tevra::test {
 namespace {

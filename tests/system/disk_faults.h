@@ -14,7 +14,7 @@
 #include "tests/system/daemon.h"
 #include "tests/system/multiplex.h"
 #include "tests/system/record_files.h"
-#include "tests/system/sanitizers.h"
+#include "tests/support/sanitizers.h"
 
 namespace tevra::test {
 

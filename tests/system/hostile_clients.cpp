@@ -10,7 +10,6 @@
 #include "tests/system/control_client.h"
 #include "tests/system/multiplex.h"
 #include "tests/system/recorded_calls.h"
-#include "tests/system/sanitizers.h"
 
 namespace tevra::test {
 namespace {
@@ -80,9 +79,7 @@ void HostileClients::TearDown() {
   expectService();
   EXPECT_TRUE(eventually([&] { return figures_.descriptors() <= descriptorsAtFirst_; }))
       << figures_.descriptors() << " descriptors for " << descriptorsAtFirst_;
-  if (!kHasForeignMemory) {
-    EXPECT_LT(figures_.residentSize() - residentAtFirst_, kMemoryBound);
-  }
+  expectMemoryBelow(kMemoryBound, figures_.residentSize() - residentAtFirst_);
 }
 
 std::string HostileClients::exchange(const std::string& bytes) {

@@ -9,7 +9,6 @@
 #include "tests/control/messages.h"
 #include "tests/system/hostile_clients.h"
 #include "tests/system/recorded_calls.h"
-#include "tests/system/sanitizers.h"
 
 // What is wrong with messages in frames of the right size; after each test the next client is
 // served and nothing has grown.
@@ -32,8 +31,8 @@ constexpr int kSet = 14;
 constexpr int kList = 15;
 
 /** Kilobytes that a message of a few bytes may need for a moment: far less than it claims, and more
- * than the kernel's count of pages is off by. A sanitizer's own memory has no such bound. */
-constexpr int64_t kSmall = kHasForeignMemory ? INT64_MAX : 2048;
+ * than the kernel's count of pages is off by. */
+constexpr int64_t kSmall = 2048;
 
 /** Sizes that no small frame holds; the last two are negative. */
 const std::vector<uint32_t> kClaims = {0x7FFFFFFF, 50'000'000, 1'000'000, 0x80000000, 0xFFFFFFFF};
@@ -54,7 +53,7 @@ TEST_F(HostileClients, ThatOverstateAnySizeInAnyCallAreRefusedAndCostNothing) {
       }
     }
   });
-  EXPECT_LT(growth, kSmall);
+  expectMemoryBelow(kSmall, growth);
 }
 
 /** Beginnings of messages, up to the size of something. */
@@ -101,8 +100,9 @@ TEST_F(HostileClients, OfFortyBytesNeverMakeTheDaemonAllocateMoreThanTheirFrameC
       int64_t mapped = 0;
       const int64_t peak = peakGrowth(
           [&] { mapped = mappedGrowth([&] { EXPECT_EQ(answerTo(message).kind, Kind::kNone); }); });
-      EXPECT_LT(peak, kSmall) << PrintToString(beginning) << claim;
-      EXPECT_LT(mapped, kSmall) << PrintToString(beginning) << claim;
+      const std::string what = PrintToString(beginning) + std::to_string(claim);
+      expectMemoryBelow(kSmall, peak, what);
+      expectMemoryBelow(kSmall, mapped, what);
     }
   }
 }
@@ -140,8 +140,8 @@ TEST_F(HostileClients, ThatSendRecordsByTheMillionCostLittleMoreThanTheirFrame) 
   calls.push_back(callOfEmptyMaps());
   for (const std::string& call : calls) {
     const auto frame = static_cast<int64_t>(call.size() / 1024);
-    EXPECT_LT(peakGrowth([&] { (void)answerTo(call); }), kHasForeignMemory ? INT64_MAX : 2 * frame)
-        << PrintToString(call.substr(0, 40));
+    expectMemoryBelow(2 * frame, peakGrowth([&] { (void)answerTo(call); }),
+                      PrintToString(call.substr(0, 40)));
   }
 }
 

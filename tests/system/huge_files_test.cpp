@@ -73,9 +73,7 @@ class AHugeFile : public DiskFaults {
   void expectRefusalAndRepair(StoreFile file) {
     start();
     EXPECT_THAT(errors(), ElementsAreArray(loadErrors(file)));
-    if (!kHasForeignMemory) {
-      EXPECT_LT(ProcessFigures(daemon().pid()).peakResidentSize(), kMostMemory);
-    }
+    expectMemoryBelow(kMostMemory, ProcessFigures(daemon().pid()).peakResidentSize());
     EXPECT_EQ(serve(), expectedWithout(file, 1));
     EXPECT_THAT(roundErrors_, IsEmpty());
     EXPECT_LT(fs::file_size(pathOf(file)), 10'000U);

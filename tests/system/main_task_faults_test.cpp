@@ -17,7 +17,7 @@
 #include "tests/system/multiplex.h"
 #include "tests/system/process_figures.h"
 #include "tests/system/raw_socket.h"
-#include "tests/system/sanitizers.h"
+#include "tests/support/sanitizers.h"
 
 // Whatever MainTask does, every control call returns: at most 2 s per notification, each that fails
 // being one line of level 3.

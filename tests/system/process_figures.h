@@ -33,4 +33,8 @@ class ProcessFigures {
   std::string directory_;
 };
 
+/** Expects less than `bound` kilobytes, and else says of what. Where a process has memory of others
+ * too, this cannot be expected: the test says so, once, and goes on. */
+void expectMemoryBelow(int64_t bound, int64_t kilobytes, const std::string& what = "");
+
 }  // namespace tevra::test

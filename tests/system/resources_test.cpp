@@ -13,7 +13,7 @@
 #include "tests/system/multiplex.h"
 #include "tests/system/process_figures.h"
 #include "tests/system/raw_socket.h"
-#include "tests/system/sanitizers.h"
+#include "tests/support/sanitizers.h"
 
 namespace tevra::test {
 namespace {

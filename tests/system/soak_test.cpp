@@ -10,9 +10,9 @@
 
 #include "tests/fakes/fake_main_task.h"
 #include "tests/platform/temporary_directory.h"
+#include "tests/support/sanitizers.h"
 #include "tests/system/daemon.h"
 #include "tests/system/process_figures.h"
-#include "tests/system/sanitizers.h"
 #include "tests/system/soak_run.h"
 
 namespace tevra::test {
@@ -108,8 +108,9 @@ class Watch {
     if (calls_ >= kLongRun) {
       std::cout << percent << " %: " << call << " calls, " << size << " kB" << std::endl;
     }
-    ASSERT_TRUE(kHasForeignMemory || size <= level_ + allowedGrowth())
-        << "from " << level_ << " kB at 10 % to " << size << " kB at " << percent << " %";
+    expectMemoryBelow(level_ + allowedGrowth() + 1, size,
+                      "from " + std::to_string(level_) + " kB at 10 % to " + std::to_string(size) +
+                          " kB at " + std::to_string(percent) + " %");
   }
 
   void afterAll() const {
