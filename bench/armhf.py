@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """What the daemon takes on 32-bit ARM: size, memory and instructions, found out under emulation.
 
-Usage: bench/armhf.py   after scripts/armhf and scripts/armhf --package; needs ports 9224 and 9256.
+Usage: bench/armhf.py   after scripts/armhf; needs ports 9224 and 9256.
 
 Memory is that of the emulated program alone: the emulator puts the program's whole address space at GUEST_BASE, and the
 kernel tells how much of each mapping there is resident, code of shared libraries included, as it would on a board.
@@ -19,9 +19,9 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SYSROOT = ROOT / "build/armhf-sysroot/root"
-DAEMON = ROOT / "build/armhf-minsize/bin/tornel"
+DAEMON = ROOT / "build/armhf/bin/tornel"
 STATIC = ROOT / "build/armhf-static"
-CLIENT = ROOT / "build/armhf-minsize/bin/tornelctl"
+CLIENT = ROOT / "build/armhf/bin/tornelctl"
 BENCH = ROOT / "build/armhf/bin/tornel_bench"
 EMULATOR = ["qemu-arm", "-L", SYSROOT]
 GUEST_BASE = 1 << 32
@@ -91,7 +91,7 @@ def static_size():
     quietly("arm-linux-gnueabihf-g++", "-std=c++17", "-Os", "-I", ROOT, "-c", ROOT / "tests/platform_library/board.cpp",
             "-o", board)
     quietly("arm-linux-gnueabihf-ar", "rcs", archive, board)
-    quietly("cmake", "--preset", "armhf-minsize", "-B", STATIC, "-DTORNEL_STATIC=ON",
+    quietly("cmake", "--preset", "armhf", "-B", STATIC, "-DTORNEL_STATIC=ON",
             f"-DTEVRA_PLATFORM_LIBRARY={archive}")
     quietly("cmake", "--build", STATIC, "--target", "tornel")
     print(f"daemon, linked statically, stripped: {stripped_size(STATIC / 'bin/tornel'):,} bytes")
@@ -169,9 +169,10 @@ def ask(connection, request, count):
 
 
 def main():
-    for needed in (DAEMON, CLIENT, BENCH):
+    for needed in (DAEMON, CLIENT):
         if not needed.exists():
-            sys.exit(f"{needed} is missing: run scripts/armhf and scripts/armhf --package first")
+            sys.exit(f"{needed} is missing: run scripts/armhf first")
+    quietly("cmake", "--build", BENCH.parent.parent, "--target", "tornel_bench")
     sizes()
     static_size()
     memory()

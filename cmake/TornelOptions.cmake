@@ -3,7 +3,9 @@
 set(TEVRA_PLATFORM_LIBRARY "" CACHE STRING
     "The device maker's library with the platform functions; empty: platform/host")
 option(TORNEL_STATIC "Link programs with archives alone, the C library's among them; needs TEVRA_PLATFORM_LIBRARY" OFF)
+option(TORNEL_BUILD_TOOL "Build tornelctl" ON)
 option(TORNEL_BUILD_TESTS "Build the tests" ON)
+option(TORNEL_EMULATE_ALL "In a cross build, build and run every test, not only those that a change must pass" OFF)
 option(TORNEL_FUZZ "Build the libFuzzer programs; needs clang" OFF)
 option(TORNEL_WERROR "Treat warnings as errors" ON)
 set(TORNEL_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=: address,undefined or thread")
@@ -16,7 +18,8 @@ endif()
 
 find_program(CCACHE ccache)
 if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  # Without these ccache leaves alone what uses a precompiled header.
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
 endif()
 
 if(TORNEL_SANITIZE)

@@ -31,8 +31,7 @@ struct Notification {
   thrift::dvb_tables::EIT eit;
 };
 
-/** MainTask on a thread of its own, from construction to destruction. Needs the port lock of the
- * test suite. */
+/** MainTask on a thread of its own, from construction to destruction. Needs its fixed port. */
 class FakeMainTask {
  public:
   /** Listens on 127.0.0.1:9256 + mptsIndex when the constructor returns. */

@@ -1,10 +1,15 @@
 #include "tests/system/daemon.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <csignal>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
+
+#include "tests/support/sanitizers.h"
 
 namespace tevra::test {
 namespace {
@@ -41,6 +46,16 @@ std::unique_ptr<ChildProcess> runDaemon(const std::string& root,
 Daemon::Daemon(std::string root, DaemonSetup setup)
     : root_(std::move(root)), setup_(std::move(setup)) {
   start();
+}
+
+Daemon::~Daemon() {
+  if (!kAddressSanitized || !running()) {
+    return;
+  }
+  ::kill(pid(), SIGTERM);
+  const std::optional<ProcessEnd> end = waitForEnd();
+  EXPECT_TRUE(end && end->exitStatus == 0) << "the daemon leaked or did not end:\n"
+                                           << standardError();
 }
 
 void Daemon::restart() {

@@ -33,14 +33,17 @@ struct DaemonSetup {
 };
 
 /**
- * The daemon, logging to standard error, from construction to destruction. Needs the port lock of
- * the test suite.
+ * The daemon, logging to standard error, from construction to destruction. Needs the fixed ports.
+ * Under AddressSanitizer its end is a failure of the test when it leaked.
  */
 class Daemon {
  public:
   /** Returns when the daemon has written "Tornel N started ..."; raises std::runtime_error, with
    * what it wrote instead, when it ends or is silent. */
   explicit Daemon(std::string root, DaemonSetup setup = {});
+  ~Daemon();
+  Daemon(const Daemon&) = delete;
+  Daemon& operator=(const Daemon&) = delete;
 
   /** kill -9, then a start in the same root; the log begins anew. */
   void restart();
@@ -54,6 +57,9 @@ class Daemon {
   /** Everything logged since the start, a line each, as it stands on standard error. Complete up to
    * the last answer that a client has got. */
   [[nodiscard]] Lines logLines() const;
+
+  /** All that the process has written to standard error since the start. */
+  [[nodiscard]] std::string standardError() const { return process_->standardError(); }
 
   /** What `call` makes the daemon log. */
   [[nodiscard]] Lines linesOf(const std::function<void()>& call) const;
