@@ -8,7 +8,7 @@ namespace tevra {
 /** What the arguments say; the defaults are those of a call without any. */
 struct CommandLineOptions {
   int32_t set = 0;           ///< MPTS index, 0 to 3
-  int32_t port = 0;          ///< parsed for the contract's sake, used by nothing
+  int32_t port = 0;          ///< used by nothing: docs/contract.md, "Ports"
   bool portGiven = false;    ///< whether --port stood there
   bool console = false;      ///< log to standard error too
   int32_t level = 5;         ///< highest log level printed, 3 to 7

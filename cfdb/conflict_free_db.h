@@ -41,14 +41,15 @@ class ConflictFreeDB {
    */
   bool setConflictFreePMT(PMT& out, const PMT& in) EXCLUDES(pmtMutex_);
 
-  /** PIDs that a CAT allocates reach the file only with the next PAT or PMT. Do not save here. */
+  /** PIDs that a CAT allocates reach the file only with the next PAT or PMT: docs/contract.md, "The
+   * three files". */
   bool setConflictFreeCAT(CAT& out, const CAT& in) EXCLUDES(catMutex_);
 
   /** Stored unchanged. */
   bool setConflictFreeTOT(TOT& out, const TOT& in) EXCLUDES(totMutex_);
 
   ///@{
-  /** Not implemented on purpose: one level-3 line, true, `out` untouched. */
+  /** Not implemented (docs/contract.md, "NIT and BAT"): one level-3 line, true, `out` untouched. */
   bool setConflictFreeNIT(NIT& out, const NIT& in) EXCLUDES(nitMutex_);
   bool setConflictFreeBAT(BAT& out, const BAT& in) EXCLUDES(batMutex_);
   bool setConflictFreeEIT(EIT& out, const EIT& in);

@@ -74,8 +74,8 @@ uint16_t PidRemap::getConflictFreePID(int32_t inputPid) {
     return static_cast<uint16_t>(known->second);
   }
   const int32_t counter = incremented(remap_.nextPIDCounter);
-  // One past the counter, so that the pool's first PID is never used. Devices in the field count on
-  // it.
+  // One past the counter, so that the pool's first PID is never used: docs/contract.md, "First PID
+  // of a pool".
   const auto outputPid = static_cast<uint16_t>(incremented(counter));
   // Only the first two of these can fail, for lack of memory: the maps stay in step.
   std::map<int32_t, int32_t> allocated = {{inputPid, outputPid}};

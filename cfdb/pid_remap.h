@@ -8,7 +8,8 @@
 
 namespace tevra {
 
-/** What getInputPID returns for an output PID that was never handed out. */
+/** What getInputPID returns for an output PID that was never handed out: docs/contract.md, "Missing
+ * programme". */
 inline constexpr int32_t kUnknownPid = 0xFFFF;
 
 /** Output PIDs reserved for one MPTS of this module, by module type: 200 or 400; 0, logged at level
@@ -22,7 +23,8 @@ inline constexpr int32_t kUnknownPid = 0xFFFF;
  *
  * The pool begins at 800 * (slot - 3) + 100 + chain * size. Allocation only counts up: the first
  * PID after a reset is the pool's first plus one, PIDs are never reused, and past the pool's end it
- * goes on counting, which is logged once per reset at level 4. No input PID is treated specially.
+ * goes on counting, which is logged once per reset at level 4. No input PID is treated specially:
+ * docs/contract.md, "First PID of a pool" and "No PID is special".
  *
  * Callable from any thread; every operation takes the PID lock, which is recursive. Callers may
  * hold a table lock, never the other way round.

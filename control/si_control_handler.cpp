@@ -255,8 +255,7 @@ int32_t SIControlSrvHandler::selectEITVersion(int32_t serviceId, int32_t tableId
   auto& versions = eitVersionStore_.versionStores[serviceId].versions;
   const auto previous = versions.find(tableId);
   if (previous == versions.end()) {
-    // The line says 0 and the version is 1: both are what log readers and receivers have always
-    // seen.
+    // The line says 0 and the version is 1: docs/contract.md, "Messages".
     log_function(kLogDebug, kNoTag, "No previous EIT restamped [0x%04x/0x%02x] version 0 selected",
                  static_cast<unsigned>(serviceId), static_cast<unsigned>(tableId));
     versions[tableId] = 1;

@@ -54,7 +54,7 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
   /** As setPAT, by programme number. */
   void setPMT(const PMT& pmt) override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
-  /** Only stored. The trace line is of level 3 on purpose. Always true. */
+  /** Only stored, with a trace line of level 3: docs/contract.md, "NIT and BAT". Always true. */
   bool setNIT(const NIT& nit) override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
 
   /**

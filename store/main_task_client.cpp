@@ -110,7 +110,7 @@ bool setNotificationPort(NotificationTarget& target, uint16_t port) {
   return setNotificationPort(target.port, port);
 }
 
-// The successes of NIM and PAT are meant to stand out: level 4, all others 7.
+// The successes of NIM and PAT are of level 4, all others of 7: docs/contract.md, "Messages".
 
 bool notifyNIM(NotificationTarget& target, int32_t value) {
   target.value = value;

@@ -29,7 +29,8 @@ namespace tevra {
 [[nodiscard]] int loadEITTableVersionStoreFile(EITTableVersionStoreFile& record, int32_t mptsIndex);
 ///@}
 
-/** The highest counter with which an entry still survives a start; see ageEntries. */
+/** The highest counter with which an entry still survives a start: docs/contract.md, "Restart
+ * counters". */
 inline constexpr int32_t kMaxRestartCounter = 3;
 
 /**

@@ -28,8 +28,7 @@ struct PrivateAudio {
   const char* codec;
 };
 
-// In order of priority. The ATSC descriptor is reported as 0x6A: log readers in the field expect
-// it.
+// In order of priority. The ATSC descriptor is reported as 0x6A: docs/contract.md, "Messages".
 constexpr std::array<PrivateAudio, 4> kPrivateAudio = {{
     {0x6A, 0x6A, "A52"},
     {0x81, 0x6A, "A52"},

@@ -9,7 +9,7 @@
 
 namespace tevra {
 
-/** PID of a PMT whose programme is not in the PAT. */
+/** PID of a PMT whose programme is not in the PAT: docs/contract.md, "Missing programme". */
 inline constexpr int32_t kDefaultPmtPid = 0x666;
 
 /** Language of a stream that names none; compared like any other. */

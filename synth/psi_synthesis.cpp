@@ -27,7 +27,7 @@ constexpr uint8_t kSdtActualTableId = 0x42;
 constexpr uint8_t kServiceDescriptorTag = 0x48;
 constexpr int kProgramsPerPatSection = 100;
 constexpr uint8_t kRunning = 4;
-constexpr std::string_view kProviderName = "TEVRA SA";
+constexpr std::string_view kProviderName = "TEVRA SA";  // docs/contract.md, "Provider name"
 
 /** Service type, the two lengths and the provider leave this much of a descriptor; libdvbpsi does
  * not check. */

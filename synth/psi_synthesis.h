@@ -13,8 +13,8 @@ class TableStoreOwner {
   /** 0 to 3; for log lines. */
   [[nodiscard]] virtual int32_t mptsIndex() const = 0;
 
-  /** The entry of a programme, default-constructed the first time. Stays valid while the owner
-   * lives. */
+  /** The entry of a programme, whichever its output (docs/contract.md, "Versions per input
+   * service"), default-constructed the first time. Stays valid while the owner lives. */
   [[nodiscard]] virtual TableStore& tableStore(int32_t inputProgramNumber) = 0;
 
   /** Writes all entries under the table store lock. 0 on success. */
@@ -26,7 +26,7 @@ class TableStoreOwner {
 
 /**
  * PMT PID of a programme as a 16-bit signed number, the last match winning; -1, with a level-3
- * line, when the PAT does not list it.
+ * line, when the PAT does not list it: docs/contract.md, "Missing programme".
  */
 [[nodiscard]] int16_t findProgramPid(int32_t programNumber, const PAT& pat);
 

@@ -5,7 +5,8 @@
 /**
  * @file
  * Whether a table's content changed, which is when its version moves. version_number and
- * current_next_indicator are never compared; loops are compared in order.
+ * current_next_indicator (docs/contract.md, "Current/next flags") are never compared; loops are
+ * compared in order.
  */
 namespace tevra {
 
