@@ -7,7 +7,6 @@ option(TORNEL_BUILD_TESTS "Build the tests" ON)
 option(TORNEL_FUZZ "Build the libFuzzer programs; needs clang" OFF)
 option(TORNEL_WERROR "Treat warnings as errors" ON)
 set(TORNEL_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=: address,undefined or thread")
-option(TORNEL_DEBIAN_PACKAGES "Install what Debian wants in a package" OFF)
 option(TORNEL_COVERAGE "Instrument for gcov" OFF)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
