@@ -33,10 +33,12 @@ install(FILES ${CMAKE_SOURCE_DIR}/samples/sample.ts
 install(FILES ${CMAKE_SOURCE_DIR}/samples/README.md RENAME sample.md
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tornel-tools COMPONENT tools)
 
+# The first line says that a page has tables; scdoc leaves it out.
 if(TORNEL_MAN_PAGES)
   foreach(page IN ITEMS tornel.8 tornelctl.1)
     add_custom_command(OUTPUT ${made}/${page}.gz
-      COMMAND ${SCDOC} < ${packaging}/${page}.scd > ${made}/${page}
+      COMMAND ${CMAKE_COMMAND} -E echo "'\\\" t" > ${made}/${page}
+      COMMAND ${SCDOC} < ${packaging}/${page}.scd >> ${made}/${page}
       COMMAND ${GZIP} -9nc ${made}/${page} > ${made}/${page}.gz
       DEPENDS ${packaging}/${page}.scd VERBATIM)
   endforeach()
