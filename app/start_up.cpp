@@ -73,7 +73,7 @@ int highestMptsIndex(int moduleType) {
 int runTornel(int argc, char** argv) {
   const CommandLineOptions options = parseCommandLine(argc, argv);
   if (options.version) {
-    ShowVersionExitl(0, kProgramVersion);
+    ShowVersionExitl(0, TORNEL_VERSION);
   }
   if (options.help) {
     printHelp(options.programName);

@@ -2,9 +2,6 @@
 
 namespace tevra {
 
-/** What --version prints, and the version of the packages. */
-inline constexpr const char* kProgramVersion = "0.9.1";
-
 /**
  * The whole life of the process: parses the arguments, registers with the watchdog, starts the
  * control server of the MPTS and then feeds the watchdog every 5 seconds for ever.

@@ -9,7 +9,6 @@ option(TORNEL_EMULATE_ALL "In a cross build, build and run every test, not only 
 option(TORNEL_FUZZ "Build the libFuzzer programs; needs clang" OFF)
 option(TORNEL_WERROR "Treat warnings as errors" ON)
 set(TORNEL_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=: address,undefined or thread")
-option(TORNEL_DEBIAN_PACKAGES "Install what Debian wants in a package" OFF)
 option(TORNEL_COVERAGE "Instrument for gcov" OFF)
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
