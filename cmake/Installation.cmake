@@ -3,13 +3,14 @@ set(TORNEL_UNIT_DIR "lib/systemd/system" CACHE STRING
     "Where the unit file goes: below the prefix, or absolute")
 find_program(SCDOC scdoc)
 find_program(GZIP gzip)
+find_program(PYTHON3 python3)
 set(default OFF)
-if(SCDOC AND GZIP)
+if(SCDOC AND GZIP AND PYTHON3)
   set(default ON)
 endif()
-option(TORNEL_MAN_PAGES "Build the man pages; needs scdoc and gzip" ${default})
-if(TORNEL_MAN_PAGES AND NOT (SCDOC AND GZIP))
-  message(FATAL_ERROR "TORNEL_MAN_PAGES needs the programs scdoc and gzip")
+option(TORNEL_MAN_PAGES "Build the man pages; needs scdoc, gzip and python3" ${default})
+if(TORNEL_MAN_PAGES AND NOT (SCDOC AND GZIP AND PYTHON3))
+  message(FATAL_ERROR "TORNEL_MAN_PAGES needs the programs scdoc, gzip and python3")
 endif()
 
 set(packaging ${CMAKE_SOURCE_DIR}/packaging)
@@ -33,12 +34,16 @@ install(FILES ${CMAKE_SOURCE_DIR}/samples/sample.ts
 install(FILES ${CMAKE_SOURCE_DIR}/samples/README.md RENAME sample.md
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tornel-tools COMPONENT tools)
 
-# The first line says that a page has tables; scdoc leaves it out.
 if(TORNEL_MAN_PAGES)
+  # They carry the date of the release, not that of the build. Their first line says that they may have tables; scdoc
+  # leaves it out.
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/CHANGELOG.md)
+  execute_process(COMMAND ${PYTHON3} ${packaging}/changelog.py --timestamp
+    OUTPUT_VARIABLE released OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   foreach(page IN ITEMS tornel.8 tornelctl.1)
     add_custom_command(OUTPUT ${made}/${page}.gz
       COMMAND ${CMAKE_COMMAND} -E echo "'\\\" t" > ${made}/${page}
-      COMMAND ${SCDOC} < ${packaging}/${page}.scd >> ${made}/${page}
+      COMMAND ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=${released} ${SCDOC} < ${packaging}/${page}.scd >> ${made}/${page}
       COMMAND ${GZIP} -9nc ${made}/${page} > ${made}/${page}.gz
       DEPENDS ${packaging}/${page}.scd VERBATIM)
   endforeach()

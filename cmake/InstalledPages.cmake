@@ -9,6 +9,7 @@ set(installed_as
   "../platform/configuration_root.h"      "${CMAKE_INSTALL_FULL_INCLUDEDIR}/tornel/platform/configuration_root.h"
   "../platform/dvb_utils.h"               "${CMAKE_INSTALL_FULL_INCLUDEDIR}/tornel/platform/dvb_utils.h"
   "../platform/module_utils.h"            "${CMAKE_INSTALL_FULL_INCLUDEDIR}/tornel/platform/module_utils.h"
+  "../packaging/board/"                   "${data}/doc/tornel-dev/examples/"
   "../app/main.cpp"                       "${data}/doc/tornel-dev/examples/main.cpp"
   "../tests/platform_library/board.cpp"   "${data}/doc/tornel-dev/examples/board.cpp")
 
@@ -21,6 +22,7 @@ list(JOIN others "|" others)
 
 foreach(page IN LISTS pages)
   set(source ${CMAKE_SOURCE_DIR}/docs/${page}.md)
+  # The page is being written.
   if(page STREQUAL contract AND NOT EXISTS ${source})
     continue()
   endif()

@@ -4,7 +4,7 @@
 Usage: changelog.py --debian | --timestamp | --version
 
 --debian     all releases as a Debian changelog, by the maintainer of debian/control
---timestamp  the date of the newest release, in seconds since 1970, for SOURCE_DATE_EPOCH
+--timestamp  the date of the newest release, in seconds since 1970
 --version    the newest release
 A release is a line "## VERSION - YYYY-MM-DD" with a list below it, in sections that begin with "### ".
 """
