@@ -12,12 +12,15 @@ set(CMAKE_CXX_COMPILER ${triplet}-g++)
 
 # The compiler's package has a C and a C++ library of its own, which it looks through before the sysroot. Headers,
 # start files and libraries are those of the sysroot, which the programs run with, and of nothing else.
-set(gcc ${CMAKE_SYSROOT}/usr/lib/gcc/${triplet}/12)
+execute_process(COMMAND ${triplet}-g++ -dumpversion
+  OUTPUT_VARIABLE gcc_version OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCH "^[0-9]+" gcc_version ${gcc_version})
+set(gcc ${CMAKE_SYSROOT}/usr/lib/gcc/${triplet}/${gcc_version})
 string(JOIN " " CMAKE_CXX_FLAGS_INIT
   -nostdinc
-  -isystem ${CMAKE_SYSROOT}/usr/include/c++/12
-  -isystem ${CMAKE_SYSROOT}/usr/include/${triplet}/c++/12
-  -isystem ${CMAKE_SYSROOT}/usr/include/c++/12/backward
+  -isystem ${CMAKE_SYSROOT}/usr/include/c++/${gcc_version}
+  -isystem ${CMAKE_SYSROOT}/usr/include/${triplet}/c++/${gcc_version}
+  -isystem ${CMAKE_SYSROOT}/usr/include/c++/${gcc_version}/backward
   -isystem ${gcc}/include
   -isystem ${CMAKE_SYSROOT}/usr/include/${triplet}
   -isystem ${CMAKE_SYSROOT}/usr/include)

@@ -1,13 +1,12 @@
 #include "control/thrift_output.h"
 
-#include <thrift/Thrift.h>
-
 #include "platform/module_utils.h"
+#include "records/global_output.h"
 
 namespace tevra {
 
 void redirectThriftOutput() {
-  apache::thrift::GlobalOutput.setOutputFunction(
+  globalOutput().setOutputFunction(
       [](const char* message) { log_function(kLogDebug, kNoTag, "%s", message); });
 }
 

@@ -12,6 +12,7 @@ using apache::thrift::transport::TBufferBase;
 using apache::thrift::transport::TTransport;
 
 constexpr int32_t kMessageTypeMask = 0xFF;
+constexpr auto kUuid = static_cast<TType>(16);  // named T_UUID since Thrift 0.21
 
 /** The least that a value of `type` takes on the wire. */
 uint64_t smallestSize(TType type) {
@@ -29,6 +30,8 @@ uint64_t smallestSize(TType type) {
     case apache::thrift::protocol::T_I64:
     case apache::thrift::protocol::T_DOUBLE:
       return 8;
+    case kUuid:
+      return 16;
     default:
       return 1;
   }

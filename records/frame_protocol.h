@@ -80,10 +80,12 @@ class FrameProtocol
   ///@}
 
  private:
+  static constexpr int8_t kLastType = 16;  // a UUID; before Thrift 0.21 a text
+
   uint32_t readType(Type& type) {
     int8_t number = 0;
     const uint32_t consumed = readByte(number);
-    if (number < 0 || number > apache::thrift::protocol::T_UTF16) {
+    if (number < 0 || number > kLastType) {
       refuseType();
     }
     type = static_cast<Type>(number);

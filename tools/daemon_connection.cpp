@@ -3,11 +3,11 @@
 #include <memory>
 
 #include <thrift/TApplicationException.h>
-#include <thrift/TOutput.h>
-#include <thrift/protocol/TBinaryProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TSocket.h>
 
+#include "records/frame_protocol.h"
+#include "records/global_output.h"
 #include "tools/tool_error.h"
 
 namespace tevra::tools {
@@ -16,10 +16,8 @@ namespace {
 using apache::thrift::TApplicationException;
 using apache::thrift::TConfiguration;
 using apache::thrift::TException;
-using apache::thrift::protocol::TBinaryProtocol;
 using apache::thrift::transport::TFramedTransport;
 using apache::thrift::transport::TSocket;
-using apache::thrift::transport::TTransport;
 using apache::thrift::transport::TTransportException;
 
 constexpr int kMaxMessageSize = 1 << 30;
@@ -27,10 +25,10 @@ constexpr int kMaxFrameSize = 256 * 1024 * 1024;
 
 /** The library's own lines on standard error would only repeat what the exceptions say. */
 void silenceLibrary() {
-  apache::thrift::GlobalOutput.setOutputFunction([](const char*) {});
+  globalOutput().setOutputFunction([](const char*) {});
 }
 
-std::shared_ptr<TTransport> makeTransport(const DaemonAddress& address) {
+std::shared_ptr<TFramedTransport> makeTransport(const DaemonAddress& address) {
   const auto limits = std::make_shared<TConfiguration>(kMaxMessageSize, kMaxFrameSize);
   const auto socket = std::make_shared<TSocket>(address.host, address.port, limits);
   const int milliseconds = address.timeoutSeconds * 1000;
@@ -80,7 +78,7 @@ void withDaemon(const DaemonAddress& address,
     throw ToolError(explainUnreachable(address, error));
   }
   try {
-    thrift::in_module::im_SIControlSrvClient daemon(std::make_shared<TBinaryProtocol>(transport));
+    thrift::in_module::im_SIControlSrvClient daemon(std::make_shared<FrameProtocol>(transport));
     calls(daemon);
     transport->close();
   } catch (const TTransportException& error) {

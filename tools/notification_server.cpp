@@ -2,12 +2,12 @@
 
 #include <utility>
 
-#include <thrift/TOutput.h>
 #include <thrift/server/TSimpleServer.h>
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TServerSocket.h>
 
 #include "records/frame_protocol.h"
+#include "records/global_output.h"
 #include "tools/tool_error.h"
 
 namespace tevra::tools {
@@ -54,7 +54,7 @@ NotificationServer::NotificationServer(const std::string& host, int port,
                                        std::shared_ptr<thrift::in_module::im_SINotifySrvIf> handler,
                                        std::function<void(int port)> onListening)
     : address_(host + ":" + std::to_string(port)) {
-  apache::thrift::GlobalOutput.setOutputFunction([](const char*) {});
+  globalOutput().setOutputFunction([](const char*) {});
   const auto socket = std::make_shared<TServerSocket>(host, port);
   socket->setRecvTimeout(kReceiveTimeoutSeconds * 1000);
   server_ = std::make_shared<TSimpleServer>(

@@ -6,10 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include <thrift/Thrift.h>
-
 #include "control/si_control_handler.h"
 #include "platform/module_utils.h"
+#include "records/global_output.h"
 #include "store/record_file.h"
 #include "tests/control/tables.h"
 #include "tests/fakes/fake_platform.h"
@@ -30,7 +29,7 @@ class HandlerTest : public fake::PlatformTest {
  protected:
   /** Silences Thrift's own output, which is the control server's business. */
   HandlerTest() {
-    apache::thrift::GlobalOutput.setOutputFunction([](const char*) {});
+    globalOutput().setOutputFunction([](const char*) {});
   }
 
   [[nodiscard]] static std::string tableStorePath(int mptsIndex = 0) {

@@ -4,8 +4,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TSocket.h>
@@ -18,6 +21,7 @@ namespace {
 
 using apache::thrift::protocol::T_CALL;
 using apache::thrift::protocol::T_I32;
+using apache::thrift::protocol::T_I64;
 using apache::thrift::protocol::T_LIST;
 using apache::thrift::protocol::T_MAP;
 using apache::thrift::protocol::T_SET;
@@ -75,7 +79,7 @@ void expectInvalidData(const std::function<void()>& read) {
 }
 
 /** Types that no protocol has: beyond the last, and negative. */
-constexpr int8_t kUnknownTypes[] = {18, 78, 127, -1, -128};
+constexpr int8_t kUnknownTypes[] = {17, 18, 78, 127, -1, -128};
 
 TEST(FrameProtocol, ReadsAStringThatFillsTheRestOfItsFrame) {
   const auto protocol =
@@ -147,6 +151,75 @@ TEST(FrameProtocol, RefusesContainersThatClaimFiveMillionElements) {
   const auto map = readingAfterAnInteger(
       [](TBinaryProtocol& wire) { wire.writeMapBegin(T_STRING, T_MAP, kMany); });
   expectSizeLimit([&] { map->readMapBegin(type, valueType, size); });
+}
+
+/** What is said of the head of a container of `count` elements, with 64 bytes of them behind it. */
+std::string refusalOf(std::initializer_list<TType> types, uint32_t count,
+                      const std::function<void(TProtocol&)>& read) {
+  const auto protocol = reading([&](TBinaryProtocol& wire) {
+    for (const TType type : types) {
+      wire.writeByte(static_cast<int8_t>(type));
+    }
+    wire.writeI32(static_cast<int32_t>(count));
+    for (int written = 0; written < 8; ++written) {
+      wire.writeI64(0);
+    }
+  });
+  try {
+    read(*protocol);
+  } catch (const TProtocolException& exception) {
+    return exception.what();
+  }
+  return "read";
+}
+
+TEST(FrameProtocol, RefusesCountsWhoseBytesWrapToLittleIn32Bits) {
+  const std::string tooLarge = "larger than the rest of its frame";
+  TType type{};
+  TType valueType{};
+  uint32_t size = 0;
+  for (const auto& [element, count] : std::vector<std::pair<TType, uint32_t>>{
+           {T_I64, 0x20000001}, {T_I32, 0x40000001}, {T_LIST, 0x33333334}, {T_MAP, 0x2AAAAAAB}}) {
+    EXPECT_EQ(tooLarge, refusalOf({element}, count,
+                                  [&](TProtocol& protocol) { protocol.readListBegin(type, size); }))
+        << element;
+    EXPECT_EQ(tooLarge, refusalOf({element}, count,
+                                  [&](TProtocol& protocol) { protocol.readSetBegin(type, size); }))
+        << element;
+    EXPECT_EQ(tooLarge,
+              refusalOf({element, element}, count / 2 + 1,
+                        [&](TProtocol& protocol) { protocol.readMapBegin(type, valueType, size); }))
+        << element;
+  }
+}
+
+TEST(FrameProtocol, MakesNoRoomForAListOfRecordsThatItsFrameCannotHold) {
+  for (const uint32_t count : {0x20000001U, 32U * 1024 * 1024}) {
+    const auto protocol = reading([count](TBinaryProtocol& wire) {
+      wire.writeFieldBegin("events", T_LIST, 9);
+      wire.writeListBegin(T_STRUCT, count);
+    });
+    EIT eit;
+    expectSizeLimit([&] { eit.read(protocol.get()); });
+    EXPECT_EQ(eit.events.capacity(), 0U);
+  }
+}
+
+TEST(FrameProtocol, CountsSixteenBytesForAUuid) {
+  const auto ids = [](size_t bytes) {
+    return reading([bytes](TBinaryProtocol& wire) {
+      wire.writeByte(16);  // T_UUID of newer libraries
+      wire.writeI32(2);
+      for (size_t written = 0; written < bytes; ++written) {
+        wire.writeByte(0);
+      }
+    });
+  };
+  TType type{};
+  uint32_t size = 0;
+  ids(32)->readListBegin(type, size);
+  EXPECT_EQ(size, 2U);
+  expectSizeLimit([&] { ids(31)->readListBegin(type, size); });
 }
 
 TEST(FrameProtocol, RefusesAnOversizedContainerInAFieldThatNobodyKnows) {

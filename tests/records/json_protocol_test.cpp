@@ -97,6 +97,17 @@ TEST(JsonProtocol, AListThatClaims50MillionElementsIsRefused) {
   EXPECT_EQ(pmt.descriptors.capacity(), 0U);
 }
 
+TEST(JsonProtocol, CountsWhoseBytesWrapToLittleIn32BitsAreRefused) {
+  for (const char* list : {"[\"rec\",536870913]", "[\"i64\",536870913,1]", "[\"i32\",1073741825,1]",
+                           "[\"str\",1073741825,\"\"]"}) {
+    PMT pmt;
+    EXPECT_EQ(exceptionKind("{\"5\":{\"lst\":" + std::string(list) + "}}", pmt),
+              TProtocolException::SIZE_LIMIT)
+        << list;
+    EXPECT_EQ(pmt.descriptors.capacity(), 0U);
+  }
+}
+
 TEST(JsonProtocol, AnyContainerThatClaimsMoreElementsThanItsInputHasBytesIsRefused) {
   for (const char* json :
        {"{\"5\":{\"lst\":[\"rec\",100]}}", "{\"99\":{\"lst\":[\"rec\",100]}}",

@@ -4,19 +4,34 @@
 #include <thread>
 
 #include <gmock/gmock.h>
+#include <thrift/protocol/TBinaryProtocol.h>
+#include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TServerSocket.h>
 
+#include "tests/inputdb/allocation_hook.h"
 #include "tests/tools/fake_daemon_server.h"
 #include "tools/tool_error.h"
 
 namespace tevra::tools {
 namespace {
 
+using apache::thrift::protocol::T_I32;
+using apache::thrift::protocol::T_I64;
+using apache::thrift::protocol::T_LIST;
+using apache::thrift::protocol::T_MAP;
+using apache::thrift::protocol::T_REPLY;
+using apache::thrift::protocol::T_STRUCT;
+using apache::thrift::protocol::TBinaryProtocol;
+using apache::thrift::protocol::TType;
+using apache::thrift::transport::TFramedTransport;
+using apache::thrift::transport::TMemoryBuffer;
 using apache::thrift::transport::TServerSocket;
 using test::FakeDaemonServer;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
+using tevra::test::AllocationHook;
 using thrift::in_module::im_SIControlSrvIf;
 
 DaemonAddress addressOf(int port, int timeoutSeconds = 10) {
@@ -134,6 +149,49 @@ TEST(DaemonConnection, SaysThatAnAnswerMakesNoSense) {
   const RudeServer server(std::string("\0\0\0\x04\x80\x77\0\x02", 8));  // of no known version
   EXPECT_THAT(errorOf(addressOf(server.port())),
               AllOf(HasSubstr("makes no sense"), HasSubstr("is it another program?")));
+}
+
+/** One frame: an answer to getSrvOutputData that ends where its `count` PIDs would begin. */
+std::string answerThatClaimsPids(TType type, uint32_t count) {
+  const auto wire = std::make_shared<TMemoryBuffer>();
+  const auto framed = std::make_shared<TFramedTransport>(wire);
+  TBinaryProtocol protocol(framed);
+  protocol.writeMessageBegin("getSrvOutputData", T_REPLY, 0);
+  protocol.writeFieldBegin("success", T_MAP, 0);
+  protocol.writeMapBegin(T_I32, T_STRUCT, 1);
+  protocol.writeI32(1);
+  protocol.writeFieldBegin("pidItems", T_LIST, 1);
+  protocol.writeListBegin(type, count);
+  framed->flush();
+  return wire->getBufferAsString();
+}
+
+/** What is said of an answer to getSrvOutputData; a failure if it takes a megabyte of memory. */
+std::string errorOfAnswer(const std::string& answer) {
+  const RudeServer server(answer);
+  const AllocationHook hook(1024 * 1024, [] { ADD_FAILURE() << "makes room for what it claims"; });
+  try {
+    withDaemon(addressOf(server.port()), [](im_SIControlSrvIf& daemon) {
+      std::map<int32_t, thrift::common_fpga::SPTSConfiguration> outputs;
+      daemon.getSrvOutputData(outputs, {});
+    });
+  } catch (const ToolError& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+TEST(DaemonConnection, RefusesAnAnswerThatClaimsMoreThanItHoldsBeforeAnyRoomIsMadeForIt) {
+  // Counts that wrap to little when they are multiplied by an element's size in 32 bits, and one
+  // that does not. Of records the library expects no byte at all.
+  for (const uint32_t count : {0x20000001U, 0x40000001U, 32U * 1024 * 1024}) {
+    for (const auto type : {T_STRUCT, T_I32, T_I64}) {
+      EXPECT_THAT(errorOfAnswer(answerThatClaimsPids(type, count)),
+                  AllOf(HasSubstr("makes no sense (larger than the rest of its frame)"),
+                        Not(HasSubstr("\n"))))
+          << count << " of type " << type;
+    }
+  }
 }
 
 }  // namespace

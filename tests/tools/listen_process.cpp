@@ -27,7 +27,7 @@ Ends makePipe() {
 Ends makeTerminal() {
   const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
   if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) {
-    throw std::runtime_error("no terminal");
+    throw std::runtime_error("no terminal: is /dev/pts mounted?");
   }
   return {master, open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC)};
 }

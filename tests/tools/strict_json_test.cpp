@@ -28,7 +28,7 @@ TEST(StrictJson, IsReadAsTheLibraryReadsIt) {
 
 TEST(StrictJson, NamesThePlaceOfAFault) {
   EXPECT_THAT(errorOf("{\n \"a\": [1,]}"), StartsWith("parse error at line 2, column 10:"));
-  EXPECT_THAT(errorOf(""), HasSubstr("unexpected end of input"));
+  EXPECT_THAT(errorOf(""), StartsWith("parse error at line 1, column 1:"));
   EXPECT_THAT(errorOf("{} x"), HasSubstr("line 1, column 4"));
   EXPECT_THAT(errorOf("\"\xFF\""), HasSubstr("ill-formed UTF-8"));
   EXPECT_THAT(errorOf("1e999"), AllOf(HasSubstr("1e999"), Not(HasSubstr("json.exception"))));
