@@ -13,10 +13,10 @@
 
 #include "tests/fakes/fake_main_task.h"
 #include "tests/platform/temporary_directory.h"
+#include "tests/support/sanitizers.h"
 #include "tests/system/daemon.h"
 #include "tests/system/kill_restart_load.h"
 #include "tests/system/record_files.h"
-#include "tests/support/sanitizers.h"
 
 // kill -9 at any moment of a running load. The environment sets how often (TORNEL_KILLS) and where
 // to begin (TORNEL_SEED).
