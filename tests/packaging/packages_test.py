@@ -330,7 +330,7 @@ class MaintainerScripts(unittest.TestCase):
         policy.chmod(0o755)
         self.assertEqual([["--system daemon-reload"]] * 3 + [[]], self.through_its_life())
 
-    def test_come_back_after_a_removal_without_a_restart(self):
+    def test_take_a_return_after_a_removal_for_an_upgrade(self):
         self.told_by("--install", package_file("tornel"))
         self.told_by("--remove", "tornel")
         # dpkg names the version that was configured last, for the configuration that stayed.
