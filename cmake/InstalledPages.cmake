@@ -22,10 +22,6 @@ list(JOIN others "|" others)
 
 foreach(page IN LISTS pages)
   set(source ${CMAKE_SOURCE_DIR}/docs/${page}.md)
-  # The page is being written.
-  if(page STREQUAL contract AND NOT EXISTS ${source})
-    continue()
-  endif()
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source})
   file(READ ${source} text)
   set(mapping ${installed_as})

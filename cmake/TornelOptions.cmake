@@ -25,6 +25,9 @@ if(TORNEL_SANITIZE)
   add_compile_options(-fsanitize=${TORNEL_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${TORNEL_SANITIZE})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    add_compile_options(-fsanitize-ignorelist=${CMAKE_CURRENT_LIST_DIR}/sanitizer_ignores.txt)
+  endif()
 endif()
 if(TORNEL_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)  # each program links libFuzzer itself
