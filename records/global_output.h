@@ -2,30 +2,9 @@
 
 #include <thrift/Thrift.h>
 
-/** Declared once more: the library has it up to 0.22, and a function of its class since 0.23. */
-namespace apache::thrift {
-extern TOutput GlobalOutput;  // NOLINT(readability-redundant-declaration)
-}
-
 namespace tevra {
 
-namespace detail {
-
-template <class Output>
-auto globalOutputOf(int /*preferred*/) -> decltype(Output::instance()) {
-  return Output::instance();
-}
-
-template <class Output>
-Output& globalOutputOf(...) {
-  return apache::thrift::GlobalOutput;
-}
-
-}  // namespace detail
-
 /** Where Thrift's runtime sends its own lines: standard error, until told otherwise. */
-inline apache::thrift::TOutput& globalOutput() {
-  return detail::globalOutputOf<apache::thrift::TOutput>(0);
-}
+apache::thrift::TOutput& globalOutput();
 
 }  // namespace tevra
