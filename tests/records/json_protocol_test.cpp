@@ -98,11 +98,12 @@ TEST(JsonProtocol, AListThatClaims50MillionElementsIsRefused) {
 }
 
 TEST(JsonProtocol, CountsWhoseBytesWrapToLittleIn32BitsAreRefused) {
-  for (const char* list : {"[\"rec\",536870913]", "[\"i64\",536870913,1]", "[\"i32\",1073741825,1]",
-                           "[\"str\",1073741825,\"\"]"}) {
+  // By the library, where it does not wrap, or here; no room is tried to be made.
+  for (const char* list : {"[\"rec\",2147483649]", "[\"str\",2147483649,\"\"]",
+                           "[\"rec\",536870913]", "[\"i64\",536870913,1]"}) {
     PMT pmt;
-    EXPECT_EQ(exceptionKind("{\"5\":{\"lst\":" + std::string(list) + "}}", pmt),
-              TProtocolException::SIZE_LIMIT)
+    EXPECT_THROW(readJson("{\"5\":{\"lst\":" + std::string(list) + "}}", pmt),
+                 apache::thrift::TException)
         << list;
     EXPECT_EQ(pmt.descriptors.capacity(), 0U);
   }
