@@ -34,7 +34,8 @@ void AllocationHook::allocating(size_t bytes) {
 
 }  // namespace tevra::test
 
-// The whole program's. A sanitizer's forms for arrays would not call these for single objects.
+// The whole program's. A sanitizer's forms for arrays, and those that raise nothing, would not call
+// these for single objects.
 
 void* operator new(size_t bytes) {
   if (tevra::test::hookOfThread != nullptr) {
@@ -44,6 +45,14 @@ void* operator new(size_t bytes) {
     return memory;
   }
   throw std::bad_alloc();
+}
+
+void* operator new(size_t bytes, const std::nothrow_t& /*tag*/) noexcept {
+  try {
+    return operator new(bytes);
+  } catch (...) {
+    return nullptr;
+  }
 }
 
 void operator delete(void* memory) noexcept {
@@ -56,6 +65,10 @@ void operator delete(void* memory, size_t) noexcept {
 
 void* operator new[](size_t bytes) {
   return operator new(bytes);
+}
+
+void* operator new[](size_t bytes, const std::nothrow_t& tag) noexcept {
+  return operator new(bytes, tag);
 }
 
 void operator delete[](void* memory) noexcept {
