@@ -113,7 +113,7 @@ TEST_F(HostileClients, ThatFillTheLargestFrameAreServedAndLeaveNothingBehind) {
 
 TEST_F(HostileClients, ThatSendLargeFramesOfManySizesLeaveNothingBehind) {
   constexpr uint32_t kMebibyte = 1024 * 1024;
-  for (const uint32_t size : {1, 4, 8, 12, 20, 30, 31, 20, 8, 3}) {
+  for (const uint32_t size : {1U, 4U, 8U, 12U, 20U, 30U, 31U, 20U, 8U, 3U}) {
     expectReply("SISetData", largeCall(size * kMebibyte));
   }
 }

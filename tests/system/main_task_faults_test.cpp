@@ -368,7 +368,7 @@ void expectALineForEach(Side& side, const std::vector<Call>& calls) {
 
 TEST(FaultyMainTaskCosts, ALineWhenItClosesAtAnyPointOfAnOrdinaryTable) {
   Side side(0, 7);
-  for (const size_t bytes : {0, 1, 4, 5, 20, 40}) {
+  for (const size_t bytes : {0U, 1U, 4U, 5U, 20U, 40U}) {
     const FaultyMainTask mainTask(0, thatClosesAfter(bytes));
     expectALineForEach(side, everySmallCall());
   }
@@ -377,7 +377,7 @@ TEST(FaultyMainTaskCosts, ALineWhenItClosesAtAnyPointOfAnOrdinaryTable) {
 
 TEST(FaultyMainTaskCosts, ALineWhenItResetsAtAnyPointOfAnOrdinaryTable) {
   Side side(0, 7);
-  for (const size_t bytes : {0, 1, 4, 5, 20, 40}) {
+  for (const size_t bytes : {0U, 1U, 4U, 5U, 20U, 40U}) {
     RawListener mainTask(kFirstNotificationPort);
     mainTask.resetConnectionsAfter(bytes);
     expectALineForEach(side, everySmallCall());
