@@ -49,17 +49,26 @@ Daemon::Daemon(std::string root, DaemonSetup setup)
 }
 
 Daemon::~Daemon() {
+  expectNoRace();
   if (!kAddressSanitized || !running()) {
     return;
   }
   ::kill(pid(), SIGTERM);
   const std::optional<ProcessEnd> end = waitForEnd();
   EXPECT_TRUE(end && end->exitStatus == 0) << "the daemon leaked or did not end:\n"
-                                           << standardError();
+                                           << process_->standardError();
+}
+
+void Daemon::expectNoRace() const {
+  if (kThreadSanitized) {
+    const std::string said = process_->standardError();
+    EXPECT_EQ(said.find(kRaceReport), std::string::npos) << said;
+  }
 }
 
 void Daemon::restart() {
   process_->kill();
+  expectNoRace();
   start();
 }
 

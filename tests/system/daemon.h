@@ -21,6 +21,9 @@ using Lines = std::vector<std::string>;
                                                       const std::vector<std::string>& arguments,
                                                       Environment environment = {});
 
+/** Stands in what ThreadSanitizer writes of a race. */
+inline constexpr const char* kRaceReport = "WARNING: ThreadSanitizer";
+
 /** How a daemon of a test is started. */
 struct DaemonSetup {
   int32_t set = 0;
@@ -34,7 +37,8 @@ struct DaemonSetup {
 
 /**
  * The daemon, logging to standard error, from construction to destruction. Needs the fixed ports.
- * Under AddressSanitizer its end is a failure of the test when it leaked.
+ * What a sanitizer finds in it fails the test: a race whenever it was, a leak when the object ends
+ * and the daemon still runs.
  */
 class Daemon {
  public:
@@ -58,9 +62,6 @@ class Daemon {
    * the last answer that a client has got. */
   [[nodiscard]] Lines logLines() const;
 
-  /** All that the process has written to standard error since the start. */
-  [[nodiscard]] std::string standardError() const { return process_->standardError(); }
-
   /** What `call` makes the daemon log. */
   [[nodiscard]] Lines linesOf(const std::function<void()>& call) const;
 
@@ -69,6 +70,7 @@ class Daemon {
 
  private:
   void start();
+  void expectNoRace() const;
 
   const std::string root_;
   DaemonSetup setup_;
