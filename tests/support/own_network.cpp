@@ -56,9 +56,11 @@ void startLoopback() {
   }
 }
 
-/** An address that one socket of a network can have: a lock that ends with its last holder, which
- * is this process or what it has started. */
+}  // namespace
+
 void waitForTurn() {
+  // An address that one socket of a network can have: a lock that ends with its last holder, which
+  // is this process or what it has started.
   const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
@@ -70,8 +72,6 @@ void waitForTurn() {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
 }
-
-}  // namespace
 
 void enterOwnNetwork() {
   if (std::getenv(kEntered) != nullptr) {

@@ -12,4 +12,7 @@ namespace tevra::test {
  */
 void enterOwnNetwork();
 
+/** Waits until no other process of this network is between this call and its end. */
+void waitForTurn();
+
 }  // namespace tevra::test
