@@ -3,6 +3,7 @@
 #include <csignal>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "tests/platform/temporary_directory.h"
 #include "tests/support/sanitizers.h"
@@ -15,22 +16,22 @@ namespace tevra::test {
 namespace {
 
 /** What a daemon in `environment` says until SIGTERM ends it, and how it ends. */
-struct Run {
+struct Outcome {
   std::string said;
   std::optional<ProcessEnd> end;
 };
 
-Run runWith(const Environment& environment) {
+Outcome runWith(const Environment& environment) {
   const TemporaryDirectory root;
   const auto process = runDaemon(root.path(), {"--console", "--level", "4"}, environment);
   EXPECT_TRUE(eventually([&] {
     return process->standardError().find("4 Tornel 0 started ...") != std::string::npos;
   })) << process->standardError();
   ::kill(process->pid(), SIGTERM);
-  Run run;
-  run.end = process->waitForEnd();
-  run.said = process->standardError();
-  return run;
+  Outcome outcome;
+  outcome.end = process->waitForEnd();
+  outcome.said = process->standardError();
+  return outcome;
 }
 
 TEST(SanitizedDaemon, IsFoundToDoWhatItDoesOnPurpose) {
@@ -38,18 +39,18 @@ TEST(SanitizedDaemon, IsFoundToDoWhatItDoesOnPurpose) {
     EXPECT_NE(runWith({{"TORNEL_RACE_ON_PURPOSE", "1"}}).said.find(kRaceReport), std::string::npos);
     return;
   }
-  const Run run = runWith({{"TORNEL_LEAK_ON_PURPOSE", "1"}});
-  ASSERT_TRUE(run.end);
-  EXPECT_NE(run.end->exitStatus, 0);
-  EXPECT_NE(run.said.find("1000 byte(s) leaked"), std::string::npos) << run.said;
+  const Outcome outcome = runWith({{"TORNEL_LEAK_ON_PURPOSE", "1"}});
+  ASSERT_TRUE(outcome.end);
+  EXPECT_NE(outcome.end->exitStatus, 0);
+  EXPECT_NE(outcome.said.find("1000 byte(s) leaked"), std::string::npos) << outcome.said;
 }
 
 TEST(SanitizedDaemon, IsFoundToDoNothingElse) {
-  const Run run = runWith({});
-  ASSERT_TRUE(run.end);
-  EXPECT_EQ(run.said.find(kRaceReport), std::string::npos) << run.said;
+  const Outcome outcome = runWith({});
+  ASSERT_TRUE(outcome.end);
+  EXPECT_EQ(outcome.said.find(kRaceReport), std::string::npos) << outcome.said;
   if (kAddressSanitized) {
-    EXPECT_EQ(run.end->exitStatus, 0) << run.said;
+    EXPECT_EQ(outcome.end->exitStatus, 0) << outcome.said;
   }
 }
 
