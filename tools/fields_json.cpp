@@ -37,17 +37,17 @@ class ValueAppender {
   const std::string& name_;
 };
 
-void append(Json& object, const Fields& fields) {
+}  // namespace
+
+void appendFields(Json& object, const Fields& fields) {
   for (const Field& field : fields) {
     std::visit(ValueAppender(object, field.name), field.value);
   }
 }
 
-}  // namespace
-
 Json fieldsJson(const Fields& fields) {
   Json json = Json::object();
-  append(json, fields);
+  appendFields(json, fields);
   return json;
 }
 
@@ -61,13 +61,6 @@ Json descriptorJson(const DescriptorFields& descriptor) {
   } else if (!descriptor.problem.empty()) {
     json["problem"] = descriptor.problem;
   }
-  return json;
-}
-
-Json tableFieldsJson(const TableFields& table) {
-  Json json;
-  json["table"] = table.name;
-  append(json, table.fields);
   return json;
 }
 

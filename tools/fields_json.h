@@ -1,11 +1,15 @@
 #pragma once
 
+#include "tools/fields.h"
 #include "tools/json_text.h"
-#include "tools/table_fields.h"
 
 namespace tevra::tools {
 
-/** The fields as members of an object, in their order; table_json.h says how each is written. */
+/** Adds the fields to an object's members, in their order; table_json.h says how each is written.
+ */
+void appendFields(Json& object, const Fields& fields);
+
+/** An object of the fields alone. */
 [[nodiscard]] Json fieldsJson(const Fields& fields);
 
 /**
@@ -13,8 +17,5 @@ namespace tevra::tools {
  * its syntax.
  */
 [[nodiscard]] Json descriptorJson(const DescriptorFields& descriptor);
-
-/** "table", its name, then its fields. */
-[[nodiscard]] Json tableFieldsJson(const TableFields& table);
 
 }  // namespace tevra::tools

@@ -5,6 +5,7 @@
 
 #include "tools/fields_json.h"
 #include "tools/table_facts.h"
+#include "tools/table_json.h"
 
 namespace tevra::tools {
 namespace {

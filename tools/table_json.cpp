@@ -4,6 +4,13 @@
 
 namespace tevra::tools {
 
+Json tableFieldsJson(const TableFields& table) {
+  Json json;
+  json["table"] = table.name;
+  appendFields(json, table.fields);
+  return json;
+}
+
 std::string tableJson(const TableFields& table) {
   return indentedJson(tableFieldsJson(table));
 }

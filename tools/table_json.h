@@ -2,12 +2,13 @@
 
 #include <string>
 
+#include "tools/json_text.h"
 #include "tools/table_fields.h"
 
 namespace tevra::tools {
 
 /**
- * A table as an indented JSON object, for programs: member names and their order do not change.
+ * A table as a JSON object, for programs: member names and their order do not change.
  *
  *   PAT { "table": "PAT", "tableId", "transportStreamId", "version", "currentNext",
  *         "programs": [ { "programNumber", "pid", "pidName": "PMT" } ] }
@@ -40,6 +41,9 @@ namespace tevra::tools {
  *   bytes     hexadecimal digits
  *   loop      an array of objects
  */
+[[nodiscard]] Json tableFieldsJson(const TableFields& table);
+
+/** The same as an indented text. */
 [[nodiscard]] std::string tableJson(const TableFields& table);
 
 }  // namespace tevra::tools
