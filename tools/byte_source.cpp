@@ -1,9 +1,9 @@
 #include "tools/byte_source.h"
 
 #include "tools/files.h"
-#include "tools/text_table.h"
 #include "tools/tool_error.h"
 #include "tools/udp_source.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 

@@ -8,7 +8,6 @@
 #include "tools/field_text.h"
 #include "tools/fields_equal.h"
 #include "tools/table_entries.h"
-#include "tools/text_table.h"
 
 namespace tevra::tools {
 namespace {

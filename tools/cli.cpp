@@ -4,8 +4,8 @@
 #include <string>
 
 #include "tools/command.h"
-#include "tools/text_table.h"
 #include "tools/tool_error.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -11,8 +11,8 @@
 #include "tools/output_text.h"
 #include "tools/spts_files.h"
 #include "tools/stream_feed.h"
-#include "tools/text_table.h"
 #include "tools/tool_error.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

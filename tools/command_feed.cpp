@@ -13,7 +13,7 @@
 #include "tools/progress.h"
 #include "tools/stop_signals.h"
 #include "tools/stream_feed.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -4,7 +4,7 @@
 #include "tools/command.h"
 #include "tools/json_text.h"
 #include "tools/round_trips.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -4,7 +4,7 @@
 #include "tools/report/report_collector.h"
 #include "tools/report/report_json.h"
 #include "tools/report/report_page.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -10,8 +10,8 @@
 #include "tools/stream_faults.h"
 #include "tools/table_fields.h"
 #include "tools/table_printer.h"
-#include "tools/text_table.h"
 #include "tools/tool_error.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -3,7 +3,7 @@
 #include "tools/code_names.h"
 #include "tools/descriptor_syntax.h"
 #include "tools/dvb_time_text.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "tools/dvb_text.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 

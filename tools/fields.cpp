@@ -5,7 +5,7 @@
 #include <cctype>
 #include <string_view>
 
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

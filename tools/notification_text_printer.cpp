@@ -7,7 +7,7 @@
 #include "tools/dvb_time.h"
 #include "tools/dvb_time_text.h"
 #include "tools/table_facts.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

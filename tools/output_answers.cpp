@@ -1,6 +1,6 @@
 #include "tools/output_answers.h"
 
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 

@@ -6,6 +6,7 @@
 #include "tools/descriptors.h"
 #include "tools/pid_attributes.h"
 #include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -6,7 +6,7 @@
 #include <sstream>
 #include <utility>
 
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -3,8 +3,8 @@
 #include <map>
 
 #include "tools/pid_attributes.h"
-#include "tools/text_table.h"
 #include "tools/ts_packet.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

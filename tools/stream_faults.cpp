@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "tools/section.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

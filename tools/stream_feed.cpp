@@ -2,8 +2,8 @@
 
 #include "tools/files.h"
 #include "tools/stream_faults.h"
-#include "tools/text_table.h"
 #include "tools/tool_error.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 

@@ -2,6 +2,7 @@
 
 #include "tools/descriptors.h"
 #include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

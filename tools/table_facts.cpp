@@ -4,7 +4,7 @@
 #include "tools/dvb_time.h"
 #include "tools/field_text.h"
 #include "tools/table_entries.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

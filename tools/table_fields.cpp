@@ -7,7 +7,7 @@
 #include "tools/descriptor_fields.h"
 #include "tools/dvb_time_text.h"
 #include "tools/section.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tools/field_text.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -11,9 +11,9 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/text_table.h"
 #include "tools/tool_error.h"
 #include "tools/ts_packet.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -1,6 +1,6 @@
 #include "tests/tools/table_brief.h"
 
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools::test {
 namespace {

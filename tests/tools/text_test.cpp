@@ -5,6 +5,7 @@
 #include "tools/dvb_time_text.h"
 #include "tools/pid_attributes.h"
 #include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools {
 namespace {

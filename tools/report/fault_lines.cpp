@@ -1,6 +1,6 @@
 #include "tools/report/fault_lines.h"
 
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools::report {
 

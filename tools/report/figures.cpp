@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "tools/report/stream_time.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools::report {
 namespace {

@@ -10,7 +10,7 @@
 #include "tools/report/stream_traits.h"
 #include "tools/report/svg.h"
 #include "tools/report/text_fit.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools::report {
 namespace {

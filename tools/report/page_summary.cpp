@@ -9,7 +9,7 @@
 #include "tools/report/stream_time.h"
 #include "tools/report/stream_traits.h"
 #include "tools/report/svg.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools::report {
 namespace {

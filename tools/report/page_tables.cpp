@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tools/report/figures.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools::report {
 namespace {

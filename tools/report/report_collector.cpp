@@ -16,8 +16,8 @@
 #include "tools/spts_routes.h"
 #include "tools/stream_clock.h"
 #include "tools/stream_feed.h"
-#include "tools/text_table.h"
 #include "tools/ts_packet_reader.h"
+#include "tools/words.h"
 
 namespace tevra::tools::report {
 namespace {

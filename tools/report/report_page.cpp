@@ -8,7 +8,7 @@
 #include "tools/report/page_tables.h"
 #include "tools/report/report_assets.h"
 #include "tools/report/timeline_picture.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools::report {
 namespace {

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "tools/report/stream_traits.h"
-#include "tools/text_table.h"
 #include "tools/ts_packet.h"
+#include "tools/words.h"
 
 namespace tevra::tools::report {
 namespace {

@@ -8,7 +8,7 @@
 #include "tools/dvb_text.h"
 #include "tools/name_table.h"
 #include "tools/section.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools::report {
 namespace {

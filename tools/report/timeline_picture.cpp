@@ -6,7 +6,7 @@
 #include "tools/report/svg.h"
 #include "tools/report/text_fit.h"
 #include "tools/report/timeline_layout.h"
-#include "tools/text_table.h"
+#include "tools/words.h"
 
 namespace tevra::tools::report {
 namespace {

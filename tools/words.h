@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tevra::tools {
+
+/** How many characters UTF-8 text has. */
+[[nodiscard]] size_t displayWidth(const std::string& utf8);
+
+/** "1 packet", "2 packets". */
+[[nodiscard]] std::string counted(unsigned long long count, const std::string& noun);
+/** The same of a noun whose plural is another. */
+[[nodiscard]] std::string counted(unsigned long long count, const std::string& noun,
+                                  const std::string& plural);
+
+/** "0x" and at least `digits` hexadecimal digits; `value` is not negative. */
+[[nodiscard]] std::string hex(int64_t value, int digits);
+
+/** The text with a blank for every control character, so that it stays on its line. */
+[[nodiscard]] std::string oneLine(std::string text);
+
+/** The parts with `separator` between them. */
+[[nodiscard]] std::string joined(const std::vector<std::string>& parts,
+                                 const std::string& separator);
+
+}  // namespace tevra::tools
