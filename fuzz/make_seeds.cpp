@@ -17,9 +17,9 @@
 #include "fuzz/call_recorder.h"
 #include "fuzz/isolation.h"
 #include "fuzz/owned_handler.h"
-#include "tools/stream_feed.h"
-#include "tools/stream_inventory.h"
-#include "tools/ts_packet_reader.h"
+#include "tools/feed/stream_feed.h"
+#include "tools/feed/stream_inventory.h"
+#include "tools/stream/ts_packet_reader.h"
 
 namespace tevra::fuzz {
 namespace {

@@ -12,13 +12,13 @@
 #include "fuzz/null_daemon.h"
 #include "fuzz/section_packets.h"
 #include "fuzz/target.h"
-#include "tools/spts_writer.h"
-#include "tools/stream_inventory.h"
-#include "tools/table_demux.h"
-#include "tools/table_feeder.h"
-#include "tools/table_printer.h"
-#include "tools/tool_error.h"
-#include "tools/ts_packet_reader.h"
+#include "tools/extract/spts_writer.h"
+#include "tools/feed/stream_inventory.h"
+#include "tools/feed/table_feeder.h"
+#include "tools/si/table_demux.h"
+#include "tools/stream/ts_packet_reader.h"
+#include "tools/tables/table_printer.h"
+#include "tools/text/tool_error.h"
 
 namespace tevra::fuzz {
 namespace {

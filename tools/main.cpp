@@ -1,6 +1,6 @@
 #include <iostream>
 
-#include "tools/cli.h"
+#include "tools/cli/cli.h"
 
 int main(int argc, char** argv) {
   return tevra::tools::runTornelctl(argc, argv, std::cout, std::cerr);

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "tools/report/report_data.h"
+#include "tools/report/facts/report_data.h"
 
 namespace tevra::tools::report::test {
 

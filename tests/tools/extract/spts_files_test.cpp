@@ -1,0 +1,121 @@
+#include "tools/extract/spts_files.h"
+
+#include <unistd.h>
+
+#include <array>
+
+#include <gtest/gtest.h>
+
+#include "tests/tools/support/sample_answer.h"
+#include "tests/tools/support/temporary_file.h"
+#include "tests/tools/support/ts_builder.h"
+#include "tools/text/tool_error.h"
+
+namespace tevra::tools {
+namespace {
+
+using test::sample;
+using test::TemporaryFile;
+
+constexpr int kInputVideo = 0x101;
+constexpr int kPmt = 501;
+constexpr int kVideo = 502;
+
+/** An output with one stream of the sample's first service. */
+SptsFile outputFor(const TemporaryFile& file, int inputPid = kInputVideo) {
+  SptsFile output;
+  output.file = file.path();
+  output.configuration = test::sampleAnswer().at(1201);
+  output.configuration.pidItems.resize(2);
+  output.configuration.pidItems[1].inputPid = inputPid;
+  return output;
+}
+
+std::vector<int> counters(const TemporaryFile& file, int pid) {
+  std::vector<int> counters;
+  for (const TsPacket& packet : file.readPackets()) {
+    if (packet.pid() == pid) {
+      counters.push_back(packet.continuityCounter());
+    }
+  }
+  return counters;
+}
+
+/** One packet after the other, from 0. */
+void expectSteady(const std::vector<int>& counters) {
+  ASSERT_FALSE(counters.empty());
+  for (size_t index = 0; index < counters.size(); ++index) {
+    ASSERT_EQ(static_cast<int>(index % 16), counters[index]) << index;
+  }
+}
+
+TEST(SptsFiles, WrittenTogetherAreAsIfEachWereWrittenAlone) {
+  const TemporaryFile alone("alone");
+  const TemporaryFile first("1");
+  const TemporaryFile second("2");
+  std::vector<SptsFile> together = {outputFor(first), outputFor(second, 0x102)};
+  writeSptsFiles(sample(), together);
+  for (const auto* file : {&first, &second}) {
+    std::vector<SptsFile> single = {outputFor(alone, file == &first ? kInputVideo : 0x102)};
+    writeSptsFiles(sample(), single);
+    EXPECT_TRUE(alone.read() == file->read()) << file->path();
+    for (const int pid : {kPatPid, kSdtPid, kPmt}) {
+      expectSteady(counters(*file, pid));
+    }
+  }
+  EXPECT_FALSE(first.read() == second.read());
+}
+
+TEST(SptsFiles, AreAccountedForEach) {
+  const TemporaryFile first("1");
+  const TemporaryFile second("2");
+  std::vector<SptsFile> outputs = {outputFor(first), outputFor(second)};
+  outputs[1].configuration.pidItems[1].inputPid = 65535;
+  writeSptsFiles(sample(), outputs);
+  EXPECT_EQ(1546U, outputs[0].streamPackets);
+  EXPECT_EQ(first.readPackets().size(), outputs[0].streamPackets + outputs[0].tablePackets);
+  EXPECT_EQ(1546U, outputs[0].pidPackets.at(kVideo));
+  EXPECT_EQ(counters(first, kPmt).size(), outputs[0].pidPackets.at(kPmt));
+  EXPECT_EQ(4U, outputs[0].pidPackets.size());
+  EXPECT_NEAR(9.41, outputs[0].seconds, 0.01);
+  EXPECT_TRUE(outputs[0].warnings.empty());
+  EXPECT_EQ(0U, outputs[1].streamPackets);
+  EXPECT_EQ(1U, outputs[1].warnings.size());
+}
+
+TEST(SptsFiles, TakeOneReadingOfTheInput) {
+  test::PacketWriter writer;
+  std::array<int, 2> ends{};
+  ASSERT_EQ(0, pipe(ends.data()));
+  for (int i = 0; i < 100; ++i) {
+    const TsPacket packet = writer.stream(kInputVideo, 1);
+    ASSERT_EQ(static_cast<ssize_t>(kTsPacketSize), write(ends[1], packet.data(), kTsPacketSize));
+  }
+  close(ends[1]);
+  const TemporaryFile first("1");
+  const TemporaryFile second("2");
+  std::vector<SptsFile> outputs = {outputFor(first), outputFor(second)};
+  writeSptsFiles("/proc/self/fd/" + std::to_string(ends[0]), outputs);
+  close(ends[0]);
+  EXPECT_EQ(100U, outputs[0].streamPackets);
+  EXPECT_EQ(100U, outputs[1].streamPackets);
+}
+
+TEST(SptsFiles, FailWhenOneCannotBeWritten) {
+  const TemporaryFile first("1");
+  const TemporaryFile second("2");
+  std::vector<SptsFile> outputs = {outputFor(first), outputFor(second)};
+  outputs[1].file = "/dev/full";
+  EXPECT_THROW(writeSptsFiles(sample(), outputs), ToolError);
+  outputs[1].file = "/no/such/folder/out.ts";
+  EXPECT_THROW(writeSptsFiles(sample(), outputs), ToolError);
+}
+
+TEST(SptsFiles, OfNoOutputsAreNone) {
+  std::vector<SptsFile> none;
+  writeSptsFiles(sample(), none);
+  EXPECT_TRUE(none.empty());
+}
+
+}  // namespace
+}  // namespace tevra::tools

@@ -1,0 +1,125 @@
+#include <map>
+#include <sstream>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/tools/support/sample_answer.h"
+#include "tools/outputs/output_json.h"
+#include "tools/outputs/output_text.h"
+
+namespace tevra::tools {
+namespace {
+
+using nlohmann::json;
+using testing::ElementsAre;
+
+TEST(OutputJson, IsAnEmptyObjectForAnEmptyAnswer) {
+  EXPECT_EQ("{}", outputJson({}));
+}
+
+TEST(OutputJson, HoldsThePidItems) {
+  const json entry = json::parse(outputJson(test::sampleAnswer())).at("1201");
+  const json expected = json::parse(R"([
+    {"inputPid": 256, "outputPid": 501, "attributes": 2, "attributeNames": ["PMT"]},
+    {"inputPid": 512, "outputPid": 502, "attributes": 12, "attributeNames": ["PCR", "ES"]},
+    {"inputPid": 65535, "outputPid": 503, "attributes": 8, "attributeNames": ["ES"]}])");
+  EXPECT_EQ(expected, entry.at("pidItems"));
+}
+
+TEST(OutputJson, HoldsTheDecodedTables) {
+  const json tables = json::parse(outputJson(test::sampleAnswer())).at("1201").at("outputTables");
+  EXPECT_EQ(77, tables.at("outputParam1"));
+  EXPECT_EQ(0, tables.at("outputParam2"));
+  EXPECT_EQ(json::parse(R"({"transportStreamId": 9, "version": 3, "currentNext": true,
+    "programs": [{"programNumber": 1201, "pid": 501}]})"),
+            tables.at("pat"));
+  EXPECT_EQ(
+      json::parse(R"({"tableId": 66, "transportStreamId": 9, "version": 4, "currentNext": true,
+    "originalNetworkId": 65281, "services": [{"serviceId": 1201, "eitSchedule": false,
+    "eitPresentFollowing": true, "runningStatus": 4, "freeCA": false, "serviceType": 1,
+    "providerName": "", "serviceName": "Uno",
+    "descriptors": [{"tag": 72, "data": "010003556e6f"}]}]})"),
+      tables.at("sdt"));
+  EXPECT_EQ(json::parse(R"({"programNumber": 1201, "version": 5, "currentNext": true,
+    "pcrPid": 502, "descriptors": [], "esList": [
+    {"streamType": 2, "pid": 502, "languages": [], "descriptors": []},
+    {"streamType": 4, "pid": 503, "languages": ["eng"],
+     "descriptors": [{"tag": 10, "data": "656e6700"}]}]})"),
+            tables.at("pmt"));
+}
+
+TEST(OutputJson, HoldsThePacketsAsHexadecimalDigits) {
+  const json tables = json::parse(outputJson(test::sampleAnswer())).at("1201").at("outputTables");
+  const std::string pat = tables.at("patPackets").at(0);
+  EXPECT_EQ(376U, pat.size());
+  EXPECT_EQ("474000100000b00d0009c7000004b1e1f5", pat.substr(0, 34));
+  EXPECT_EQ(1U, tables.at("sdtPackets").size());
+  EXPECT_EQ(1U, tables.at("pmtPackets").size());
+  EXPECT_EQ(json::array(), tables.at("otherPackets"));
+}
+
+TEST(OutputJson, KeepsTheOrderOfItsMembers) {
+  const auto entry = nlohmann::ordered_json::parse(outputJson(test::sampleAnswer())).at("1201");
+  std::vector<std::string> members;
+  for (const auto& member : entry.at("outputTables").items()) {
+    members.push_back(member.key());
+  }
+  EXPECT_THAT(members, ElementsAre("outputParam1", "outputParam2", "pat", "sdt", "pmt",
+                                   "patPackets", "sdtPackets", "pmtPackets", "otherPackets"));
+}
+
+TEST(OutputJson, TakesAnyBytesInTexts) {
+  auto answer = test::sampleAnswer();
+  auto& service = answer.at(1201).outputTables.dvbTables.sdt.services.at(0);
+  service.descriptors.at(0).data = std::string("\x01\x01\xFF\x02\x15\xFF", 6);
+  auto& stream = answer.at(1201).outputTables.dvbTables.pmt.esList.at(1);
+  stream.descriptors.at(0).data = std::string("\xFF\xFE\x80\x00", 4);
+  EXPECT_TRUE(json::accept(outputJson(answer)));
+}
+
+TEST(OutputText, ShowsPidsAndTablesToPeople) {
+  std::ostringstream out;
+  printOutput(out, 1201, test::sampleAnswer().at(1201));
+  EXPECT_EQ(
+      "output with global service id 1201, unique service id 77\n"
+      "  PIDs\n"
+      "    input PID  output PID  carries\n"
+      "    256        501         PMT\n"
+      "    512        502         PCR, ES\n"
+      "    unknown    503         ES\n"
+      "  PAT version 3, 1 packet, transport stream 9\n"
+      "    programme 1201 on PID 501\n"
+      "  SDT version 4, 1 packet, original network 65281\n"
+      "    service 1201 \"Uno\", provider \"\", type 0x01\n"
+      "  PMT version 5, 1 packet, programme 1201, PCR on PID 502\n"
+      "    PID  stream        language  descriptors\n"
+      "    502  MPEG-2 video\n"
+      "    503  MPEG-2 audio  eng       0x0A\n",
+      out.str());
+}
+
+TEST(OutputText, NamesTheStreamTypesThatAnOutputCanCarry) {
+  const std::map<int, std::string> names = {
+      {0x01, "MPEG-1 video"}, {0x02, "MPEG-2 video"},   {0x03, "MPEG-1 audio"},
+      {0x04, "MPEG-2 audio"}, {0x06, "private PES"},    {0x0F, "AAC audio"},
+      {0x10, "MPEG-4 video"}, {0x11, "LATM AAC audio"}, {0x1B, "H.264 video"},
+      {0x24, "HEVC video"},   {0x86, "type 0x86"}};
+  for (const auto& [type, name] : names) {
+    SPTSConfiguration configuration;
+    configuration.outputTables.dvbTables.pmt.esList.emplace_back().streamType = type;
+    std::ostringstream out;
+    printOutput(out, 5, configuration);
+    EXPECT_THAT(out.str(), testing::HasSubstr("  " + name)) << type;
+  }
+}
+
+TEST(OutputText, TakesAnEmptyOutput) {
+  std::ostringstream out;
+  printOutput(out, 5, SPTSConfiguration());
+  EXPECT_NE(std::string::npos, out.str().find("global service id 5"));
+}
+
+}  // namespace
+}  // namespace tevra::tools

@@ -1,0 +1,96 @@
+#include "tools/report/facts/table_journal.h"
+
+#include <gtest/gtest.h>
+
+namespace tevra::tools::report {
+namespace {
+
+PAT patOf(int transportStreamId, int version) {
+  PAT pat;
+  pat.transportStreamId = transportStreamId;
+  pat.version = version;
+  PATProgram program;
+  program.programNumber = 101;
+  program.pid = 0x100;
+  pat.programs = {program};
+  return pat;
+}
+
+PMT pmtOf(int version) {
+  PMT pmt;
+  pmt.programNumber = 101;
+  pmt.version = version;
+  return pmt;
+}
+
+EIT eitOf(int service, int tableId) {
+  EIT eit;
+  eit.serviceId = service;
+  eit.tableId = tableId;
+  return eit;
+}
+
+TEST(TableJournal, KeepsTheLastVersionAndHowOftenThereWasANewOne) {
+  TableJournal journal;
+  journal.add(patOf(1, 3), 1);
+  journal.add(pmtOf(4), 1);
+  journal.add(pmtOf(5), 2);
+  const std::vector<TableFact> facts = journal.facts();
+  ASSERT_EQ(2U, facts.size());
+  EXPECT_EQ("PMT", facts[1].kind);
+  EXPECT_EQ(2, facts[1].tableId);
+  EXPECT_EQ("service 101", facts[1].of);
+  EXPECT_EQ(5, facts[1].version);
+  EXPECT_EQ(2U, facts[1].sections);
+  EXPECT_EQ(2U, facts[1].times);
+  EXPECT_EQ(0x100, facts[1].pid);
+}
+
+TEST(TableJournal, ListsTablesByKindThenById) {
+  TableJournal journal;
+  journal.add(eitOf(102, 0x51), 1);
+  journal.add(eitOf(102, 0x50), 1);
+  journal.add(TOT(), 1);
+  journal.add(eitOf(103, 0x4E), 1);
+  journal.add(BAT(), 1);
+  journal.add(NIT(), 1);
+  journal.add(SDT(), 1);
+  journal.add(CAT(), 1);
+  journal.add(patOf(1, 0), 1);
+  std::vector<std::string> kinds;
+  for (const TableFact& fact : journal.facts()) {
+    kinds.push_back(fact.kind + " " + std::to_string(fact.tableId) + " on " +
+                    std::to_string(fact.pid));
+  }
+  EXPECT_EQ(
+      (std::vector<std::string>{"PAT 0 on 0", "CAT 1 on 1", "SDT 66 on 17", "NIT 64 on 16",
+                                "BAT 74 on 17", "TOT 115 on 20", "EIT present/following 78 on 18",
+                                "EIT schedule 80 on 18", "EIT schedule 81 on 18"}),
+      kinds);
+  EXPECT_FALSE(journal.facts().at(5).version.has_value()) << "a TOT has none";
+}
+
+TEST(TableJournal, GivesAServicesEitsAlone) {
+  TableJournal journal;
+  journal.add(eitOf(101, 0x4E), 1);
+  journal.add(eitOf(102, 0x50), 1);
+  journal.add(eitOf(102, 0x4E), 1);
+  EXPECT_EQ(1U, journal.eits(101).size());
+  EXPECT_EQ(2U, journal.eits(102).size());
+  EXPECT_TRUE(journal.eits(103).empty());
+}
+
+TEST(TableJournal, ForgetsPmtsAndEventsWhenAnotherMultiplexBegins) {
+  TableJournal journal;
+  journal.add(patOf(1, 0), 1);
+  journal.add(pmtOf(0), 1);
+  journal.add(eitOf(101, 0x4E), 1);
+  journal.add(patOf(1, 1), 1);
+  EXPECT_NE(nullptr, journal.pmt(101));
+  journal.add(patOf(2, 0), 1);
+  EXPECT_EQ(nullptr, journal.pmt(101));
+  EXPECT_TRUE(journal.eits(101).empty());
+}
+
+}  // namespace
+}  // namespace tevra::tools::report

@@ -1,0 +1,150 @@
+#include "tools/report/page/report_page.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/tools/report/report_samples.h"
+#include "tools/report/page/report_json.h"
+
+namespace tevra::tools::report {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* kHostile = "</script><script>x()</script>\"'\x01\xE2\x80\xAE";
+
+/** A report in which every text is hostile. */
+Report hostileReport() {
+  Report report = test::reportOf(2, 2);
+  report.file = kHostile;
+  report.networkName = kHostile;
+  report.faults = {kHostile};
+  for (Service& service : report.services) {
+    service.name = service.provider = service.typeName = kHostile;
+    service.events = test::eventsOf(2, 30);
+    service.events[0].name = kHostile;
+    service.output->name = kHostile;
+    service.output->tables.resize(1);
+    service.output->tables[0].of = kHostile;
+    for (InputStream& stream : service.streams) {
+      stream.description = kHostile;
+      stream.languages = {kHostile};
+    }
+    for (OutputStream& stream : service.output->streams) {
+      stream.description = kHostile;
+      stream.languages = stream.attributes = {kHostile};
+    }
+  }
+  for (InputStream& stream : report.others) {
+    stream.description = kHostile;
+  }
+  report.tables.resize(1);
+  report.tables[0].kind = report.tables[0].of = kHostile;
+  return report;
+}
+
+size_t timesIn(const std::string& text, const std::string& part) {
+  size_t times = 0;
+  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+    ++times;
+  }
+  return times;
+}
+
+TEST(ReportPage, LetsNoTextOfTheStreamBecomeMarkup) {
+  for (const std::string& title : {std::string(), std::string(kHostile)}) {
+    Report report = hostileReport();
+    report.title = title;
+    const std::string page = reportPage(report);
+    EXPECT_EQ(1U, timesIn(page, "<script>"));
+    EXPECT_EQ(1U, timesIn(page, "</script>"));
+    EXPECT_THAT(page, Not(HasSubstr("\x01")));
+    EXPECT_THAT(page, Not(HasSubstr("\xE2\x80\xAE")));
+    EXPECT_THAT(page, HasSubstr("&lt;/script&gt;"));
+  }
+}
+
+TEST(ReportPage, NamesNothingOutsideOfItself) {
+  const std::string page = reportPage(test::reportOf(3, 3));
+  EXPECT_THAT(page, AllOf(Not(HasSubstr("http:")), Not(HasSubstr("https:")), Not(HasSubstr("src=")),
+                          Not(HasSubstr("url(")), Not(HasSubstr("@import"))));
+  EXPECT_THAT(page, HasSubstr("default-src &#39;none&#39;"));
+}
+
+TEST(ReportPage, ClosesWhatItOpens) {
+  const std::string page = reportPage(hostileReport());
+  for (const char* name : {"html", "head", "body", "main", "section", "svg", "g", "table", "tbody",
+                           "tr", "td", "dl", "ul", "li", "text", "title", "details", "div"}) {
+    const std::string start = "<" + std::string(name);
+    EXPECT_EQ(timesIn(page, start + " ") + timesIn(page, start + ">"),
+              timesIn(page, "</" + std::string(name) + ">"))
+        << name;
+  }
+}
+
+TEST(ReportPage, IsTheSameForTheSameReport) {
+  EXPECT_EQ(reportPage(test::reportOf(3, 3)), reportPage(test::reportOf(3, 3)));
+}
+
+TEST(ReportPage, IsHeadedByTheTitleOrTheFilesName) {
+  Report report = test::reportOf(1, 1);
+  report.file = "/some/where/file.ts";
+  EXPECT_THAT(reportPage(report), AllOf(HasSubstr("<h1><bdi>file.ts</bdi>"),
+                                        HasSubstr("<bdi>/some/where/file.ts</bdi>")));
+  report.title = "Satellite 4, transponder 7";
+  EXPECT_THAT(reportPage(report), HasSubstr("<h1><bdi>Satellite 4, transponder 7</bdi>"));
+}
+
+TEST(ReportPage, SaysSoWhenThereIsNothing) {
+  EXPECT_THAT(
+      reportPage(Report()),
+      AllOf(HasSubstr("Neither PAT nor SDT of this stream lists a service."),
+            HasSubstr("The EITs of this stream hold no event."), HasSubstr("unknown: no PCR"),
+            HasSubstr("not in the stream"), HasSubstr("no TDT or TOT")));
+}
+
+TEST(ReportPage, PutsFaultsAtTheTop) {
+  Report report = test::reportOf(1, 1);
+  EXPECT_THAT(reportPage(report), HasSubstr("No fault seen"));
+  report.pids[0].continuityErrors = 3;
+  report.pids[0].scrambled = 1;
+  report.pids[0x34].scrambled = 2;
+  report.pids[0x34].transportErrors = 1;
+  report.faults = {"1 section with a wrong CRC, dropped"};
+  EXPECT_THAT(reportPage(report), AllOf(Not(HasSubstr("No fault seen")),
+                                        HasSubstr("<li>3 continuity errors on 1 PID</li>"),
+                                        HasSubstr("<li>3 scrambled packets on 2 PIDs</li>"),
+                                        HasSubstr("<li>1 packet flagged as damaged</li>"),
+                                        HasSubstr("<li>1 section with a wrong CRC, dropped</li>")));
+}
+
+TEST(ReportPage, WritesBitRatesOnlyWithAClock) {
+  Report report = test::reportOf(1, 1);
+  EXPECT_THAT(reportPage(report), Not(HasSubstr("bit/s</text>")));
+  report.seconds = 1.0;
+  EXPECT_THAT(reportPage(report), HasSubstr("150 kbit/s</text>")) << "100 packets in a second";
+}
+
+TEST(ReportPage, ShowsPrintSlicesOnlyOfAPictureLongerThanAPage) {
+  EXPECT_THAT(reportPage(test::reportOf(1, 1)), Not(HasSubstr("<use")));
+  EXPECT_GT(timesIn(reportPage(test::reportOf(30, 8)), "<use href=\"#multiplex\"/>"), 3U);
+}
+
+TEST(ReportJson, HoldsEveryFactEvenOfHostileTexts) {
+  Report report = hostileReport();
+  report.services[0].name = "\xFF";
+  report.seconds = 2.0;
+  const auto json = nlohmann::json::parse(reportJson(report));
+  EXPECT_EQ("\xEF\xBF\xBD", json.at("services").at(0).at("name"));
+  EXPECT_EQ(kHostile, json.at("services").at(1).at("name"));
+  EXPECT_EQ(6U, json.at("services").at(0).at("output").at("streams").size());
+  EXPECT_EQ("2024-05-17 12:30:00", json.at("services").at(0).at("events").at(1).at("start"));
+  EXPECT_EQ(1'000'000, json.at("pids").back().at("packets"));
+  EXPECT_EQ(752'000'000.0, json.at("pids").back().at("bitRate"));
+  EXPECT_TRUE(json.at("transportStreamId").is_null());
+}
+
+}  // namespace
+}  // namespace tevra::tools::report

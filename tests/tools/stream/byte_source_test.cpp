@@ -1,0 +1,80 @@
+#include "tools/stream/byte_source.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <fstream>
+#include <string>
+
+#include "tests/tools/support/temporary_file.h"
+#include "tools/text/tool_error.h"
+
+namespace tevra::tools {
+namespace {
+
+std::string readAll(ByteSource& source, size_t most) {
+  std::string all;
+  std::array<uint8_t, 4> buffer{};
+  while (all.size() < most) {
+    const size_t count = source.read(buffer.data(), buffer.size());
+    if (count == 0) {
+      break;
+    }
+    all.append(buffer.begin(), buffer.begin() + count);
+  }
+  return all;
+}
+
+TEST(ByteSource, OfAFileKnowsItsSizeAndBeginsAgain) {
+  const test::TemporaryFile file("ts");
+  std::ofstream(file.path()) << "abcdefghij";
+  const auto source = openSource(file.path());
+  EXPECT_EQ(10U, source->size());
+  EXPECT_EQ("abcdefghij", readAll(*source, 100));
+  EXPECT_TRUE(source->rewind());
+  EXPECT_EQ("abcdefghij", readAll(*source, 100));
+}
+
+TEST(ByteSource, ThatIsLoopedHasNoEnd) {
+  const test::TemporaryFile file("ts");
+  std::ofstream(file.path()) << "abc";
+  const auto source = openSource(file.path());
+  LoopedSource looped(*source);
+  EXPECT_EQ("abcabcabc", readAll(looped, 9));
+}
+
+TEST(ByteSource, ThatIsEmptyEndsThoughLooped) {
+  const auto source = openSource("/dev/null");
+  LoopedSource looped(*source);
+  EXPECT_EQ("", readAll(looped, 1));
+}
+
+/** Has ended and cannot begin again. */
+class SpentSource : public ByteSource {
+ public:
+  size_t read(uint8_t* /*buffer*/, size_t /*size*/) override { return 0; }
+};
+
+TEST(ByteSource, ThatCannotBeginAgainCannotBeLooped) {
+  SpentSource spent;
+  LoopedSource looped(spent);
+  EXPECT_THROW((void)readAll(looped, 1), ToolError);
+}
+
+TEST(ByteSource, OfWhatIsNoRegularFileKnowsNoSize) {
+  EXPECT_FALSE(openSource("/dev/null")->size().has_value());
+}
+
+TEST(ByteSource, OfAMissingFileFails) {
+  EXPECT_THROW((void)openSource("/no/such/file.ts"), ToolError);
+  EXPECT_THROW((void)openSource("udp://nonsense"), ToolError);
+}
+
+TEST(ByteSource, IsLiveByItsName) {
+  EXPECT_TRUE(isLiveSource("udp://239.1.1.1:5000"));
+  EXPECT_FALSE(isLiveSource("udp.ts"));
+  EXPECT_FALSE(isLiveSource("-"));
+}
+
+}  // namespace
+}  // namespace tevra::tools

@@ -1,0 +1,222 @@
+#include <algorithm>
+#include <iomanip>
+
+#include "tools/cli/cli.h"
+#include "tools/cli/command.h"
+#include "tools/cli/output_command_options.h"
+#include "tools/extract/extract_json.h"
+#include "tools/extract/output_pattern.h"
+#include "tools/extract/spts_files.h"
+#include "tools/feed/stream_feed.h"
+#include "tools/outputs/output_answers.h"
+#include "tools/outputs/output_text.h"
+#include "tools/stream/files.h"
+#include "tools/text/tool_error.h"
+#include "tools/text/words.h"
+
+namespace tevra::tools {
+namespace {
+
+constexpr const char* kStandardOutput = "-";
+
+struct ExtractOptions {
+  EndpointOptions endpoint;
+  OutputCommandOptions commandLine;
+  std::vector<OutputDraft> drafts;
+  std::string file;
+  std::string outputFile;
+  OutputPattern pattern;
+  bool json = false;
+};
+
+/** What the user did not say is as in the input. */
+void takeStreamDefaults(OutputDraft& draft, const StreamInventory& inventory) {
+  if (!draft.service) {
+    draft.service = inventory.firstServiceWithPmt();
+  }
+  if (!draft.service) {
+    throw ToolError("no service of this stream has a PMT");
+  }
+  OutputOptions& output = draft.output;
+  const std::string name = inventory.service(*draft.service).name;
+  if (!output.name && !name.empty()) {
+    output.name = name;
+  }
+  if (!output.transportStreamId) {
+    output.transportStreamId = inventory.transportStreamId();
+  }
+  if (!output.originalNetworkId) {
+    output.originalNetworkId = inventory.originalNetworkId();
+  }
+}
+
+void requireService(int32_t serviceId, const StreamInventory& inventory) {
+  if (!inventory.service(serviceId).hasPmt) {
+    throw ToolError(
+        "service " + std::to_string(serviceId) +
+        " has no PMT in this stream; services that have: " + inventory.servicesWithPmt());
+  }
+}
+
+/** The outputs as the stream completes them. */
+std::vector<OutputOptions> settledOutputs(std::vector<OutputDraft> drafts,
+                                          const StreamInventory& inventory) {
+  for (OutputDraft& draft : drafts) {
+    takeStreamDefaults(draft, inventory);
+    requireService(*draft.service, inventory);
+  }
+  requireConsistent(drafts);
+  requireDistinct(drafts);
+  return outputsOf(drafts);
+}
+
+std::vector<SptsFile> ask(thrift::in_module::im_SIControlSrvIf& daemon,
+                          const std::vector<OutputOptions>& outputs,
+                          const std::vector<std::string>& files) {
+  const OutputAnswers answers = askFor(daemon, outputs);
+  const auto missing = unanswered(outputs, answers);
+  if (!missing.empty()) {
+    throw ToolError("the daemon gives no output for " + servicesText(missing) +
+                    " though it was fed the service's PMT; its log may say why");
+  }
+  std::vector<SptsFile> extractions;
+  for (size_t index = 0; index < outputs.size(); ++index) {
+    SptsFile& extraction = extractions.emplace_back();
+    extraction.output = outputs[index];
+    extraction.file = files[index];
+    extraction.configuration = answers.at(outputs[index].resolvedGlobalSid());
+  }
+  return extractions;
+}
+
+void printFeed(const ExtractOptions& options, const StreamFeed& stream, std::ostream& out) {
+  if (options.json) {
+    return;
+  }
+  out << "input " << options.file << ": " << counted(stream.packets(), "packet") << ", "
+      << counted(stream.tables().sent(), "table") << " sent to the daemon\n";
+  stream.inventory().print(out);
+}
+
+void printAnswers(const ExtractOptions& options, const std::vector<SptsFile>& outputs,
+                  std::ostream& out) {
+  if (options.json) {
+    return;
+  }
+  for (const SptsFile& output : outputs) {
+    printOutput(out, output.output.resolvedGlobalSid(), output.configuration);
+  }
+}
+
+void printFile(const SptsFile& output, std::ostream& out) {
+  out << "output " << output.file << ": " << counted(output.streamPackets, "packet")
+      << " of streams, " << counted(output.tablePackets, "packet") << " of tables, " << std::fixed
+      << std::setprecision(2) << output.seconds << " s\n";
+}
+
+void printFiles(const std::vector<SptsFile>& outputs, const Streams& streams) {
+  for (const SptsFile& output : outputs) {
+    for (const std::string& warning : output.warnings) {
+      streams.err << "tornelctl: " << output.file << ": " << warning << "\n";
+    }
+    if (output.streamPackets != 0) {
+      printFile(output, streams.out);
+    }
+  }
+}
+
+void requireStreams(const std::vector<SptsFile>& outputs) {
+  std::vector<std::string> files;
+  for (const SptsFile& output : outputs) {
+    if (output.streamPackets == 0) {
+      files.push_back(output.file);
+    }
+  }
+  if (!files.empty()) {
+    throw ToolError(joined(files, ", ") + (files.size() == 1 ? " holds" : " hold") +
+                    " tables alone: the input has no packet of the service's streams");
+  }
+}
+
+int extract(const ExtractOptions& options, const Streams& said) {
+  // What is said must not get between the packets on standard output.
+  const Streams streams = {options.outputFile == kStandardOutput ? said.err : said.out, said.err};
+  std::vector<SptsFile> outputs;
+  uint64_t packets = 0;
+  uint64_t tables = 0;
+  withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
+    const StreamFeed stream(options.file, daemon);
+    packets = stream.packets();
+    tables = stream.tables().sent();
+    printFeed(options, stream, streams.out);
+    stream.printFaults(streams.err);
+    const auto asked = settledOutputs(options.drafts, stream.inventory());
+    outputs = ask(daemon, asked, filesFor(options.pattern, asked, options.file));
+  });
+  printAnswers(options, outputs, streams.out);
+  writeSptsFiles(options.file, outputs);
+  if (options.json) {
+    streams.out << extractJson(options.file, packets, tables, outputs) << "\n";
+  } else {
+    printFiles(outputs, streams);
+  }
+  requireStreams(outputs);
+  return kExitDone;
+}
+
+/** Whether the names of the files can be told without the stream. */
+bool isComplete(const ExtractOptions& options) {
+  return std::all_of(options.drafts.begin(), options.drafts.end(), [&](const OutputDraft& draft) {
+    return draft.service && (draft.output.name || !options.pattern.uses("name"));
+  });
+}
+
+/** Finds out, as far as it can be, before the stream is read. */
+void requireFiles(const ExtractOptions& options) {
+  const bool isStandardOutput = options.outputFile == kStandardOutput;
+  if (options.json && isStandardOutput) {
+    throw UsageError("--json and -o - both want standard output: write to a file");
+  }
+  if (options.drafts.size() > 1 && !options.pattern.hasPlaceholder()) {
+    throw UsageError("-o " + options.outputFile + " is one file for " +
+                     counted(options.drafts.size(), "output") +
+                     ": name one each with {gsid}, {sid} or {name}, as in -o out-{gsid}.ts");
+  }
+  if (!options.pattern.hasPlaceholder()) {
+    (void)filesFor(options.pattern, {OutputOptions()}, options.file);
+  } else if (isComplete(options)) {
+    (void)filesFor(options.pattern, outputsOf(options.drafts), options.file);
+  }
+}
+
+void finishOptions(ExtractOptions& options) {
+  options.drafts = finishOutputOptions(options.commandLine, OutputDefaults::kFromStream);
+  options.pattern = OutputPattern(options.outputFile);
+  requireFiles(options);
+}
+
+}  // namespace
+
+void addExtractCommand(CLI::App& app, Action& action) {
+  const auto options = std::make_shared<ExtractOptions>();
+  CLI::App* command = app.add_subcommand(
+      "extract",
+      "Make single-programme transport streams of services: feed the stream, ask the daemon for "
+      "the outputs, write them");
+  addFileReadTwice(*command, options->file);
+  command
+      ->add_option("-o,--output", options->outputFile,
+                   "File to write; it is replaced. {gsid}, {sid}, {service} and {name} stand for "
+                   "those of the output")
+      ->required();
+  addOutputOptions(*command, options->commandLine, OutputDefaults::kFromStream);
+  command->add_flag("--json", options->json, "Print what was written as JSON");
+  addEndpointOptions(*command, options->endpoint, kFirstControlPort);
+  addTimeoutOption(*command, options->endpoint);
+  command->callback([&action, options] {
+    finishOptions(*options);
+    action = [options](const Streams& streams) { return extract(*options, streams); };
+  });
+}
+
+}  // namespace tevra::tools

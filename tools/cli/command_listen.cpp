@@ -1,0 +1,207 @@
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tools/cli/cli.h"
+#include "tools/cli/command.h"
+#include "tools/cli/stop_signals.h"
+#include "tools/listen/listen_watch.h"
+#include "tools/listen/notification_json_printer.h"
+#include "tools/listen/notification_receiver.h"
+#include "tools/listen/notification_server.h"
+#include "tools/listen/notification_text_printer.h"
+#include "tools/listen/table_facts.h"
+#include "tools/text/tool_error.h"
+
+namespace tevra::tools {
+namespace {
+
+constexpr int kMostNotifications = 1'000'000'000;
+constexpr int kLongestTime = 1'000'000;
+constexpr int kLongestTimeout = 3600;
+/** A table's 256 sections of 4096 bytes, and what records take in memory beside them. */
+constexpr size_t kLargestTable = size_t{32} * 1024 * 1024;
+
+struct ListenOptions {
+  EndpointOptions endpoint;
+  std::string colour = "auto";
+  std::string noColour;  // NO_COLOR: anything but nothing refuses colours
+  std::string terminal;  // TERM
+  bool all = false;
+  bool utc = false;
+  bool json = false;
+  std::optional<int> count;
+  std::optional<int> seconds;
+  std::optional<int> timeout;
+};
+
+bool isStandardOutput(const Streams& streams) {
+  return &streams.out == &std::cout;
+}
+
+/** Whether to colour what nobody said should be or not. */
+bool isColourTerminal(const ListenOptions& options, const Streams& streams) {
+  const bool isDumb = options.terminal.empty() || options.terminal == "dumb";
+  return isStandardOutput(streams) && isatty(STDOUT_FILENO) != 0 && options.noColour.empty() &&
+         !isDumb;
+}
+
+std::unique_ptr<NotificationPrinter> makePrinter(const ListenOptions& options,
+                                                 const Streams& streams) {
+  const Zone zone = options.utc ? Zone::kUtc : Zone::kLocal;
+  if (options.json) {
+    return std::make_unique<NotificationJsonPrinter>(streams.out, zone);
+  }
+  NotificationTextPrinter::Options text;
+  text.inColour = options.colour == "always" ||
+                  (options.colour == "auto" && isColourTerminal(options, streams));
+  text.all = options.all;
+  text.zone = zone;
+  return std::make_unique<NotificationTextPrinter>(streams.out, text);
+}
+
+/** A write to a pipe that nobody reads fails instead of ending the process. */
+class BrokenPipeIgnored {
+ public:
+  BrokenPipeIgnored() : before_(std::signal(SIGPIPE, SIG_IGN)) {}
+  ~BrokenPipeIgnored() { std::signal(SIGPIPE, before_); }
+  BrokenPipeIgnored(const BrokenPipeIgnored&) = delete;
+  BrokenPipeIgnored& operator=(const BrokenPipeIgnored&) = delete;
+
+ private:
+  void (*before_)(int);
+};
+
+std::optional<std::chrono::seconds> secondsOf(std::optional<int> count) {
+  return count ? std::make_optional(std::chrono::seconds(*count)) : std::nullopt;
+}
+
+/** One run of the command. Everything but stop() happens on the server's thread. */
+class Listener {
+ public:
+  Listener(const ListenOptions& options, const Streams& streams)
+      : options_(options), streams_(streams), printer_(makePrinter(options, streams)) {}
+
+  int run() {
+    const int port = options_.endpoint.resolvedPort(kFirstNotificationPort);
+    const auto receiver = std::make_shared<NotificationReceiver>(
+        [this](const Notification& notification) { take(notification); });
+    server_ = std::make_unique<NotificationServer>(options_.endpoint.host, port, receiver,
+                                                   [this](int bound) { start(bound); });
+    server_->serve();
+    watch_.reset();
+    signals_.reset();
+    if (isSilent_) {
+      throw ToolError("no notification for " + std::to_string(*options_.timeout) +
+                      " s: is the daemon of this set running, and is it fed?");
+    }
+    return kExitDone;
+  }
+
+ private:
+  void start(int port) {
+    signals_ = std::make_unique<StopSignals>([this] { server_->stop(); });
+    ListenWatch::Limits limits;
+    limits.silence = secondsOf(options_.timeout);
+    limits.time = secondsOf(options_.seconds);
+    limits.output = isStandardOutput(streams_) ? STDOUT_FILENO : -1;
+    watch_ =
+        std::make_unique<ListenWatch>(limits, [this](ListenWatch::Reason reason) { stop(reason); });
+    streams_.err << "listening on " << options_.endpoint.host << ":" << port
+                 << " in MainTask's place\n"
+                 << std::flush;
+  }
+
+  void stop(ListenWatch::Reason reason) {
+    isSilent_ = reason == ListenWatch::Reason::kSilence;
+    server_->stop();
+  }
+
+  void take(const Notification& notification) {
+    if (isDone()) {
+      return;  // came behind the last one in the same connection
+    }
+    watch_->touch();
+    ++taken_;
+    TableNews news;
+    if (notification.table && memoryOf(*notification.table) > kLargestTable) {
+      streams_.err << kindText(notification.kind)
+                   << " ignored: larger than any transport stream can carry\n"
+                   << std::flush;
+      return;
+    }
+    if (notification.table) {
+      news = history_.add(notification.kind, *notification.table);
+    }
+    printer_->print(notification, news);
+    if (isDone()) {
+      server_->stop();
+    }
+  }
+
+  [[nodiscard]] bool isDone() const {
+    return !streams_.out || (options_.count && taken_ >= *options_.count);
+  }
+
+  const ListenOptions& options_;
+  const Streams& streams_;
+  std::unique_ptr<NotificationPrinter> printer_;
+  TableHistory history_;
+  int taken_ = 0;
+  std::atomic<bool> isSilent_{false};
+  BrokenPipeIgnored brokenPipeIgnored_;
+  std::unique_ptr<NotificationServer> server_;
+  // Both stop the server and end before it; the thread of the second starts with the signals of
+  // the first blocked.
+  std::unique_ptr<StopSignals> signals_;
+  std::unique_ptr<ListenWatch> watch_;
+};
+
+void addOutputOptions(CLI::App& command, ListenOptions& options) {
+  command
+      .add_option("--color", options.colour,
+                  "Colour the text: auto does on a terminal, unless NO_COLOR is set")
+      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->capture_default_str();
+  // Out of the help: there for the environment alone, which the library reads.
+  command.add_option("--environment-no-color", options.noColour)->envname("NO_COLOR")->group("");
+  command.add_option("--environment-term", options.terminal)->envname("TERM")->group("");
+  command.add_flag("--all", options.all, "Print every difference, however many there are");
+  command.add_flag("--utc", options.utc, "Print times in UTC, not in the machine's zone");
+  command.add_flag("--json", options.json, "Print one JSON object a line");
+}
+
+void addEndOptions(CLI::App& command, ListenOptions& options) {
+  command.add_option("--count", options.count, "End after so many notifications")
+      ->check(CLI::Range(1, kMostNotifications).description("1..1000000000"));
+  command.add_option("--seconds", options.seconds, "End after so many seconds")
+      ->check(CLI::Range(1, kLongestTime).description("1..1000000"));
+  command
+      .add_option("--timeout", options.timeout,
+                  "End with an error when nothing is notified for so many seconds (default: wait "
+                  "for ever)")
+      ->check(CLI::Range(1, kLongestTimeout).description("1..3600"));
+}
+
+}  // namespace
+
+void addListenCommand(CLI::App& app, Action& action) {
+  const auto options = std::make_shared<ListenOptions>();
+  CLI::App* command = app.add_subcommand(
+      "listen",
+      "Stand in for MainTask: print the daemon's notifications, and what each table changes, "
+      "until interrupted");
+  addOutputOptions(*command, *options);
+  addEndOptions(*command, *options);
+  addEndpointOptions(*command, options->endpoint, kFirstNotificationPort);
+  command->callback([&action, options] {
+    action = [options](const Streams& streams) { return Listener(*options, streams).run(); };
+  });
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,72 @@
+#include "tools/cli/cli.h"
+#include "tools/cli/command.h"
+#include "tools/report/facts/report_collector.h"
+#include "tools/report/page/report_json.h"
+#include "tools/report/page/report_page.h"
+#include "tools/stream/files.h"
+#include "tools/text/words.h"
+
+namespace tevra::tools {
+namespace {
+
+struct ReportOptions {
+  EndpointOptions endpoint;
+  std::string file;
+  std::string outputFile;
+  std::string title;
+  bool json = false;
+};
+
+/** Written only when all is known, so that a failure leaves no half of a page. */
+void write(const ReportOptions& options, const report::Report& report) {
+  const std::string text =
+      options.json ? report::reportJson(report) + "\n" : report::reportPage(report);
+  OutputFile file(options.outputFile);
+  file.write(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+  file.close();
+}
+
+int makeReport(const ReportOptions& options, const Streams& streams) {
+  report::Collected collected;
+  withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
+    collected = report::collectReport(options.file, daemon);
+  });
+  collected.report.title = options.title;
+  write(options, collected.report);
+  for (const std::string& fault : collected.report.faults) {
+    streams.err << fault << "\n";
+  }
+  if (options.outputFile != "-") {
+    streams.out << "report " << options.outputFile << ": "
+                << counted(collected.report.services.size(), "service") << ", "
+                << counted(collected.report.tablesSent, "table") << " sent to the daemon\n";
+  }
+  return collected.refused == 0 ? kExitDone : kExitFailed;
+}
+
+}  // namespace
+
+void addReportCommand(CLI::App& app, Action& action) {
+  const auto options = std::make_shared<ReportOptions>();
+  CLI::App* command = app.add_subcommand(
+      "report",
+      "Draw the multiplex on a page: feed the stream, ask the daemon for the output of every "
+      "service, write HTML");
+  addFileReadTwice(*command, options->file);
+  command
+      ->add_option("-o,--output", options->outputFile,
+                   "File to write; it is replaced. - is standard output")
+      ->required();
+  command->add_option("--title", options->title, "Heading of the page (default: the file's name)");
+  command->add_flag("--json", options->json, "Write the facts as JSON instead");
+  addEndpointOptions(*command, options->endpoint, kFirstControlPort);
+  addTimeoutOption(*command, options->endpoint);
+  command->callback([&action, options] {
+    if (isSameFile(options->file, options->outputFile)) {
+      throw CLI::ValidationError("output and input are the same file, " + options->file);
+    }
+    action = [options](const Streams& streams) { return makeReport(*options, streams); };
+  });
+}
+
+}  // namespace tevra::tools

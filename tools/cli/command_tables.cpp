@@ -1,0 +1,102 @@
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+#include "tools/cli/cli.h"
+#include "tools/cli/command.h"
+#include "tools/si/stream_faults.h"
+#include "tools/stream/files.h"
+#include "tools/tables/table_fields.h"
+#include "tools/tables/table_printer.h"
+#include "tools/text/tool_error.h"
+#include "tools/text/words.h"
+
+namespace tevra::tools {
+namespace {
+
+struct TablesOptions {
+  std::string file;
+  std::vector<std::string> names;  // none: all
+  std::optional<int> service;
+  bool json = false;
+};
+
+bool isWanted(const TablesOptions& options, const SiTable& table) {
+  const bool isNamed = options.names.empty() ||
+                       std::find(options.names.begin(), options.names.end(), tableName(table)) !=
+                           options.names.end();
+  return isNamed && (!options.service || serviceOf(table) == *options.service);
+}
+
+/** Ends with an error where nothing was printed, so that scripts notice. */
+void requireTables(const TablesOptions& options, uint64_t packets, size_t tables, size_t printed) {
+  if (packets == 0) {
+    throw ToolError(options.file +
+                    " holds no transport stream: no packets of 188, 192 or 204 bytes");
+  }
+  if (tables == 0) {
+    throw ToolError(options.file + " holds " + counted(packets, "packet") +
+                    ", but no complete table");
+  }
+  if (printed == 0) {
+    throw ToolError(options.file + " holds " + counted(tables, "table") +
+                    ", but none that was asked for; leave out --table and --service to see all");
+  }
+}
+
+int printTables(const TablesOptions& options, const Streams& streams) {
+  InputFile file(options.file);
+  TsPacketReader reader([&](uint8_t* buffer, size_t size) { return file.read(buffer, size); });
+  TablePrinter printer(streams.out, options.json);
+  size_t tables = 0;
+  TableDemux demux([&](const SiTable& table) {
+    ++tables;
+    if (isWanted(options, table)) {
+      printer.print(table);
+    }
+  });
+  TsPacket packet;
+  while (reader.next(packet) && streams.out.good()) {
+    demux.push(packet);
+  }
+  printer.finish();
+  if (!streams.out.flush()) {
+    throw ToolError("cannot write the tables: " + std::string(std::strerror(errno)));
+  }
+  for (const std::string& fault : streamFaults(reader, demux, "not shown")) {
+    streams.err << fault << "\n";
+  }
+  requireTables(options, reader.packets(), tables, printer.printed());
+  return kExitDone;
+}
+
+}  // namespace
+
+void addTablesCommand(CLI::App& app, Action& action) {
+  const auto options = std::make_shared<TablesOptions>();
+  CLI::App* command = app.add_subcommand(
+      "tables", "Print the tables of a transport stream, each new version once, in stream order");
+  command->add_option("FILE", options->file, "Transport stream; - is standard input")->required();
+  command
+      ->add_option("--table", options->names,
+                   "Print only these: PAT, CAT, PMT, NIT, SDT, BAT, EIT, TOT; may be given again")
+      ->transform(
+          CLI::IsMember({"PAT", "CAT", "PMT", "NIT", "SDT", "BAT", "EIT", "TOT"}, CLI::ignore_case)
+              .description(""))
+      ->type_name("NAME")
+      ->delimiter(',')
+      ->expected(1)
+      ->take_all();
+  command
+      ->add_option("--service", options->service,
+                   "Print only the PMTs and EITs of the service with this id")
+      ->check(CLI::Range(0, 65535).description("0..65535"));
+  command->add_flag("--json", options->json, "Print one JSON array");
+  command->callback([&action, options] {
+    action = [options](const Streams& streams) { return printTables(*options, streams); };
+  });
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "tools/outputs/output_draft.h"
+
+namespace tevra::tools {
+
+/** What the command line says about outputs, before it is known to make sense. */
+struct OutputCommandOptions {
+  std::optional<int32_t> service;  ///< --service, 0 to 65535
+  OutputOptions output;            ///< options of one value; its service and lists are not used
+  std::vector<std::string> audio;  ///< --audio: each as parseLanguages takes it, all count
+  std::vector<std::string> listedNodes;  ///< --listed-node: each as parseListedNode takes it
+  std::vector<std::string> outs;         ///< --out: each as parseOutArgument takes it
+  std::optional<std::string> request;    ///< --request: a file's name, "-" for standard input
+};
+
+/** Where service, name and ids come from if they are not given; there is no fixed service. */
+enum class OutputDefaults { kFixed, kFromStream };
+
+/**
+ * Declares the options; `defaults` decides what their help says. Parsing checks each for itself but
+ * --out and --request, and writes them to `options`, which must outlive `command`.
+ */
+void addOutputOptions(CLI::App& command, OutputCommandOptions& options, OutputDefaults defaults);
+
+/**
+ * The outputs that are asked for, at least one: those of --request, which is read, or of each
+ * --out, or the one of the other options, which also give what neither says. Each has a service
+ * unless the stream may give it. Raises UsageError when they make no sense alone or together,
+ * ToolError when the request cannot be read.
+ */
+[[nodiscard]] std::vector<OutputDraft> finishOutputOptions(const OutputCommandOptions& options,
+                                                           OutputDefaults defaults);
+
+}  // namespace tevra::tools

@@ -1,0 +1,30 @@
+#include "tools/cli/stop_signals.h"
+
+#include <pthread.h>
+
+#include <utility>
+
+namespace tevra::tools {
+
+StopSignals::StopSignals(std::function<void()> action) {
+  sigemptyset(&signals_);
+  sigaddset(&signals_, SIGINT);
+  sigaddset(&signals_, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &signals_, &before_);
+  waiter_ = std::thread([this, action = std::move(action)] {
+    int signal = 0;
+    sigwait(&signals_, &signal);
+    if (!ending_) {
+      action();
+    }
+  });
+}
+
+StopSignals::~StopSignals() {
+  ending_ = true;
+  pthread_kill(waiter_.native_handle(), SIGINT);  // only that thread gets it
+  waiter_.join();
+  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/extract/spts_files.h"
+
+namespace tevra::tools {
+
+/**
+ * What was extracted as indented JSON, for programs: member names and their order do not change.
+ *
+ *   { "source": "...", "packets": n, "tablesSent": n, "outputs": [
+ *     { "globalSID": n, "inputSID": n, "outputSID": n, "serviceName": "...", "file": "...",
+ *       "streamPackets": n, "tablePackets": n, "seconds": 9.41,
+ *       "pidItems": as in outputJson,
+ *       "pids": [ { "pid": n, "packets": n } ],
+ *       "warnings": [ "..." ] } ] }
+ *
+ * pidItems is what the daemon answered, pids what the file holds, in ascending order; a warning
+ * stands for every PID that is left out. Texts are UTF-8, what is not becomes U+FFFD.
+ */
+[[nodiscard]] std::string extractJson(const std::string& source, uint64_t packets,
+                                      uint64_t tablesSent, const std::vector<SptsFile>& outputs);
+
+}  // namespace tevra::tools

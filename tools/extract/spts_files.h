@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "records/records.h"
+#include "tools/outputs/output_request.h"
+
+namespace tevra::tools {
+
+/** One output that is written to a file, and what became of it: zero or empty until it is. */
+struct SptsFile {
+  OutputOptions output;             ///< what was asked for; for the account alone
+  std::string file;                 ///< "-" is standard output
+  SPTSConfiguration configuration;  ///< the daemon's answer: what goes into the file
+
+  uint64_t streamPackets = 0;  ///< packets written that came from the input
+  uint64_t tablePackets = 0;   ///< packets written of PAT, SDT and PMT
+  double seconds = 0;          ///< of stream time, from the input's first to its last packet
+  std::map<int, uint64_t> pidPackets;  ///< packets of streams and tables, by output PID
+  std::vector<std::string> warnings;   ///< one line for every PID that is left out
+};
+
+/**
+ * Writes all outputs of the multiplex `input`, which is read once; each is a stream of its own. A
+ * file that is there is replaced.
+ *
+ * Raises ToolError when the input or an answer cannot be used, or a file cannot be written; what is
+ * written by then stays.
+ */
+void writeSptsFiles(const std::string& input, std::vector<SptsFile>& outputs);
+
+}  // namespace tevra::tools

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "im_SIControlSrv.h"
+#include "tools/feed/stream_inventory.h"
+#include "tools/feed/table_feeder.h"
+#include "tools/si/table_demux.h"
+#include "tools/stream/byte_source.h"
+#include "tools/stream/ts_packet.h"
+
+namespace tevra::tools {
+
+/** Hands all tables of one stream to a daemon and keeps account of what the stream holds. */
+class StreamFeed {
+ public:
+  /** Told of every packet before its tables are sent, and how many have been; false ends the feed.
+   */
+  using OnPacket = std::function<bool(const TsPacket& packet, size_t tablesSent)>;
+
+  /** Told of every table, and in how many sections it came, when it has been sent. */
+  using OnTable = std::function<void(const SiTable& table, size_t sections)>;
+
+  /**
+   * Reads `source`, called `name`, to its end; a table is sent as soon as it is complete.
+   *
+   * Raises ToolError when the source cannot be read, holds no transport stream or none of the
+   * tables. Passes on what a call raises.
+   */
+  StreamFeed(
+      ByteSource& source, const std::string& name, thrift::in_module::im_SIControlSrvIf& daemon,
+      const OnPacket& onPacket,
+      const OnTable& onTable = [](const SiTable& /*table*/, size_t /*sections*/) {});
+
+  /** The same of a file, or of standard input for "-". */
+  StreamFeed(const std::string& path, thrift::in_module::im_SIControlSrvIf& daemon);
+
+  /** What the stream's services are. */
+  [[nodiscard]] const StreamInventory& inventory() const { return inventory_; }
+  /** The account of what was sent. */
+  [[nodiscard]] const TableFeeder& tables() const { return feeder_; }
+  /** Transport stream packets read. */
+  [[nodiscard]] uint64_t packets() const { return packets_; }
+  /** What was lost on the way to tables. */
+  [[nodiscard]] const DemuxStatistics& statistics() const { return statistics_; }
+  /** Of every PID on which tables were looked for. */
+  [[nodiscard]] const std::map<int, DemuxStatistics>& statisticsByPid() const {
+    return statisticsByPid_;
+  }
+
+  /** For people: what was wrong with the stream, one line per fault. */
+  [[nodiscard]] const std::vector<std::string>& faults() const { return faults_; }
+  /** The same, printed. */
+  void printFaults(std::ostream& out) const;
+
+ private:
+  void read(ByteSource& source, const std::string& name, const OnPacket& onPacket,
+            const OnTable& onTable);
+
+  TableFeeder feeder_;
+  StreamInventory inventory_;
+  uint64_t packets_ = 0;
+  DemuxStatistics statistics_;
+  std::map<int, DemuxStatistics> statisticsByPid_;
+  std::vector<std::string> faults_;
+};
+
+}  // namespace tevra::tools

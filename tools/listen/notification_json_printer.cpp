@@ -1,0 +1,124 @@
+#include "tools/listen/notification_json_printer.h"
+
+#include <array>
+#include <string>
+
+#include "tools/fields/fields_json.h"
+#include "tools/listen/table_facts.h"
+#include "tools/tables/table_json.h"
+
+namespace tevra::tools {
+namespace {
+
+/** The value of an object with one member, else the object. */
+Json valueOrObject(const Fields& fields) {
+  Json object = fieldsJson(fields);
+  return fields.size() == 1 ? Json(object.at(fields.front().name)) : object;
+}
+
+struct SideJson {
+  Json operator()(std::monostate /*nothing*/) const { return nullptr; }
+  Json operator()(const Field& field) const { return valueOrObject({field}); }
+  Json operator()(const Fields& entry) const { return fieldsJson(entry); }
+  Json operator()(const DescriptorFields& descriptor) const { return descriptorJson(descriptor); }
+};
+
+Json idJson(const std::vector<Fields>& ids) {
+  if (ids.size() == 1) {
+    return valueOrObject(ids.front());
+  }
+  Json array = Json::array();
+  for (const Fields& id : ids) {
+    array.push_back(valueOrObject(id));
+  }
+  return array;
+}
+
+std::string whatOf(const Change& change) {
+  const bool isDescriptor = !change.descriptor.empty() && change.field.empty();
+  const std::string part = isDescriptor ? "descriptor" : change.field;
+  const bool needsDot = !change.subject.noun.empty() && !part.empty();
+  return change.subject.noun + (needsDot ? "." : "") + part;
+}
+
+Json changeJson(const Change& change) {
+  static constexpr std::array<const char*, 4> kKinds = {"added", "removed", "changed", "reordered"};
+  Json json;
+  json["what"] = whatOf(change);
+  if (!change.subject.ids.empty()) {
+    json["id"] = idJson(change.subject.ids);
+  }
+  if (!change.descriptor.empty()) {
+    json["descriptor"] = change.descriptor;
+  }
+  if (change.descriptorKey) {
+    json.update(fieldsJson({*change.descriptorKey}));
+  }
+  json["change"] = kKinds.at(static_cast<size_t>(change.kind));
+  if (change.seconds) {
+    json["seconds"] = *change.seconds;
+  }
+  if (change.from.index() != 0) {
+    json["from"] = std::visit(SideJson(), change.from);
+  }
+  if (change.to.index() != 0) {
+    json["to"] = std::visit(SideJson(), change.to);
+  }
+  return json;
+}
+
+/** The fields of the table itself that are numbers, but the version. */
+Json idsJson(const TableFields& table) {
+  Fields ids;
+  for (const Field& field : table.fields) {
+    const bool isNumber = std::holds_alternative<Number>(field.value);
+    if (isNumber && field.name != "version" && field.name != "pcrPid" &&
+        field.name != "lastTableId") {
+      ids.push_back(field);
+      std::get<Number>(ids.back().value).meaning.clear();
+    }
+  }
+  return fieldsJson(ids);
+}
+
+const char* stateOf(const TableNews& news) {
+  if (!news.last) {
+    return "first";
+  }
+  return news.changes.empty() ? "unchanged" : "changed";
+}
+
+void appendTable(Json& json, const Notification& notification, const TableNews& news) {
+  const SiTable& table = *notification.table;
+  const TableFields fields = tableFields(table);
+  json["ids"] = idsJson(fields);
+  if (const auto version = versionOf(table)) {
+    json["version"] = *version;
+  }
+  if (const auto seconds = secondsBehind(table, notification.time)) {
+    json["systemClockSeconds"] = *seconds;
+  }
+  json["state"] = stateOf(news);
+  Json& changes = json["changes"] = Json::array();
+  for (const Change& change : news.changes) {
+    changes.push_back(changeJson(change));
+  }
+  json["table"] = tableFieldsJson(fields);
+}
+
+}  // namespace
+
+void NotificationJsonPrinter::print(const Notification& notification, const TableNews& news) {
+  Json json;
+  json["time"] = isoTimeStamp(notification.time, zone_);
+  json["kind"] = kindName(notification.kind);
+  if (notification.kind == Notification::Kind::kNim) {
+    json["value"] = notification.value;
+  }
+  if (notification.table) {
+    appendTable(json, notification, news);
+  }
+  out_ << jsonLine(json) << "\n" << std::flush;
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <ostream>
+
+#include "tools/listen/notification_printer.h"
+#include "tools/text/time_stamp.h"
+
+namespace tevra::tools {
+
+/**
+ * One JSON object a line, for programs: member names and their order do not change.
+ *
+ *   { "time": "2026-11-21T20:41:07.123+01:00",
+ *     "kind": "NIM", "PAT", "SDT", "PMT", "NIT", "TOT", "BAT", "CAT", "EITPresentFollowing",
+ *       "EITSchedule" or "requestConfiguration",
+ *     "value": n,                         of a NIM
+ *     and of a table:
+ *     "ids": { "tableId": n, "serviceId": n },  what tells the table from others: its own fields
+ *       but the version
+ *     "version": n,                       not of a TOT
+ *     "systemClockSeconds": n,            of a TOT: how far the machine's clock is ahead of it
+ *     "state": "first", "changed" or "unchanged",
+ *     "changes": [ { "what": "service.runningStatus", "id": 101, "change": "changed",
+ *       "from": 4, "to": 1 } ],           against the last table of the same kind and ids
+ *     "table": { ... } }                  as table_json.h says
+ *
+ * A change is "added", "removed", "changed" or "reordered". "what" is a field of the table
+ * ("version"), a kind of entry ("service"), a field of one ("service.runningStatus"), or a
+ * descriptor of either ("descriptor", "service.descriptor"), which "descriptor" then names, with
+ * "caSystemId" of a CA descriptor; a value that stands in a descriptor is called like a field of
+ * the entry ("service.serviceName"). "id" is
+ * the entry's, an object where it takes two, and an array of those of several events that moved
+ * equally; "seconds" says by how much they did, or a TOT's clock went on. "from" and "to" are
+ * values, entries or descriptors as in "table"; one is missing of what was added or removed.
+ */
+class NotificationJsonPrinter : public NotificationPrinter {
+ public:
+  /** `out` must outlive the printer. */
+  NotificationJsonPrinter(std::ostream& out, Zone zone) : out_(out), zone_(zone) {}
+
+  void print(const Notification& notification, const TableNews& news) override;
+
+ private:
+  std::ostream& out_;
+  Zone zone_;
+};
+
+}  // namespace tevra::tools

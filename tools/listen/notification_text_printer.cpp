@@ -1,0 +1,162 @@
+#include "tools/listen/notification_text_printer.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "tools/listen/table_facts.h"
+#include "tools/text/dvb_text.h"
+#include "tools/text/dvb_time.h"
+#include "tools/text/dvb_time_text.h"
+#include "tools/text/words.h"
+
+namespace tevra::tools {
+namespace {
+
+using Kind = Notification::Kind;
+using Texts = std::vector<std::string>;
+
+constexpr size_t kKindWidth = 14;
+
+// Select Graphic Rendition sequences of ECMA-48, 8.3.117.
+constexpr const char* kReset = "\x1b[0m";
+constexpr const char* kPlain = "";
+constexpr const char* kBold = "\x1b[1m";
+constexpr const char* kFaint = "\x1b[2m";
+constexpr const char* kRed = "\x1b[31m";
+constexpr const char* kGreen = "\x1b[32m";
+constexpr const char* kYellow = "\x1b[33m";
+constexpr const char* kBoldMagenta = "\x1b[1;35m";
+
+const char* colourOf(char sign) {
+  if (sign == '~') {
+    return kYellow;
+  }
+  return sign == '+' ? kGreen : kRed;
+}
+
+std::string padded(const std::string& kind) {
+  return kind + std::string(kind.size() < kKindWidth ? kKindWidth - kind.size() : 1, ' ');
+}
+
+/** "version 3"; "version 3 -> 4" where it has moved. */
+std::string versionText(int version, const TableNews& news) {
+  const auto last = news.last ? versionOf(*news.last) : std::nullopt;
+  const bool hasMoved = last && *last != version;
+  return "version " + (hasMoved ? std::to_string(*last) + " -> " : "") + std::to_string(version);
+}
+
+/** The time of a TOT, how far it went since the last one, and how the machine's clock differs. */
+std::string clockText(const TOT& tot, const TableNews& news,
+                      std::chrono::system_clock::time_point now) {
+  std::string text = dvbTimeText(tot.utcTime) + " UTC";
+  for (const Change& change : news.changes) {
+    if (change.field == "utcTime" && change.seconds) {
+      text += " (" + spanText(*change.seconds) + ")";
+    }
+  }
+  const auto behind = secondsBehind(tot, now);
+  return text + (behind ? ", system clock " + spanText(*behind) : "");
+}
+
+bool hasNewVersion(const SiTable& table, const TableNews& news) {
+  return news.last && versionOf(*news.last) != versionOf(table);
+}
+
+/** What of the changes stands in the line of the table alone. */
+std::string stateText(const SiTable& table, const TableNews& news, bool hasLines) {
+  if (!news.last) {
+    return {};
+  }
+  if (news.changes.empty()) {
+    return "unchanged";
+  }
+  if (!versionOf(table)) {
+    return {};
+  }
+  const bool isNew = hasNewVersion(table, news);
+  if (isNew == hasLines) {
+    return {};
+  }
+  return isNew ? "otherwise unchanged" : "changed with the same version";
+}
+
+Texts headline(const Notification& notification, const TableNews& news, bool hasLines) {
+  const SiTable& table = *notification.table;
+  Texts parts;
+  if (std::string subject = subjectText(table); !subject.empty()) {
+    parts.push_back(std::move(subject));
+  }
+  const auto version = versionOf(table);
+  if (version) {
+    parts.push_back(versionText(*version, news));
+  }
+  if (const TOT* tot = std::get_if<TOT>(&table)) {
+    parts.push_back(clockText(*tot, news, notification.time));
+  }
+  const Texts contents = contentTexts(table);
+  parts.insert(parts.end(), contents.begin(), contents.end());
+  const std::string state = stateText(table, news, hasLines);
+  if (!state.empty()) {
+    parts.push_back(state);
+  }
+  return parts;
+}
+
+}  // namespace
+
+std::string NotificationTextPrinter::painted(const char* colour, const std::string& text) const {
+  const std::string harmless = printable(text);
+  const bool isPainted = options_.inColour && *colour != '\0';
+  return isPainted ? colour + harmless + kReset : harmless;
+}
+
+std::string NotificationTextPrinter::stampOf(const Notification& notification) const {
+  return painted(kFaint, timeStamp(notification.time, options_.zone)) + "  ";
+}
+
+void NotificationTextPrinter::print(const Notification& notification, const TableNews& news) {
+  if (notification.table) {
+    printTable(notification, news);
+    return;
+  }
+  const std::string kind = kindText(notification.kind);
+  out_ << stampOf(notification);
+  if (notification.kind == Kind::kNim) {
+    out_ << painted(kBold, padded(kind)) << "value " << notification.value;
+  } else {
+    out_ << painted(kBoldMagenta, kind);
+  }
+  out_ << "\n" << std::flush;
+}
+
+void NotificationTextPrinter::printTable(const Notification& notification, const TableNews& news) {
+  const std::vector<ChangeLine> lines = changeLines(news.changes);
+  const bool isUnchanged = news.last && lines.empty() && !hasNewVersion(*notification.table, news);
+  const std::string stamp = stampOf(notification);
+  const Texts parts = headline(notification, news, !lines.empty());
+  out_ << stamp << painted(isUnchanged ? kFaint : kBold, padded(kindText(notification.kind)))
+       << painted(isUnchanged ? kFaint : kPlain, joined(parts, ", ")) << "\n";
+  printChanges(stamp, lines);
+  out_ << std::flush;
+}
+
+void NotificationTextPrinter::printChanges(const std::string& stamp,
+                                           const std::vector<ChangeLine>& lines) {
+  const std::string indent(kKindWidth, ' ');
+  // A line that says "1 more" would take the place of the one it speaks of.
+  const bool isCut = !options_.all && lines.size() > kMostLines + 1;
+  const size_t shown = isCut ? kMostLines : lines.size();
+  for (size_t i = 0; i < shown; ++i) {
+    out_ << stamp << indent
+         << painted(colourOf(lines[i].sign), std::string(1, lines[i].sign) + " " + lines[i].text)
+         << "\n";
+  }
+  if (isCut) {
+    out_ << stamp << indent
+         << painted(kYellow,
+                    "... and " + std::to_string(lines.size() - shown) + " more (--all shows them)")
+         << "\n";
+  }
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,42 @@
+#include "tools/listen/table_history.h"
+
+#include "tools/changes/table_changes.h"
+#include "tools/listen/table_facts.h"
+
+namespace tevra::tools {
+
+TableNews TableHistory::add(Notification::Kind kind, const SiTable& table) {
+  const Key key = {kind, idsOf(table)};
+  TableNews news;
+  news.last = take(key);
+  if (news.last) {
+    news.changes = tableChanges(*news.last, table);
+  }
+  entries_.push_front({key, table, memoryOf(table)});
+  places_[key] = entries_.begin();
+  bytes_ += entries_.front().bytes;
+  while (entries_.size() > mostTables_ || bytes_ > mostBytes_) {
+    forgetOldest();
+  }
+  return news;
+}
+
+std::optional<SiTable> TableHistory::take(const Key& key) {
+  const auto found = places_.find(key);
+  if (found == places_.end()) {
+    return std::nullopt;
+  }
+  std::optional<SiTable> table = std::move(found->second->table);
+  bytes_ -= found->second->bytes;
+  entries_.erase(found->second);
+  places_.erase(found);
+  return table;
+}
+
+void TableHistory::forgetOldest() {
+  bytes_ -= entries_.back().bytes;
+  places_.erase(entries_.back().key);
+  entries_.pop_back();
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,106 @@
+#include "tools/outputs/output_text.h"
+
+#include <string>
+#include <vector>
+
+#include "tools/descriptors/descriptors.h"
+#include "tools/outputs/pid_attributes.h"
+#include "tools/text/text_table.h"
+#include "tools/text/words.h"
+
+namespace tevra::tools {
+namespace {
+
+/** ISO/IEC 13818-1, table 2-34; the types that an output can carry. */
+std::string streamTypeName(int streamType) {
+  switch (streamType) {
+    case 0x01:
+      return "MPEG-1 video";
+    case 0x02:
+      return "MPEG-2 video";
+    case 0x03:
+      return "MPEG-1 audio";
+    case 0x04:
+      return "MPEG-2 audio";
+    case 0x06:
+      return "private PES";
+    case 0x0F:
+      return "AAC audio";
+    case 0x10:
+      return "MPEG-4 video";
+    case 0x11:
+      return "LATM AAC audio";
+    case 0x1B:
+      return "H.264 video";
+    case 0x24:
+      return "HEVC video";
+    default:
+      return "type " + hex(streamType, 2);
+  }
+}
+
+std::string heading(const std::string& table, int version, size_t packets) {
+  return "  " + table + " version " + std::to_string(version) + ", " + counted(packets, "packet");
+}
+
+void printServices(std::ostream& out, const SDT& sdt) {
+  for (const SDTService& service : sdt.services) {
+    const ServiceNames names = serviceNames(service.descriptors);
+    out << "    service " << service.serviceId << " \"" << names.name << "\", provider \""
+        << names.provider << "\", type " << hex(names.type, 2) << "\n";
+  }
+}
+
+void printStreams(std::ostream& out, const PMT& pmt) {
+  TextTable table({"PID", "stream", "language", "descriptors"});
+  for (const PMTES& stream : pmt.esList) {
+    std::vector<std::string> tags;
+    for (const Descriptor& descriptor : stream.descriptors) {
+      tags.push_back(hex(descriptor.tag, 2));
+    }
+    table.addRow({std::to_string(stream.pid), streamTypeName(stream.streamType),
+                  joined(languages(stream.descriptors), "+"), joined(tags, " ")});
+  }
+  if (!table.empty()) {
+    table.print(out, 4);
+  }
+}
+
+}  // namespace
+
+void printPids(std::ostream& out, const SPTSConfiguration& configuration) {
+  TextTable table({"input PID", "output PID", "carries"});
+  for (const PIDItem& item : configuration.pidItems) {
+    table.addRow({item.inputPid == kUnknownPid ? "unknown" : std::to_string(item.inputPid),
+                  std::to_string(item.outputPid),
+                  joined(pidAttributeNames(item.attributes), ", ")});
+  }
+  table.print(out, 4);
+}
+
+void printTables(std::ostream& out, const SPTSConfiguration& configuration) {
+  const OutputTables& tables = configuration.outputTables;
+  const PAT& pat = tables.dvbTables.pat;
+  out << heading("PAT", pat.version, tables.patPackets.size()) << ", transport stream "
+      << pat.transportStreamId << "\n";
+  for (const PATProgram& program : pat.programs) {
+    out << "    programme " << program.programNumber << " on PID " << program.pid << "\n";
+  }
+  const SDT& sdt = tables.dvbTables.sdt;
+  out << heading("SDT", sdt.version, tables.sdtPackets.size()) << ", original network "
+      << sdt.originalNetworkId << "\n";
+  printServices(out, sdt);
+  const PMT& pmt = tables.dvbTables.pmt;
+  out << heading("PMT", pmt.version, tables.pmtPackets.size()) << ", programme "
+      << pmt.programNumber << ", PCR on PID " << pmt.pcrPid << "\n";
+  printStreams(out, pmt);
+}
+
+void printOutput(std::ostream& out, int32_t globalSid, const SPTSConfiguration& configuration) {
+  out << "output with global service id " << globalSid << ", unique service id "
+      << configuration.outputTables.outputParam1 << "\n  PIDs\n";
+  printPids(out, configuration);
+  printTables(out, configuration);
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,129 @@
+#include "tools/report/facts/stream_census.h"
+
+#include "tools/report/facts/stream_time.h"
+#include "tools/si/section.h"
+
+namespace tevra::tools::report {
+namespace {
+
+constexpr int kTableTdt = 0x70;
+constexpr size_t kSectionHeader = 3;
+constexpr size_t kUtcSize = 5;
+/** As StreamClock has it: what is longer is a jump of the clock. */
+constexpr int64_t kLongestPcrInterval = 5 * kSystemClock;
+
+int64_t read40(const uint8_t* bytes) {
+  int64_t value = 0;
+  for (size_t i = 0; i < kUtcSize; ++i) {
+    value = (value << 8) | bytes[i];
+  }
+  return value;
+}
+
+}  // namespace
+
+StreamCensus::StreamCensus() : pids_(kPidCount) {}
+
+void StreamCensus::push(const TsPacket& packet) {
+  Pid& pid = pids_[static_cast<size_t>(packet.pid())];
+  ++pid.count.packets;
+  if (packet.transportError()) {
+    ++pid.count.transportErrors;
+    return;  // nothing else in it can be believed
+  }
+  if (packet.pid() == kNullPid) {
+    return;  // counters and flags of stuffing mean nothing (ISO/IEC 13818-1, 2.4.3.3)
+  }
+  pid.count.scrambled += packet.scrambled() ? 1 : 0;
+  notePcr(packet, pid);
+  checkContinuity(packet, pid);
+  if (packet.pid() == kTotPid && packet.unitStart() && !packet.scrambled()) {
+    readClock(packet);
+  }
+}
+
+void StreamCensus::notePcr(const TsPacket& packet, Pid& pid) {
+  const std::optional<int64_t> pcr = packet.pcr();
+  if (!pcr) {
+    return;
+  }
+  ++pid.count.pcrs;
+  if (pid.lastPcr && !packet.discontinuity()) {
+    const int64_t interval = (*pcr - *pid.lastPcr + kPcrModulus) % kPcrModulus;
+    pid.pcrIntervals += interval > 0 && interval <= kLongestPcrInterval ? 1 : 0;
+  }
+  pid.lastPcr = pcr;
+}
+
+/** ISO/IEC 13818-1, 2.4.3.3: only payload moves the counter, and a packet may come twice. */
+void StreamCensus::checkContinuity(const TsPacket& packet, Pid& pid) {
+  const int counter = packet.continuityCounter();
+  const int last = pid.lastCounter;
+  pid.lastCounter = counter;
+  if (last < 0 || packet.discontinuity()) {
+    pid.repeatable = packet.hasPayload();
+    return;
+  }
+  if (!packet.hasPayload()) {
+    pid.count.continuityErrors += counter == last ? 0 : 1;
+    return;
+  }
+  if (counter == ((last + 1) & 0x0F)) {
+    pid.repeatable = true;
+  } else if (counter == last && pid.repeatable) {
+    pid.repeatable = false;
+  } else {
+    ++pid.count.continuityErrors;
+    pid.repeatable = true;
+  }
+}
+
+void StreamCensus::noteClock(StreamTime time) {
+  firstClock_ = firstClock_.value_or(time);
+  lastClock_ = time;
+}
+
+/** Looks for TDTs, which have no CRC_32 (EN 300 468, 5.2.5), among the sections in the packet. */
+void StreamCensus::readClock(const TsPacket& packet) {
+  const uint8_t* bytes = packet.data();
+  size_t position = packet.payloadOffset();
+  if (position >= kTsPacketSize) {
+    return;
+  }
+  position += size_t{1} + bytes[position];
+  while (position + kSectionHeader + kUtcSize <= kTsPacketSize) {
+    const size_t length = read12(bytes + position + 1);
+    if (bytes[position] == kTableTdt && length == kUtcSize) {
+      if (const auto time = streamTime(read40(bytes + position + kSectionHeader))) {
+        noteClock(*time);
+      }
+    }
+    position += kSectionHeader + length;
+  }
+}
+
+std::map<int, PidCount> StreamCensus::pids() const {
+  std::map<int, PidCount> counts;
+  for (int pid = 0; pid < kPidCount; ++pid) {
+    const PidCount& count = pids_[static_cast<size_t>(pid)].count;
+    if (count.packets != 0) {
+      counts.emplace(pid, count);
+    }
+  }
+  return counts;
+}
+
+int StreamCensus::clockPid() const {
+  int best = kNullPid;
+  uint64_t most = 0;
+  for (int pid = 0; pid < kPidCount; ++pid) {
+    const uint64_t intervals = pids_[static_cast<size_t>(pid)].pcrIntervals;
+    if (intervals > most) {
+      best = pid;
+      most = intervals;
+    }
+  }
+  return best;
+}
+
+}  // namespace tevra::tools::report

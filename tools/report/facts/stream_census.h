@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "tools/report/facts/report_data.h"
+#include "tools/stream/ts_packet.h"
+
+namespace tevra::tools::report {
+
+/** Counts the packets of a multiplex by PID, what is wrong with them, and reads the clock. */
+class StreamCensus {
+ public:
+  StreamCensus();
+
+  /** The next packet of the stream, whatever its PID. */
+  void push(const TsPacket& packet);
+  /** A time of the stream's clock from elsewhere: the packets are looked at for TDTs alone. */
+  void noteClock(StreamTime time);
+
+  /** All PIDs that have packets; sections are not looked at. */
+  [[nodiscard]] std::map<int, PidCount> pids() const;
+  /** The PID with the most PCRs that tell a rate; kNullPid when none does. */
+  [[nodiscard]] int clockPid() const;
+  ///@{
+  /** Of the TDTs and the times noted, in stream order; nothing without any. */
+  [[nodiscard]] std::optional<StreamTime> firstClock() const { return firstClock_; }
+  [[nodiscard]] std::optional<StreamTime> lastClock() const { return lastClock_; }
+  ///@}
+
+ private:
+  struct Pid {
+    PidCount count;
+    int lastCounter = -1;     // none yet
+    bool repeatable = false;  // the next packet may repeat the last one
+    std::optional<int64_t> lastPcr;
+    uint64_t pcrIntervals = 0;  // between PCRs that follow each other as they should
+  };
+
+  static void checkContinuity(const TsPacket& packet, Pid& pid);
+  static void notePcr(const TsPacket& packet, Pid& pid);
+  void readClock(const TsPacket& packet);
+
+  std::vector<Pid> pids_;
+  std::optional<StreamTime> firstClock_;
+  std::optional<StreamTime> lastClock_;
+};
+
+}  // namespace tevra::tools::report

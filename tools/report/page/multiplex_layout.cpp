@@ -1,0 +1,202 @@
+#include "tools/report/page/multiplex_layout.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "tools/report/facts/fault_lines.h"
+
+namespace tevra::tools::report {
+namespace {
+
+constexpr double kTop = 34;  // of the first band, below the headings
+constexpr double kRowHeight = 21;
+constexpr double kFoot = 10;  // below the last row of a band
+constexpr double kGap = 18;
+
+constexpr double kKeyHeight = 136;
+
+constexpr double kThinnest = 1.25;
+constexpr double kThickest = 12;
+
+// What fits on A4 at the width of the page; the first lies below the summary.
+constexpr double kPage = 1500;
+constexpr double kSummary = 345;
+constexpr double kFaultBox = 45;
+constexpr double kFaultLine = 30;
+
+Box cardAt(double x, double width, double y, size_t rows) {
+  return {x, y, width, kHeadHeight + static_cast<double>(rows) * kRowHeight + kFoot};
+}
+
+std::vector<Box> rowsOf(const Box& card, size_t count) {
+  std::vector<Box> rows;
+  for (size_t row = 0; row < count; ++row) {
+    rows.push_back({card.x, card.y + kHeadHeight + static_cast<double>(row) * kRowHeight,
+                    card.width, kRowHeight});
+  }
+  return rows;
+}
+
+Band bandAt(double y, size_t streams, const std::optional<Output>& output) {
+  Band band;
+  band.input = cardAt(kInset, kInputWidth, y, streams);
+  band.inputRows = rowsOf(band.input, streams);
+  if (output) {
+    band.output =
+        cardAt(kOutputLeft, kPictureWidth - kInset - kOutputLeft, y, output->streams.size());
+    band.outputRows = rowsOf(*band.output, output->streams.size());
+  }
+  return band;
+}
+
+double bottomOf(const Band& band) {
+  return std::max(band.input.bottom(), band.output ? band.output->bottom() : 0);
+}
+
+/** The busiest PID but for stuffing, which would make all else look like nothing. */
+double fullRateOf(const Report& report, const std::vector<Band>& bands) {
+  uint64_t most = 1;
+  for (const Band& band : bands) {
+    for (const InputStream& stream : inputStreams(report, band)) {
+      if (stream.kind != StreamKind::kStuffing) {
+        most = std::max(most, report.countOf(stream.pid).packets);
+      }
+    }
+  }
+  return static_cast<double>(most);
+}
+
+/** Finds where the packets of an output's PID come from. */
+class Sources {
+ public:
+  Sources(const Report& report, const std::vector<Band>& bands) {
+    for (size_t band = 0; band < bands.size(); ++band) {
+      const auto& streams = inputStreams(report, bands[band]);
+      for (size_t row = 0; row < streams.size(); ++row) {
+        places_[streams[row].pid].emplace_back(band, row);
+      }
+    }
+  }
+
+  /** Band and row; in the band of the output itself if the PID is there. */
+  [[nodiscard]] std::optional<std::pair<size_t, size_t>> find(int pid, size_t ownBand) const {
+    const auto entry = places_.find(pid);
+    if (entry == places_.end()) {
+      return std::nullopt;
+    }
+    for (const auto& place : entry->second) {
+      if (place.first == ownBand) {
+        return place;
+      }
+    }
+    return entry->second.front();
+  }
+
+ private:
+  std::map<int, std::vector<std::pair<size_t, size_t>>> places_;
+};
+
+std::vector<Link> linksOf(const Report& report, const MultiplexLayout& layout) {
+  const Sources sources(report, layout.bands);
+  std::vector<Link> links;
+  for (size_t service = 0; service < report.services.size(); ++service) {
+    const auto& output = report.services[service].output;
+    for (size_t row = 0; output && row < output->streams.size(); ++row) {
+      const auto pid = output->streams[row].inputPid;
+      const auto source = pid ? sources.find(*pid, service) : std::nullopt;
+      if (source) {
+        const auto packets = static_cast<double>(report.countOf(*pid).packets);
+        const double thickness =
+            output->streams[row].made ? 0 : kThickest * packets / layout.fullRate;
+        links.push_back({source->first, source->second, service, row,
+                         std::clamp(thickness, kThinnest, kThickest)});
+      }
+    }
+  }
+  return links;
+}
+
+/** What the summary leaves of the first page; a page of its own when that is little. */
+double firstPageOf(const Report& report) {
+  const auto faults = static_cast<double>(faultLines(report).size());
+  const double left = kPage - kSummary - (faults == 0 ? 0 : kFaultBox + faults * kFaultLine);
+  return left > kPage / 3 ? left : kPage;
+}
+
+std::vector<Slice> pagesOf(const Report& report, const MultiplexLayout& layout) {
+  std::vector<double> betweenBands;
+  std::vector<double> betweenRows;
+  for (const Band& band : layout.bands) {
+    const auto& rows =
+        band.inputRows.size() < band.outputRows.size() ? band.outputRows : band.inputRows;
+    for (const Box& row : rows) {
+      betweenRows.push_back(row.bottom());
+    }
+    betweenBands.push_back(bottomOf(band) + kGap / 2);
+  }
+  if (layout.key) {
+    betweenBands.pop_back();  // the key goes with the last band
+  }
+  return sliced(layout.height, firstPageOf(report), kPage, betweenBands, betweenRows);
+}
+
+/** The last of `cuts` behind `from`, up to `to`. */
+std::optional<double> lastWithin(const std::vector<double>& cuts, double from, double to) {
+  const auto behind = std::upper_bound(cuts.begin(), cuts.end(), to);
+  if (behind == cuts.begin() || *(behind - 1) <= from) {
+    return std::nullopt;
+  }
+  return *(behind - 1);
+}
+
+}  // namespace
+
+const std::vector<InputStream>& inputStreams(const Report& report, const Band& band) {
+  return band.service ? report.services[*band.service].streams : report.others;
+}
+
+std::vector<Slice> sliced(double height, double firstLimit, double limit,
+                          const std::vector<double>& goodCuts,
+                          const std::vector<double>& fairCuts) {
+  std::vector<Slice> slices;
+  for (double top = 0; top < height;) {
+    const double end = top + (slices.empty() ? firstLimit : limit);
+    double cut = height;
+    if (end < height) {
+      const auto good = lastWithin(goodCuts, top, end);
+      const auto fair = lastWithin(fairCuts, top, end);
+      cut = good.value_or(fair.value_or(end));
+    }
+    slices.push_back({top, cut - top});
+    top = cut;
+  }
+  return slices;
+}
+
+MultiplexLayout layoutMultiplex(const Report& report) {
+  MultiplexLayout layout;
+  double y = kTop;
+  const auto add = [&](Band band) {
+    y = bottomOf(band) + kGap;
+    layout.bands.push_back(std::move(band));
+  };
+  for (size_t place = 0; place < report.services.size(); ++place) {
+    const Service& service = report.services[place];
+    Band band = bandAt(y, service.streams.size(), service.output);
+    band.service = place;
+    add(std::move(band));
+  }
+  if (!report.others.empty()) {
+    layout.key = Box{kOutputLeft, y, kPictureWidth - kInset - kOutputLeft, kKeyHeight};
+    add(bandAt(y, report.others.size(), std::nullopt));
+    y = std::max(y, layout.key->bottom() + kGap);
+  }
+  layout.height = y;
+  layout.fullRate = fullRateOf(report, layout.bands);
+  layout.links = linksOf(report, layout);
+  layout.slices = pagesOf(report, layout);
+  return layout;
+}
+
+}  // namespace tevra::tools::report

@@ -1,0 +1,142 @@
+#include "tools/report/page/page_summary.h"
+
+#include <algorithm>
+#include <map>
+#include <vector>
+
+#include "tools/report/facts/fault_lines.h"
+#include "tools/report/facts/stream_time.h"
+#include "tools/report/facts/stream_traits.h"
+#include "tools/report/page/figures.h"
+#include "tools/report/page/svg.h"
+#include "tools/text/words.h"
+
+namespace tevra::tools::report {
+namespace {
+
+std::string idText(std::optional<int> id) {
+  return id ? std::to_string(*id) + " (" + hex(*id, 4) + ")" : "not in the stream";
+}
+
+std::string servicesText(const Report& report) {
+  const auto withOutput =
+      std::count_if(report.services.begin(), report.services.end(),
+                    [](const Service& service) { return service.output.has_value(); });
+  return std::to_string(report.services.size()) + ", " +
+         counted(static_cast<uint64_t>(withOutput), "output");
+}
+
+std::string networkText(const Report& report) {
+  return idText(report.networkId) + (report.networkName.empty() ? "" : " " + report.networkName);
+}
+
+std::string clockText(const Report& report) {
+  if (!report.firstClock || !report.lastClock) {
+    return "no TDT or TOT";
+  }
+  const std::string first = dateAndTime(*report.firstClock);
+  const std::string last = dateAndTime(*report.lastClock);
+  if (first == last) {
+    return first + " UTC";
+  }
+  const bool sameDay = *report.firstClock / kDay == *report.lastClock / kDay;
+  return first + " to " + (sameDay ? last.substr(last.find(' ') + 1) : last) + " UTC";
+}
+
+void figure(Markup& markup, const std::string& name, const std::string& value) {
+  const auto pair = markup.open("div");
+  markup.leaf("dt", {}, name);
+  const auto cell = markup.open("dd");
+  markup.leaf("bdi", {}, value);
+}
+
+void figures(const Report& report, Markup& markup) {
+  const auto list = markup.open("dl", {{"class", "figures"}});
+  const auto rate = report.bitRate(report.packets);
+  figure(markup, "Duration", report.seconds ? lengthText(*report.seconds) : "unknown: no PCR");
+  figure(markup, "Bit rate", rate ? bitRateText(*rate) : "unknown: no PCR");
+  figure(markup, "Packets", groupedText(report.packets));
+  figure(markup, "Services", servicesText(report));
+  figure(markup, "PIDs", std::to_string(report.pids.size()));
+  figure(markup, "Tables fed", groupedText(report.tablesSent));
+  figure(markup, "Transport stream", idText(report.transportStreamId));
+  figure(markup, "Original network", idText(report.originalNetworkId));
+  figure(markup, "Network", networkText(report));
+  figure(markup, "Clock", clockText(report));
+}
+
+void faults(const Report& report, Markup& markup) {
+  const std::vector<std::string> lines = faultLines(report);
+  if (lines.empty()) {
+    markup.leaf("p", {{"class", "sound"}},
+                "No fault seen: no continuity error, no CRC error, no scrambled packet.");
+    return;
+  }
+  const auto box = markup.open("div", {{"class", "faults"}});
+  markup.leaf("h2", {}, counted(lines.size(), "thing") + " to look at");
+  const auto list = markup.open("ul");
+  for (const std::string& line : lines) {
+    markup.leaf("li", {}, line);
+  }
+}
+
+/** The kinds that the picture shows, with their packets; a PID of several services counts once. */
+std::map<StreamKind, uint64_t> packetsByKind(const Report& report) {
+  std::map<int, StreamKind> pids;
+  for (const Service& service : report.services) {
+    for (const InputStream& stream : service.streams) {
+      pids.emplace(stream.pid, stream.kind);
+    }
+  }
+  for (const InputStream& stream : report.others) {
+    pids.emplace(stream.pid, stream.kind);
+  }
+  std::map<StreamKind, uint64_t> sums;
+  for (const auto& [pid, kind] : pids) {
+    sums[kind] += report.countOf(pid).packets;
+  }
+  return sums;
+}
+
+/** One bar for the whole bit rate, which is the legend of the colours, too. */
+void strip(const Report& report, Markup& markup) {
+  constexpr double kHeight = 18;
+  const std::map<StreamKind, uint64_t> sums = packetsByKind(report);
+  {
+    Svg svg(markup);
+    const auto picture = svg.picture(
+        {{"class", "strip"}, {"preserveAspectRatio", "none"}, {"aria-hidden", "true"}}, 0, kHeight);
+    double x = 0;
+    for (const auto& [kind, packets] : sums) {
+      const double width = kPictureWidth * report.share(packets);
+      svg.rect({x, 0, width, kHeight}, "bar k-" + kindWord(kind));
+      x += width;
+    }
+  }
+  const auto list = markup.open("ul", {{"class", "legend"}});
+  for (const auto& [kind, packets] : sums) {
+    const auto item = markup.open("li", {{"class", "k-" + kindWord(kind)}});
+    markup.leaf("i", {{"class", "swatch"}}, "");
+    markup.text(kindName(kind) + " ");
+    markup.leaf("span", {{"class", "figure"}}, shareText(report.share(packets)));
+  }
+}
+
+}  // namespace
+
+void summarySection(const Report& report, const std::string& title, Markup& markup) {
+  const auto header = markup.open("header");
+  {
+    const auto heading = markup.open("h1");
+    markup.leaf("bdi", {}, title);
+  }
+  if (title != report.file) {
+    const auto line = markup.open("p", {{"class", "file"}});
+    markup.leaf("bdi", {}, report.file);
+  }
+  faults(report, markup);
+  figures(report, markup);
+  strip(report, markup);
+}
+
+}  // namespace tevra::tools::report

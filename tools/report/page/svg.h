@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tools/report/page/geometry.h"
+#include "tools/report/page/markup.h"
+
+namespace tevra::tools::report {
+
+/** Draws elements of a picture; the style sheet gives a class its looks. */
+class Svg {
+ public:
+  /** `markup` must outlive it. */
+  explicit Svg(Markup& markup) : markup_(markup) {}
+
+  /** Which point of a text `x` is. */
+  enum class Anchor { kStart, kMiddle, kEnd };
+
+  /** What scrolls sideways where the page is narrower than a picture is useful. */
+  [[nodiscard]] Markup::Element scroller(const std::string& label,
+                                         const std::string& classes = "scroller");
+  /** A picture that is as wide as the page and `height` high in its own units. */
+  [[nodiscard]] Markup::Element picture(const Attributes& attributes, double top, double height);
+  /** What is drawn while it lives shares its attributes. */
+  [[nodiscard]] Markup::Element group(const Attributes& attributes) {
+    return markup_.open("g", attributes);
+  }
+
+  /** `radius` is that of the corners; not more than 0: they are square. */
+  void rect(const Box& box, const std::string& classes, double radius = 0);
+  /** `y` is the base line. */
+  void text(double x, double y, const std::string& classes, const std::string& text,
+            Anchor anchor = Anchor::kStart);
+  ///@{
+  /** In the units of the picture; `classes` has blanks between them, `data` is SVG's path data. */
+  void line(double x1, double y1, double x2, double y2, const std::string& classes);
+  void path(const std::string& data, const Attributes& attributes);
+  void circle(double x, double y, double radius, const std::string& classes);
+  ///@}
+  /** Once more what has this id. */
+  void reuse(const std::string& id) { markup_.mark("use", {{"href", "#" + id}}); }
+  /** Said of the group around it: shown by browsers when the pointer rests there. */
+  void title(const std::string& text) { markup_.leaf("title", {}, text); }
+
+ private:
+  Markup& markup_;
+};
+
+}  // namespace tevra::tools::report

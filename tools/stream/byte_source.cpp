@@ -1,0 +1,39 @@
+#include "tools/stream/byte_source.h"
+
+#include "tools/stream/files.h"
+#include "tools/stream/udp_source.h"
+#include "tools/text/tool_error.h"
+#include "tools/text/words.h"
+
+namespace tevra::tools {
+
+std::string ByteSource::explainNothing(const std::string& name, uint64_t packets) const {
+  if (packets == 0) {
+    return name + " holds no transport stream: no packets of 188, 192 or 204 bytes";
+  }
+  return name + " holds " + counted(packets, "packet") + ", but no complete table";
+}
+
+std::unique_ptr<ByteSource> openSource(const std::string& name, const LiveOptions& live) {
+  if (isLiveSource(name)) {
+    return std::make_unique<UdpSource>(parseUdpAddress(name), live);
+  }
+  return std::make_unique<InputFile>(name);
+}
+
+size_t LoopedSource::read(uint8_t* buffer, size_t size) {
+  const size_t count = source_.read(buffer, size);
+  if (count != 0) {
+    return count;
+  }
+  if (!source_.rewind()) {
+    throw ToolError("the stream cannot be repeated: it is no file");
+  }
+  return source_.read(buffer, size);
+}
+
+bool isLiveSource(const std::string& name) {
+  return name.compare(0, kUdpScheme.size(), kUdpScheme) == 0;
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,84 @@
+#include "tools/stream/files.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include <sys/stat.h>
+
+#include "tools/text/tool_error.h"
+
+namespace tevra::tools {
+namespace {
+
+std::FILE* open(const std::string& path, const char* mode, std::FILE* standard) {
+  std::FILE* file = path == "-" ? standard : std::fopen(path.c_str(), mode);
+  if (file == nullptr) {
+    throw ToolError("cannot open " + path + ": " + std::strerror(errno));
+  }
+  return file;
+}
+
+void closeUnlessStandard(std::FILE* file) {
+  if (file != stdin && file != stdout) {
+    std::fclose(file);
+  }
+}
+
+}  // namespace
+
+void InputFile::Close::operator()(std::FILE* file) const {
+  closeUnlessStandard(file);
+}
+
+InputFile::InputFile(const std::string& path) : path_(path), file_(open(path, "rb", stdin)) {}
+
+size_t InputFile::read(uint8_t* buffer, size_t size) {
+  const size_t count = std::fread(buffer, 1, size, file_.get());
+  if (count == 0 && std::ferror(file_.get()) != 0) {
+    throw ToolError("cannot read " + path_ + ": " + std::strerror(errno));
+  }
+  return count;
+}
+
+std::optional<uint64_t> InputFile::size() const {
+  struct stat status {};
+  if (fstat(fileno(file_.get()), &status) != 0 || !S_ISREG(status.st_mode)) {
+    return std::nullopt;
+  }
+  return static_cast<uint64_t>(status.st_size);
+}
+
+bool InputFile::rewind() {
+  return std::fseek(file_.get(), 0, SEEK_SET) == 0;
+}
+
+bool isSameFile(const std::string& a, const std::string& b) {
+  struct stat first {};
+  struct stat second {};
+  return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+void OutputFile::Close::operator()(std::FILE* file) const {
+  closeUnlessStandard(file);
+}
+
+OutputFile::OutputFile(const std::string& path) : path_(path), file_(open(path, "wb", stdout)) {}
+
+void OutputFile::write(const uint8_t* bytes, size_t size) {
+  if (std::fwrite(bytes, 1, size, file_.get()) != size) {
+    fail();
+  }
+}
+
+void OutputFile::close() {
+  if (std::fflush(file_.get()) != 0) {
+    fail();
+  }
+}
+
+void OutputFile::fail() const {
+  throw ToolError("cannot write " + path_ + ": " + std::strerror(errno));
+}
+
+}  // namespace tevra::tools

@@ -1,0 +1,192 @@
+#include "tools/stream/udp_source.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "tools/stream/ts_packet.h"
+#include "tools/text/tool_error.h"
+#include "tools/text/words.h"
+
+namespace tevra::tools {
+namespace {
+
+constexpr int kLargestPort = 65535;
+constexpr int kReceiveBuffer = 4 * 1024 * 1024;  // half a second of a full multiplex
+constexpr std::chrono::milliseconds kSlice(200);
+
+constexpr size_t kRtpHeader = 12;
+constexpr size_t kRtpWord = 4;
+
+[[noreturn]] void fail(const std::string& what, const std::string& name) {
+  throw ToolError("cannot " + what + " " + name + ": " + std::strerror(errno));
+}
+
+sockaddr_in socketAddress(const UdpAddress& address) {
+  sockaddr_in result{};
+  result.sin_family = AF_INET;
+  result.sin_port = htons(static_cast<uint16_t>(address.port));
+  (void)inet_pton(AF_INET, address.address.c_str(), &result.sin_addr);  // has been parsed
+  return result;
+}
+
+void joinGroup(int socket, const sockaddr_in& group, const std::string& name) {
+  ip_mreq membership{};
+  membership.imr_multiaddr = group.sin_addr;
+  if (setsockopt(socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, &membership, sizeof membership) != 0) {
+    fail("join", name);
+  }
+}
+
+/** A socket that receives at `address`; the caller closes it. */
+int openSocket(const UdpAddress& address, const std::string& name) {
+  const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  if (socket < 0) {
+    fail("receive at", name);
+  }
+  // Several may listen to a group; a larger buffer is taken as far as the kernel allows.
+  const int yes = 1;
+  (void)setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  (void)setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &kReceiveBuffer, sizeof kReceiveBuffer);
+  const sockaddr_in local = socketAddress(address);
+  try {
+    if (bind(socket, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
+      fail("receive at", name);
+    }
+    if (IN_MULTICAST(ntohl(local.sin_addr.s_addr))) {
+      joinGroup(socket, local, name);
+    }
+  } catch (const ToolError&) {
+    close(socket);
+    throw;
+  }
+  return socket;
+}
+
+std::string nameOf(const UdpAddress& address) {
+  return std::string(kUdpScheme) + address.address + ":" + std::to_string(address.port);
+}
+
+std::string secondsText(std::chrono::steady_clock::duration time) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time).count();
+  return seconds == 0 ? "less than 1 s" : std::to_string(seconds) + " s";
+}
+
+std::string noPacket(const std::string& name, const std::string& time) {
+  return "no packet came from " + name + " in " + time +
+         ": is the stream sent there, and does a firewall let it in?";
+}
+
+/** 0 where `text` is no port. */
+int portFrom(const std::string& text) {
+  if (text.empty() || text.size() > 5 ||
+      text.find_first_not_of("0123456789") != std::string::npos) {
+    return 0;
+  }
+  const int port = std::stoi(text);
+  return port <= kLargestPort ? port : 0;
+}
+
+}  // namespace
+
+UdpAddress parseUdpAddress(const std::string& text) {
+  const size_t start = kUdpScheme.size();
+  const size_t colon = text.rfind(':');
+  UdpAddress result;
+  in_addr parsed{};
+  if (colon != std::string::npos && colon > start && text.compare(0, start, kUdpScheme) == 0) {
+    result.address = text.substr(start, colon - start);
+    result.address.erase(0, result.address[0] == '@' ? 1 : 0);  // as some players write a group
+    result.port = portFrom(text.substr(colon + 1));
+  }
+  if (result.port == 0 || inet_pton(AF_INET, result.address.c_str(), &parsed) != 1) {
+    throw ToolError("'" + text + "' is not udp://ADDRESS:PORT with an IPv4 address");
+  }
+  return result;
+}
+
+size_t rtpPayloadOffset(const uint8_t* datagram, size_t size) {
+  if (size < kRtpHeader || datagram[0] == kTsSyncByte || (datagram[0] >> 6) != 2) {
+    return 0;
+  }
+  size_t offset = kRtpHeader + kRtpWord * (datagram[0] & 0x0F);
+  const bool extended = (datagram[0] & 0x10) != 0;
+  if (extended && offset + kRtpWord <= size) {
+    const auto words = static_cast<size_t>(datagram[offset + 2] << 8 | datagram[offset + 3]);
+    offset += kRtpWord + kRtpWord * words;
+  }
+  return offset <= size ? offset : 0;
+}
+
+UdpSource::UdpSource(const UdpAddress& address, LiveOptions live)
+    : name_(nameOf(address)), live_(std::move(live)), socket_(openSocket(address, name_)) {}
+
+UdpSource::~UdpSource() {
+  close(socket_);
+}
+
+size_t UdpSource::read(uint8_t* buffer, size_t size) {
+  while (position_ == end_) {
+    if (!waitForDatagram()) {
+      return 0;
+    }
+    receive();
+  }
+  const size_t count = std::min(size, end_ - position_);
+  std::copy_n(datagram_.begin() + static_cast<std::ptrdiff_t>(position_), count, buffer);
+  position_ += count;
+  return count;
+}
+
+/** False when the source has been stopped. */
+bool UdpSource::waitForDatagram() const {
+  const auto deadline = Clock::now() + std::chrono::seconds(live_.timeoutSeconds);
+  while (!live_.stopped()) {
+    pollfd socket = {socket_, POLLIN, 0};
+    if (poll(&socket, 1, static_cast<int>(kSlice.count())) > 0) {
+      return true;
+    }
+    if (Clock::now() >= deadline) {
+      failForSilence();
+    }
+  }
+  return false;
+}
+
+void UdpSource::failForSilence() const {
+  const std::string time = std::to_string(live_.timeoutSeconds) + " s";
+  if (payload_ == 0) {
+    throw ToolError(noPacket(name_, time));
+  }
+  throw ToolError("nothing more has come from " + name_ + " for " + time +
+                  ": has the stream ended? --timeout says how long a pause may be");
+}
+
+std::string UdpSource::explainNothing(const std::string& name, uint64_t packets) const {
+  const std::string time = secondsText(Clock::now() - opened_);
+  if (payload_ == 0) {
+    return noPacket(name, time);
+  }
+  if (packets == 0) {
+    return "what came from " + name + " in " + time + ", " + counted(payload_, "byte") +
+           ", is no transport stream: no packets of 188, 192 or 204 bytes";
+  }
+  return counted(packets, "packet") + " came from " + name + " in " + time +
+         ", but no complete table: feed it for longer, or see whether it carries PSI";
+}
+
+void UdpSource::receive() {
+  const ssize_t size = recv(socket_, datagram_.data(), datagram_.size(), MSG_DONTWAIT);
+  end_ = size < 0 ? 0 : static_cast<size_t>(size);  // taken away meanwhile: wait for the next
+  position_ = rtpPayloadOffset(datagram_.data(), end_);
+  payload_ += end_ - position_;
+}
+
+}  // namespace tevra::tools

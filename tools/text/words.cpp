@@ -1,0 +1,45 @@
+#include "tools/text/words.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <sstream>
+
+namespace tevra::tools {
+
+size_t displayWidth(const std::string& utf8) {
+  // Continuation bytes count with the byte they follow.
+  return static_cast<size_t>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  }));
+}
+
+std::string counted(unsigned long long count, const std::string& noun) {
+  return counted(count, noun, noun + "s");
+}
+
+std::string counted(unsigned long long count, const std::string& noun, const std::string& plural) {
+  return std::to_string(count) + " " + (count == 1 ? noun : plural);
+}
+
+std::string hex(int64_t value, int digits) {
+  std::ostringstream text;
+  text << "0x" << std::hex << std::uppercase << std::setfill('0') << std::setw(digits) << value;
+  return text.str();
+}
+
+std::string oneLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(),
+      [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, ' ');
+  return text;
+}
+
+std::string joined(const std::vector<std::string>& parts, const std::string& separator) {
+  std::string text;
+  for (const std::string& part : parts) {
+    text += (text.empty() ? "" : separator) + part;
+  }
+  return text;
+}
+
+}  // namespace tevra::tools
