@@ -5,6 +5,7 @@
 #include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_fields.h"
 #include "tools/si/table_identity.h"
+#include "tools/text/dvb_time.h"
 #include "tools/text/dvb_time_text.h"
 #include "tools/text/words.h"
 
@@ -34,7 +35,8 @@ Field choiceField(const std::string& name, int value, const std::string& meaning
 }
 
 Field timeField(const std::string& name, int64_t utcTime) {
-  return plainField(name, utcTime == kUndefinedTime ? "undefined" : dvbTimeText(utcTime) + " UTC");
+  return {name, Time{utcTime == kUndefinedTime ? "undefined" : dvbTimeText(utcTime) + " UTC",
+                     secondsOfDvbTime(utcTime)}};
 }
 
 /** Six BCD digits hhmmss. */
