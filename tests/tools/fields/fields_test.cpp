@@ -53,11 +53,5 @@ TEST(Fields, AreEqualHoweverTheyAreShown) {
   EXPECT_EQ(descriptor(2, "b"), decoded);
 }
 
-TEST(Fields, AreLabelledInWords) {
-  EXPECT_EQ("PCR PID", labelOf("pcrPid"));
-  EXPECT_EQ("original network id", labelOf("originalNetworkId"));
-  EXPECT_EQ("version", labelOf("version"));
-}
-
 }  // namespace
 }  // namespace tevra::tools
