@@ -24,10 +24,10 @@ enum class TableKind {
 
 /** What a kind is called. */
 struct TableKindNames {
-  const char* table;  ///< "EIT"
-  const char* whole;  ///< "EIT present/following"
-  const char* brief;  ///< "EIT p/f"
-  const char* call;   ///< "EITPresentFollowing", as the calls have it that carry one
+  const char* table;    ///< "EIT"
+  const char* whole;    ///< "EIT present/following"
+  const char* brief;    ///< "EIT p/f"
+  const char* call;     ///< "EITPresentFollowing", as the calls have it that carry one
   const char* subject;  ///< "service": what it is about; empty for CAT and TOT
 };
 

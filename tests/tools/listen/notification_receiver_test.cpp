@@ -40,10 +40,10 @@ TEST(NotificationReceiver, HandsOnEveryCallWithWhatItBringsAndWhenItCame) {
   receiver.notifyEITPresentFollowing(ofVersion<EIT>(7));
   receiver.notifyEITSchedule(ofVersion<EIT>(8));
   receiver.requestConfiguration();
-  EXPECT_THAT(taken, testing::ElementsAre("7", "PAT PAT v1", "SDT SDT v2", "PMT PMT v3",
-                                          "NIT NIT v4", "TOT TOT v0", "BAT BAT v5", "CAT CAT v6",
-                                          "EITPresentFollowing EIT v7", "EITSchedule EIT v8",
-                                          "request"));
+  EXPECT_THAT(taken,
+              testing::ElementsAre("7", "PAT PAT v1", "SDT SDT v2", "PMT PMT v3", "NIT NIT v4",
+                                   "TOT TOT v0", "BAT BAT v5", "CAT CAT v6",
+                                   "EITPresentFollowing EIT v7", "EITSchedule EIT v8", "request"));
 }
 
 }  // namespace
