@@ -38,6 +38,14 @@ struct Change {
   bool isOfAll = false;
 };
 
+/** A field of the subject's that holds something else; of a time, by how much it moved. */
+[[nodiscard]] Change fieldChange(const Subject& subject, const Field& from, const Field& to);
+/** An entry or a descriptor that came, went or is another as a whole. */
+[[nodiscard]] Change wholeChange(Change::Kind kind, const Subject& subject, const Side& from,
+                                 const Side& to);
+/** A loop of the subject's that stands in another order. */
+[[nodiscard]] Change otherOrder(const Subject& subject, const std::string& list);
+
 /** The differences between two tables; tableChanges() says in which order. */
 using Changes = std::vector<Change>;
 

@@ -6,7 +6,6 @@
 
 #include "tools/changes/table_entries.h"
 #include "tools/fields/field_text.h"
-#include "tools/fields/fields_equal.h"
 #include "tools/text/dvb_time.h"
 
 namespace tevra::tools {
@@ -85,7 +84,7 @@ std::string shiftText(const Change& change) {
 std::string partText(const Change& change) {
   if (change.kind == Kind::kReordered) {
     const EntryRule* rule = entryRule(change.field);
-    return (rule == nullptr ? change.field : rule->plural) + " in another order";
+    return (rule == nullptr ? change.field : rule->noun + std::string("s")) + " in another order";
   }
   return change.field.empty() ? wholeDescriptorText(change) : fieldChangeText(change);
 }
@@ -114,8 +113,7 @@ bool isContinued(const Change& last, const Change& change) {
   const auto isPart = [](const Change& one) {
     return one.subject.ids.size() == 1 && !isWholeEntry(one);
   };
-  return isPart(last) && isPart(change) &&
-         isSame(last.subject.ids.front(), change.subject.ids.front());
+  return isPart(last) && isPart(change) && last.subject.ids.front() == change.subject.ids.front();
 }
 
 ChangeLine lineOf(const Change& change) {

@@ -1,67 +1,48 @@
 #include "tools/changes/descriptor_changes.h"
 
-#include <string>
 #include <utility>
 
 #include "tools/changes/matching.h"
 #include "tools/changes/table_entries.h"
-#include "tools/fields/field_text.h"
-#include "tools/fields/fields_equal.h"
 
 namespace tevra::tools {
 namespace {
 
+using Kind = Change::Kind;
 using Descriptors = std::vector<DescriptorFields>;
 using Differing = std::vector<std::pair<const Field*, const Field*>>;
 
-bool isValue(const Field& field) {
-  return !std::holds_alternative<List>(field.value) &&
-         !std::holds_alternative<DescriptorLoop>(field.value);
-}
+bool collect(Differing& differing, const Field& from, const Field& to);
 
-bool collect(Differing& differing, const Fields& from, const Fields& to);
-
-/** As collect, for the entries of a loop. */
-bool collectLoop(Differing& differing, const List& from, const List& to) {
-  if (from.entries.size() != to.entries.size()) {
-    return false;
+/** The same of two lists, of fields or of a loop's entries. */
+template <class Element>
+bool collect(Differing& differing, const std::vector<Element>& from,
+             const std::vector<Element>& to) {
+  bool isAlike = from.size() == to.size();
+  for (size_t i = 0; isAlike && i < to.size(); ++i) {
+    isAlike = collect(differing, from[i], to[i]);
   }
-  for (size_t i = 0; i < from.entries.size(); ++i) {
-    if (!collect(differing, from.entries[i], to.entries[i])) {
-      return false;
-    }
-  }
-  return true;
+  return isAlike;
 }
 
 /** Gathers the values that differ; false where the two do not have the same ones. */
-bool collect(Differing& differing, const Fields& from, const Fields& to) {
-  if (from.size() != to.size()) {
+bool collect(Differing& differing, const Field& from, const Field& to) {
+  if (from == to) {
+    return true;
+  }
+  if (from.name != to.name || from.value.index() != to.value.index() ||
+      std::holds_alternative<DescriptorLoop>(to.value)) {
     return false;
   }
-  for (size_t i = 0; i < from.size(); ++i) {
-    const Field& before = from[i];
-    const Field& after = to[i];
-    if (isSame(before, after)) {
-      continue;
-    }
-    if (before.name != after.name || before.value.index() != after.value.index()) {
-      return false;
-    }
-    if (isValue(after)) {
-      differing.emplace_back(&before, &after);
-    } else if (const List* list = std::get_if<List>(&after.value);
-               list == nullptr || !collectLoop(differing, std::get<List>(before.value), *list)) {
-      return false;
-    }
+  if (const List* list = std::get_if<List>(&to.value)) {
+    return collect(differing, std::get<List>(from.value).entries, list->entries);
   }
+  differing.emplace_back(&from, &to);
   return true;
 }
 
-Change changeOf(Change::Kind kind, const Subject& subject, const DescriptorFields& descriptor) {
-  Change change;
-  change.kind = kind;
-  change.subject = subject;
+/** Says whose the change is. */
+Change ofDescriptor(const DescriptorFields& descriptor, Change change) {
   change.descriptor = descriptor.name;
   change.descriptorKey = descriptorKey(descriptor);
   return change;
@@ -69,63 +50,53 @@ Change changeOf(Change::Kind kind, const Subject& subject, const DescriptorField
 
 void appendChange(Changes& changes, const Subject& subject, const DescriptorFields& from,
                   const DescriptorFields& to) {
-  if (isSame(from, to)) {
+  if (from == to) {
     return;
   }
   Differing differing;
   const bool isComparable = from.isDecoded && to.isDecoded;
   if (!isComparable || !collect(differing, from.fields, to.fields) || differing.empty()) {
-    Change change = changeOf(Change::Kind::kChanged, subject, to);
-    change.from = from;
-    change.to = to;
-    changes.push_back(std::move(change));
+    changes.push_back(ofDescriptor(to, wholeChange(Kind::kChanged, subject, from, to)));
     return;
   }
   for (const auto& [before, after] : differing) {
-    Change change = changeOf(Change::Kind::kChanged, subject, to);
-    change.field = after->name;
-    change.from = *before;
-    change.to = *after;
-    changes.push_back(std::move(change));
+    changes.push_back(ofDescriptor(to, fieldChange(subject, *before, *after)));
   }
 }
 
 /** First those that are equal, then what may be the same one with another payload. */
-Matching matchDescriptors(const Descriptors& from, const Descriptors& to) {
-  const auto whole = [](const Descriptors& list) {
-    return [&list](size_t i) { return std::to_string(list[i].tag) + " " + list[i].payload; };
-  };
-  const auto key = [](const Descriptors& list) {
-    return [&list](size_t i) {
-      const auto field = descriptorKey(list[i]);
-      return std::to_string(list[i].tag) + (field ? " " + valueText(*field) : "");
-    };
-  };
-  return match(from.size(), to.size(), {{whole(from), whole(to)}, {key(from), key(to)}});
+Matching<DescriptorFields> matchDescriptors(const Descriptors& from, const Descriptors& to) {
+  return match(
+      from, to,
+      [](const DescriptorFields& descriptor) {
+        return std::pair(descriptor.tag, descriptor.payload);
+      },
+      [](const DescriptorFields& descriptor) {
+        return std::pair(descriptor.tag, descriptorKey(descriptor));
+      });
 }
 
 }  // namespace
 
 void appendDescriptorChanges(Changes& changes, const Subject& subject, const DescriptorLoop& from,
                              const DescriptorLoop& to) {
-  const Matching matching = matchDescriptors(from.entries, to.entries);
-  for (const size_t place : matching.removed) {
-    changes.push_back(changeOf(Change::Kind::kRemoved, subject, from.entries[place]));
-    changes.back().from = from.entries[place];
+  const auto matching = matchDescriptors(from.entries, to.entries);
+  for (const DescriptorFields* descriptor : matching.removed) {
+    changes.push_back(
+        ofDescriptor(*descriptor, wholeChange(Kind::kRemoved, subject, *descriptor, {})));
   }
-  for (const auto& [before, after] : matching.pairs) {
-    appendChange(changes, subject, from.entries[before], to.entries[after]);
+  for (const auto& [before, after] : matching.elements) {
+    if (before != nullptr) {
+      appendChange(changes, subject, *before, *after);
+    }
   }
-  for (const size_t place : matching.added) {
-    changes.push_back(changeOf(Change::Kind::kAdded, subject, to.entries[place]));
-    changes.back().to = to.entries[place];
+  for (const auto& [before, after] : matching.elements) {
+    if (before == nullptr) {
+      changes.push_back(ofDescriptor(*after, wholeChange(Kind::kAdded, subject, {}, *after)));
+    }
   }
   if (matching.isReordered) {
-    Change change;
-    change.kind = Change::Kind::kReordered;
-    change.subject = subject;
-    change.field = "descriptors";
-    changes.push_back(std::move(change));
+    changes.push_back(otherOrder(subject, "descriptors"));
   }
 }
 

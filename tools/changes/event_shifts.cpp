@@ -2,50 +2,27 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 namespace tevra::tools {
-namespace {
-
-/** The places of changes by how far their event moved. */
-using Groups = std::map<int64_t, std::vector<size_t>>;
-
-Groups groupsOf(const Changes& changes) {
-  Groups groups;
-  for (size_t i = 0; i < changes.size(); ++i) {
-    if (changes[i].seconds) {
-      groups[*changes[i].seconds].push_back(i);
-    }
-  }
-  return groups;
-}
-
-/** The change at the group's first place takes in the others. */
-void fold(Changes& changes, const std::vector<size_t>& group, size_t events) {
-  Change& whole = changes[group.front()];
-  for (size_t i = 1; i < group.size(); ++i) {
-    whole.subject.ids.push_back(changes[group[i]].subject.ids.front());
-  }
-  whole.subject.label = std::to_string(group.size()) + " events";
-  whole.isOfAll = group.size() == events;
-}
-
-}  // namespace
 
 void foldEventShifts(Changes& changes, size_t events) {
-  std::vector<bool> isFolded(changes.size(), false);
-  for (const auto& [seconds, group] : groupsOf(changes)) {
-    if (group.size() < 2) {
-      continue;
-    }
-    fold(changes, group, events);
-    for (size_t i = 1; i < group.size(); ++i) {
-      isFolded[group[i]] = true;
+  Changes kept;
+  std::map<int64_t, size_t> firsts;  // places in `kept`, by how far the events moved
+  for (Change& change : changes) {
+    const auto [first, isFirst] = change.seconds ? firsts.emplace(*change.seconds, kept.size())
+                                                 : std::pair(firsts.end(), true);
+    if (isFirst) {
+      kept.push_back(std::move(change));
+    } else {
+      kept[first->second].subject.ids.push_back(change.subject.ids.front());
     }
   }
-  Changes kept;
-  for (size_t i = 0; i < changes.size(); ++i) {
-    if (!isFolded[i]) {
-      kept.push_back(std::move(changes[i]));
+  for (Change& change : kept) {
+    const size_t moved = change.subject.ids.size();
+    if (moved > 1) {
+      change.subject.label = std::to_string(moved) + " events";
+      change.isOfAll = moved == events;
     }
   }
   // What happened to many comes before what happened to one.

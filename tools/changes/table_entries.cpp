@@ -1,6 +1,7 @@
 #include "tools/changes/table_entries.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "tools/fields/field_text.h"
 #include "tools/text/words.h"
@@ -23,17 +24,13 @@ const std::vector<EntryRule>& rules() {
   static const std::vector<EntryRule> kRules = {
       {"programs",
        "programme",
-       "programmes",
-       {"programNumber"},
-       {"programme "},
+       {{"programNumber", "programme "}},
        {kOwn, nullptr},
        {{kOwn, "pid"}},
        false},
       {"esList",
        "stream",
-       "streams",
-       {"pid"},
-       {"stream PID "},
+       {{"pid", "stream PID "}},
        {kOwn, "streamType"},
        {{kLanguage, "language"},
         {kTeletext, "language"},
@@ -43,25 +40,19 @@ const std::vector<EntryRule>& rules() {
        true},
       {"services",
        "service",
-       "services",
-       {"serviceId"},
-       {"service "},
+       {{"serviceId", "service "}},
        {kService, "serviceName"},
        {{kService, "serviceType"}, {kOwn, "runningStatus"}, {kOwn, "freeCA"}},
        false},
       {"transportStreams",
        "transport stream",
-       "transport streams",
-       {"transportStreamId", "originalNetworkId"},
-       {"transport stream ", " of network "},
+       {{"transportStreamId", "transport stream "}, {"originalNetworkId", " of network "}},
        {kOwn, nullptr},
        {},
        false},
       {"events",
        "event",
-       "events",
-       {"eventId"},
-       {"event "},
+       {{"eventId", "event "}},
        {kShortEvent, "eventName"},
        {{kOwn, "startTime"}, {kOwn, "duration"}, {kOwn, "freeCA"}},
        false},
@@ -134,6 +125,18 @@ void appendParts(std::vector<std::string>& parts, const Fields& fields) {
   }
 }
 
+bool isKey(const EntryRule& rule, const Field& field) {
+  return std::any_of(rule.keys.begin(), rule.keys.end(),
+                     [&](const EntryKey& key) { return key.field == field.name; });
+}
+
+template <class Condition>
+Fields fieldsThat(const Fields& entry, Condition condition) {
+  Fields fields;
+  std::copy_if(entry.begin(), entry.end(), std::back_inserter(fields), condition);
+  return fields;
+}
+
 }  // namespace
 
 const EntryRule* entryRule(const std::string& list) {
@@ -154,19 +157,18 @@ const Field* fieldAt(const Fields& entry, const FieldPath& path) {
 }
 
 Fields keyFields(const EntryRule& rule, const Fields& entry) {
-  Fields fields;
-  for (const char* key : rule.keys) {
-    if (const Field* field = fieldNamed(entry, key)) {
-      fields.push_back(*field);
-    }
-  }
-  return fields;
+  return fieldsThat(entry, [&](const Field& field) { return isKey(rule, field); });
+}
+
+Fields contentFields(const EntryRule& rule, const Fields& entry) {
+  return fieldsThat(entry, [&](const Field& field) { return !isKey(rule, field); });
 }
 
 Subject subjectOf(const EntryRule& rule, const Fields& entry) {
   Subject subject = {rule.noun, {keyFields(rule, entry)}, {}};
-  for (size_t i = 0; i < subject.ids.front().size(); ++i) {
-    subject.label += rule.words[i] + decimal(subject.ids.front()[i]);
+  for (const EntryKey& key : rule.keys) {
+    const Field* field = fieldNamed(entry, key.field);
+    subject.label += key.words + (field == nullptr ? "" : decimal(*field));
   }
   if (const Field* name = fieldAt(entry, rule.name)) {
     const auto* text = std::get_if<Text>(&name->value);

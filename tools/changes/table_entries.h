@@ -15,15 +15,19 @@ struct FieldPath {
   const char* field;  ///< its name; null: there is no such value
 };
 
+/** A field that helps to identify an entry. */
+struct EntryKey {
+  const char* field;  ///< its name
+  const char* words;  ///< for people, what stands before its value
+};
+
 /** How the entries of one of the tables' loops are told apart and named. */
 struct EntryRule {
-  const char* list;                ///< the loop's name in the table's fields
-  const char* noun;                ///< of an entry, for people; no other rule has it
-  const char* plural;              ///< of that noun
-  std::vector<const char*> keys;   ///< the fields that identify an entry
-  std::vector<const char*> words;  ///< for people, what stands before each key
-  FieldPath name;                  ///< what people call it
-  std::vector<FieldPath> brief;    ///< what describes it in a line
+  const char* list;              ///< the loop's name in the table's fields
+  const char* noun;              ///< of an entry, for people; no other rule has it
+  std::vector<EntryKey> keys;    ///< together they identify an entry
+  FieldPath name;                ///< what people call it
+  std::vector<FieldPath> brief;  ///< what describes it in a line
   /** Whether an entry with another key and all else equal is the same one. */
   bool mayBeRenumbered;
 };
@@ -34,8 +38,11 @@ struct EntryRule {
 /** The value at the end of the path, also within a loop of the descriptor; null without one. */
 [[nodiscard]] const Field* fieldAt(const Fields& entry, const FieldPath& path);
 
-/** An entry by the fields that identify it. */
+///@{
+/** An entry by the fields that identify it, and by all its others. */
 [[nodiscard]] Fields keyFields(const EntryRule& rule, const Fields& entry);
+[[nodiscard]] Fields contentFields(const EntryRule& rule, const Fields& entry);
+///@}
 /** A subject of this one entry, with its label. */
 [[nodiscard]] Subject subjectOf(const EntryRule& rule, const Fields& entry);
 

@@ -129,14 +129,14 @@ class Listener {
     watch_->touch();
     ++taken_;
     TableNews news;
-    if (notification.table && memoryOf(*notification.table) > kLargestTable) {
-      streams_.err << kindText(notification.kind)
-                   << " ignored: larger than any transport stream can carry\n"
-                   << std::flush;
-      return;
-    }
-    if (notification.table) {
-      news = history_.add(notification.kind, *notification.table);
+    if (const auto* notified = std::get_if<NotifiedTable>(&notification.content)) {
+      if (memoryOf(notified->table) > kLargestTable) {
+        streams_.err << namesOf(notified->kind).brief
+                     << " ignored: larger than any transport stream can carry\n"
+                     << std::flush;
+        return;
+      }
+      news = history_.add(*notified);
     }
     printer_->print(notification, news);
     if (isDone()) {

@@ -1,7 +1,5 @@
 #include "tools/feed/table_feeder.h"
 
-#include <array>
-#include <tuple>
 #include <variant>
 
 #include "tools/si/section.h"
@@ -14,37 +12,55 @@ namespace {
 
 using thrift::in_module::EITMap;
 
-constexpr std::array<const char*, 9> kKinds = {
-    "PAT", "CAT", "PMT", "SDT", "NIT", "BAT", "TOT", "EIT present/following", "EIT schedule"};
-enum Kind { kPat, kCat, kPmt, kSdt, kNit, kBat, kTot, kEitPresent, kEitSchedule };
+/** Hands a table to the daemon. */
+struct Call {
+  thrift::in_module::im_SIControlSrvIf& daemon;
+  bool isTaken = true;  // what the daemon answers, where it does
 
-std::string versionText(int version) {
-  return "version " + std::to_string(version);
-}
+  void operator()(const PAT& pat) { daemon.setPAT(pat); }
+  void operator()(const CAT& cat) { daemon.setCAT(cat); }
+  void operator()(const PMT& pmt) { daemon.setPMT(pmt); }
+  void operator()(const SDT& sdt) { daemon.setSDT(sdt); }
+  void operator()(const NIT& nit) { isTaken = daemon.setNIT(nit); }
+  void operator()(const BAT& bat) { isTaken = daemon.setBAT(bat); }
+  void operator()(const TOT& tot) { daemon.setTOT(tot); }
+  void operator()(const EIT& eit) {
+    const EITMap eits = {{eit.serviceId, {{eit.tableId, eit}}}};
+    if (isEitSchedule(eit.tableId)) {
+      daemon.setEITSchedule(eits);
+    } else {
+      daemon.setEITPresentFollowing(eits);
+    }
+  }
+};
 
-std::string numbered(const std::string& noun, int number) {
-  return noun + " " + std::to_string(number);
+/** What tells one sending of a table from the next. */
+std::string momentText(const SiTable& table) {
+  const auto version = versionOf(table);
+  return version ? "version " + std::to_string(*version)
+                 : dvbTimeText(std::get<TOT>(table).utcTime) + " UTC";
 }
 
 }  // namespace
 
-bool TableFeeder::Line::operator<(const Line& other) const {
-  return std::tie(kind, id, tableId) < std::tie(other.kind, other.id, other.tableId);
-}
-
 void TableFeeder::feed(const SiTable& table, size_t sections) {
-  sections_ = sections;
-  const bool taken = std::visit([this](const auto& record) { return send(record); }, table);
+  Call call{daemon_};
+  std::visit(call, table);
   ++sent_;
-  refused_ += taken ? 0 : 1;
+  refused_ += call.isTaken ? 0 : 1;
+  note(table, sections);
 }
 
-void TableFeeder::note(const Line& line, const std::string& what, const std::string& last) {
-  Sent& account = accounts_[line];
-  account.kind = kKinds.at(static_cast<size_t>(line.kind));
-  account.what = what;
-  account.last = last;
-  account.sections = sections_;
+void TableFeeder::note(const SiTable& table, size_t sections) {
+  const TableIdentity identity = identityOf(table);
+  Sent& account = accounts_[identity.place()];
+  account.kind = namesOf(identity.kind).whole;
+  account.what = identity.subject();
+  if (identity.kind == TableKind::kEitSchedule) {
+    account.what += " table " + hex(identity.tableId, 2);
+  }
+  account.last = momentText(table);
+  account.sections = sections;
   ++account.count;
 }
 
@@ -63,65 +79,6 @@ void TableFeeder::print(std::ostream& out) const {
                   std::to_string(sent.count)});
   }
   table.print(out, 2);
-}
-
-bool TableFeeder::send(const PAT& pat) {
-  daemon_.setPAT(pat);
-  note({kPat, pat.transportStreamId, 0}, numbered("transport stream", pat.transportStreamId),
-       versionText(pat.version));
-  return true;
-}
-
-bool TableFeeder::send(const CAT& cat) {
-  daemon_.setCAT(cat);
-  note({kCat, 0, 0}, "", versionText(cat.version));
-  return true;
-}
-
-bool TableFeeder::send(const PMT& pmt) {
-  daemon_.setPMT(pmt);
-  note({kPmt, pmt.programNumber, 0}, numbered("service", pmt.programNumber),
-       versionText(pmt.version));
-  return true;
-}
-
-bool TableFeeder::send(const SDT& sdt) {
-  daemon_.setSDT(sdt);
-  note({kSdt, sdt.transportStreamId, 0}, numbered("transport stream", sdt.transportStreamId),
-       versionText(sdt.version));
-  return true;
-}
-
-bool TableFeeder::send(const NIT& nit) {
-  const bool taken = daemon_.setNIT(nit);
-  note({kNit, nit.networkId, 0}, numbered("network", nit.networkId), versionText(nit.version));
-  return taken;
-}
-
-bool TableFeeder::send(const BAT& bat) {
-  const bool taken = daemon_.setBAT(bat);
-  note({kBat, bat.bouquetId, 0}, numbered("bouquet", bat.bouquetId), versionText(bat.version));
-  return taken;
-}
-
-bool TableFeeder::send(const TOT& tot) {
-  daemon_.setTOT(tot);
-  note({kTot, 0, 0}, "", dvbTimeText(tot.utcTime) + " UTC");
-  return true;
-}
-
-bool TableFeeder::send(const EIT& eit) {
-  const EITMap eits = {{eit.serviceId, {{eit.tableId, eit}}}};
-  const std::string service = numbered("service", eit.serviceId);
-  if (eit.tableId == kTableEitPresentFollowing) {
-    daemon_.setEITPresentFollowing(eits);
-    note({kEitPresent, eit.serviceId, eit.tableId}, service, versionText(eit.version));
-  } else {
-    daemon_.setEITSchedule(eits);
-    note({kEitSchedule, eit.serviceId, eit.tableId}, service + " table " + hex(eit.tableId, 2),
-         versionText(eit.version));
-  }
-  return true;
 }
 
 }  // namespace tevra::tools

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "im_SIControlSrv.h"
-#include "tools/si/si_table.h"
+#include "tools/si/table_identity.h"
 
 namespace tevra::tools {
 
@@ -38,32 +38,10 @@ class TableFeeder {
   void print(std::ostream& out) const;
 
  private:
-  /**
-   * One line of the account: a table, told from the others by kind, id and table_id, in this order.
-   */
-  struct Line {
-    int kind;  // the place of its name in print's list
-    int id;
-    int tableId;
-
-    [[nodiscard]] bool operator<(const Line& other) const;
-  };
-
-  void note(const Line& line, const std::string& what, const std::string& last);
-
-  // One per kind of table; the daemon's answer, true where it gives none.
-  bool send(const PAT& pat);
-  bool send(const CAT& cat);
-  bool send(const PMT& pmt);
-  bool send(const SDT& sdt);
-  bool send(const NIT& nit);
-  bool send(const BAT& bat);
-  bool send(const TOT& tot);
-  bool send(const EIT& eit);
+  void note(const SiTable& table, size_t sections);
 
   thrift::in_module::im_SIControlSrvIf& daemon_;
-  std::map<Line, Sent> accounts_;
-  size_t sections_ = 0;  // of the table that is being sent
+  std::map<TablePlace, Sent> accounts_;
   size_t sent_ = 0;
   size_t refused_ = 0;
 };

@@ -15,6 +15,7 @@ struct InLine {
   std::string operator()(const Text& text) const {
     return text.quoted ? "\"" + text.utf8 + "\"" : text.utf8;
   }
+  std::string operator()(const Time& time) const { return time.shown; }
   std::string operator()(const Bytes& bytes) const {
     return bytes.data.empty() ? "none" : spacedDigits(bytes.data);
   }

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <functional>
 #include <string_view>
+#include <tuple>
+#include <type_traits>
 
 #include "tools/text/words.h"
 
@@ -33,7 +36,60 @@ std::string wordOf(const std::string& part) {
   return word;
 }
 
+// What stands in the stream of each value.
+int64_t said(const Number& number) {
+  return number.value;
+}
+bool said(const Flag& flag) {
+  return flag.value;
+}
+const std::string& said(const Text& text) {
+  return text.utf8;
+}
+const std::string& said(const Time& time) {
+  return time.shown;
+}
+const std::string& said(const Bytes& bytes) {
+  return bytes.data;
+}
+const std::vector<Fields>& said(const List& list) {
+  return list.entries;
+}
+const std::vector<DescriptorFields>& said(const DescriptorLoop& loop) {
+  return loop.entries;
+}
+
+/** Compares two values of one type. */
+template <class Compare>
+bool compared(const Field& a, const Field& b, Compare compare) {
+  const auto compareWithB = [&](const auto& value) {
+    return compare(said(value), said(std::get<std::decay_t<decltype(value)>>(b.value)));
+  };
+  return std::visit(compareWithB, a.value);
+}
+
 }  // namespace
+
+bool operator==(const Field& a, const Field& b) {
+  return a.name == b.name && a.value.index() == b.value.index() &&
+         compared(a, b, std::equal_to<>());
+}
+
+bool operator<(const Field& a, const Field& b) {
+  if (a.name != b.name) {
+    return a.name < b.name;
+  }
+  return a.value.index() == b.value.index() ? compared(a, b, std::less<>())
+                                            : a.value.index() < b.value.index();
+}
+
+bool operator==(const DescriptorFields& a, const DescriptorFields& b) {
+  return std::tie(a.tag, a.payload) == std::tie(b.tag, b.payload);
+}
+
+bool operator<(const DescriptorFields& a, const DescriptorFields& b) {
+  return std::tie(a.tag, a.payload) < std::tie(b.tag, b.payload);
+}
 
 Field idField(const std::string& name, int value) {
   return {name, Number{value, std::to_string(value) + " (" + hex(value, 4) + ")", {}}};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -34,6 +35,12 @@ struct Text {
   bool quoted = true;  ///< whether it is a text of the stream
 };
 
+/** A time that moves from one version of a table to the next. */
+struct Time {
+  std::string shown;               ///< "2024-05-17 12:45:00 UTC", "undefined"
+  std::optional<int64_t> seconds;  ///< all from one day; nothing of a time that is none
+};
+
 /** Bytes without a meaning of their own. */
 struct Bytes {
   std::string data;  ///< as they stand in the stream
@@ -63,10 +70,21 @@ struct DescriptorLoop {
 struct Field {
   std::string name;  ///< camelCase, as the JSON has it
   /** What the field holds. */
-  std::variant<Number, Flag, Text, Bytes, List, DescriptorLoop> value;
+  std::variant<Number, Flag, Text, Time, Bytes, List, DescriptorLoop> value;
   /** Whether people need the name to understand the value. */
   bool isLabelled = true;
 };
+
+///@{
+/**
+ * Equality and an order by what stands in the stream, however it is shown: a field's name and
+ * value, a descriptor's tag and payload.
+ */
+[[nodiscard]] bool operator==(const Field& a, const Field& b);
+[[nodiscard]] bool operator<(const Field& a, const Field& b);
+[[nodiscard]] bool operator==(const DescriptorFields& a, const DescriptorFields& b);
+[[nodiscard]] bool operator<(const DescriptorFields& a, const DescriptorFields& b);
+///@}
 
 /** A table_id, identifier or PID in decimal and hexadecimal: "257 (0x0101)". */
 [[nodiscard]] Field idField(const std::string& name, int value);

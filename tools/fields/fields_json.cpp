@@ -18,6 +18,7 @@ class ValueAppender {
   }
   void operator()(const Flag& flag) const { object_[name_] = flag.value; }
   void operator()(const Text& text) const { object_[name_] = text.utf8; }
+  void operator()(const Time& time) const { object_[name_] = time.shown; }
   void operator()(const Bytes& bytes) const { object_[name_] = hexDigits(bytes.data); }
   void operator()(const List& list) const {
     Json& array = object_[name_] = Json::array();

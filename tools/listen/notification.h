@@ -2,38 +2,33 @@
 
 #include <chrono>
 #include <cstdint>
-#include <optional>
+#include <variant>
 
-#include "tools/si/si_table.h"
+#include "tools/si/table_identity.h"
 
 namespace tevra::tools {
 
-/** One call of im_SINotifySrv, and when it came. */
-struct Notification {
-  /** In the order of the interface. */
-  enum class Kind {
-    kNim,
-    kPat,
-    kSdt,
-    kPmt,
-    kNit,
-    kTot,
-    kBat,
-    kCat,
-    kEitPresentFollowing,
-    kEitSchedule,
-    kConfigurationRequest,
-  };
+/** requestConfiguration, which the daemon calls when it starts. */
+struct ConfigurationRequest {};
 
-  Kind kind = Kind::kNim;                      ///< which call
-  std::chrono::system_clock::time_point time;  ///< by the system clock, when the call was taken
-  std::optional<SiTable> table;                ///< of a notification that carries one
-  int32_t value = 0;                           ///< of notifyNIM
+/** notifyNIM. */
+struct NimValue {
+  int32_t value;  ///< the call's
 };
 
-/** "EIT p/f", for people. */
-[[nodiscard]] const char* kindText(Notification::Kind kind);
-/** "EITPresentFollowing", for programs: as the interface has it. */
-[[nodiscard]] const char* kindName(Notification::Kind kind);
+/** A call that brings a table. */
+struct NotifiedTable {
+  TableKind kind;  ///< by the call, whatever the table_id of an EIT says
+  SiTable table;   ///< as it came
+};
+
+/** One call of im_SINotifySrv, and when it came. */
+struct Notification {
+  /** What the call brings. */
+  using Content = std::variant<ConfigurationRequest, NimValue, NotifiedTable>;
+
+  std::chrono::system_clock::time_point time;  ///< by the system clock, when the call was taken
+  Content content;                             ///< which call it was, and what it brought
+};
 
 }  // namespace tevra::tools

@@ -10,6 +10,8 @@
 namespace tevra::tools {
 namespace {
 
+using Clock = std::chrono::system_clock;
+
 /** The value of an object with one member, else the object. */
 Json valueOrObject(const Fields& fields) {
   Json object = fieldsJson(fields);
@@ -67,18 +69,13 @@ Json changeJson(const Change& change) {
   return json;
 }
 
-/** The fields of the table itself that are numbers, but the version. */
-Json idsJson(const TableFields& table) {
-  Fields ids;
-  for (const Field& field : table.fields) {
-    const bool isNumber = std::holds_alternative<Number>(field.value);
-    if (isNumber && field.name != "version" && field.name != "pcrPid" &&
-        field.name != "lastTableId") {
-      ids.push_back(field);
-      std::get<Number>(ids.back().value).meaning.clear();
-    }
+Json idsJson(const TableIdentity& table) {
+  Json ids;
+  ids["tableId"] = table.tableId;
+  for (const TableId& id : table.ids) {
+    ids[id.name] = id.value;
   }
-  return fieldsJson(ids);
+  return ids;
 }
 
 const char* stateOf(const TableNews& news) {
@@ -88,14 +85,12 @@ const char* stateOf(const TableNews& news) {
   return news.changes.empty() ? "unchanged" : "changed";
 }
 
-void appendTable(Json& json, const Notification& notification, const TableNews& news) {
-  const SiTable& table = *notification.table;
-  const TableFields fields = tableFields(table);
-  json["ids"] = idsJson(fields);
+void appendTable(Json& json, const SiTable& table, const TableNews& news, Clock::time_point now) {
+  json["ids"] = idsJson(identityOf(table));
   if (const auto version = versionOf(table)) {
     json["version"] = *version;
   }
-  if (const auto seconds = secondsBehind(table, notification.time)) {
+  if (const auto seconds = secondsBehind(table, now)) {
     json["systemClockSeconds"] = *seconds;
   }
   json["state"] = stateOf(news);
@@ -103,7 +98,7 @@ void appendTable(Json& json, const Notification& notification, const TableNews& 
   for (const Change& change : news.changes) {
     changes.push_back(changeJson(change));
   }
-  json["table"] = tableFieldsJson(fields);
+  json["table"] = tableFieldsJson(tableFields(table));
 }
 
 }  // namespace
@@ -111,12 +106,14 @@ void appendTable(Json& json, const Notification& notification, const TableNews& 
 void NotificationJsonPrinter::print(const Notification& notification, const TableNews& news) {
   Json json;
   json["time"] = isoTimeStamp(notification.time, zone_);
-  json["kind"] = kindName(notification.kind);
-  if (notification.kind == Notification::Kind::kNim) {
-    json["value"] = notification.value;
-  }
-  if (notification.table) {
-    appendTable(json, notification, news);
+  if (const auto* notified = std::get_if<NotifiedTable>(&notification.content)) {
+    json["kind"] = namesOf(notified->kind).call;
+    appendTable(json, notified->table, news, notification.time);
+  } else if (const auto* nim = std::get_if<NimValue>(&notification.content)) {
+    json["kind"] = "NIM";
+    json["value"] = nim->value;
+  } else {
+    json["kind"] = "requestConfiguration";
   }
   out_ << jsonLine(json) << "\n" << std::flush;
 }

@@ -15,8 +15,8 @@ namespace tevra::tools {
  *       "EITSchedule" or "requestConfiguration",
  *     "value": n,                         of a NIM
  *     and of a table:
- *     "ids": { "tableId": n, "serviceId": n },  what tells the table from others: its own fields
- *       but the version
+ *     "ids": { "tableId": n, "serviceId": n },  table_id and identifiers, which tell the table
+ *       from others
  *     "version": n,                       not of a TOT
  *     "systemClockSeconds": n,            of a TOT: how far the machine's clock is ahead of it
  *     "state": "first", "changed" or "unchanged",

@@ -34,7 +34,7 @@ class NotificationReceiver : public thrift::in_module::im_SINotifySrvIf {
   ///@}
 
  private:
-  void handOn(Notification::Kind kind, const SiTable& table);
+  void handOn(const Notification::Content& content);
 
   Consumer consumer_;
 };

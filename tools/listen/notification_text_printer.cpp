@@ -12,7 +12,7 @@
 namespace tevra::tools {
 namespace {
 
-using Kind = Notification::Kind;
+using Clock = std::chrono::system_clock;
 using Texts = std::vector<std::string>;
 
 constexpr size_t kKindWidth = 14;
@@ -46,8 +46,7 @@ std::string versionText(int version, const TableNews& news) {
 }
 
 /** The time of a TOT, how far it went since the last one, and how the machine's clock differs. */
-std::string clockText(const TOT& tot, const TableNews& news,
-                      std::chrono::system_clock::time_point now) {
+std::string clockText(const TOT& tot, const TableNews& news, Clock::time_point now) {
   std::string text = dvbTimeText(tot.utcTime) + " UTC";
   for (const Change& change : news.changes) {
     if (change.field == "utcTime" && change.seconds) {
@@ -80,18 +79,23 @@ std::string stateText(const SiTable& table, const TableNews& news, bool hasLines
   return isNew ? "otherwise unchanged" : "changed with the same version";
 }
 
-Texts headline(const Notification& notification, const TableNews& news, bool hasLines) {
-  const SiTable& table = *notification.table;
+/** What it is about: an EIT by its table_id too. */
+std::string subjectText(const SiTable& table) {
+  const TableIdentity identity = identityOf(table);
+  const bool isEit = std::holds_alternative<EIT>(table);
+  return identity.subject() + (isEit ? ", table " + hex(identity.tableId, 2) : "");
+}
+
+Texts headline(const SiTable& table, const TableNews& news, Clock::time_point now, bool hasLines) {
   Texts parts;
   if (std::string subject = subjectText(table); !subject.empty()) {
     parts.push_back(std::move(subject));
   }
-  const auto version = versionOf(table);
-  if (version) {
+  if (const auto version = versionOf(table)) {
     parts.push_back(versionText(*version, news));
   }
   if (const TOT* tot = std::get_if<TOT>(&table)) {
-    parts.push_back(clockText(*tot, news, notification.time));
+    parts.push_back(clockText(*tot, news, now));
   }
   const Texts contents = contentTexts(table);
   parts.insert(parts.end(), contents.begin(), contents.end());
@@ -110,33 +114,20 @@ std::string NotificationTextPrinter::painted(const char* colour, const std::stri
   return isPainted ? colour + harmless + kReset : harmless;
 }
 
-std::string NotificationTextPrinter::stampOf(const Notification& notification) const {
-  return painted(kFaint, timeStamp(notification.time, options_.zone)) + "  ";
-}
-
 void NotificationTextPrinter::print(const Notification& notification, const TableNews& news) {
-  if (notification.table) {
-    printTable(notification, news);
-    return;
-  }
-  const std::string kind = kindText(notification.kind);
-  out_ << stampOf(notification);
-  if (notification.kind == Kind::kNim) {
-    out_ << painted(kBold, padded(kind)) << "value " << notification.value;
+  const std::string stamp = painted(kFaint, timeStamp(notification.time, options_.zone)) + "  ";
+  if (const auto* notified = std::get_if<NotifiedTable>(&notification.content)) {
+    const auto lines = changeLines(news.changes);
+    const Texts parts = headline(notified->table, news, notification.time, !lines.empty());
+    const bool isUnchanged = news.last && lines.empty() && !hasNewVersion(notified->table, news);
+    out_ << stamp << painted(isUnchanged ? kFaint : kBold, padded(namesOf(notified->kind).brief))
+         << painted(isUnchanged ? kFaint : kPlain, joined(parts, ", ")) << "\n";
+    printChanges(stamp, lines);
+  } else if (const auto* nim = std::get_if<NimValue>(&notification.content)) {
+    out_ << stamp << painted(kBold, padded("NIM")) << "value " << nim->value << "\n";
   } else {
-    out_ << painted(kBoldMagenta, kind);
+    out_ << stamp << painted(kBoldMagenta, "configuration requested") << "\n";
   }
-  out_ << "\n" << std::flush;
-}
-
-void NotificationTextPrinter::printTable(const Notification& notification, const TableNews& news) {
-  const std::vector<ChangeLine> lines = changeLines(news.changes);
-  const bool isUnchanged = news.last && lines.empty() && !hasNewVersion(*notification.table, news);
-  const std::string stamp = stampOf(notification);
-  const Texts parts = headline(notification, news, !lines.empty());
-  out_ << stamp << painted(isUnchanged ? kFaint : kBold, padded(kindText(notification.kind)))
-       << painted(isUnchanged ? kFaint : kPlain, joined(parts, ", ")) << "\n";
-  printChanges(stamp, lines);
   out_ << std::flush;
 }
 

@@ -33,12 +33,9 @@ class NotificationTextPrinter : public NotificationPrinter {
   void print(const Notification& notification, const TableNews& news) override;
 
  private:
-  void printTable(const Notification& notification, const TableNews& news);
   void printChanges(const std::string& stamp, const std::vector<ChangeLine>& lines);
   /** `text` made harmless, in a colour if there are colours. */
   [[nodiscard]] std::string painted(const char* colour, const std::string& text) const;
-  /** The beginning of every line. */
-  [[nodiscard]] std::string stampOf(const Notification& notification) const;
 
   std::ostream& out_;
   Options options_;

@@ -9,51 +9,10 @@
 namespace tevra::tools {
 namespace {
 
-constexpr int kSdtOther = 0x46;
 constexpr int kLocalTimeOffset = 0x58;
 constexpr size_t kMostLocalTimes = 3;
 
-using Ids = std::vector<int>;
 using Texts = std::vector<std::string>;
-
-struct IdsOf {
-  Ids operator()(const PAT& /*pat*/) const { return {}; }
-  Ids operator()(const CAT& /*cat*/) const { return {}; }
-  Ids operator()(const TOT& /*tot*/) const { return {}; }
-  Ids operator()(const PMT& pmt) const { return {pmt.programNumber}; }
-  Ids operator()(const SDT& sdt) const {
-    return {sdt.tableId, sdt.transportStreamId, sdt.originalNetworkId};
-  }
-  Ids operator()(const NIT& nit) const { return {nit.tableId, nit.networkId}; }
-  Ids operator()(const BAT& bat) const { return {bat.tableId, bat.bouquetId}; }
-  Ids operator()(const EIT& eit) const {
-    return {eit.tableId, eit.serviceId, eit.transportStreamId, eit.originalNetworkId};
-  }
-};
-
-struct SubjectText {
-  std::string operator()(const PAT& pat) const {
-    return "transport stream " + std::to_string(pat.transportStreamId);
-  }
-  std::string operator()(const CAT& /*cat*/) const { return {}; }
-  std::string operator()(const TOT& /*tot*/) const { return {}; }
-  std::string operator()(const PMT& pmt) const {
-    return "service " + std::to_string(pmt.programNumber);
-  }
-  std::string operator()(const SDT& sdt) const {
-    return std::string(sdt.tableId == kSdtOther ? "other " : "") + "transport stream " +
-           std::to_string(sdt.transportStreamId);
-  }
-  std::string operator()(const NIT& nit) const {
-    return "network " + std::to_string(nit.networkId);
-  }
-  std::string operator()(const BAT& bat) const {
-    return "bouquet " + std::to_string(bat.bouquetId);
-  }
-  std::string operator()(const EIT& eit) const {
-    return "service " + std::to_string(eit.serviceId) + ", table " + hex(eit.tableId, 2);
-  }
-};
 
 /** The first few of the local_time_offset_descriptors' countries: "local time ESP +02:00". */
 Texts localTimes(const std::vector<Descriptor>& descriptors) {
@@ -94,14 +53,6 @@ struct ContentTexts {
   static Texts streams(size_t count) { return {counted(count, "transport stream")}; }
 };
 
-struct VersionOf {
-  std::optional<int> operator()(const TOT& /*tot*/) const { return std::nullopt; }
-  template <class Table>
-  std::optional<int> operator()(const Table& table) const {
-    return table.version;
-  }
-};
-
 size_t memoryOfAll(const std::vector<Descriptor>& descriptors) {
   size_t bytes = descriptors.size() * sizeof(Descriptor);
   for (const Descriptor& descriptor : descriptors) {
@@ -139,18 +90,6 @@ struct MemoryOf {
 };
 
 }  // namespace
-
-std::vector<int> idsOf(const SiTable& table) {
-  return std::visit(IdsOf(), table);
-}
-
-std::string subjectText(const SiTable& table) {
-  return std::visit(SubjectText(), table);
-}
-
-std::optional<int> versionOf(const SiTable& table) {
-  return std::visit(VersionOf(), table);
-}
 
 std::vector<std::string> contentTexts(const SiTable& table) {
   return std::visit(ContentTexts(), table);

@@ -4,8 +4,25 @@
 #include "tools/listen/table_facts.h"
 
 namespace tevra::tools {
+namespace {
 
-TableNews TableHistory::add(Notification::Kind kind, const SiTable& table) {
+/** Of a PAT none: a stream has one, whatever its transport_stream_id. */
+std::vector<int> idsOf(const SiTable& table) {
+  if (std::holds_alternative<PAT>(table)) {
+    return {};
+  }
+  const TableIdentity identity = identityOf(table);
+  std::vector<int> values = {identity.tableId};
+  for (const TableId& id : identity.ids) {
+    values.push_back(id.value);
+  }
+  return values;
+}
+
+}  // namespace
+
+TableNews TableHistory::add(const NotifiedTable& notified) {
+  const auto& [kind, table] = notified;
   const Key key = {kind, idsOf(table)};
   TableNews news;
   news.last = take(key);

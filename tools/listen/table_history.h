@@ -38,13 +38,13 @@ class TableHistory {
       : mostTables_(mostTables), mostBytes_(mostBytes) {}
 
   /** Compares a notification's table with the last one and keeps it in that one's place. */
-  [[nodiscard]] TableNews add(Notification::Kind kind, const SiTable& table);
+  [[nodiscard]] TableNews add(const NotifiedTable& notified);
 
   /** How many tables it holds. */
   [[nodiscard]] size_t size() const { return places_.size(); }
 
  private:
-  using Key = std::pair<Notification::Kind, std::vector<int>>;
+  using Key = std::pair<TableKind, std::vector<int>>;  // kind and ids
   struct Entry {
     Key key;
     SiTable table;

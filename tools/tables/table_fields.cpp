@@ -1,11 +1,11 @@
 #include "tools/tables/table_fields.h"
 
-#include <array>
 #include <utility>
 
 #include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_fields.h"
-#include "tools/si/section.h"
+#include "tools/si/table_identity.h"
+#include "tools/text/dvb_time.h"
 #include "tools/text/dvb_time_text.h"
 #include "tools/text/words.h"
 
@@ -35,7 +35,8 @@ Field choiceField(const std::string& name, int value, const std::string& meaning
 }
 
 Field timeField(const std::string& name, int64_t utcTime) {
-  return plainField(name, utcTime == kUndefinedTime ? "undefined" : dvbTimeText(utcTime) + " UTC");
+  return {name, Time{utcTime == kUndefinedTime ? "undefined" : dvbTimeText(utcTime) + " UTC",
+                     secondsOfDvbTime(utcTime)}};
 }
 
 /** Six BCD digits hhmmss. */
@@ -52,42 +53,22 @@ Field freeCaField(bool freeCA) {
   return wordField("freeCA", freeCA, "scrambled", "not scrambled");
 }
 
-template <class Table>
-void appendVersion(Fields& fields, const Table& table) {
-  fields.push_back(decimalField("version", table.version));
-  fields.push_back(wordField("currentNext", table.currentNext, "current", "next"));
-}
+// What a table holds behind its header.
 
-template <class Stream>
-Fields transportStreamFields(const Stream& stream) {
-  return {idField("transportStreamId", stream.transportStreamId),
-          idField("originalNetworkId", stream.originalNetworkId),
-          descriptorsField(stream.descriptors)};
-}
-
-Fields fieldsOf(const PAT& pat) {
-  Fields fields = {codeField("tableId", kTablePat),
-                   idField("transportStreamId", pat.transportStreamId)};
-  appendVersion(fields, pat);
+void append(Fields& fields, const PAT& pat) {
   fields.push_back(listField("programs", pat.programs, [](const PATProgram& program) {
     Field pid = idField("pid", program.pid);
     std::get<Number>(pid.value).meaning = program.programNumber == 0 ? "NIT" : "PMT";
     return Fields{idField("programNumber", program.programNumber), std::move(pid)};
   }));
-  return fields;
 }
 
-Fields fieldsOf(const CAT& cat) {
-  Fields fields = {codeField("tableId", kTableCat)};
-  appendVersion(fields, cat);
+void append(Fields& fields, const CAT& cat) {
   fields.push_back(descriptorsField(cat.descriptors));
-  return fields;
 }
 
-Fields fieldsOf(const PMT& pmt) {
+void append(Fields& fields, const PMT& pmt) {
   const auto registrations = registeredFormats(pmt.descriptors);
-  Fields fields = {codeField("tableId", kTablePmt), idField("programNumber", pmt.programNumber)};
-  appendVersion(fields, pmt);
   fields.push_back(idField("pcrPid", pmt.pcrPid));
   fields.push_back(descriptorsField(pmt.descriptors));
   fields.push_back(listField("esList", pmt.esList, [&](const PMTES& stream) {
@@ -95,25 +76,17 @@ Fields fieldsOf(const PMT& pmt) {
                   codeField("streamType", stream.streamType, streamTypeName(stream.streamType)),
                   descriptorsField(stream.descriptors, registrations)};
   }));
-  return fields;
 }
 
-Fields fieldsOf(const NIT& nit) {
-  Fields fields = {codeField("tableId", nit.tableId), idField("networkId", nit.networkId)};
-  appendVersion(fields, nit);
-  fields.push_back(descriptorsField(nit.descriptors));
-  fields.push_back(
-      listField("transportStreams", nit.transportStreams, &transportStreamFields<NITTS>));
-  return fields;
-}
-
-Fields fieldsOf(const BAT& bat) {
-  Fields fields = {codeField("tableId", bat.tableId), idField("bouquetId", bat.bouquetId)};
-  appendVersion(fields, bat);
-  fields.push_back(descriptorsField(bat.descriptors));
-  fields.push_back(
-      listField("transportStreams", bat.transportStreams, &transportStreamFields<BATTS>));
-  return fields;
+/** Of an NIT and a BAT. */
+template <class Table>
+void append(Fields& fields, const Table& table) {
+  fields.push_back(descriptorsField(table.descriptors));
+  fields.push_back(listField("transportStreams", table.transportStreams, [](const auto& stream) {
+    return Fields{idField("transportStreamId", stream.transportStreamId),
+                  idField("originalNetworkId", stream.originalNetworkId),
+                  descriptorsField(stream.descriptors)};
+  }));
 }
 
 Fields serviceFields(const SDTService& service) {
@@ -126,13 +99,8 @@ Fields serviceFields(const SDTService& service) {
       descriptorsField(service.descriptors)};
 }
 
-Fields fieldsOf(const SDT& sdt) {
-  Fields fields = {codeField("tableId", sdt.tableId),
-                   idField("transportStreamId", sdt.transportStreamId)};
-  appendVersion(fields, sdt);
-  fields.push_back(idField("originalNetworkId", sdt.originalNetworkId));
+void append(Fields& fields, const SDT& sdt) {
   fields.push_back(listField("services", sdt.services, &serviceFields));
-  return fields;
 }
 
 Fields eventFields(const EITEvent& event) {
@@ -144,34 +112,49 @@ Fields eventFields(const EITEvent& event) {
           descriptorsField(event.descriptors)};
 }
 
-Fields fieldsOf(const EIT& eit) {
-  const bool isSchedule = isEitSchedule(eit.tableId);
-  Fields fields = {codeField("tableId", eit.tableId, isSchedule ? "schedule" : "present/following"),
-                   idField("serviceId", eit.serviceId)};
-  appendVersion(fields, eit);
-  fields.push_back(idField("transportStreamId", eit.transportStreamId));
-  fields.push_back(idField("originalNetworkId", eit.originalNetworkId));
+void append(Fields& fields, const EIT& eit) {
   fields.push_back(codeField("lastTableId", eit.lastTableId));
   fields.push_back(listField("events", eit.events, &eventFields));
-  return fields;
 }
 
-Fields fieldsOf(const TOT& tot) {
-  return {codeField("tableId", kTableTot), timeField("utcTime", tot.utcTime),
-          descriptorsField(tot.descriptors)};
+void append(Fields& fields, const TOT& tot) {
+  fields.push_back(timeField("utcTime", tot.utcTime));
+  fields.push_back(descriptorsField(tot.descriptors));
+}
+
+std::string meaningOf(TableKind kind) {
+  if (kind == TableKind::kEitSchedule) {
+    return "schedule";
+  }
+  return kind == TableKind::kEitPresentFollowing ? "present/following" : "";
+}
+
+/** What every table begins with, in the order of the section. */
+Fields headerOf(const SiTable& table) {
+  const TableIdentity identity = identityOf(table);
+  Fields fields = {codeField("tableId", identity.tableId, meaningOf(identity.kind))};
+  for (const TableId& id : identity.ids) {
+    fields.push_back(idField(id.name, id.value));
+  }
+  if (const auto version = versionOf(table)) {
+    const bool isCurrent = std::visit([](const auto& record) { return record.currentNext; }, table);
+    const auto behindExtension = fields.begin() + (identity.ids.empty() ? 1 : 2);
+    fields.insert(behindExtension, {decimalField("version", *version),
+                                    wordField("currentNext", isCurrent, "current", "next")});
+  }
+  return fields;
 }
 
 }  // namespace
 
 TableFields tableFields(const SiTable& table) {
-  return {tableName(table), std::visit([](const auto& record) { return fieldsOf(record); }, table)};
+  TableFields result = {tableName(table), headerOf(table)};
+  std::visit([&](const auto& record) { append(result.fields, record); }, table);
+  return result;
 }
 
 std::string tableName(const SiTable& table) {
-  static constexpr std::array<const char*, 8> kNames = {"PAT", "CAT", "PMT", "SDT",
-                                                        "NIT", "BAT", "TOT", "EIT"};
-  static_assert(std::variant_size_v<SiTable> == kNames.size());
-  return kNames.at(table.index());
+  return namesOf(identityOf(table).kind).table;
 }
 
 int serviceOf(const SiTable& table) {

@@ -7,55 +7,55 @@
 namespace tevra::tools {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
+/** An element by its name, and where it stands. */
+using Element = std::pair<char, size_t>;
 
-MatchingPass byCharacter(const std::string& from, const std::string& to) {
-  const auto at = [](const std::string& text) {
-    return [&text](size_t place) { return std::string(1, text[place]); };
-  };
-  return {at(from), at(to)};
+std::vector<Element> elementsOf(const std::string& names) {
+  std::vector<Element> elements;
+  for (const char name : names) {
+    elements.emplace_back(name, elements.size());
+  }
+  return elements;
 }
 
-Matching matchCharacters(const std::string& from, const std::string& to) {
-  return match(from.size(), to.size(), {byCharacter(from, to)});
+char nameOf(const Element& element) {
+  return element.first;
 }
 
-TEST(Matching, OfNothingIsNothing) {
-  const Matching matching = matchCharacters("", "");
-  EXPECT_THAT(matching.pairs, IsEmpty());
-  EXPECT_THAT(matching.removed, IsEmpty());
-  EXPECT_THAT(matching.added, IsEmpty());
-  EXPECT_FALSE(matching.isReordered);
+/** "-0 -2 1=0 +1": gone, in both, new, by their places; "!" behind it where they are reordered. */
+template <class... KeyOf>
+std::string matched(const std::string& from, const std::string& to, KeyOf... keyOf) {
+  const std::vector<Element> before = elementsOf(from);
+  const std::vector<Element> after = elementsOf(to);
+  const Matching<Element> matching = match(before, after, keyOf...);
+  std::string text;
+  for (const Element* element : matching.removed) {
+    text += "-" + std::to_string(element->second) + " ";
+  }
+  for (const auto& [was, is] : matching.elements) {
+    text += (was == nullptr ? "+" : std::to_string(was->second) + "=") +
+            std::to_string(is->second) + " ";
+  }
+  return text + (matching.isReordered ? "!" : "");
 }
 
 TEST(Matching, SaysWhatIsInOneListAlone) {
-  const Matching matching = matchCharacters("abc", "bd");
-  EXPECT_THAT(matching.pairs, ElementsAre(Pair(1, 0)));
-  EXPECT_THAT(matching.removed, ElementsAre(0, 2));
-  EXPECT_THAT(matching.added, ElementsAre(1));
-  EXPECT_FALSE(matching.isReordered);
+  EXPECT_EQ("", matched("", "", nameOf));
+  EXPECT_EQ("-0 -2 1=0 +1 ", matched("abc", "bd", nameOf));
 }
 
 TEST(Matching, NoticesAnotherOrder) {
-  EXPECT_TRUE(matchCharacters("abc", "bca").isReordered);
-  EXPECT_FALSE(matchCharacters("abc", "xabyc").isReordered);
+  EXPECT_EQ("1=0 2=1 0=2 !", matched("abc", "bca", nameOf));
+  EXPECT_EQ("+0 0=1 1=2 +3 2=4 ", matched("abc", "xabyc", nameOf));
 }
 
 TEST(Matching, PairsEqualElementsInTheirOrder) {
-  const Matching matching = matchCharacters("aab", "aaa");
-  EXPECT_THAT(matching.pairs, ElementsAre(Pair(0, 0), Pair(1, 1)));
-  EXPECT_THAT(matching.removed, ElementsAre(2));
-  EXPECT_THAT(matching.added, ElementsAre(2));
+  EXPECT_EQ("-2 0=0 1=1 +2 ", matched("aab", "aaa", nameOf));
 }
 
 TEST(Matching, ALaterPassPairsWhatIsLeft) {
-  const std::string from = "ax";
-  const std::string to = "ay";
-  const auto same = [](size_t) { return std::string("any"); };
-  const Matching matching = match(2, 2, {byCharacter(from, to), {same, same}});
-  EXPECT_THAT(matching.pairs, ElementsAre(Pair(0, 0), Pair(1, 1)));
+  const auto any = [](const Element&) { return 0; };
+  EXPECT_EQ("0=0 1=1 ", matched("ax", "ay", nameOf, any));
 }
 
 }  // namespace

@@ -124,9 +124,7 @@ struct Shake {
 
 /** Both printers' output is well-formed whatever the table. */
 void expectPrintable(const SiTable& table, const TableNews& news) {
-  Notification notification;
-  notification.kind = Notification::Kind::kEitSchedule;
-  notification.table = table;
+  const Notification notification = {{}, NotifiedTable{TableKind::kEitSchedule, table}};
   std::ostringstream json;
   NotificationJsonPrinter(json, Zone::kUtc).print(notification, news);
   EXPECT_TRUE(nlohmann::json::accept(json.str())) << json.str();

@@ -39,18 +39,14 @@ TEST_F(ListenWatchTest, WithoutLimitsNeverEnds) {
 }
 
 TEST_F(ListenWatchTest, EndsAfterSilence) {
-  ListenWatch::Limits limits;
-  limits.silence = seconds(1);
-  const auto silent = watch(limits);
+  const auto silent = watch({seconds(1), {}});
   ASSERT_TRUE(hasEndedWithin(seconds(30)));
   EXPECT_EQ(Reason::kSilence, future_.get());
 }
 
 TEST_F(ListenWatchTest, WaitsOnWhenSomethingComes) {
-  ListenWatch::Limits limits;
-  limits.silence = seconds(2);
   const auto start = std::chrono::steady_clock::now();
-  const auto touched = watch(limits);
+  const auto touched = watch({seconds(2), {}});
   std::this_thread::sleep_for(seconds(1));
   touched->touch();
   ASSERT_TRUE(hasEndedWithin(seconds(30)));
@@ -58,10 +54,7 @@ TEST_F(ListenWatchTest, WaitsOnWhenSomethingComes) {
 }
 
 TEST_F(ListenWatchTest, EndsWhenTheTimeIsOverWhateverComes) {
-  ListenWatch::Limits limits;
-  limits.silence = seconds(100);
-  limits.time = seconds(1);
-  const auto timed = watch(limits);
+  const auto timed = watch({seconds(100), seconds(1)});
   timed->touch();
   ASSERT_TRUE(hasEndedWithin(seconds(30)));
   EXPECT_EQ(Reason::kTimeIsOver, future_.get());
@@ -70,9 +63,7 @@ TEST_F(ListenWatchTest, EndsWhenTheTimeIsOverWhateverComes) {
 TEST_F(ListenWatchTest, EndsWhenNobodyReadsTheOutputAnyMore) {
   std::array<int, 2> ends{};
   ASSERT_EQ(0, pipe(ends.data()));
-  ListenWatch::Limits limits;
-  limits.output = ends[1];
-  const auto piped = watch(limits);
+  const auto piped = watch({{}, {}, ends[1]});
   EXPECT_FALSE(hasEndedWithin(milliseconds(50)));
   close(ends[0]);
   ASSERT_TRUE(hasEndedWithin(seconds(30)));
@@ -83,9 +74,7 @@ TEST_F(ListenWatchTest, EndsWhenNobodyReadsTheOutputAnyMore) {
 TEST_F(ListenWatchTest, DoesNotMindAnOutputThatIsAFileOrNotOpen) {
   const int file = open("/dev/null", O_WRONLY | O_CLOEXEC);
   for (const int output : {file, 1000000}) {
-    ListenWatch::Limits limits;
-    limits.output = output;
-    const auto watched = watch(limits);
+    const auto watched = watch({{}, {}, output});
     EXPECT_FALSE(hasEndedWithin(milliseconds(50))) << output;
   }
   close(file);

@@ -19,31 +19,27 @@ using test::serviceRecord;
 using test::timeAt;
 using testing::EndsWith;
 using testing::HasSubstr;
-using Kind = Notification::Kind;
+using Kind = TableKind;
 
 class NotificationJsonPrinterTest : public testing::Test {
  protected:
-  std::string printedLine(const Notification& notification) {
+  std::string printedLine(const Notification::Content& content) {
+    constexpr std::chrono::milliseconds kNow(750516310250);
+    const auto* notified = std::get_if<NotifiedTable>(&content);
     std::ostringstream out;
-    TableNews news;
-    if (notification.table) {
-      news = history_.add(notification.kind, *notification.table);
-    }
-    NotificationJsonPrinter(out, Zone::kUtc).print(notification, news);
+    NotificationJsonPrinter(out, Zone::kUtc)
+        .print({std::chrono::system_clock::time_point(kNow), content},
+               notified == nullptr ? TableNews() : history_.add(*notified));
     return out.str();
   }
 
-  json printed(Kind kind, const std::optional<SiTable>& table = {}) {
-    Notification notification;
-    notification.kind = kind;
-    notification.time =
-        std::chrono::system_clock::time_point(std::chrono::milliseconds(750516310250));
-    notification.table = table;
-    const std::string line = printedLine(notification);
+  json printed(const Notification::Content& content) {
+    const std::string line = printedLine(content);
     EXPECT_EQ(1, std::count(line.begin(), line.end(), '\n')) << line;
     EXPECT_THAT(line, EndsWith("}\n"));
     return json::parse(line);
   }
+  json printed(Kind kind, const SiTable& table) { return printed(NotifiedTable{kind, table}); }
 
   /** The changes that `after` brings against `before`. */
   json changes(Kind kind, const SiTable& before, const SiTable& after) {
@@ -70,8 +66,8 @@ TEST_F(NotificationJsonPrinterTest, GivesTimeKindIdsVersionAndTable) {
 }
 
 TEST_F(NotificationJsonPrinterTest, NamesEveryKindAsTheInterfaceDoes) {
-  EXPECT_EQ("NIM", printed(Kind::kNim).at("kind"));
-  EXPECT_EQ(0, printed(Kind::kNim).at("value"));
+  EXPECT_EQ(json({{"kind", "NIM"}, {"value", 7}, {"time", "1993-10-13T12:45:10.250Z"}}),
+            printed(NimValue{7}));
   EXPECT_EQ("PAT", printed(Kind::kPat, PAT()).at("kind"));
   EXPECT_EQ("PMT", printed(Kind::kPmt, PMT()).at("kind"));
   EXPECT_EQ("NIT", printed(Kind::kNit, NIT()).at("kind"));
@@ -79,7 +75,7 @@ TEST_F(NotificationJsonPrinterTest, NamesEveryKindAsTheInterfaceDoes) {
   EXPECT_EQ("CAT", printed(Kind::kCat, CAT()).at("kind"));
   EXPECT_EQ("EITPresentFollowing", printed(Kind::kEitPresentFollowing, EIT()).at("kind"));
   EXPECT_EQ("EITSchedule", printed(Kind::kEitSchedule, EIT()).at("kind"));
-  const json request = printed(Kind::kConfigurationRequest);
+  const json request = printed(ConfigurationRequest());
   EXPECT_EQ("requestConfiguration", request.at("kind"));
   EXPECT_EQ(2U, request.size());
   const json tot = printed(Kind::kTot, TOT());
@@ -176,11 +172,8 @@ TEST_F(NotificationJsonPrinterTest, NeverCutsShort) {
 }
 
 TEST_F(NotificationJsonPrinterTest, WritesNoControlByteAndNoInvalidUtf8) {
-  Notification notification;
-  notification.kind = Kind::kPmt;
-  notification.table =
-      pmtRecord({test::streamRecord(4, 5, {test::languageDescriptor("\x1B\xFF\n")})});
-  const std::string line = printedLine(notification);
+  const std::string line = printedLine(NotifiedTable{
+      Kind::kPmt, pmtRecord({test::streamRecord(4, 5, {test::languageDescriptor("\x1B\xFF\n")})})});
   EXPECT_THAT(line, HasSubstr("\xEF\xBF\xBD"));
   for (const char c : line.substr(0, line.size() - 1)) {
     EXPECT_GE(static_cast<unsigned char>(c), 0x20) << line;

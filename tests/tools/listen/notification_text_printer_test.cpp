@@ -18,7 +18,7 @@ using test::serviceRecord;
 using test::timeAt;
 using testing::HasSubstr;
 using testing::Not;
-using Kind = Notification::Kind;
+using Kind = TableKind;
 using Options = NotificationTextPrinter::Options;
 
 /** 1993-10-13 12:45:10.250 UTC */
@@ -33,9 +33,9 @@ Options inUtc() {
 class NotificationTextPrinterTest : public testing::Test {
  protected:
   /** What is printed of a notification, each line without its time stamp, which is checked. */
-  std::string printed(const Notification& notification, const Options& options = inUtc()) {
+  std::string printed(const Notification::Content& content, const Options& options = inUtc()) {
     const std::string stamp = "1993-10-13 12:45:10.250  ";
-    std::istringstream raw(printedRaw(notification, options));
+    std::istringstream raw(printedRaw(content, options));
     std::string text;
     for (std::string line; std::getline(raw, line);) {
       EXPECT_EQ(0U, line.find(stamp)) << line;
@@ -44,25 +44,16 @@ class NotificationTextPrinterTest : public testing::Test {
     return text;
   }
   std::string printed(Kind kind, const SiTable& table, const Options& options = inUtc()) {
-    return printed(notificationOf(kind, table), options);
+    return printed(NotifiedTable{kind, table}, options);
   }
 
-  std::string printedRaw(const Notification& notification, const Options& options) {
+  std::string printedRaw(const Notification::Content& content, const Options& options) {
+    const auto* notified = std::get_if<NotifiedTable>(&content);
     std::ostringstream out;
-    TableNews news;
-    if (notification.table) {
-      news = history_.add(notification.kind, *notification.table);
-    }
-    NotificationTextPrinter(out, options).print(notification, news);
+    NotificationTextPrinter(out, options)
+        .print({std::chrono::system_clock::time_point(kNow), content},
+               notified == nullptr ? TableNews() : history_.add(*notified));
     return out.str();
-  }
-
-  static Notification notificationOf(Kind kind, const std::optional<SiTable>& table = {}) {
-    Notification notification;
-    notification.kind = kind;
-    notification.time = std::chrono::system_clock::time_point(kNow);
-    notification.table = table;
-    return notification;
   }
 
   TableHistory history_;
@@ -88,9 +79,7 @@ TEST_F(NotificationTextPrinterTest, SumsUpTheFirstTableOfAKind) {
 }
 
 TEST_F(NotificationTextPrinterTest, PrintsNotificationsThatTheDaemonNeverSendsToo) {
-  Notification nim = notificationOf(Kind::kNim);
-  nim.value = 12;
-  EXPECT_EQ("NIM           value 12\n", printed(nim));
+  EXPECT_EQ("NIM           value 12\n", printed(NimValue{12}));
   EXPECT_EQ("NIT           network 0, version 0, 0 transport streams\n",
             printed(Kind::kNit, NIT()));
   EXPECT_EQ("BAT           bouquet 0, version 0, 0 transport streams\n",
@@ -98,7 +87,7 @@ TEST_F(NotificationTextPrinterTest, PrintsNotificationsThatTheDaemonNeverSendsTo
 }
 
 TEST_F(NotificationTextPrinterTest, PrintsTheStartUpRequest) {
-  EXPECT_EQ("configuration requested\n", printed(notificationOf(Kind::kConfigurationRequest)));
+  EXPECT_EQ("configuration requested\n", printed(ConfigurationRequest()));
 }
 
 TEST_F(NotificationTextPrinterTest, SaysThatATableIsUnchanged) {
@@ -202,28 +191,29 @@ TEST_F(NotificationTextPrinterTest, WritesNoEscapeByteWithoutColours) {
 TEST_F(NotificationTextPrinterTest, ColoursWhatComesWhatGoesAndWhatChanges) {
   Options options = inUtc();
   options.inColour = true;
-  const Notification before =
-      notificationOf(Kind::kSdt, sdtRecord({serviceRecord(1, "Uno"), serviceRecord(2, "Due")}));
+  const NotifiedTable before = {Kind::kSdt,
+                                sdtRecord({serviceRecord(1, "Uno"), serviceRecord(2, "Due")})};
   const std::string stamp = "\x1b[2m1993-10-13 12:45:10.250\x1b[0m  ";
   EXPECT_EQ(stamp + "\x1b[1mSDT           \x1b[0mtransport stream 1, version 3, 2 services\n",
             printedRaw(before, options));
-  SDT after = sdtRecord({serviceRecord(1, "One"), serviceRecord(3, "Tre")});
-  const std::string text = printedRaw(notificationOf(Kind::kSdt, after), options);
+  const NotifiedTable after = {Kind::kSdt,
+                               sdtRecord({serviceRecord(1, "One"), serviceRecord(3, "Tre")})};
+  const std::string text = printedRaw(after, options);
   EXPECT_THAT(text, HasSubstr(stamp + "              \x1b[31m- service 2"));
   EXPECT_THAT(text, HasSubstr(stamp + "              \x1b[33m~ service 1"));
   EXPECT_THAT(text, HasSubstr(stamp + "              \x1b[32m+ service 3"));
-  EXPECT_THAT(printedRaw(notificationOf(Kind::kSdt, after), options),
+  EXPECT_THAT(printedRaw(after, options),
               HasSubstr("\x1b[2mtransport stream 1, version 3, 2 services, unchanged\x1b[0m\n"));
   EXPECT_EQ(stamp + "\x1b[1;35mconfiguration requested\x1b[0m\n",
-            printedRaw(notificationOf(Kind::kConfigurationRequest), options));
+            printedRaw(ConfigurationRequest(), options));
 }
 
 TEST_F(NotificationTextPrinterTest, ColoursDoNotLetTheStreamsEscapeSequencesThrough) {
   Options options = inUtc();
   options.inColour = true;
-  (void)printedRaw(notificationOf(Kind::kPmt, pmtRecord({})), options);
+  (void)printedRaw(NotifiedTable{Kind::kPmt, pmtRecord({})}, options);
   const PMT after = pmtRecord({test::streamRecord(4, 5, {test::languageDescriptor("\x1B[2")})});
-  EXPECT_THAT(printedRaw(notificationOf(Kind::kPmt, after), options),
+  EXPECT_THAT(printedRaw(NotifiedTable{Kind::kPmt, after}, options),
               HasSubstr("\x1b[32m+ stream PID 5 (MPEG-2 audio): \xEF\xBF\xBD[2\x1b[0m\n"));
 }
 

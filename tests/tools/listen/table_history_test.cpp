@@ -8,7 +8,7 @@
 namespace tevra::tools {
 namespace {
 
-using Kind = Notification::Kind;
+using Kind = TableKind;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -21,69 +21,67 @@ PMT pmtOf(int service, int version = 0) {
 
 TEST(TableHistory, ComparesWithTheLastTableOfTheSameIds) {
   TableHistory history;
-  EXPECT_FALSE(history.add(Kind::kPmt, pmtOf(1)).last);
-  EXPECT_FALSE(history.add(Kind::kPmt, pmtOf(2)).last);
-  EXPECT_THAT(history.add(Kind::kPmt, pmtOf(1)).changes, IsEmpty());
-  const TableNews news = history.add(Kind::kPmt, pmtOf(1, 7));
+  EXPECT_FALSE(history.add({Kind::kPmt, pmtOf(1)}).last);
+  EXPECT_FALSE(history.add({Kind::kPmt, pmtOf(2)}).last);
+  EXPECT_THAT(history.add({Kind::kPmt, pmtOf(1)}).changes, IsEmpty());
+  const TableNews news = history.add({Kind::kPmt, pmtOf(1, 7)});
   EXPECT_EQ(SiTable(pmtOf(1)), *news.last);
   EXPECT_THAT(news.changes, SizeIs(1));
-  EXPECT_EQ(SiTable(pmtOf(1, 7)), *history.add(Kind::kPmt, pmtOf(1, 8)).last);
+  EXPECT_EQ(SiTable(pmtOf(1, 7)), *history.add({Kind::kPmt, pmtOf(1, 8)}).last);
   EXPECT_EQ(2U, history.size());
 }
 
 TEST(TableHistory, TellsTablesApartByEveryId) {
   EIT eit;
   eit.tableId = 0x50;
-  EIT otherTable = eit;
-  otherTable.tableId = 0x51;
-  EIT otherService = eit;
-  otherService.serviceId = 1;
-  EIT otherStream = eit;
-  otherStream.transportStreamId = 1;
-  EIT otherNetwork = eit;
-  otherNetwork.originalNetworkId = 1;
-  TableHistory history;
-  for (const EIT& table : {eit, otherTable, otherService, otherStream, otherNetwork}) {
-    EXPECT_FALSE(history.add(Kind::kEitSchedule, table).last);
+  std::vector<EIT> eits = {eit};
+  for (auto id :
+       {&EIT::tableId, &EIT::serviceId, &EIT::transportStreamId, &EIT::originalNetworkId}) {
+    eits.push_back(eit);
+    ++(eits.back().*id);
   }
-  EXPECT_FALSE(history.add(Kind::kEitPresentFollowing, eit).last);
+  TableHistory history;
+  for (const EIT& table : eits) {
+    EXPECT_FALSE(history.add({Kind::kEitSchedule, table}).last);
+  }
+  EXPECT_FALSE(history.add({Kind::kEitPresentFollowing, eit}).last);
   SDT actual;
   actual.tableId = 0x42;
   SDT other = actual;
   other.tableId = 0x46;
-  EXPECT_FALSE(history.add(Kind::kSdt, actual).last);
-  EXPECT_FALSE(history.add(Kind::kSdt, other).last);
+  EXPECT_FALSE(history.add({Kind::kSdt, actual}).last);
+  EXPECT_FALSE(history.add({Kind::kSdt, other}).last);
 }
 
 TEST(TableHistory, AStreamHasOnePatWhateverItsId) {
   TableHistory history;
   PAT pat;
-  (void)history.add(Kind::kPat, pat);
+  (void)history.add({Kind::kPat, pat});
   pat.transportStreamId = 9;
-  EXPECT_THAT(history.add(Kind::kPat, pat).changes, SizeIs(1));
+  EXPECT_THAT(history.add({Kind::kPat, pat}).changes, SizeIs(1));
 }
 
 TEST(TableHistory, ForgetsTheTableThatHasNotComeForLongestWhenThereAreTooMany) {
   TableHistory history(2, TableHistory::kMostBytes);
-  (void)history.add(Kind::kPmt, pmtOf(1));
-  (void)history.add(Kind::kPmt, pmtOf(2));
-  (void)history.add(Kind::kPmt, pmtOf(1));
-  (void)history.add(Kind::kPmt, pmtOf(3));
+  (void)history.add({Kind::kPmt, pmtOf(1)});
+  (void)history.add({Kind::kPmt, pmtOf(2)});
+  (void)history.add({Kind::kPmt, pmtOf(1)});
+  (void)history.add({Kind::kPmt, pmtOf(3)});
   EXPECT_EQ(2U, history.size());
-  EXPECT_TRUE(history.add(Kind::kPmt, pmtOf(1)).last);
-  EXPECT_FALSE(history.add(Kind::kPmt, pmtOf(2)).last);
+  EXPECT_TRUE(history.add({Kind::kPmt, pmtOf(1)}).last);
+  EXPECT_FALSE(history.add({Kind::kPmt, pmtOf(2)}).last);
 }
 
 TEST(TableHistory, ForgetsTablesThatAreTooLarge) {
   const CAT small = test::catRecord({});
   const CAT large = test::catRecord({test::descriptorRecord(1, std::string(10000, 'x'))});
   TableHistory history(TableHistory::kMostTables, memoryOf(large) - 1);
-  (void)history.add(Kind::kCat, small);
-  EXPECT_TRUE(history.add(Kind::kCat, small).last);
-  EXPECT_TRUE(history.add(Kind::kCat, large).last);
+  (void)history.add({Kind::kCat, small});
+  EXPECT_TRUE(history.add({Kind::kCat, small}).last);
+  EXPECT_TRUE(history.add({Kind::kCat, large}).last);
   EXPECT_EQ(0U, history.size());
-  EXPECT_FALSE(history.add(Kind::kCat, small).last);
-  EXPECT_TRUE(history.add(Kind::kCat, small).last) << "and counts what it keeps aright";
+  EXPECT_FALSE(history.add({Kind::kCat, small}).last);
+  EXPECT_TRUE(history.add({Kind::kCat, small}).last) << "and counts what it keeps aright";
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include "tools/descriptors/descriptors.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/report/facts/stream_traits.h"
-#include "tools/si/section.h"
+#include "tools/report/facts/table_journal.h"
 #include "tools/stream/ts_packet.h"
 
 namespace tevra::tools::report {
@@ -54,19 +54,6 @@ OutputStream carriedStream(const PIDItem& item, const PMT& pmt) {
   return stream;
 }
 
-TableFact tableFact(const char* kind, int tableId, const std::string& of, int version,
-                    size_t packets, int pid) {
-  TableFact fact;
-  fact.kind = kind;
-  fact.tableId = tableId;
-  fact.of = of;
-  fact.version = version;
-  fact.sections = packets;
-  fact.pid = pid;
-  fact.times = 1;
-  return fact;
-}
-
 int pmtPidOf(const PAT& pat) {
   const auto program =
       std::find_if(pat.programs.begin(), pat.programs.end(),
@@ -76,12 +63,9 @@ int pmtPidOf(const PAT& pat) {
 
 std::vector<TableFact> madeTables(const OutputTables& tables) {
   const DVBOutputTables& made = tables.dvbTables;
-  const std::string stream = "transport stream " + std::to_string(made.pat.transportStreamId);
-  return {tableFact("PAT", kTablePat, stream, made.pat.version, tables.patPackets.size(), kPatPid),
-          tableFact("SDT", kTableSdtActual, stream, made.sdt.version, tables.sdtPackets.size(),
-                    kSdtPid),
-          tableFact("PMT", kTablePmt, "service " + std::to_string(made.pmt.programNumber),
-                    made.pmt.version, tables.pmtPackets.size(), pmtPidOf(made.pat))};
+  return {tableFact(made.pat, tables.patPackets.size(), kPatPid),
+          tableFact(made.sdt, tables.sdtPackets.size(), kSdtPid),
+          tableFact(made.pmt, tables.pmtPackets.size(), pmtPidOf(made.pat))};
 }
 
 }  // namespace

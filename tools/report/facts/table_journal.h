@@ -3,14 +3,16 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "tools/report/facts/report_data.h"
-#include "tools/si/si_table.h"
+#include "tools/si/table_identity.h"
 
 namespace tevra::tools::report {
+
+/** Of one that came once, in so many sections or packets. */
+[[nodiscard]] TableFact tableFact(const SiTable& table, size_t sections, int pid);
 
 /** The last of every table of a stream, and an account of them for people. */
 class TableJournal {
@@ -33,24 +35,15 @@ class TableJournal {
   [[nodiscard]] std::vector<TableFact> facts() const;
 
  private:
-  using Key = std::tuple<size_t, int, int>;  // kind, id, table_id
-
-  void note(size_t kind, int id, const TableFact& fact);
-  void take(const PAT& pat, TableFact fact);
-  void take(const CAT& cat, TableFact fact);
-  void take(const PMT& pmt, TableFact fact);
-  void take(const SDT& sdt, TableFact fact);
-  void take(const NIT& nit, TableFact fact);
-  void take(const BAT& bat, TableFact fact);
-  void take(const TOT& tot, TableFact fact);
-  void take(const EIT& eit, TableFact fact);
+  void keep(const SiTable& table);
+  [[nodiscard]] int pidOf(const SiTable& table) const;
 
   std::optional<PAT> pat_;
   std::optional<CAT> cat_;
   std::optional<NIT> nit_;
   std::map<int, PMT> pmts_;                  // by programme number
   std::map<std::pair<int, int>, EIT> eits_;  // by service and table_id
-  std::map<Key, TableFact> facts_;
+  std::map<TablePlace, TableFact> facts_;
 };
 
 }  // namespace tevra::tools::report

@@ -2,23 +2,20 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/tools/support/table_makers.h"
+
 namespace tevra::tools::report {
 namespace {
 
-PAT patOf(int transportStreamId, int version) {
-  PAT pat;
+PAT patOf(int transportStreamId, int version = 0) {
+  PAT pat = test::patRecord({{101, 0x100}});
   pat.transportStreamId = transportStreamId;
   pat.version = version;
-  PATProgram program;
-  program.programNumber = 101;
-  program.pid = 0x100;
-  pat.programs = {program};
   return pat;
 }
 
 PMT pmtOf(int version) {
-  PMT pmt;
-  pmt.programNumber = 101;
+  PMT pmt = test::pmtRecord({});
   pmt.version = version;
   return pmt;
 }
@@ -32,7 +29,7 @@ EIT eitOf(int service, int tableId) {
 
 TEST(TableJournal, KeepsTheLastVersionAndHowOftenThereWasANewOne) {
   TableJournal journal;
-  journal.add(patOf(1, 3), 1);
+  journal.add(patOf(1), 1);
   journal.add(pmtOf(4), 1);
   journal.add(pmtOf(5), 2);
   const std::vector<TableFact> facts = journal.facts();
@@ -52,11 +49,15 @@ TEST(TableJournal, ListsTablesByKindThenById) {
   journal.add(eitOf(102, 0x50), 1);
   journal.add(TOT(), 1);
   journal.add(eitOf(103, 0x4E), 1);
-  journal.add(BAT(), 1);
-  journal.add(NIT(), 1);
-  journal.add(SDT(), 1);
+  BAT bat;
+  bat.tableId = 0x4A;
+  journal.add(bat, 1);
+  NIT nit;
+  nit.tableId = 0x40;
+  journal.add(nit, 1);
+  journal.add(test::sdtRecord({}), 1);
   journal.add(CAT(), 1);
-  journal.add(patOf(1, 0), 1);
+  journal.add(patOf(1), 1);
   std::vector<std::string> kinds;
   for (const TableFact& fact : journal.facts()) {
     kinds.push_back(fact.kind + " " + std::to_string(fact.tableId) + " on " +
@@ -82,12 +83,12 @@ TEST(TableJournal, GivesAServicesEitsAlone) {
 
 TEST(TableJournal, ForgetsPmtsAndEventsWhenAnotherMultiplexBegins) {
   TableJournal journal;
-  journal.add(patOf(1, 0), 1);
+  journal.add(patOf(1), 1);
   journal.add(pmtOf(0), 1);
   journal.add(eitOf(101, 0x4E), 1);
   journal.add(patOf(1, 1), 1);
   EXPECT_NE(nullptr, journal.pmt(101));
-  journal.add(patOf(2, 0), 1);
+  journal.add(patOf(2), 1);
   EXPECT_EQ(nullptr, journal.pmt(101));
   EXPECT_TRUE(journal.eits(101).empty());
 }

@@ -1,4 +1,4 @@
-// What changes in an EIT: tools/table_changes.h with tools/event_shifts.h.
+#include "tools/changes/event_shifts.h"
 
 #include <gmock/gmock.h>
 
@@ -49,8 +49,9 @@ TEST(EventChanges, EventsThatMoveEquallyKeepTheirIds) {
   EXPECT_EQ(-300, changes[0].seconds);
   EXPECT_TRUE(changes[0].isOfAll);
   EXPECT_THAT(changes[0].subject.ids, SizeIs(2));
-  EXPECT_EQ("1993-10-13 12:00:00 UTC", std::get<Text>(std::get<Field>(changes[0].from).value).utf8);
-  EXPECT_EQ("1993-10-13 11:55:00 UTC", std::get<Text>(std::get<Field>(changes[0].to).value).utf8);
+  EXPECT_EQ("1993-10-13 12:00:00 UTC",
+            std::get<Time>(std::get<Field>(changes[0].from).value).shown);
+  EXPECT_EQ("1993-10-13 11:55:00 UTC", std::get<Time>(std::get<Field>(changes[0].to).value).shown);
 }
 
 TEST(EventChanges, EventsThatMoveDifferentlyAreALineForEachDistance) {
