@@ -4,8 +4,6 @@
 #include <map>
 #include <utility>
 
-#include "tools/report/facts/fault_lines.h"
-
 namespace tevra::tools::report {
 namespace {
 
@@ -18,12 +16,6 @@ constexpr double kKeyHeight = 136;
 
 constexpr double kThinnest = 1.25;
 constexpr double kThickest = 12;
-
-// What fits on A4 at the width of the page; the first lies below the summary.
-constexpr double kPage = 1500;
-constexpr double kSummary = 345;
-constexpr double kFaultBox = 45;
-constexpr double kFaultLine = 30;
 
 Box cardAt(double x, double width, double y, size_t rows) {
   return {x, y, width, kHeadHeight + static_cast<double>(rows) * kRowHeight + kFoot};
@@ -117,61 +109,10 @@ std::vector<Link> linksOf(const Report& report, const MultiplexLayout& layout) {
   return links;
 }
 
-/** What the summary leaves of the first page; a page of its own when that is little. */
-double firstPageOf(const Report& report) {
-  const auto faults = static_cast<double>(faultLines(report).size());
-  const double left = kPage - kSummary - (faults == 0 ? 0 : kFaultBox + faults * kFaultLine);
-  return left > kPage / 3 ? left : kPage;
-}
-
-std::vector<Slice> pagesOf(const Report& report, const MultiplexLayout& layout) {
-  std::vector<double> betweenBands;
-  std::vector<double> betweenRows;
-  for (const Band& band : layout.bands) {
-    const auto& rows =
-        band.inputRows.size() < band.outputRows.size() ? band.outputRows : band.inputRows;
-    for (const Box& row : rows) {
-      betweenRows.push_back(row.bottom());
-    }
-    betweenBands.push_back(bottomOf(band) + kGap / 2);
-  }
-  if (layout.key) {
-    betweenBands.pop_back();  // the key goes with the last band
-  }
-  return sliced(layout.height, firstPageOf(report), kPage, betweenBands, betweenRows);
-}
-
-/** The last of `cuts` behind `from`, up to `to`. */
-std::optional<double> lastWithin(const std::vector<double>& cuts, double from, double to) {
-  const auto behind = std::upper_bound(cuts.begin(), cuts.end(), to);
-  if (behind == cuts.begin() || *(behind - 1) <= from) {
-    return std::nullopt;
-  }
-  return *(behind - 1);
-}
-
 }  // namespace
 
 const std::vector<InputStream>& inputStreams(const Report& report, const Band& band) {
   return band.service ? report.services[*band.service].streams : report.others;
-}
-
-std::vector<Slice> sliced(double height, double firstLimit, double limit,
-                          const std::vector<double>& goodCuts,
-                          const std::vector<double>& fairCuts) {
-  std::vector<Slice> slices;
-  for (double top = 0; top < height;) {
-    const double end = top + (slices.empty() ? firstLimit : limit);
-    double cut = height;
-    if (end < height) {
-      const auto good = lastWithin(goodCuts, top, end);
-      const auto fair = lastWithin(fairCuts, top, end);
-      cut = good.value_or(fair.value_or(end));
-    }
-    slices.push_back({top, cut - top});
-    top = cut;
-  }
-  return slices;
 }
 
 MultiplexLayout layoutMultiplex(const Report& report) {
@@ -195,7 +136,6 @@ MultiplexLayout layoutMultiplex(const Report& report) {
   layout.height = y;
   layout.fullRate = fullRateOf(report, layout.bands);
   layout.links = linksOf(report, layout);
-  layout.slices = pagesOf(report, layout);
   return layout;
 }
 

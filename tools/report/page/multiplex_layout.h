@@ -27,20 +27,13 @@ struct Link {
   double thickness = 0;  ///< by the bit rate; little where the daemon makes the packets
 };
 
-/** A part of the height that goes on a page of its own. */
-struct Slice {
-  double top = 0;     ///< where the slice before ends
-  double height = 0;  ///< more than 0
-};
-
 /** Where everything of the picture of the multiplex lies. */
 struct MultiplexLayout {
-  double height = 0;          ///< of the whole picture, kPictureWidth wide
-  std::vector<Band> bands;    ///< one below the other
-  std::vector<Link> links;    ///< by service, then by row; none for a PID that is in no band
-  std::optional<Box> key;     ///< how to read the picture: beside the PIDs of no service
-  std::vector<Slice> slices;  ///< one after the other, the whole height
-  double fullRate = 0;        ///< packets that a whole bar stands for; at least 1
+  double height = 0;        ///< of the whole picture, kPictureWidth wide
+  std::vector<Band> bands;  ///< one below the other
+  std::vector<Link> links;  ///< by service, then by row; none for a PID that is in no band
+  std::optional<Box> key;   ///< how to read the picture: beside the PIDs of no service
+  double fullRate = 0;      ///< packets that a whole bar stands for; at least 1
 };
 
 /** Cards keep this far from the sides, so that their frames are whole. */
@@ -54,14 +47,5 @@ inline constexpr double kHeadHeight = 50;   ///< of a card, above its first row
 
 /** The streams of a band on the left. */
 [[nodiscard]] const std::vector<InputStream>& inputStreams(const Report& report, const Band& band);
-
-/**
- * Cuts `height` into slices: the first at most `firstLimit` high, the others at most `limit`. Cuts
- * lie at one of `goodCuts` if one is within reach, else at one of `fairCuts`, else at the limit.
- * Both are in ascending order.
- */
-[[nodiscard]] std::vector<Slice> sliced(double height, double firstLimit, double limit,
-                                        const std::vector<double>& goodCuts,
-                                        const std::vector<double>& fairCuts);
 
 }  // namespace tevra::tools::report

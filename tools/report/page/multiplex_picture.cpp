@@ -62,26 +62,21 @@ class Picture {
   }
 
   void draw() {
-    const auto scroller =
-        svg_.scroller("The multiplex", layout_.slices.size() > 1 ? "scroller sliced" : "scroller");
-    {
-      const auto picture = svg_.picture(
-          {{"class", "multiplex whole"}, {"role", "group"}, {"aria-label", "Input PIDs, outputs"}},
-          0, layout_.height);
-      const auto content = svg_.group({{"id", "multiplex"}});
-      headings();
-      for (const Link& link : layout_.links) {
-        drawLink(link);
-      }
-      for (size_t band = 0; band < layout_.bands.size(); ++band) {
-        drawInput(band);
-        drawOutput(band);
-      }
-      if (layout_.key) {
-        drawKey(*layout_.key);
-      }
+    const auto scroller = svg_.scroller("The multiplex");
+    const auto picture = svg_.picture(
+        {{"class", "multiplex"}, {"role", "group"}, {"aria-label", "Input PIDs, outputs"}},
+        layout_.height);
+    headings();
+    for (const Link& link : layout_.links) {
+      drawLink(link);
     }
-    drawSlices();
+    for (size_t band = 0; band < layout_.bands.size(); ++band) {
+      drawInput(band);
+      drawOutput(band);
+    }
+    if (layout_.key) {
+      drawKey(*layout_.key);
+    }
   }
 
  private:
@@ -143,18 +138,6 @@ class Picture {
     if (!hasOutput) {
       svg_.text(kOutputLeft, 54, "facts", "No service has a PMT: there is nothing to make");
       svg_.text(kOutputLeft, 72, "facts", "a single-programme stream of.");
-    }
-  }
-
-  /** The slices on paper show the same content; a picture of one page needs none. */
-  void drawSlices() {
-    if (layout_.slices.size() < 2) {
-      return;
-    }
-    for (const Slice& slice : layout_.slices) {
-      const auto picture = svg_.picture({{"class", "multiplex slice"}, {"aria-hidden", "true"}},
-                                        slice.top, slice.height);
-      svg_.reuse("multiplex");
     }
   }
 

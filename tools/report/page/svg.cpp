@@ -6,14 +6,13 @@
 
 namespace tevra::tools::report {
 
-Markup::Element Svg::scroller(const std::string& label, const std::string& classes) {
+Markup::Element Svg::scroller(const std::string& label) {
   return markup_.open(
-      "div", {{"class", classes}, {"tabindex", "0"}, {"role", "region"}, {"aria-label", label}});
+      "div", {{"class", "scroller"}, {"tabindex", "0"}, {"role", "region"}, {"aria-label", label}});
 }
 
-Markup::Element Svg::picture(const Attributes& attributes, double top, double height) {
-  Attributes all = {{"viewBox", "0 " + coordinate(top) + " " + coordinate(kPictureWidth) + " " +
-                                    coordinate(height)}};
+Markup::Element Svg::picture(const Attributes& attributes, double height) {
+  Attributes all = {{"viewBox", "0 0 " + coordinate(kPictureWidth) + " " + coordinate(height)}};
   all.insert(all.end(), attributes.begin(), attributes.end());
   return markup_.open("svg", all);
 }

@@ -18,10 +18,9 @@ class Svg {
   enum class Anchor { kStart, kMiddle, kEnd };
 
   /** What scrolls sideways where the page is narrower than a picture is useful. */
-  [[nodiscard]] Markup::Element scroller(const std::string& label,
-                                         const std::string& classes = "scroller");
+  [[nodiscard]] Markup::Element scroller(const std::string& label);
   /** A picture that is as wide as the page and `height` high in its own units. */
-  [[nodiscard]] Markup::Element picture(const Attributes& attributes, double top, double height);
+  [[nodiscard]] Markup::Element picture(const Attributes& attributes, double height);
   /** What is drawn while it lives shares its attributes. */
   [[nodiscard]] Markup::Element group(const Attributes& attributes) {
     return markup_.open("g", attributes);
@@ -38,8 +37,6 @@ class Svg {
   void path(const std::string& data, const Attributes& attributes);
   void circle(double x, double y, double radius, const std::string& classes);
   ///@}
-  /** Once more what has this id. */
-  void reuse(const std::string& id) { markup_.mark("use", {{"href", "#" + id}}); }
   /** Said of the group around it: shown by browsers when the pointer rests there. */
   void title(const std::string& text) { markup_.leaf("title", {}, text); }
 

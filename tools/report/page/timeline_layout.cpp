@@ -1,7 +1,6 @@
 #include "tools/report/page/timeline_layout.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <utility>
 
@@ -17,7 +16,6 @@ constexpr double kBlockHeight = 23;
 constexpr double kBlockGap = 2;
 constexpr double kNarrowest = 2;
 constexpr double kRowFoot = 8;
-constexpr double kSheetHeight = 1200;
 /** Room for a short name. */
 constexpr double kUsefulWidth = 84;
 
@@ -50,7 +48,7 @@ int64_t rowSecondsFor(const std::vector<Event>& events) {
   return span;
 }
 
-/** Fills rows with blocks; y is set when all are known. */
+/** Fills rows with blocks, each in the first lane in which it meets no other. */
 class RowBuilder {
  public:
   explicit RowBuilder(int64_t rowSeconds) : rowSeconds_(rowSeconds) {}
@@ -66,29 +64,30 @@ class RowBuilder {
       const double left = xOf(std::max(event.start, start) - start);
       const double right = xOf(std::min(end, start + rowSeconds_) - start);
       block.box = {left, 0, std::max(right - left - kBlockGap, kNarrowest), kBlockHeight};
-      insert(start, block);
+      insert(rows_[start], block);
     }
   }
 
+  /** By start time. Comes last. */
   std::vector<TimelineRow> finish(std::optional<StreamTime> clock) {
     std::vector<TimelineRow> rows;
     for (auto& [start, row] : rows_) {
-      row.timeline.start = start;
-      row.timeline.box = {
-          0, 0, kPictureWidth,
-          kHoursHeight + static_cast<double>(row.laneEnds.size()) * kLaneHeight + kRowFoot};
-      addHours(row.timeline);
+      TimelineRow& shown = row.shown;
+      shown.start = start;
+      shown.height =
+          kHoursHeight + static_cast<double>(row.laneEnds.size()) * kLaneHeight + kRowFoot;
+      shown.hours = hoursFrom(start);
       if (clock && *clock >= start && *clock < start + rowSeconds_) {
-        row.timeline.clock = xOf(*clock - start);
+        shown.clock = xOf(*clock - start);
       }
-      rows.push_back(std::move(row.timeline));
+      rows.push_back(std::move(shown));
     }
     return rows;
   }
 
  private:
   struct Row {
-    TimelineRow timeline;
+    TimelineRow shown;
     std::vector<double> laneEnds;  // right end of each lane's last block
   };
 
@@ -97,65 +96,48 @@ class RowBuilder {
            kAxisWidth * static_cast<double>(second) / static_cast<double>(rowSeconds_);
   }
 
-  /** In the first lane in which it meets no other, if there is one. */
-  void insert(StreamTime start, EventBlock block) {
-    Row& row = rows_[start];
+  static void insert(Row& row, EventBlock block) {
     size_t lane = 0;
     while (lane < row.laneEnds.size() && row.laneEnds[lane] > block.box.x) {
       ++lane;
     }
     if (lane == kMostLanes) {
-      ++row.timeline.crowdedOut;
+      ++row.shown.crowdedOut;
       return;
     }
     row.laneEnds.resize(std::max(row.laneEnds.size(), lane + 1));
     row.laneEnds[lane] = block.box.right();
     block.box.y = kHoursHeight + static_cast<double>(lane) * kLaneHeight;
-    row.timeline.blocks.push_back(block);
+    row.shown.blocks.push_back(block);
   }
 
-  void addHours(TimelineRow& row) const {
+  [[nodiscard]] std::vector<HourMark> hoursFrom(StreamTime start) const {
     const int64_t step = rowSeconds_ == kDay           ? 2 * kHour
                          : rowSeconds_ == kShortestRow ? kHour / 2
                                                        : kHour;
+    std::vector<HourMark> hours;
     for (int64_t second = 0; second < rowSeconds_; second += step) {
-      row.hours.push_back({xOf(second), row.start + second});
+      hours.push_back({xOf(second), start + second});
     }
+    return hours;
   }
 
   int64_t rowSeconds_;
   std::map<StreamTime, Row> rows_;
 };
 
-void moveDown(TimelineRow& row, double y) {
-  row.box.y += y;
-  for (EventBlock& block : row.blocks) {
-    block.box.y += y;
-  }
-}
-
 }  // namespace
 
-std::vector<TimelineSheet> layoutTimeline(const std::vector<Event>& events,
-                                          std::optional<StreamTime> clock) {
-  std::vector<TimelineSheet> sheets;
+std::vector<TimelineRow> layoutTimeline(const std::vector<Event>& events,
+                                        std::optional<StreamTime> clock) {
   if (events.empty()) {
-    return sheets;
+    return {};
   }
   RowBuilder builder(rowSecondsFor(events));
   for (size_t place = 0; place < events.size(); ++place) {
     builder.add(events[place], place);
   }
-  for (TimelineRow& row : builder.finish(clock)) {
-    if (sheets.empty() || sheets.back().height + row.box.height > kSheetHeight) {
-      sheets.emplace_back();
-    }
-    TimelineSheet& sheet = sheets.back();
-    moveDown(row, sheet.height);
-    sheet.height += row.box.height;
-    sheet.rows.push_back(std::move(row));
-  }
-  return sheets;
+  return builder.finish(clock);
 }
 
 }  // namespace tevra::tools::report

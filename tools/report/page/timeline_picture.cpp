@@ -1,6 +1,7 @@
 #include "tools/report/page/timeline_picture.h"
 
 #include <string>
+#include <utility>
 
 #include "tools/report/facts/stream_time.h"
 #include "tools/report/page/svg.h"
@@ -14,6 +15,7 @@ namespace {
 constexpr double kFont = 12;
 constexpr double kBlockPadding = 6;
 constexpr double kBlockBaseLine = 15.5;
+constexpr double kHourBaseLine = 12;
 
 std::string nameOf(const Event& event) {
   return event.name.empty() ? "event " + std::to_string(event.eventId) : event.name;
@@ -36,38 +38,32 @@ class Timeline {
   Timeline(const Service& service, std::optional<StreamTime> clock, Markup& markup)
       : service_(service), clock_(clock), svg_(markup) {}
 
+  /** A picture for every row, so that a page of paper may end between any two. */
   void draw() {
-    for (const TimelineSheet& sheet : layoutTimeline(service_.events, clock_)) {
-      const auto scroller =
-          svg_.scroller("Events of service " + std::to_string(service_.serviceId));
-      const auto picture = svg_.picture({{"class", "timeline"},
-                                         {"role", "img"},
-                                         {"aria-label", counted(service_.events.size(), "event")}},
-                                        0, sheet.height);
-      std::string day;
-      for (const TimelineRow& row : sheet.rows) {
-        drawRow(row, day);
-      }
+    const auto scroller = svg_.scroller("Events of service " + std::to_string(service_.serviceId));
+    std::string day;
+    for (const TimelineRow& row : layoutTimeline(service_.events, clock_)) {
+      const bool isSameDay = std::exchange(day, dayText(row.start)) == dayText(row.start);
+      drawRow(row, isSameDay);
     }
   }
 
  private:
-  void drawRow(const TimelineRow& row, std::string& day) {
-    const auto group = svg_.group({{"class", "day"}});
-    const double top = row.box.y;
-    if (dayText(row.start) != day) {
-      day = dayText(row.start);
-      svg_.text(0, top + kHoursHeight + kBlockBaseLine, "date", day);
-    }
-    const Box field = {kRowLabelWidth, top + kHoursHeight, kPictureWidth - kRowLabelWidth - 4,
-                       row.box.height - kHoursHeight - 5};
+  void drawRow(const TimelineRow& row, bool isSameDay) {
+    const std::string label = dayText(row.start) + " " + clockText(row.start) + ", " +
+                              counted(row.blocks.size(), "event");
+    const auto picture =
+        svg_.picture({{"class", "timeline"}, {"role", "img"}, {"aria-label", label}}, row.height);
+    const Box field = {kRowLabelWidth, kHoursHeight, kPictureWidth - kRowLabelWidth - 4,
+                       row.height - kHoursHeight - 5};
+    svg_.text(0, field.y + kBlockBaseLine, isSameDay ? "date again" : "date", dayText(row.start));
     svg_.rect(field, "field", 3);
     for (const HourMark& hour : row.hours) {
-      svg_.line(hour.x, top + 12, hour.x, field.bottom(), "hour");
-      svg_.text(hour.x + 4, top + 12, "hour-text", clockText(hour.time));
+      svg_.line(hour.x, kHourBaseLine, hour.x, field.bottom(), "hour");
+      svg_.text(hour.x + 4, kHourBaseLine, "hour-text", clockText(hour.time));
     }
     if (row.clock) {
-      drawClock(*row.clock, top, field.bottom());  // behind the names
+      drawClock(*row.clock, field.bottom());  // behind the names
     }
     for (const EventBlock& block : row.blocks) {
       drawBlock(block);
@@ -88,11 +84,11 @@ class Timeline {
               fitted(nameOf(event), block.box.width - 2 * kBlockPadding, kFont));
   }
 
-  void drawClock(double x, double top, double bottom) {
+  void drawClock(double x, double bottom) {
     const auto group = svg_.group({{"class", "clock"}});
     svg_.title("The stream's clock at its end: " + dateAndTime(*clock_) + " UTC");
-    svg_.line(x, top + 8, x, bottom + 3, "now");
-    svg_.circle(x, top + 8, 3.5, "now-dot");
+    svg_.line(x, 8, x, bottom + 3, "now");
+    svg_.circle(x, 8, 3.5, "now-dot");
   }
 
   const Service& service_;
@@ -123,7 +119,9 @@ void listEvents(const Service& service, Markup& markup) {
 }  // namespace
 
 void drawTimeline(const Service& service, std::optional<StreamTime> clock, Markup& markup) {
-  Timeline(service, clock, markup).draw();
+  if (!service.events.empty()) {
+    Timeline(service, clock, markup).draw();
+  }
   if (service.timelessEvents != 0) {
     markup.leaf("p", {{"class", "note"}},
                 counted(service.timelessEvents, "event") +

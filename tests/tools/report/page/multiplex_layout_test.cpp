@@ -1,6 +1,6 @@
 #include "tools/report/page/multiplex_layout.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "tests/tools/report/report_samples.h"
 
@@ -134,46 +134,6 @@ TEST(MultiplexLayout, MakesLinksThickerWithTheBitRateButNotOfMadePackets) {
 
 TEST(MultiplexLayout, LeavesStuffingOutOfTheScaleOfBars) {
   EXPECT_EQ(1000, layoutMultiplex(reportOf(1, 9)).fullRate);
-}
-
-void expectWhole(const std::vector<Slice>& slices, double height) {
-  double top = 0;
-  for (const Slice& slice : slices) {
-    EXPECT_EQ(top, slice.top);
-    EXPECT_GT(slice.height, 0);
-    top += slice.height;
-  }
-  EXPECT_EQ(height, top);
-}
-
-TEST(MultiplexLayout, CutsBetweenBandsWhereItCanElseBetweenRows) {
-  const std::vector<double> good = {80, 190, 900};
-  const std::vector<double> fair = {20, 40, 290, 400};
-  const auto slices = sliced(1000, 100, 200, good, fair);
-  expectWhole(slices, 1000);
-  std::vector<double> tops;
-  for (const Slice& slice : slices) {
-    tops.push_back(slice.top);
-  }
-  EXPECT_THAT(tops, testing::ElementsAre(0, 80, 190, 290, 400, 600, 800));
-}
-
-TEST(MultiplexLayout, DoesNotCutWhatFits) {
-  EXPECT_EQ(1U, sliced(100, 100, 200, {50}, {10}).size());
-  EXPECT_TRUE(sliced(0, 100, 200, {}, {}).empty());
-}
-
-TEST(MultiplexLayout, SlicesABigPictureIntoPages) {
-  const MultiplexLayout layout = layoutMultiplex(reportOf(100, 15));
-  expectWhole(layout.slices, layout.height);
-  EXPECT_GT(layout.slices.size(), 20U);
-}
-
-TEST(MultiplexLayout, LeavesRoomOnTheFirstPageForFaults) {
-  Report report = reportOf(20, 8);
-  const double sound = layoutMultiplex(report).slices.at(0).height;
-  report.faults.assign(10, "a fault");
-  EXPECT_LT(layoutMultiplex(report).slices.at(0).height, sound);
 }
 
 }  // namespace

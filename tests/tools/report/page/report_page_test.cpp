@@ -127,9 +127,13 @@ TEST(ReportPage, WritesBitRatesOnlyWithAClock) {
   EXPECT_THAT(reportPage(report), HasSubstr("150 kbit/s</text>")) << "100 packets in a second";
 }
 
-TEST(ReportPage, ShowsPrintSlicesOnlyOfAPictureLongerThanAPage) {
-  EXPECT_THAT(reportPage(test::reportOf(1, 1)), Not(HasSubstr("<use")));
-  EXPECT_GT(timesIn(reportPage(test::reportOf(30, 8)), "<use href=\"#multiplex\"/>"), 3U);
+TEST(ReportPage, DrawsTheMultiplexInOnePictureAndARowOfEventsInEach) {
+  Report report = test::reportOf(30, 8);
+  report.services[0].events = test::eventsOf(48, 30);
+  const std::string page = reportPage(report);
+  EXPECT_EQ(1U, timesIn(page, "class=\"multiplex\""));
+  EXPECT_EQ(8U, timesIn(page, "class=\"timeline\"")) << "a day in rows of three hours";
+  EXPECT_EQ(2U, timesIn(page, "class=\"date\"")) << "from noon to noon";
 }
 
 TEST(ReportJson, HoldsEveryFactEvenOfHostileTexts) {
