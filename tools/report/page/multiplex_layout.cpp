@@ -34,6 +34,7 @@ Band bandAt(double y, size_t streams, const std::optional<Output>& output) {
   Band band;
   band.input = cardAt(kInset, kInputWidth, y, streams);
   band.inputRows = rowsOf(band.input, streams);
+  band.inputServices.resize(streams);
   if (output) {
     band.output =
         cardAt(kOutputLeft, kPictureWidth - kInset - kOutputLeft, y, output->streams.size());
@@ -59,49 +60,39 @@ double fullRateOf(const Report& report, const std::vector<Band>& bands) {
   return static_cast<double>(most);
 }
 
-/** Finds where the packets of an output's PID come from. */
-class Sources {
- public:
-  Sources(const Report& report, const std::vector<Band>& bands) {
-    for (size_t band = 0; band < bands.size(); ++band) {
-      const auto& streams = inputStreams(report, bands[band]);
-      for (size_t row = 0; row < streams.size(); ++row) {
-        places_[streams[row].pid].emplace_back(band, row);
-      }
+/** Rows by PID and band. */
+using Places = std::map<std::pair<int, size_t>, size_t>;
+
+Places placesOf(const Report& report, const std::vector<Band>& bands) {
+  Places places;
+  for (size_t band = 0; band < bands.size(); ++band) {
+    const auto& streams = inputStreams(report, bands[band]);
+    for (size_t row = 0; row < streams.size(); ++row) {
+      places.emplace(std::pair(streams[row].pid, band), row);
     }
   }
+  return places;
+}
 
-  /** Band and row; in the band of the output itself if the PID is there. */
-  [[nodiscard]] std::optional<std::pair<size_t, size_t>> find(int pid, size_t ownBand) const {
-    const auto entry = places_.find(pid);
-    if (entry == places_.end()) {
-      return std::nullopt;
-    }
-    for (const auto& place : entry->second) {
-      if (place.first == ownBand) {
-        return place;
-      }
-    }
-    return entry->second.front();
-  }
-
- private:
-  std::map<int, std::vector<std::pair<size_t, size_t>>> places_;
-};
+/** Where an output's packets come from: its own band if the PID is there, else the first. */
+Places::const_iterator sourceOf(const Places& places, int pid, size_t ownBand) {
+  const auto own = places.find({pid, ownBand});
+  const auto first = own == places.end() ? places.lower_bound({pid, 0}) : own;
+  return first == places.end() || first->first.first != pid ? places.end() : first;
+}
 
 std::vector<Link> linksOf(const Report& report, const MultiplexLayout& layout) {
-  const Sources sources(report, layout.bands);
+  const Places places = placesOf(report, layout.bands);
   std::vector<Link> links;
   for (size_t service = 0; service < report.services.size(); ++service) {
     const auto& output = report.services[service].output;
     for (size_t row = 0; output && row < output->streams.size(); ++row) {
-      const auto pid = output->streams[row].inputPid;
-      const auto source = pid ? sources.find(*pid, service) : std::nullopt;
-      if (source) {
-        const auto packets = static_cast<double>(report.countOf(*pid).packets);
-        const double thickness =
-            output->streams[row].made ? 0 : kThickest * packets / layout.fullRate;
-        links.push_back({source->first, source->second, service, row,
+      const OutputStream& stream = output->streams[row];
+      const auto source = sourceOf(places, stream.inputPid.value_or(-1), service);
+      if (source != places.end()) {
+        const auto packets = static_cast<double>(report.countOf(*stream.inputPid).packets);
+        const double thickness = stream.made ? 0 : kThickest * packets / layout.fullRate;
+        links.push_back({source->first.second, source->second, service, row,
                          std::clamp(thickness, kThinnest, kThickest)});
       }
     }
@@ -126,6 +117,7 @@ MultiplexLayout layoutMultiplex(const Report& report) {
     const Service& service = report.services[place];
     Band band = bandAt(y, service.streams.size(), service.output);
     band.service = place;
+    band.inputServices.assign(service.streams.size(), {place});
     add(std::move(band));
   }
   if (!report.others.empty()) {
@@ -136,6 +128,10 @@ MultiplexLayout layoutMultiplex(const Report& report) {
   layout.height = y;
   layout.fullRate = fullRateOf(report, layout.bands);
   layout.links = linksOf(report, layout);
+  for (const Link& link : layout.links) {
+    Band& from = layout.bands[link.fromBand];
+    from.inputServices[link.fromRow].insert(from.service.value_or(link.toBand));
+  }
   return layout;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "tools/report/facts/report_data.h"
@@ -14,8 +15,10 @@ struct Band {
   std::optional<size_t> service;  ///< its place in the report; nothing for the PIDs of none
   Box input;                      ///< the card on the left: its head, then its rows
   std::vector<Box> inputRows;     ///< one per stream
-  std::optional<Box> output;      ///< the card on the right; nothing without an output
-  std::vector<Box> outputRows;    ///< one per stream of the output
+  /** For each row its own service; for a PID of none all services whose outputs take it. */
+  std::vector<std::set<size_t>> inputServices;
+  std::optional<Box> output;    ///< the card on the right; nothing without an output
+  std::vector<Box> outputRows;  ///< one per stream of the output
 };
 
 /** From a row on the left to a row on the right. */

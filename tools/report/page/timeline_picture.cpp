@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "tools/report/facts/stream_time.h"
+#include "tools/report/page/page_words.h"
 #include "tools/report/page/svg.h"
 #include "tools/report/page/text_fit.h"
 #include "tools/report/page/timeline_layout.h"
@@ -17,39 +18,19 @@ constexpr double kBlockPadding = 6;
 constexpr double kBlockBaseLine = 15.5;
 constexpr double kHourBaseLine = 12;
 
-std::string nameOf(const Event& event) {
-  return event.name.empty() ? "event " + std::to_string(event.eventId) : event.name;
-}
-
-std::string placeOf(const Event& event) {
-  if (event.isPresent || event.isFollowing) {
-    return event.isPresent ? "present" : "following";
-  }
-  return "schedule";
-}
-
 std::string spanOf(const Event& event) {
   return clockText(event.start) + " to " + clockText(event.start + event.duration) + " UTC, " +
          durationText(event.duration);
 }
 
-class Timeline {
+/** Draws rows of one service. */
+class RowPicture {
  public:
-  Timeline(const Service& service, std::optional<StreamTime> clock, Markup& markup)
-      : service_(service), clock_(clock), svg_(markup) {}
+  RowPicture(const std::vector<Event>& events, std::optional<StreamTime> clock, Markup& markup)
+      : events_(events), clock_(clock), svg_(markup) {}
 
-  /** A picture for every row, so that a page of paper may end between any two. */
-  void draw() {
-    const auto scroller = svg_.scroller("Events of service " + std::to_string(service_.serviceId));
-    std::string day;
-    for (const TimelineRow& row : layoutTimeline(service_.events, clock_)) {
-      const bool isSameDay = std::exchange(day, dayText(row.start)) == dayText(row.start);
-      drawRow(row, isSameDay);
-    }
-  }
-
- private:
-  void drawRow(const TimelineRow& row, bool isSameDay) {
+  /** `isSameDay`: as the row before. */
+  void draw(const TimelineRow& row, bool isSameDay) {
     const std::string label = dayText(row.start) + " " + clockText(row.start) + ", " +
                               counted(row.blocks.size(), "event");
     const auto picture =
@@ -73,8 +54,9 @@ class Timeline {
     }
   }
 
+ private:
   void drawBlock(const EventBlock& block) {
-    const Event& event = service_.events[block.event];
+    const Event& event = events_[block.event];
     const auto group = svg_.group({{"class", "event " + placeOf(event)}});
     svg_.title(nameOf(event) + "\n" + dayText(event.start) + " " + spanOf(event) + "\nevent " +
                std::to_string(event.eventId) + ", " + placeOf(event) +
@@ -91,44 +73,23 @@ class Timeline {
     svg_.circle(x, 8, 3.5, "now-dot");
   }
 
-  const Service& service_;
+  const std::vector<Event>& events_;
   std::optional<StreamTime> clock_;
   Svg svg_;
 };
 
-void listEvents(const Service& service, Markup& markup) {
-  const auto details = markup.open("details");
-  markup.leaf("summary", {},
-              service.events.size() == 1
-                  ? "The event in words"
-                  : "All " + counted(service.events.size(), "event") + " in words");
-  const auto table = markup.open("table", {{"class", "events"}});
-  const auto body = markup.open("tbody");
-  for (const Event& event : service.events) {
-    const auto row = markup.open("tr");
-    markup.leaf("td", {{"class", "figure"}}, dayText(event.start) + " " + clockText(event.start));
-    markup.leaf("td", {}, durationText(event.duration));
-    const auto cell = markup.open("td");
-    markup.leaf("bdi", {}, nameOf(event));
-    if (placeOf(event) != "schedule") {
-      markup.leaf("span", {{"class", "tag"}}, placeOf(event));
-    }
-  }
-}
-
 }  // namespace
 
 void drawTimeline(const Service& service, std::optional<StreamTime> clock, Markup& markup) {
-  if (!service.events.empty()) {
-    Timeline(service, clock, markup).draw();
+  if (service.events.empty()) {
+    return;
   }
-  if (service.timelessEvents != 0) {
-    markup.leaf("p", {{"class", "note"}},
-                counted(service.timelessEvents, "event") +
-                    " without a start time and duration that make sense: not shown.");
-  }
-  if (!service.events.empty()) {
-    listEvents(service, markup);
+  const auto scroller = markup.scroller("Events of " + serviceText(service.serviceId));
+  RowPicture picture(service.events, clock, markup);
+  std::string day;
+  for (const TimelineRow& row : layoutTimeline(service.events, clock)) {
+    const std::string before = std::exchange(day, dayText(row.start));
+    picture.draw(row, before == day);
   }
 }
 

@@ -1,6 +1,6 @@
 #include "tools/report/page/multiplex_layout.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "tests/tools/report/report_samples.h"
 
@@ -8,6 +8,9 @@ namespace tevra::tools::report {
 namespace {
 
 using test::reportOf;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 bool meet(const Box& a, const Box& b) {
   return a.x < b.right() && b.x < a.right() && a.y < b.bottom() && b.y < a.bottom();
@@ -107,6 +110,14 @@ TEST(MultiplexLayout, LinksWhatNoServiceHasFromTheLastBand) {
       EXPECT_EQ(1U, link.fromRow);
     }
   }
+}
+
+TEST(MultiplexLayout, LightsUpARowWithItsOwnServiceOrWithAllThatTakeIt) {
+  const MultiplexLayout layout = layoutMultiplex(reportOf(2, 1));
+  EXPECT_THAT(layout.bands.at(1).inputServices, Each(ElementsAre(1)));
+  EXPECT_THAT(layout.bands.at(2).inputServices,
+              ElementsAre(IsEmpty(), ElementsAre(0, 1), IsEmpty()))
+      << "PAT, EMM, stuffing";
 }
 
 TEST(MultiplexLayout, DrawsNoLinkFromAPidThatTheInputDoesNotShow) {
