@@ -9,7 +9,7 @@ PARTS = """
     }
     return product;
   };
-  return [...document.querySelectorAll("svg.multiplex :is(.row, .link)")].map((element) => ({
+  return [...document.querySelectorAll(".multiplex :is(.row, .link)")].map((element) => ({
     kind: element.classList.contains("link") ? "link" : element.closest(".output") ? "output" : "input",
     services: element.dataset.s.split(" ").filter(Boolean).map(Number),
     pid: Number(element.dataset.pid ?? element.dataset.to),

@@ -7,7 +7,6 @@
 namespace tevra::tools::report {
 namespace {
 
-constexpr double kTop = 34;  // of the first band, below the headings
 constexpr double kRowHeight = 21;
 constexpr double kFoot = 10;  // below the last row of a band
 constexpr double kGap = 18;
@@ -108,9 +107,11 @@ const std::vector<InputStream>& inputStreams(const Report& report, const Band& b
 
 MultiplexLayout layoutMultiplex(const Report& report) {
   MultiplexLayout layout;
-  double y = kTop;
-  const auto add = [&](Band band) {
-    y = bottomOf(band) + kGap;
+  double y = kHeadingsHeight + kGap / 2;  // of the cards
+  const auto add = [&](Band band, double bottom) {
+    band.top = y - kGap / 2;
+    band.height = bottom + kGap - y;
+    y += band.height;
     layout.bands.push_back(std::move(band));
   };
   for (size_t place = 0; place < report.services.size(); ++place) {
@@ -118,14 +119,13 @@ MultiplexLayout layoutMultiplex(const Report& report) {
     Band band = bandAt(y, service.streams.size(), service.output);
     band.service = place;
     band.inputServices.assign(service.streams.size(), {place});
-    add(std::move(band));
+    add(band, bottomOf(band));
   }
   if (!report.others.empty()) {
     layout.key = Box{kOutputLeft, y, kPictureWidth - kInset - kOutputLeft, kKeyHeight};
-    add(bandAt(y, report.others.size(), std::nullopt));
-    y = std::max(y, layout.key->bottom() + kGap);
+    const Band band = bandAt(y, report.others.size(), std::nullopt);
+    add(band, std::max(bottomOf(band), layout.key->bottom()));
   }
-  layout.height = y;
   layout.fullRate = fullRateOf(report, layout.bands);
   layout.links = linksOf(report, layout);
   for (const Link& link : layout.links) {

@@ -13,6 +13,8 @@ namespace tevra::tools::report {
 /** A service with its output, or, last of all, the PIDs of no service. */
 struct Band {
   std::optional<size_t> service;  ///< its place in the report; nothing for the PIDs of none
+  double top = 0;                 ///< halfway to what is above its cards
+  double height = 0;              ///< down to the next band
   Box input;                      ///< the card on the left: its head, then its rows
   std::vector<Box> inputRows;     ///< one per stream
   /** For each row its own service; for a PID of none all services whose outputs take it. */
@@ -32,13 +34,13 @@ struct Link {
 
 /** Where everything of the picture of the multiplex lies. */
 struct MultiplexLayout {
-  double height = 0;        ///< of the whole picture, kPictureWidth wide
   std::vector<Band> bands;  ///< one below the other
   std::vector<Link> links;  ///< by service, then by row; none for a PID that is in no band
   std::optional<Box> key;   ///< how to read the picture: beside the PIDs of no service
   double fullRate = 0;      ///< packets that a whole bar stands for; at least 1
 };
 
+inline constexpr double kHeadingsHeight = 25;  ///< above the first band
 /** Cards keep this far from the sides, so that their frames are whole. */
 inline constexpr double kInset = 2;
 inline constexpr double kInputWidth = 520;  ///< of the cards on the left, which begin at kInset

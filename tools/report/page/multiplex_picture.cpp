@@ -15,9 +15,9 @@
 namespace tevra::tools::report {
 namespace {
 
-void headings(const Report& report, Svg& svg) {
+void drawHeadings(const Report& report, Svg& svg) {
   constexpr double kLine = 16;
-  const auto group = svg.group({{"class", "headings"}});
+  const auto picture = svg.picture({{"class", "headings"}}, 0, kHeadingsHeight);
   svg.text(kInset, kLine, "heading", "Input");
   if (report.services.empty()) {
     return;
@@ -43,7 +43,7 @@ bool hasFaultyPid(const Report& report) {
 }
 
 /** How to read the picture: a sample and a line for all that it has. */
-void key(const Report& report, const MultiplexLayout& layout, Svg& svg) {
+void drawKey(const Report& report, const MultiplexLayout& layout, Svg& svg) {
   constexpr double kSampleWidth = 30;
   const auto group = svg.group({{"class", "key k-tables"}});
   const double x = layout.key->x;
@@ -72,23 +72,33 @@ void key(const Report& report, const MultiplexLayout& layout, Svg& svg) {
   }
 }
 
+/** A picture of its own, so that a page of paper may end below it. Links leave it. */
+void drawBand(const Report& report, const MultiplexLayout& layout, size_t place, Svg& svg) {
+  const Band& band = layout.bands[place];
+  const auto picture = svg.picture({}, band.top, band.height);
+  for (const Link& link : layout.links) {
+    if (link.toBand == place) {
+      drawLink(report, layout, link, svg);
+    }
+  }
+  drawInput(report, band, layout.fullRate, svg);
+  drawOutput(report, band, svg);
+  if (layout.key && place + 1 == layout.bands.size()) {
+    drawKey(report, layout, svg);
+  }
+}
+
 }  // namespace
 
 void drawMultiplex(const Report& report, Markup& markup) {
   const MultiplexLayout layout = layoutMultiplex(report);
   const auto scroller = markup.scroller("The multiplex");
+  const auto bands = markup.open(
+      "div", {{"class", "multiplex"}, {"role", "group"}, {"aria-label", "Input PIDs, outputs"}});
   Svg svg(markup);
-  const auto picture = svg.picture(
-      {{"class", "multiplex"}, {"role", "group"}, {"aria-label", "Input PIDs, outputs"}},
-      layout.height);
-  headings(report, svg);
-  drawLinks(report, layout, svg);
-  for (const Band& band : layout.bands) {
-    drawInput(report, band, layout.fullRate, svg);
-    drawOutput(report, band, svg);
-  }
-  if (layout.key) {
-    key(report, layout, svg);
+  drawHeadings(report, svg);
+  for (size_t place = 0; place < layout.bands.size(); ++place) {
+    drawBand(report, layout, place, svg);
   }
 }
 

@@ -98,7 +98,7 @@ void strip(const Report& report, Markup& markup) {
   {
     Svg svg(markup);
     const auto picture = svg.picture(
-        {{"class", "strip"}, {"preserveAspectRatio", "none"}, {"aria-hidden", "true"}}, kHeight);
+        {{"class", "strip"}, {"preserveAspectRatio", "none"}, {"aria-hidden", "true"}}, 0, kHeight);
     double x = 0;
     for (const auto& [kind, packets] : sums) {
       const double width = kPictureWidth * report.share(packets);

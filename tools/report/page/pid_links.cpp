@@ -6,7 +6,6 @@
 #include "tools/report/page/page_words.h"
 
 namespace tevra::tools::report {
-namespace {
 
 void drawLink(const Report& report, const MultiplexLayout& layout, const Link& link, Svg& svg) {
   const Band& fromBand = layout.bands[link.fromBand];
@@ -24,14 +23,6 @@ void drawLink(const Report& report, const MultiplexLayout& layout, const Link& l
             std::to_string(target.outputPid) + "\n" +
             (target.made ? "rewritten by the daemon" : amountText(report, packets)));
   svg.ribbon(from.right(), from.middle(), to.x, to.middle(), link.thickness);
-}
-
-}  // namespace
-
-void drawLinks(const Report& report, const MultiplexLayout& layout, Svg& svg) {
-  for (const Link& link : layout.links) {
-    drawLink(report, layout, link, svg);
-  }
 }
 
 }  // namespace tevra::tools::report

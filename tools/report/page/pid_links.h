@@ -6,7 +6,7 @@
 
 namespace tevra::tools::report {
 
-/** Draws what leads from PIDs of the input to those of the outputs; dashed where no packets do. */
-void drawLinks(const Report& report, const MultiplexLayout& layout, Svg& svg);
+/** Draws what leads from a PID of the input to one of an output; dashed where no packets do. */
+void drawLink(const Report& report, const MultiplexLayout& layout, const Link& link, Svg& svg);
 
 }  // namespace tevra::tools::report

@@ -6,8 +6,9 @@
 
 namespace tevra::tools::report {
 
-Markup::Element Svg::picture(const Attributes& attributes, double height) {
-  Attributes all = {{"viewBox", "0 0 " + coordinate(kPictureWidth) + " " + coordinate(height)}};
+Markup::Element Svg::picture(const Attributes& attributes, double top, double height) {
+  Attributes all = {{"viewBox", "0 " + coordinate(top) + " " + coordinate(kPictureWidth) + " " +
+                                    coordinate(height)}};
   all.insert(all.end(), attributes.begin(), attributes.end());
   return markup_.open("svg", all);
 }

@@ -20,8 +20,8 @@ class Svg {
   /** Which point of a text `x` is. */
   enum class Anchor { kStart, kMiddle, kEnd };
 
-  /** A picture that is as wide as the page and `height` high in its own units. */
-  [[nodiscard]] Markup::Element picture(const Attributes& attributes, double height);
+  /** A picture as wide as the page; in its own units, `top` is the y of its upper side. */
+  [[nodiscard]] Markup::Element picture(const Attributes& attributes, double top, double height);
   /** What is drawn while it lives shares its attributes. */
   [[nodiscard]] Markup::Element group(const Attributes& attributes) {
     return markup_.open("g", attributes);

@@ -33,8 +33,8 @@ class RowPicture {
   void draw(const TimelineRow& row, bool isSameDay) {
     const std::string label = dayText(row.start) + " " + clockText(row.start) + ", " +
                               counted(row.blocks.size(), "event");
-    const auto picture =
-        svg_.picture({{"class", "timeline"}, {"role", "img"}, {"aria-label", label}}, row.height);
+    const auto picture = svg_.picture(
+        {{"class", "timeline"}, {"role", "img"}, {"aria-label", label}}, 0, row.height);
     const Box field = {kRowLabelWidth, kHoursHeight, kPictureWidth - kRowLabelWidth - 4,
                        row.height - kHoursHeight - 5};
     svg_.text(0, field.y + kBlockBaseLine, isSameDay ? "date again" : "date", dayText(row.start));

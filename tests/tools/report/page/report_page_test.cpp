@@ -149,11 +149,11 @@ TEST(ReportPage, SaysWhereThePointerRestsWhatAPidIs) {
                     HasSubstr("<title>Input PID 52 to output PID 100\nrewritten by the daemon<")));
 }
 
-TEST(ReportPage, DrawsTheMultiplexInOnePictureAndARowOfEventsInEach) {
+TEST(ReportPage, DrawsAPictureForEveryBandAndForEveryRowOfEvents) {
   Report report = test::reportOf(30, 8);
   report.services[0].events = test::eventsOf(48, 30);
   const std::string page = reportPage(report);
-  EXPECT_EQ(1U, timesIn(page, "class=\"multiplex\""));
+  EXPECT_EQ(1U + 1 + 31 + 8, timesIn(page, "<svg ")) << "summary, headings, bands, rows";
   EXPECT_EQ(8U, timesIn(page, "class=\"timeline\"")) << "a day in rows of three hours";
   EXPECT_EQ(2U, timesIn(page, "class=\"date\"")) << "from noon to noon";
 }
