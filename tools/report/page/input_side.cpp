@@ -51,9 +51,7 @@ void drawBar(const Box& row, double share, Svg& svg) {
 
 void drawAmount(const Report& report, const Box& row, const PidCount& count, Svg& svg) {
   const double y = row.middle() + kBaseLine;
-  if (const auto rate = report.bitRate(count.packets)) {
-    svg.text(row.x + kRateEnd, y, "rate", bitRateText(*rate), Anchor::kEnd);
-  }
+  svg.text(row.x + kRateEnd, y, "rate", rateText(report, count.packets), Anchor::kEnd);
   svg.text(row.right() - kCardPadding, y, "share", shareText(report.share(count.packets)),
            Anchor::kEnd);
   if (count.isFaulty()) {
@@ -84,8 +82,8 @@ void drawRow(const Report& report, const Band& band, size_t place, double fullRa
 CardHead headOf(const Report& report, uint64_t packets, const std::string& name,
                 const std::string& facts) {
   const std::string share = shareText(report.share(packets));
-  const auto rate = report.bitRate(packets);
-  return {name, facts, rate ? bitRateText(*rate) : share, rate ? share : "", kFiguresWidth};
+  const std::string rate = rateText(report, packets);
+  return {name, facts, rate.empty() ? share : rate, rate.empty() ? "" : share, kFiguresWidth};
 }
 
 void drawServiceHead(const Report& report, uint64_t packets, const Service& service, Card& card,

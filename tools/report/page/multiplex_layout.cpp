@@ -11,6 +11,7 @@ constexpr double kRowHeight = 21;
 constexpr double kFoot = 10;  // below the last row of a band
 constexpr double kGap = 18;
 
+constexpr double kOutputWidth = kPictureWidth - kInset - kOutputLeft;
 constexpr double kKeyHeight = 136;
 
 constexpr double kThinnest = 1.25;
@@ -29,15 +30,18 @@ std::vector<Box> rowsOf(const Box& card, size_t count) {
   return rows;
 }
 
-Band bandAt(double y, size_t streams, const std::optional<Output>& output) {
+Band bandAt(double y, const Report& report, std::optional<size_t> service) {
   Band band;
+  band.service = service;
+  band.top = y - kInset;
+  const size_t streams = inputStreams(report, band).size();
   band.input = cardAt(kInset, kInputWidth, y, streams);
   band.inputRows = rowsOf(band.input, streams);
-  band.inputServices.resize(streams);
-  if (output) {
-    band.output =
-        cardAt(kOutputLeft, kPictureWidth - kInset - kOutputLeft, y, output->streams.size());
-    band.outputRows = rowsOf(*band.output, output->streams.size());
+  band.inputServices.resize(streams, service ? std::set<size_t>{*service} : std::set<size_t>());
+  if (service && report.services[*service].output) {
+    const size_t count = report.services[*service].output->streams.size();
+    band.output = cardAt(kOutputLeft, kOutputWidth, y, count);
+    band.outputRows = rowsOf(*band.output, count);
   }
   return band;
 }
@@ -107,23 +111,19 @@ const std::vector<InputStream>& inputStreams(const Report& report, const Band& b
 
 MultiplexLayout layoutMultiplex(const Report& report) {
   MultiplexLayout layout;
-  double y = kHeadingsHeight + kGap / 2;  // of the cards
+  double y = kHeadingsHeight + kInset;  // of the cards
   const auto add = [&](Band band, double bottom) {
-    band.top = y - kGap / 2;
     band.height = bottom + kGap - y;
     y += band.height;
     layout.bands.push_back(std::move(band));
   };
   for (size_t place = 0; place < report.services.size(); ++place) {
-    const Service& service = report.services[place];
-    Band band = bandAt(y, service.streams.size(), service.output);
-    band.service = place;
-    band.inputServices.assign(service.streams.size(), {place});
+    const Band band = bandAt(y, report, place);
     add(band, bottomOf(band));
   }
   if (!report.others.empty()) {
-    layout.key = Box{kOutputLeft, y, kPictureWidth - kInset - kOutputLeft, kKeyHeight};
-    const Band band = bandAt(y, report.others.size(), std::nullopt);
+    layout.key = Box{kOutputLeft, y, kOutputWidth, kKeyHeight};
+    const Band band = bandAt(y, report, std::nullopt);
     add(band, std::max(bottomOf(band), layout.key->bottom()));
   }
   layout.fullRate = fullRateOf(report, layout.bands);

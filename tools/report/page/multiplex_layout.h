@@ -13,7 +13,7 @@ namespace tevra::tools::report {
 /** A service with its output, or, last of all, the PIDs of no service. */
 struct Band {
   std::optional<size_t> service;  ///< its place in the report; nothing for the PIDs of none
-  double top = 0;                 ///< halfway to what is above its cards
+  double top = 0;                 ///< kInset above its cards
   double height = 0;              ///< down to the next band
   Box input;                      ///< the card on the left: its head, then its rows
   std::vector<Box> inputRows;     ///< one per stream
@@ -40,8 +40,8 @@ struct MultiplexLayout {
   double fullRate = 0;      ///< packets that a whole bar stands for; at least 1
 };
 
-inline constexpr double kHeadingsHeight = 25;  ///< above the first band
-/** Cards keep this far from the sides, so that their frames are whole. */
+inline constexpr double kHeadingsHeight = 32;  ///< above the first band
+/** Cards keep this far from the sides of their pictures, so that their frames are whole. */
 inline constexpr double kInset = 2;
 inline constexpr double kInputWidth = 520;  ///< of the cards on the left, which begin at kInset
 inline constexpr double kOutputLeft = 690;  ///< where the cards on the right begin

@@ -4,10 +4,10 @@
 #include <string>
 
 #include "tools/report/page/card.h"
-#include "tools/report/page/figures.h"
 #include "tools/report/page/input_side.h"
 #include "tools/report/page/multiplex_layout.h"
 #include "tools/report/page/output_side.h"
+#include "tools/report/page/page_words.h"
 #include "tools/report/page/pid_links.h"
 #include "tools/report/page/svg.h"
 #include "tools/text/words.h"
@@ -31,12 +31,6 @@ void drawHeadings(const Report& report, Svg& svg) {
   }
 }
 
-std::string fullRateText(const Report& report, double fullRate) {
-  const auto packets = static_cast<uint64_t>(fullRate);
-  const auto rate = report.bitRate(packets);
-  return rate ? bitRateText(*rate) : counted(packets, "packet");
-}
-
 bool hasFaultyPid(const Report& report) {
   return std::any_of(report.pids.begin(), report.pids.end(),
                      [](const auto& entry) { return entry.second.isFaulty(); });
@@ -56,8 +50,11 @@ void drawKey(const Report& report, const MultiplexLayout& layout, Svg& svg) {
     const auto sample = svg.group({{"class", classes}});
     svg.ribbon(x, y, x + kSampleWidth, y, thickness);
   };
+  const auto most = static_cast<uint64_t>(layout.fullRate);
+  const std::string rate = rateText(report, most);
   svg.rect({x, y - 4, kSampleWidth, 8}, "bar", 2);
-  entry("a whole bar: the busiest PID, stuffing aside, " + fullRateText(report, layout.fullRate));
+  entry("a whole bar: the busiest PID, stuffing aside, " +
+        (rate.empty() ? counted(most, "packet") : rate));
   if (!layout.links.empty()) {
     link("key-link", 6);
     entry("carried to an output, the thicker the more bits");

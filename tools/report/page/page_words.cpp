@@ -31,11 +31,15 @@ std::string idText(int id) {
   return std::to_string(id) + " (" + hex(id, 4) + ")";
 }
 
-std::string amountText(const Report& report, uint64_t packets) {
+std::string rateText(const Report& report, uint64_t packets) {
   const auto rate = report.bitRate(packets);
-  return joinedNonEmpty({rate ? bitRateText(*rate) : "", shareText(report.share(packets)),
-                         counted(packets, "packet")},
-                        ", ");
+  return rate ? bitRateText(*rate) : std::string();
+}
+
+std::string amountText(const Report& report, uint64_t packets) {
+  return joinedNonEmpty(
+      {rateText(report, packets), shareText(report.share(packets)), counted(packets, "packet")},
+      ", ");
 }
 
 std::string joinedNonEmpty(const std::vector<std::string>& parts, const std::string& separator) {

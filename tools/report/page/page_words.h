@@ -18,6 +18,8 @@ namespace tevra::tools::report {
 [[nodiscard]] std::string serviceText(int serviceId);
 /** A PID or another 16-bit id in both ways to write it: "257 (0x0101)". */
 [[nodiscard]] std::string idText(int id);
+/** "1.60 Mbit/s"; empty without a clock. */
+[[nodiscard]] std::string rateText(const Report& report, uint64_t packets);
 /** "1.60 Mbit/s, 38.3 %, 10013 packets"; without a clock there is no bit rate. */
 [[nodiscard]] std::string amountText(const Report& report, uint64_t packets);
 /** What is not empty of `parts`, with `separator` between. */
