@@ -19,7 +19,7 @@ inline constexpr double kBaseLine = 4.4;
 
 /** What stands at the top of a card, in two lines; all but the name may be empty. */
 struct CardHead {
-  std::string name;
+  std::string name;         ///< of the service or output
   std::string facts;        ///< below the name
   std::string figure;       ///< on the right of the name
   std::string moreFigures;  ///< on the right of the facts
