@@ -9,7 +9,7 @@ PARTS = """
     }
     return product;
   };
-  return [...document.querySelectorAll("svg.whole :is(.row, .link)")].map((element) => ({
+  return [...document.querySelectorAll(".multiplex :is(.row, .link)")].map((element) => ({
     kind: element.classList.contains("link") ? "link" : element.closest(".output") ? "output" : "input",
     services: element.dataset.s.split(" ").filter(Boolean).map(Number),
     pid: Number(element.dataset.pid ?? element.dataset.to),
@@ -44,7 +44,7 @@ CONTRASTS = """
     return rect ? getComputedStyle(rect).fill : behindHtml(text.closest("svg").parentElement);
   };
   const results = [];
-  for (const text of document.querySelectorAll("svg:not(.slice) text")) {
+  for (const text of document.querySelectorAll("svg text")) {
     results.push([text.textContent, contrast(getComputedStyle(text).fill, behindSvg(text))]);
   }
   for (const selector of ["h1", "h2", "h3", "small", "p", "dt", "dd", "li", "li .figure", "th", "td", "summary",
@@ -61,7 +61,7 @@ CONTRASTS = """
 COLLISIONS = """
   const found = [];
   const boxes = (group) => [...group.querySelectorAll(":scope > text")].map((text) => [text, text.getBBox()]);
-  for (const group of document.querySelectorAll("svg:not(.slice) :is(.row, .head, .card, .event, .day, .headings)")) {
+  for (const group of document.querySelectorAll(":is(.row, .head, .card, .event, .timeline, .headings)")) {
     const all = boxes(group);
     const frame = group.closest(".event")?.querySelector(".block") ?? group.closest(".card")?.querySelector(".frame");
     for (const [place, [text, box]] of all.entries()) {

@@ -1,5 +1,7 @@
 #include "tools/report/facts/report_data.h"
 
+#include <algorithm>
+
 #include "tools/stream/ts_packet.h"
 
 namespace tevra::tools::report {
@@ -18,6 +20,12 @@ std::optional<double> Report::bitRate(uint64_t packetCount) const {
 
 double Report::share(uint64_t packetCount) const {
   return packets == 0 ? 0 : static_cast<double>(packetCount) / static_cast<double>(packets);
+}
+
+size_t Report::outputs() const {
+  return static_cast<size_t>(
+      std::count_if(services.begin(), services.end(),
+                    [](const Service& service) { return service.output.has_value(); }));
 }
 
 }  // namespace tevra::tools::report

@@ -39,6 +39,11 @@ struct PidCount {
   uint64_t pcrs = 0;              ///< packets with a PCR
   uint64_t crcErrors = 0;         ///< of sections; counted on the PIDs of tables alone
   uint64_t otherSections = 0;     ///< cut short, or with lengths that do not add up
+
+  /** Whether packets are lost or damaged, or sections have a wrong CRC. */
+  [[nodiscard]] bool isFaulty() const {
+    return continuityErrors + transportErrors + crcErrors != 0;
+  }
 };
 
 /** An input PID in the place where it is shown. */
@@ -138,6 +143,8 @@ struct Report {
   [[nodiscard]] std::optional<double> bitRate(uint64_t packetCount) const;
   /** Of all packets, 0 to 1. */
   [[nodiscard]] double share(uint64_t packetCount) const;
+  /** How many services have an output. */
+  [[nodiscard]] size_t outputs() const;
 };
 
 }  // namespace tevra::tools::report

@@ -6,7 +6,6 @@
 #include <sstream>
 
 #include "tools/report/facts/stream_time.h"
-#include "tools/text/words.h"
 
 namespace tevra::tools::report {
 namespace {
@@ -52,10 +51,6 @@ std::string groupedText(uint64_t number) {
 
 std::string lengthText(double seconds) {
   return seconds < kLongSeconds ? fixed(seconds, 2) + " s" : durationText(std::llround(seconds));
-}
-
-std::string pidText(int pid) {
-  return hex(pid, 4);
 }
 
 std::string coordinate(double value) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
 namespace tevra::tools::report {
@@ -14,8 +13,6 @@ namespace tevra::tools::report {
 [[nodiscard]] std::string groupedText(uint64_t number);
 /** "9.41 s", "2 min 5 s". */
 [[nodiscard]] std::string lengthText(double seconds);
-/** "0x0101". */
-[[nodiscard]] std::string pidText(int pid);
 /** A coordinate of a picture: at most two decimals, no zeros at the end. */
 [[nodiscard]] std::string coordinate(double value);
 

@@ -26,11 +26,11 @@ uint32_t codePoint(std::string_view character) {
   return value;
 }
 
+/** Of what printable() leaves. */
 bool isUnfit(uint32_t code) {
-  const bool isControl = code < 0x20 || (code >= 0x7F && code <= 0x9F);
   const bool reorders = (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
   const bool isNoncharacter = (code & 0xFFFE) == 0xFFFE || (code >= 0xFDD0 && code <= 0xFDEF);
-  return isControl || reorders || isNoncharacter;
+  return reorders || isNoncharacter;
 }
 
 std::string_view entityOf(char character) {
@@ -82,6 +82,11 @@ std::string escaped(std::string_view utf8) {
 Markup::Element Markup::open(std::string_view name, const Attributes& attributes) {
   begin(name, attributes);
   return {*this, name};
+}
+
+Markup::Element Markup::scroller(const std::string& label) {
+  return open(
+      "div", {{"class", "scroller"}, {"tabindex", "0"}, {"role", "region"}, {"aria-label", label}});
 }
 
 void Markup::leaf(std::string_view name, const Attributes& attributes, std::string_view text) {

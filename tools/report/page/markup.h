@@ -41,6 +41,8 @@ class Markup {
    * of elements and attributes, here and below, are written as they are.
    */
   [[nodiscard]] Element open(std::string_view name, const Attributes& attributes = {});
+  /** A part of the page that scrolls sideways where the page is too narrow for it. */
+  [[nodiscard]] Element scroller(const std::string& label);
   /** An element with nothing but text, escaped. */
   void leaf(std::string_view name, const Attributes& attributes, std::string_view text);
   /** An element without content: void in HTML, empty in SVG. */

@@ -4,26 +4,18 @@
 #include <map>
 #include <utility>
 
-#include "tools/report/facts/fault_lines.h"
-
 namespace tevra::tools::report {
 namespace {
 
-constexpr double kTop = 34;  // of the first band, below the headings
 constexpr double kRowHeight = 21;
 constexpr double kFoot = 10;  // below the last row of a band
 constexpr double kGap = 18;
 
+constexpr double kOutputWidth = kPictureWidth - kInset - kOutputLeft;
 constexpr double kKeyHeight = 136;
 
 constexpr double kThinnest = 1.25;
 constexpr double kThickest = 12;
-
-// What fits on A4 at the width of the page; the first lies below the summary.
-constexpr double kPage = 1500;
-constexpr double kSummary = 345;
-constexpr double kFaultBox = 45;
-constexpr double kFaultLine = 30;
 
 Box cardAt(double x, double width, double y, size_t rows) {
   return {x, y, width, kHeadHeight + static_cast<double>(rows) * kRowHeight + kFoot};
@@ -38,14 +30,18 @@ std::vector<Box> rowsOf(const Box& card, size_t count) {
   return rows;
 }
 
-Band bandAt(double y, size_t streams, const std::optional<Output>& output) {
+Band bandAt(double y, const Report& report, std::optional<size_t> service) {
   Band band;
+  band.service = service;
+  band.top = y - kInset;
+  const size_t streams = inputStreams(report, band).size();
   band.input = cardAt(kInset, kInputWidth, y, streams);
   band.inputRows = rowsOf(band.input, streams);
-  if (output) {
-    band.output =
-        cardAt(kOutputLeft, kPictureWidth - kInset - kOutputLeft, y, output->streams.size());
-    band.outputRows = rowsOf(*band.output, output->streams.size());
+  band.inputServices.resize(streams, service ? std::set<size_t>{*service} : std::set<size_t>());
+  if (service && report.services[*service].output) {
+    const size_t count = report.services[*service].output->streams.size();
+    band.output = cardAt(kOutputLeft, kOutputWidth, y, count);
+    band.outputRows = rowsOf(*band.output, count);
   }
   return band;
 }
@@ -67,87 +63,44 @@ double fullRateOf(const Report& report, const std::vector<Band>& bands) {
   return static_cast<double>(most);
 }
 
-/** Finds where the packets of an output's PID come from. */
-class Sources {
- public:
-  Sources(const Report& report, const std::vector<Band>& bands) {
-    for (size_t band = 0; band < bands.size(); ++band) {
-      const auto& streams = inputStreams(report, bands[band]);
-      for (size_t row = 0; row < streams.size(); ++row) {
-        places_[streams[row].pid].emplace_back(band, row);
-      }
+/** Rows by PID and band. */
+using Places = std::map<std::pair<int, size_t>, size_t>;
+
+Places placesOf(const Report& report, const std::vector<Band>& bands) {
+  Places places;
+  for (size_t band = 0; band < bands.size(); ++band) {
+    const auto& streams = inputStreams(report, bands[band]);
+    for (size_t row = 0; row < streams.size(); ++row) {
+      places.emplace(std::pair(streams[row].pid, band), row);
     }
   }
+  return places;
+}
 
-  /** Band and row; in the band of the output itself if the PID is there. */
-  [[nodiscard]] std::optional<std::pair<size_t, size_t>> find(int pid, size_t ownBand) const {
-    const auto entry = places_.find(pid);
-    if (entry == places_.end()) {
-      return std::nullopt;
-    }
-    for (const auto& place : entry->second) {
-      if (place.first == ownBand) {
-        return place;
-      }
-    }
-    return entry->second.front();
-  }
-
- private:
-  std::map<int, std::vector<std::pair<size_t, size_t>>> places_;
-};
+/** Where an output's packets come from: its own band if the PID is there, else the first. */
+Places::const_iterator sourceOf(const Places& places, int pid, size_t ownBand) {
+  const auto own = places.find({pid, ownBand});
+  const auto first = own == places.end() ? places.lower_bound({pid, 0}) : own;
+  return first == places.end() || first->first.first != pid ? places.end() : first;
+}
 
 std::vector<Link> linksOf(const Report& report, const MultiplexLayout& layout) {
-  const Sources sources(report, layout.bands);
+  const Places places = placesOf(report, layout.bands);
   std::vector<Link> links;
   for (size_t service = 0; service < report.services.size(); ++service) {
     const auto& output = report.services[service].output;
     for (size_t row = 0; output && row < output->streams.size(); ++row) {
-      const auto pid = output->streams[row].inputPid;
-      const auto source = pid ? sources.find(*pid, service) : std::nullopt;
-      if (source) {
-        const auto packets = static_cast<double>(report.countOf(*pid).packets);
-        const double thickness =
-            output->streams[row].made ? 0 : kThickest * packets / layout.fullRate;
-        links.push_back({source->first, source->second, service, row,
+      const OutputStream& stream = output->streams[row];
+      const auto source = sourceOf(places, stream.inputPid.value_or(-1), service);
+      if (source != places.end()) {
+        const auto packets = static_cast<double>(report.countOf(*stream.inputPid).packets);
+        const double thickness = stream.made ? 0 : kThickest * packets / layout.fullRate;
+        links.push_back({source->first.second, source->second, service, row,
                          std::clamp(thickness, kThinnest, kThickest)});
       }
     }
   }
   return links;
-}
-
-/** What the summary leaves of the first page; a page of its own when that is little. */
-double firstPageOf(const Report& report) {
-  const auto faults = static_cast<double>(faultLines(report).size());
-  const double left = kPage - kSummary - (faults == 0 ? 0 : kFaultBox + faults * kFaultLine);
-  return left > kPage / 3 ? left : kPage;
-}
-
-std::vector<Slice> pagesOf(const Report& report, const MultiplexLayout& layout) {
-  std::vector<double> betweenBands;
-  std::vector<double> betweenRows;
-  for (const Band& band : layout.bands) {
-    const auto& rows =
-        band.inputRows.size() < band.outputRows.size() ? band.outputRows : band.inputRows;
-    for (const Box& row : rows) {
-      betweenRows.push_back(row.bottom());
-    }
-    betweenBands.push_back(bottomOf(band) + kGap / 2);
-  }
-  if (layout.key) {
-    betweenBands.pop_back();  // the key goes with the last band
-  }
-  return sliced(layout.height, firstPageOf(report), kPage, betweenBands, betweenRows);
-}
-
-/** The last of `cuts` behind `from`, up to `to`. */
-std::optional<double> lastWithin(const std::vector<double>& cuts, double from, double to) {
-  const auto behind = std::upper_bound(cuts.begin(), cuts.end(), to);
-  if (behind == cuts.begin() || *(behind - 1) <= from) {
-    return std::nullopt;
-  }
-  return *(behind - 1);
 }
 
 }  // namespace
@@ -156,46 +109,29 @@ const std::vector<InputStream>& inputStreams(const Report& report, const Band& b
   return band.service ? report.services[*band.service].streams : report.others;
 }
 
-std::vector<Slice> sliced(double height, double firstLimit, double limit,
-                          const std::vector<double>& goodCuts,
-                          const std::vector<double>& fairCuts) {
-  std::vector<Slice> slices;
-  for (double top = 0; top < height;) {
-    const double end = top + (slices.empty() ? firstLimit : limit);
-    double cut = height;
-    if (end < height) {
-      const auto good = lastWithin(goodCuts, top, end);
-      const auto fair = lastWithin(fairCuts, top, end);
-      cut = good.value_or(fair.value_or(end));
-    }
-    slices.push_back({top, cut - top});
-    top = cut;
-  }
-  return slices;
-}
-
 MultiplexLayout layoutMultiplex(const Report& report) {
   MultiplexLayout layout;
-  double y = kTop;
-  const auto add = [&](Band band) {
-    y = bottomOf(band) + kGap;
+  double y = kHeadingsHeight + kInset;  // of the cards
+  const auto add = [&](Band band, double bottom) {
+    band.height = bottom + kGap - y;
+    y += band.height;
     layout.bands.push_back(std::move(band));
   };
   for (size_t place = 0; place < report.services.size(); ++place) {
-    const Service& service = report.services[place];
-    Band band = bandAt(y, service.streams.size(), service.output);
-    band.service = place;
-    add(std::move(band));
+    const Band band = bandAt(y, report, place);
+    add(band, bottomOf(band));
   }
   if (!report.others.empty()) {
-    layout.key = Box{kOutputLeft, y, kPictureWidth - kInset - kOutputLeft, kKeyHeight};
-    add(bandAt(y, report.others.size(), std::nullopt));
-    y = std::max(y, layout.key->bottom() + kGap);
+    layout.key = Box{kOutputLeft, y, kOutputWidth, kKeyHeight};
+    const Band band = bandAt(y, report, std::nullopt);
+    add(band, std::max(bottomOf(band), layout.key->bottom()));
   }
-  layout.height = y;
   layout.fullRate = fullRateOf(report, layout.bands);
   layout.links = linksOf(report, layout);
-  layout.slices = pagesOf(report, layout);
+  for (const Link& link : layout.links) {
+    Band& from = layout.bands[link.fromBand];
+    from.inputServices[link.fromRow].insert(from.service.value_or(link.toBand));
+  }
   return layout;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "tools/report/facts/report_data.h"
@@ -12,10 +13,14 @@ namespace tevra::tools::report {
 /** A service with its output, or, last of all, the PIDs of no service. */
 struct Band {
   std::optional<size_t> service;  ///< its place in the report; nothing for the PIDs of none
+  double top = 0;                 ///< kInset above its cards
+  double height = 0;              ///< down to the next band
   Box input;                      ///< the card on the left: its head, then its rows
   std::vector<Box> inputRows;     ///< one per stream
-  std::optional<Box> output;      ///< the card on the right; nothing without an output
-  std::vector<Box> outputRows;    ///< one per stream of the output
+  /** For each row its own service; for a PID of none all services whose outputs take it. */
+  std::vector<std::set<size_t>> inputServices;
+  std::optional<Box> output;    ///< the card on the right; nothing without an output
+  std::vector<Box> outputRows;  ///< one per stream of the output
 };
 
 /** From a row on the left to a row on the right. */
@@ -27,23 +32,16 @@ struct Link {
   double thickness = 0;  ///< by the bit rate; little where the daemon makes the packets
 };
 
-/** A part of the height that goes on a page of its own. */
-struct Slice {
-  double top = 0;     ///< where the slice before ends
-  double height = 0;  ///< more than 0
-};
-
 /** Where everything of the picture of the multiplex lies. */
 struct MultiplexLayout {
-  double height = 0;          ///< of the whole picture, kPictureWidth wide
-  std::vector<Band> bands;    ///< one below the other
-  std::vector<Link> links;    ///< by service, then by row; none for a PID that is in no band
-  std::optional<Box> key;     ///< how to read the picture: beside the PIDs of no service
-  std::vector<Slice> slices;  ///< one after the other, the whole height
-  double fullRate = 0;        ///< packets that a whole bar stands for; at least 1
+  std::vector<Band> bands;  ///< one below the other
+  std::vector<Link> links;  ///< by service, then by row; none for a PID that is in no band
+  std::optional<Box> key;   ///< how to read the picture: beside the PIDs of no service
+  double fullRate = 0;      ///< packets that a whole bar stands for; at least 1
 };
 
-/** Cards keep this far from the sides, so that their frames are whole. */
+inline constexpr double kHeadingsHeight = 32;  ///< above the first band
+/** Cards keep this far from the sides of their pictures, so that their frames are whole. */
 inline constexpr double kInset = 2;
 inline constexpr double kInputWidth = 520;  ///< of the cards on the left, which begin at kInset
 inline constexpr double kOutputLeft = 690;  ///< where the cards on the right begin
@@ -54,14 +52,5 @@ inline constexpr double kHeadHeight = 50;   ///< of a card, above its first row
 
 /** The streams of a band on the left. */
 [[nodiscard]] const std::vector<InputStream>& inputStreams(const Report& report, const Band& band);
-
-/**
- * Cuts `height` into slices: the first at most `firstLimit` high, the others at most `limit`. Cuts
- * lie at one of `goodCuts` if one is within reach, else at one of `fairCuts`, else at the limit.
- * Both are in ascending order.
- */
-[[nodiscard]] std::vector<Slice> sliced(double height, double firstLimit, double limit,
-                                        const std::vector<double>& goodCuts,
-                                        const std::vector<double>& fairCuts);
 
 }  // namespace tevra::tools::report

@@ -1,6 +1,5 @@
 #include "tools/report/page/page_summary.h"
 
-#include <algorithm>
 #include <map>
 #include <vector>
 
@@ -8,26 +7,19 @@
 #include "tools/report/facts/stream_time.h"
 #include "tools/report/facts/stream_traits.h"
 #include "tools/report/page/figures.h"
+#include "tools/report/page/page_words.h"
 #include "tools/report/page/svg.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {
 namespace {
 
-std::string idText(std::optional<int> id) {
-  return id ? std::to_string(*id) + " (" + hex(*id, 4) + ")" : "not in the stream";
-}
-
-std::string servicesText(const Report& report) {
-  const auto withOutput =
-      std::count_if(report.services.begin(), report.services.end(),
-                    [](const Service& service) { return service.output.has_value(); });
-  return std::to_string(report.services.size()) + ", " +
-         counted(static_cast<uint64_t>(withOutput), "output");
+std::string idOrNone(std::optional<int> id) {
+  return id ? idText(*id) : "not in the stream";
 }
 
 std::string networkText(const Report& report) {
-  return idText(report.networkId) + (report.networkName.empty() ? "" : " " + report.networkName);
+  return idOrNone(report.networkId) + (report.networkName.empty() ? "" : " " + report.networkName);
 }
 
 std::string clockText(const Report& report) {
@@ -56,11 +48,12 @@ void figures(const Report& report, Markup& markup) {
   figure(markup, "Duration", report.seconds ? lengthText(*report.seconds) : "unknown: no PCR");
   figure(markup, "Bit rate", rate ? bitRateText(*rate) : "unknown: no PCR");
   figure(markup, "Packets", groupedText(report.packets));
-  figure(markup, "Services", servicesText(report));
+  figure(markup, "Services",
+         std::to_string(report.services.size()) + ", " + counted(report.outputs(), "output"));
   figure(markup, "PIDs", std::to_string(report.pids.size()));
   figure(markup, "Tables fed", groupedText(report.tablesSent));
-  figure(markup, "Transport stream", idText(report.transportStreamId));
-  figure(markup, "Original network", idText(report.originalNetworkId));
+  figure(markup, "Transport stream", idOrNone(report.transportStreamId));
+  figure(markup, "Original network", idOrNone(report.originalNetworkId));
   figure(markup, "Network", networkText(report));
   figure(markup, "Clock", clockText(report));
 }

@@ -1,32 +1,30 @@
 #include "tools/report/page/page_tables.h"
 
-#include <algorithm>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/report/page/figures.h"
+#include "tools/report/page/page_words.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {
 namespace {
 
-/** Columns of figures are set flush right. */
-struct Column {
-  const char* name;
-  bool isFigure;
-};
-
-Attributes cellAttributes(bool isFigure) {
-  return isFigure ? Attributes{{"class", "figure"}} : Attributes{};
+/** All other columns hold figures, which are set flush right. */
+bool holdsText(std::string_view column) {
+  return column == "Output" || column == "Table" || column == "Of";
 }
 
-void headRow(const std::vector<Column>& columns, Markup& markup) {
+void headRow(const std::vector<const char*>& columns, Markup& markup) {
   const auto head = markup.open("thead");
   const auto row = markup.open("tr");
-  for (const Column& column : columns) {
-    Attributes attributes = cellAttributes(column.isFigure);
-    attributes.emplace_back("scope", "col");
-    markup.leaf("th", attributes, column.name);
+  for (const char* column : columns) {
+    Attributes attributes = {{"scope", "col"}};
+    if (!holdsText(column)) {
+      attributes.emplace_back("class", "figure");
+    }
+    markup.leaf("th", attributes, column);
   }
 }
 
@@ -35,31 +33,27 @@ void cell(Markup& markup, const std::string& text) {
 }
 
 void figureCell(Markup& markup, const std::string& text) {
-  markup.leaf("td", cellAttributes(true), text);
+  markup.leaf("td", {{"class", "figure"}}, text);
 }
 
 void faultCell(Markup& markup, uint64_t count) {
   markup.leaf("td", {{"class", count == 0 ? "figure none" : "figure fault"}}, groupedText(count));
 }
 
-std::string versionText(const TableFact& fact) {
-  return fact.version ? std::to_string(*fact.version) : "–";
-}
-
-std::string pidCellText(int pid) {
-  return std::to_string(pid) + " (" + pidText(pid) + ")";
-}
-
-void inputRow(const TableFact& fact, const Report& report, Markup& markup) {
-  const PidCount count = report.countOf(fact.pid);
-  const auto row = markup.open("tr");
+/** What is said of a table of either side; `sections` and what comes behind differ. */
+void factCells(const TableFact& fact, Markup& markup) {
   cell(markup, fact.kind);
   figureCell(markup, hex(fact.tableId, 2));
   cell(markup, fact.of);
-  figureCell(markup, versionText(fact));
+  figureCell(markup, fact.version ? std::to_string(*fact.version) : "–");
   figureCell(markup, std::to_string(fact.sections));
+}
+
+void inputRow(const TableFact& fact, const PidCount& count, Markup& markup) {
+  const auto row = markup.open("tr");
+  factCells(fact, markup);
   figureCell(markup, std::to_string(fact.times));
-  figureCell(markup, pidCellText(fact.pid));
+  figureCell(markup, idText(fact.pid));
   faultCell(markup, count.crcErrors);
   faultCell(markup, count.otherSections);
   faultCell(markup, count.continuityErrors);
@@ -70,43 +64,33 @@ void inputTables(const Report& report, Markup& markup) {
   markup.leaf("p", {{"class", "note"}},
               "The last version of each. Faults are those of the whole PID: which table a damaged "
               "section is of, nobody knows.");
-  const auto frame = markup.open(
-      "div",
-      {{"class", "wide"}, {"tabindex", "0"}, {"role", "region"}, {"aria-label", "Input tables"}});
+  const auto frame = markup.scroller("Input tables");
   const auto table = markup.open("table");
-  headRow({{"Table", false},
-           {"table_id", true},
-           {"Of", false},
-           {"Version", true},
-           {"Sections", true},
-           {"Came", true},
-           {"PID", true},
-           {"CRC errors", true},
-           {"Damaged", true},
-           {"Gaps", true}},
+  headRow({"Table", "table_id", "Of", "Version", "Sections", "Came", "PID", "CRC errors", "Damaged",
+           "Gaps"},
           markup);
   const auto body = markup.open("tbody");
   for (const TableFact& fact : report.tables) {
-    inputRow(fact, report, markup);
+    inputRow(fact, report.countOf(fact.pid), markup);
   }
 }
 
+void outputName(const Output& output, Markup& markup) {
+  const auto name =
+      markup.open("th", {{"scope", "rowgroup"}, {"rowspan", std::to_string(output.tables.size())}});
+  markup.leaf("bdi", {}, output.name);
+  markup.leaf("small", {}, serviceText(output.serviceId));
+}
+
 void outputRows(const Output& output, Markup& markup) {
+  const auto body = markup.open("tbody");
   for (size_t place = 0; place < output.tables.size(); ++place) {
-    const TableFact& fact = output.tables[place];
-    const auto row = markup.open("tr", {{"class", place == 0 ? "first" : "more"}});
+    const auto row = markup.open("tr");
     if (place == 0) {
-      const auto name = markup.open(
-          "th", {{"scope", "rowgroup"}, {"rowspan", std::to_string(output.tables.size())}});
-      markup.leaf("bdi", {}, output.name);
-      markup.leaf("small", {}, "service " + std::to_string(output.serviceId));
+      outputName(output, markup);
     }
-    cell(markup, fact.kind);
-    figureCell(markup, hex(fact.tableId, 2));
-    cell(markup, fact.of);
-    figureCell(markup, versionText(fact));
-    figureCell(markup, std::to_string(fact.sections));
-    figureCell(markup, pidCellText(fact.pid));
+    factCells(output.tables[place], markup);
+    figureCell(markup, idText(output.tables[place].pid));
   }
 }
 
@@ -114,29 +98,14 @@ void outputTables(const Report& report, Markup& markup) {
   markup.leaf("h3", {}, "Outputs");
   markup.leaf("p", {{"class", "note"}},
               "Made by the daemon, with the versions that it gives them.");
-  const auto frame = markup.open(
-      "div",
-      {{"class", "wide"}, {"tabindex", "0"}, {"role", "region"}, {"aria-label", "Output tables"}});
+  const auto frame = markup.scroller("Output tables");
   const auto table = markup.open("table", {{"class", "outputs"}});
-  headRow({{"Output", false},
-           {"Table", false},
-           {"table_id", true},
-           {"Of", false},
-           {"Version", true},
-           {"Packets", true},
-           {"PID", true}},
-          markup);
+  headRow({"Output", "Table", "table_id", "Of", "Version", "Packets", "PID"}, markup);
   for (const Service& service : report.services) {
     if (service.output) {
-      const auto body = markup.open("tbody");
       outputRows(*service.output, markup);
     }
   }
-}
-
-bool hasOutput(const Report& report) {
-  return std::any_of(report.services.begin(), report.services.end(),
-                     [](const Service& service) { return service.output.has_value(); });
 }
 
 }  // namespace
@@ -145,7 +114,7 @@ void tablesSection(const Report& report, Markup& markup) {
   const auto section = markup.open("section", {{"class", "tables-section"}});
   markup.leaf("h2", {}, "Tables");
   inputTables(report, markup);
-  if (hasOutput(report)) {
+  if (report.outputs() != 0) {
     outputTables(report, markup);
   }
 }

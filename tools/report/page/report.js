@@ -1,7 +1,7 @@
 // Lights up one service; without it the page still shows everything.
 "use strict";
 (() => {
-  const picture = document.querySelector("svg.multiplex.whole");
+  const picture = document.querySelector(".multiplex");
   const tip = document.getElementById("tip");
   const heads = [...picture.querySelectorAll(".input[data-service] .head")];
   let chosen = null;

@@ -4,11 +4,10 @@
 
 #include "tools/report/page/markup.h"
 #include "tools/report/page/multiplex_picture.h"
+#include "tools/report/page/page_schedule.h"
 #include "tools/report/page/page_summary.h"
 #include "tools/report/page/page_tables.h"
 #include "tools/report/page/report_assets.h"
-#include "tools/report/page/timeline_picture.h"
-#include "tools/text/words.h"
 
 namespace tevra::tools::report {
 namespace {
@@ -41,67 +40,6 @@ void multiplexSection(const Report& report, Markup& markup) {
                 "all.");
   }
   drawMultiplex(report, markup);
-}
-
-std::string titleOf(const Service& service) {
-  return service.name.empty() ? "Service " + std::to_string(service.serviceId) : service.name;
-}
-
-void serviceEvents(const Service& service, const Report& report, Markup& markup) {
-  const auto section = markup.open("section", {{"class", "schedule"}});
-  {
-    const auto heading = markup.open("h3");
-    markup.leaf("bdi", {}, titleOf(service));
-    markup.leaf("small", {},
-                "service " + std::to_string(service.serviceId) + " · " +
-                    counted(service.events.size(), "event"));
-  }
-  drawTimeline(service, report.lastClock, markup);
-}
-
-void eventLegend(Markup& markup) {
-  const auto list = markup.open("ul", {{"class", "legend events-legend"}});
-  for (const char* place : {"present", "following", "schedule"}) {
-    const auto item = markup.open("li");
-    markup.leaf("i", {{"class", std::string("event-swatch ") + place}}, "");
-    markup.text(place);
-  }
-  const auto item = markup.open("li");
-  markup.leaf("i", {{"class", "event-swatch now"}}, "");
-  markup.text("the stream's clock at its end");
-}
-
-void scheduleSection(const Report& report, Markup& markup) {
-  const auto section = markup.open("section", {{"class", "schedule-section"}});
-  markup.leaf("h2", {}, "Event schedule");
-  std::vector<std::string> without;
-  size_t shown = 0;
-  for (const Service& service : report.services) {
-    const bool hasEvents = !service.events.empty() || service.timelessEvents != 0;
-    shown += hasEvents ? 1 : 0;
-    if (!hasEvents) {
-      without.push_back(titleOf(service));
-    }
-  }
-  if (shown == 0) {
-    markup.leaf("p", {{"class", "note"}}, "The EITs of this stream hold no event.");
-    return;
-  }
-  markup.leaf("p", {{"class", "note"}}, "Times are UTC, as the stream has them.");
-  eventLegend(markup);
-  for (const Service& service : report.services) {
-    if (!service.events.empty() || service.timelessEvents != 0) {
-      serviceEvents(service, report, markup);
-    }
-  }
-  if (!without.empty()) {
-    const auto note = markup.open("p", {{"class", "note"}});
-    markup.text("Without events: ");
-    for (size_t place = 0; place < without.size(); ++place) {
-      markup.text(place == 0 ? "" : ", ");
-      markup.leaf("bdi", {}, without[place]);
-    }
-  }
 }
 
 }  // namespace

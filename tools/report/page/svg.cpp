@@ -6,11 +6,6 @@
 
 namespace tevra::tools::report {
 
-Markup::Element Svg::scroller(const std::string& label, const std::string& classes) {
-  return markup_.open(
-      "div", {{"class", classes}, {"tabindex", "0"}, {"role", "region"}, {"aria-label", label}});
-}
-
 Markup::Element Svg::picture(const Attributes& attributes, double top, double height) {
   Attributes all = {{"viewBox", "0 " + coordinate(top) + " " + coordinate(kPictureWidth) + " " +
                                     coordinate(height)}};
@@ -51,10 +46,12 @@ void Svg::line(double x1, double y1, double x2, double y2, const std::string& cl
                         {"y2", coordinate(y2)}});
 }
 
-void Svg::path(const std::string& data, const Attributes& attributes) {
-  Attributes all = {{"d", data}};
-  all.insert(all.end(), attributes.begin(), attributes.end());
-  markup_.mark("path", all);
+void Svg::ribbon(double x1, double y1, double x2, double y2, double thickness) {
+  const auto point = [](double x, double y) { return coordinate(x) + " " + coordinate(y); };
+  const double halfway = (x1 + x2) / 2;
+  markup_.mark("path", {{"d", "M" + point(x1, y1) + "C" + point(halfway, y1) + " " +
+                                  point(halfway, y2) + " " + point(x2, y2)},
+                        {"stroke-width", coordinate(thickness)}});
 }
 
 void Svg::circle(double x, double y, double radius, const std::string& classes) {

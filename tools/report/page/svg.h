@@ -8,7 +8,10 @@
 
 namespace tevra::tools::report {
 
-/** Draws elements of a picture; the style sheet gives a class its looks. */
+/**
+ * Draws elements of a picture, in its units. The style sheet gives a class its looks; `classes` has
+ * blanks between them.
+ */
 class Svg {
  public:
   /** `markup` must outlive it. */
@@ -17,10 +20,7 @@ class Svg {
   /** Which point of a text `x` is. */
   enum class Anchor { kStart, kMiddle, kEnd };
 
-  /** What scrolls sideways where the page is narrower than a picture is useful. */
-  [[nodiscard]] Markup::Element scroller(const std::string& label,
-                                         const std::string& classes = "scroller");
-  /** A picture that is as wide as the page and `height` high in its own units. */
+  /** A picture as wide as the page; in its own units, `top` is the y of its upper side. */
   [[nodiscard]] Markup::Element picture(const Attributes& attributes, double top, double height);
   /** What is drawn while it lives shares its attributes. */
   [[nodiscard]] Markup::Element group(const Attributes& attributes) {
@@ -32,14 +32,12 @@ class Svg {
   /** `y` is the base line. */
   void text(double x, double y, const std::string& classes, const std::string& text,
             Anchor anchor = Anchor::kStart);
-  ///@{
-  /** In the units of the picture; `classes` has blanks between them, `data` is SVG's path data. */
+  /** A straight one, as wide as its class says. */
   void line(double x1, double y1, double x2, double y2, const std::string& classes);
-  void path(const std::string& data, const Attributes& attributes);
+  /** A curve that begins and ends level, `thickness` wide. */
+  void ribbon(double x1, double y1, double x2, double y2, double thickness);
+  /** `x` and `y` are its centre. */
   void circle(double x, double y, double radius, const std::string& classes);
-  ///@}
-  /** Once more what has this id. */
-  void reuse(const std::string& id) { markup_.mark("use", {{"href", "#" + id}}); }
   /** Said of the group around it: shown by browsers when the pointer rests there. */
   void title(const std::string& text) { markup_.leaf("title", {}, text); }
 

@@ -34,14 +34,10 @@ double otherWidth(unsigned char lead) {
   return lead < 0xE0 ? kCapital : kFull;
 }
 
-bool isContinuation(char byte) {
-  return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
 double widthAt(std::string_view utf8, size_t at) {
   const auto byte = static_cast<unsigned char>(utf8[at]);
-  if (isContinuation(utf8[at])) {
-    return 0;
+  if ((byte & 0xC0) == 0x80) {
+    return 0;  // counted with the first byte of its character
   }
   return byte < 0x80 ? asciiWidth(utf8[at]) : otherWidth(byte);
 }
@@ -63,19 +59,12 @@ std::string fitted(const std::string& utf8, double width, double fontSize) {
   }
   double taken = kEllipsisWidth;
   size_t end = 0;
-  for (size_t at = 0; at < utf8.size(); ++at) {
-    taken += widthAt(utf8, at);
-    if (taken > room) {
-      break;
-    }
-    if (at + 1 == utf8.size() || !isContinuation(utf8[at + 1])) {
-      end = at + 1;
-    }
+  while (end < utf8.size() && taken + widthAt(utf8, end) <= room) {
+    taken += widthAt(utf8, end++);  // the bytes behind the first of a character have no width
   }
-  while (end > 0 && utf8[end - 1] == ' ') {
-    --end;
-  }
-  return end == 0 ? std::string() : utf8.substr(0, end) + kEllipsis;
+  std::string kept = utf8.substr(0, end);
+  kept.erase(kept.find_last_not_of(' ') + 1);
+  return kept.empty() ? kept : kept + kEllipsis;
 }
 
 }  // namespace tevra::tools::report

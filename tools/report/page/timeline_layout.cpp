@@ -1,7 +1,6 @@
 #include "tools/report/page/timeline_layout.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <utility>
 
@@ -17,7 +16,6 @@ constexpr double kBlockHeight = 23;
 constexpr double kBlockGap = 2;
 constexpr double kNarrowest = 2;
 constexpr double kRowFoot = 8;
-constexpr double kSheetHeight = 1200;
 /** Room for a short name. */
 constexpr double kUsefulWidth = 84;
 
@@ -50,112 +48,79 @@ int64_t rowSecondsFor(const std::vector<Event>& events) {
   return span;
 }
 
-/** Fills rows with blocks; y is set when all are known. */
-class RowBuilder {
- public:
-  explicit RowBuilder(int64_t rowSeconds) : rowSeconds_(rowSeconds) {}
-
-  void add(const Event& event, size_t place) {
-    const StreamTime end = event.start + std::max<int64_t>(event.duration, 1);
-    for (StreamTime start = event.start / rowSeconds_ * rowSeconds_; start < end;
-         start += rowSeconds_) {
-      EventBlock block;
-      block.event = place;
-      block.began = event.start < start;
-      block.goesOn = end > start + rowSeconds_;
-      const double left = xOf(std::max(event.start, start) - start);
-      const double right = xOf(std::min(end, start + rowSeconds_) - start);
-      block.box = {left, 0, std::max(right - left - kBlockGap, kNarrowest), kBlockHeight};
-      insert(start, block);
-    }
-  }
-
-  std::vector<TimelineRow> finish(std::optional<StreamTime> clock) {
-    std::vector<TimelineRow> rows;
-    for (auto& [start, row] : rows_) {
-      row.timeline.start = start;
-      row.timeline.box = {
-          0, 0, kPictureWidth,
-          kHoursHeight + static_cast<double>(row.laneEnds.size()) * kLaneHeight + kRowFoot};
-      addHours(row.timeline);
-      if (clock && *clock >= start && *clock < start + rowSeconds_) {
-        row.timeline.clock = xOf(*clock - start);
-      }
-      rows.push_back(std::move(row.timeline));
-    }
-    return rows;
-  }
-
- private:
-  struct Row {
-    TimelineRow timeline;
-    std::vector<double> laneEnds;  // right end of each lane's last block
-  };
-
-  [[nodiscard]] double xOf(int64_t second) const {
-    return kRowLabelWidth +
-           kAxisWidth * static_cast<double>(second) / static_cast<double>(rowSeconds_);
-  }
-
-  /** In the first lane in which it meets no other, if there is one. */
-  void insert(StreamTime start, EventBlock block) {
-    Row& row = rows_[start];
-    size_t lane = 0;
-    while (lane < row.laneEnds.size() && row.laneEnds[lane] > block.box.x) {
-      ++lane;
-    }
-    if (lane == kMostLanes) {
-      ++row.timeline.crowdedOut;
-      return;
-    }
-    row.laneEnds.resize(std::max(row.laneEnds.size(), lane + 1));
-    row.laneEnds[lane] = block.box.right();
-    block.box.y = kHoursHeight + static_cast<double>(lane) * kLaneHeight;
-    row.timeline.blocks.push_back(block);
-  }
-
-  void addHours(TimelineRow& row) const {
-    const int64_t step = rowSeconds_ == kDay           ? 2 * kHour
-                         : rowSeconds_ == kShortestRow ? kHour / 2
-                                                       : kHour;
-    for (int64_t second = 0; second < rowSeconds_; second += step) {
-      row.hours.push_back({xOf(second), row.start + second});
-    }
-  }
-
-  int64_t rowSeconds_;
-  std::map<StreamTime, Row> rows_;
+/** A row while it fills. */
+struct Row {
+  TimelineRow shown;
+  std::vector<double> laneEnds;  // right end of each lane's last block
 };
 
-void moveDown(TimelineRow& row, double y) {
-  row.box.y += y;
-  for (EventBlock& block : row.blocks) {
-    block.box.y += y;
+double xOf(int64_t second, int64_t rowSeconds) {
+  return kRowLabelWidth +
+         kAxisWidth * static_cast<double>(second) / static_cast<double>(rowSeconds);
+}
+
+/** In the first lane in which it meets no other, if there is one. */
+void insert(EventBlock block, Row& row) {
+  size_t lane = 0;
+  while (lane < row.laneEnds.size() && row.laneEnds[lane] > block.box.x) {
+    ++lane;
   }
+  if (lane == kMostLanes) {
+    ++row.shown.crowdedOut;
+    return;
+  }
+  row.laneEnds.resize(std::max(row.laneEnds.size(), lane + 1));
+  row.laneEnds[lane] = block.box.right();
+  block.box.y = kHoursHeight + static_cast<double>(lane) * kLaneHeight;
+  row.shown.blocks.push_back(block);
+}
+
+/** A block in every row that the event touches. */
+void insert(const Event& event, size_t place, int64_t rowSeconds, std::map<StreamTime, Row>& rows) {
+  const StreamTime end = event.start + std::max<int64_t>(event.duration, 1);
+  for (StreamTime start = event.start / rowSeconds * rowSeconds; start < end; start += rowSeconds) {
+    const double left = xOf(std::max(event.start, start) - start, rowSeconds);
+    const double right = xOf(std::min(end, start + rowSeconds) - start, rowSeconds);
+    const Box box = {left, 0, std::max(right - left - kBlockGap, kNarrowest), kBlockHeight};
+    insert({place, box, /*goesOn=*/end > start + rowSeconds, /*began=*/event.start < start},
+           rows[start]);
+  }
+}
+
+std::vector<HourMark> hoursFrom(StreamTime start, int64_t rowSeconds) {
+  const int64_t step = rowSeconds == kDay           ? 2 * kHour
+                       : rowSeconds == kShortestRow ? kHour / 2
+                                                    : kHour;
+  std::vector<HourMark> hours;
+  for (int64_t second = 0; second < rowSeconds; second += step) {
+    hours.push_back({xOf(second, rowSeconds), start + second});
+  }
+  return hours;
 }
 
 }  // namespace
 
-std::vector<TimelineSheet> layoutTimeline(const std::vector<Event>& events,
-                                          std::optional<StreamTime> clock) {
-  std::vector<TimelineSheet> sheets;
+std::vector<TimelineRow> layoutTimeline(const std::vector<Event>& events,
+                                        std::optional<StreamTime> clock) {
+  std::vector<TimelineRow> shown;
   if (events.empty()) {
-    return sheets;
+    return shown;
   }
-  RowBuilder builder(rowSecondsFor(events));
+  const int64_t rowSeconds = rowSecondsFor(events);
+  std::map<StreamTime, Row> rows;
   for (size_t place = 0; place < events.size(); ++place) {
-    builder.add(events[place], place);
+    insert(events[place], place, rowSeconds, rows);
   }
-  for (TimelineRow& row : builder.finish(clock)) {
-    if (sheets.empty() || sheets.back().height + row.box.height > kSheetHeight) {
-      sheets.emplace_back();
+  for (auto& [start, row] : rows) {
+    TimelineRow& last = shown.emplace_back(std::move(row.shown));
+    last.start = start;
+    last.height = kHoursHeight + static_cast<double>(row.laneEnds.size()) * kLaneHeight + kRowFoot;
+    last.hours = hoursFrom(start, rowSeconds);
+    if (clock && *clock >= start && *clock < start + rowSeconds) {
+      last.clock = xOf(*clock - start, rowSeconds);
     }
-    TimelineSheet& sheet = sheets.back();
-    moveDown(row, sheet.height);
-    sheet.height += row.box.height;
-    sheet.rows.push_back(std::move(row));
   }
-  return sheets;
+  return shown;
 }
 
 }  // namespace tevra::tools::report

@@ -1,5 +1,7 @@
 #include "tools/report/page/multiplex_layout.h"
 
+#include <algorithm>
+
 #include <gmock/gmock.h>
 
 #include "tests/tools/report/report_samples.h"
@@ -8,6 +10,9 @@ namespace tevra::tools::report {
 namespace {
 
 using test::reportOf;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 bool meet(const Box& a, const Box& b) {
   return a.x < b.right() && b.x < a.right() && a.y < b.bottom() && b.y < a.bottom();
@@ -44,7 +49,7 @@ std::vector<Box> cardsOf(const MultiplexLayout& layout) {
 
 /** Nothing meets anything, and all lies within the picture. */
 void expectSound(const MultiplexLayout& layout) {
-  const Box picture = {0, 0, kPictureWidth, layout.height};
+  const Box picture = {0, 0, kPictureWidth, layout.bands.back().top + layout.bands.back().height};
   const std::vector<Box> cards = cardsOf(layout);
   for (size_t card = 0; card < cards.size(); ++card) {
     EXPECT_TRUE(contains(picture, cards[card])) << card;
@@ -52,7 +57,12 @@ void expectSound(const MultiplexLayout& layout) {
       EXPECT_FALSE(meet(cards[card], cards[other])) << card << " and " << other;
     }
   }
+  double y = kHeadingsHeight;
   for (const Band& band : layout.bands) {
+    EXPECT_EQ(y, band.top);
+    EXPECT_LT(y, band.input.y);
+    y += band.height;
+    EXPECT_GT(y, std::max(band.input.bottom(), band.output ? band.output->bottom() : 0));
     expectRowsWithin(band.input, band.inputRows);
     if (band.output) {
       expectRowsWithin(*band.output, band.outputRows);
@@ -79,7 +89,6 @@ TEST(MultiplexLayout, OfNothingAtAllHasNoBand) {
   const MultiplexLayout layout = layoutMultiplex(Report());
   EXPECT_TRUE(layout.bands.empty());
   EXPECT_FALSE(layout.key.has_value());
-  EXPECT_GT(layout.height, 0);
   EXPECT_EQ(1, layout.fullRate);
 }
 
@@ -109,6 +118,14 @@ TEST(MultiplexLayout, LinksWhatNoServiceHasFromTheLastBand) {
   }
 }
 
+TEST(MultiplexLayout, LightsUpARowWithItsOwnServiceOrWithAllThatTakeIt) {
+  const MultiplexLayout layout = layoutMultiplex(reportOf(2, 1));
+  EXPECT_THAT(layout.bands.at(1).inputServices, Each(ElementsAre(1)));
+  EXPECT_THAT(layout.bands.at(2).inputServices,
+              ElementsAre(IsEmpty(), ElementsAre(0, 1), IsEmpty()))
+      << "PAT, EMM, stuffing";
+}
+
 TEST(MultiplexLayout, DrawsNoLinkFromAPidThatTheInputDoesNotShow) {
   Report report = reportOf(1, 1);
   const size_t before = layoutMultiplex(report).links.size();
@@ -134,46 +151,6 @@ TEST(MultiplexLayout, MakesLinksThickerWithTheBitRateButNotOfMadePackets) {
 
 TEST(MultiplexLayout, LeavesStuffingOutOfTheScaleOfBars) {
   EXPECT_EQ(1000, layoutMultiplex(reportOf(1, 9)).fullRate);
-}
-
-void expectWhole(const std::vector<Slice>& slices, double height) {
-  double top = 0;
-  for (const Slice& slice : slices) {
-    EXPECT_EQ(top, slice.top);
-    EXPECT_GT(slice.height, 0);
-    top += slice.height;
-  }
-  EXPECT_EQ(height, top);
-}
-
-TEST(MultiplexLayout, CutsBetweenBandsWhereItCanElseBetweenRows) {
-  const std::vector<double> good = {80, 190, 900};
-  const std::vector<double> fair = {20, 40, 290, 400};
-  const auto slices = sliced(1000, 100, 200, good, fair);
-  expectWhole(slices, 1000);
-  std::vector<double> tops;
-  for (const Slice& slice : slices) {
-    tops.push_back(slice.top);
-  }
-  EXPECT_THAT(tops, testing::ElementsAre(0, 80, 190, 290, 400, 600, 800));
-}
-
-TEST(MultiplexLayout, DoesNotCutWhatFits) {
-  EXPECT_EQ(1U, sliced(100, 100, 200, {50}, {10}).size());
-  EXPECT_TRUE(sliced(0, 100, 200, {}, {}).empty());
-}
-
-TEST(MultiplexLayout, SlicesABigPictureIntoPages) {
-  const MultiplexLayout layout = layoutMultiplex(reportOf(100, 15));
-  expectWhole(layout.slices, layout.height);
-  EXPECT_GT(layout.slices.size(), 20U);
-}
-
-TEST(MultiplexLayout, LeavesRoomOnTheFirstPageForFaults) {
-  Report report = reportOf(20, 8);
-  const double sound = layoutMultiplex(report).slices.at(0).height;
-  report.faults.assign(10, "a fault");
-  EXPECT_LT(layoutMultiplex(report).slices.at(0).height, sound);
 }
 
 }  // namespace

@@ -127,9 +127,35 @@ TEST(ReportPage, WritesBitRatesOnlyWithAClock) {
   EXPECT_THAT(reportPage(report), HasSubstr("150 kbit/s</text>")) << "100 packets in a second";
 }
 
-TEST(ReportPage, ShowsPrintSlicesOnlyOfAPictureLongerThanAPage) {
-  EXPECT_THAT(reportPage(test::reportOf(1, 1)), Not(HasSubstr("<use")));
-  EXPECT_GT(timesIn(reportPage(test::reportOf(30, 8)), "<use href=\"#multiplex\"/>"), 3U);
+TEST(ReportPage, SaysWhereThePointerRestsWhatAPidIs) {
+  Report report = test::reportOf(1, 1);
+  Service& service = report.services[0];
+  service.name.clear();
+  service.streams[1].hasPcr = true;
+  service.streams[1].languages = {"eng", "deu"};
+  service.output->streams[3].attributes = {"ES", "PCR"};
+  service.output->streams[4].inputPid.reset();
+  report.pids[0x35].continuityErrors = 2;
+  report.packets = 1000;
+  EXPECT_THAT(reportPage(report),
+              AllOf(HasSubstr("<title>Service 1\nservice 1\n30.0 %, 300 packets<"),
+                    HasSubstr("<title>PID 53 (0x0035)\nstream, eng deu, carries the PCR\n"
+                              "20.0 %, 200 packets\n2 continuity errors<"),
+                    HasSubstr("<title>Output PID 101 (0x0065)\nstream, ES, PCR\n"
+                              "from input PID 53 (0x0035)<"),
+                    HasSubstr("<title>Output PID 17 (0x0011)\nmade by the daemon<"),
+                    HasSubstr("\nEMM\nthe daemon does not know its input PID<"),
+                    HasSubstr("<title>Input PID 53 to output PID 101\n20.0 %, 200 packets<"),
+                    HasSubstr("<title>Input PID 52 to output PID 100\nrewritten by the daemon<")));
+}
+
+TEST(ReportPage, DrawsAPictureForEveryBandAndForEveryRowOfEvents) {
+  Report report = test::reportOf(30, 8);
+  report.services[0].events = test::eventsOf(48, 30);
+  const std::string page = reportPage(report);
+  EXPECT_EQ(1U + 1 + 31 + 8, timesIn(page, "<svg ")) << "summary, headings, bands, rows";
+  EXPECT_EQ(8U, timesIn(page, "class=\"timeline\"")) << "a day in rows of three hours";
+  EXPECT_EQ(2U, timesIn(page, "class=\"date\"")) << "from noon to noon";
 }
 
 TEST(ReportJson, HoldsEveryFactEvenOfHostileTexts) {

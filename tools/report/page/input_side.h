@@ -1,0 +1,12 @@
+#pragma once
+
+#include "tools/report/facts/report_data.h"
+#include "tools/report/page/multiplex_layout.h"
+#include "tools/report/page/svg.h"
+
+namespace tevra::tools::report {
+
+/** Draws the card on the left: a service, which can be chosen, or the PIDs of none. */
+void drawInput(const Report& report, const Band& band, double fullRate, Svg& svg);
+
+}  // namespace tevra::tools::report
