@@ -1,6 +1,6 @@
 #include "tools/outputs/output_json.h"
 
-#include "tools/descriptors/descriptors.h"
+#include "tools/descriptors/descriptor_values.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/text/hex_digits.h"
 #include "tools/text/json_text.h"

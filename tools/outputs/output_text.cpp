@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/descriptors/descriptors.h"
+#include "tools/descriptors/descriptor_values.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/text/text_table.h"
 #include "tools/text/words.h"

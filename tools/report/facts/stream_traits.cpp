@@ -4,7 +4,7 @@
 #include <array>
 
 #include "tools/descriptors/code_names.h"
-#include "tools/descriptors/descriptors.h"
+#include "tools/descriptors/descriptor_values.h"
 #include "tools/descriptors/name_table.h"
 #include "tools/si/section.h"
 #include "tools/text/dvb_text.h"

@@ -1,4 +1,4 @@
-#include "tools/text/scaled_text.h"
+#include "tools/text/decimals.h"
 
 namespace tevra::tools {
 

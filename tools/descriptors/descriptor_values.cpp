@@ -1,4 +1,4 @@
-#include "tools/descriptors/descriptors.h"
+#include "tools/descriptors/descriptor_values.h"
 
 #include <algorithm>
 #include <array>
