@@ -137,8 +137,8 @@ class TableComparison {
   }
 
   void noteSeconds(size_t first, const char* field, int64_t from, int64_t to) {
-    const auto before = secondsOfDvbTime(from);
-    const auto after = secondsOfDvbTime(to);
+    const auto before = streamTime(from);
+    const auto after = streamTime(to);
     for (size_t i = first; i < changes_.size(); ++i) {
       if (changes_[i].field == field && before && after) {
         changes_[i].seconds = *after - *before;

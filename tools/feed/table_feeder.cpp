@@ -5,7 +5,7 @@
 #include <variant>
 
 #include "tools/si/section.h"
-#include "tools/text/dvb_time_text.h"
+#include "tools/text/dvb_time.h"
 #include "tools/text/text_table.h"
 #include "tools/text/words.h"
 
@@ -106,7 +106,7 @@ bool TableFeeder::send(const BAT& bat) {
 
 bool TableFeeder::send(const TOT& tot) {
   daemon_.setTOT(tot);
-  note({kTot, 0, 0}, "", dvbTimeText(tot.utcTime) + " UTC");
+  note({kTot, 0, 0}, "", utcTimeText(tot.utcTime));
   return true;
 }
 

@@ -6,15 +6,10 @@
 #include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_fields.h"
 #include "tools/si/section.h"
-#include "tools/text/dvb_time_text.h"
-#include "tools/text/words.h"
+#include "tools/text/dvb_time.h"
 
 namespace tevra::tools {
 namespace {
-
-/** All ones: a start time that is not known, of an NVOD reference event (EN 300 468, 5.2.4). */
-constexpr int64_t kUndefinedTime = 0xFFFFFFFFFF;
-constexpr int kUndefinedDuration = 0xFFFFFF;
 
 template <class Record, class ToFields>
 Field listField(const std::string& name, const std::vector<Record>& records, ToFields toFields) {
@@ -32,20 +27,6 @@ Field descriptorsField(const std::vector<Descriptor>& descriptors,
 
 Field choiceField(const std::string& name, int value, const std::string& meaning) {
   return {name, Number{value, std::to_string(value), meaning}};
-}
-
-Field timeField(const std::string& name, int64_t utcTime) {
-  return plainField(name, utcTime == kUndefinedTime ? "undefined" : dvbTimeText(utcTime) + " UTC");
-}
-
-/** Six BCD digits hhmmss. */
-Field durationField(const std::string& name, int duration) {
-  if (duration == kUndefinedDuration) {
-    return plainField(name, "undefined");
-  }
-  const std::string digits = hex(duration & kUndefinedDuration, 6).substr(2);
-  return plainField(name,
-                    digits.substr(0, 2) + ":" + digits.substr(2, 2) + ":" + digits.substr(4, 2));
 }
 
 Field freeCaField(bool freeCA) {
@@ -137,8 +118,8 @@ Fields fieldsOf(const SDT& sdt) {
 
 Fields eventFields(const EITEvent& event) {
   return {idField("eventId", event.eventId),
-          timeField("startTime", event.startTime),
-          durationField("duration", event.duration),
+          plainField("startTime", utcTimeText(event.startTime)),
+          plainField("duration", durationDigits(event.duration)),
           choiceField("runningStatus", event.runningStatus, runningStatusName(event.runningStatus)),
           freeCaField(event.freeCA),
           descriptorsField(event.descriptors)};
@@ -157,7 +138,7 @@ Fields fieldsOf(const EIT& eit) {
 }
 
 Fields fieldsOf(const TOT& tot) {
-  return {codeField("tableId", kTableTot), timeField("utcTime", tot.utcTime),
+  return {codeField("tableId", kTableTot), plainField("utcTime", utcTimeText(tot.utcTime)),
           descriptorsField(tot.descriptors)};
 }
 

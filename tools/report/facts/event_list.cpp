@@ -5,7 +5,6 @@
 #include <tuple>
 #include <utility>
 
-#include "tools/report/facts/stream_time.h"
 #include "tools/si/section.h"
 #include "tools/text/dvb_text.h"
 
@@ -52,7 +51,7 @@ class EventJoiner {
   /** The event, new or known from another EIT; null when it has no time. */
   Event* take(const EITEvent& record) {
     const auto start = streamTime(record.startTime);
-    const auto duration = secondsOf(record.duration);
+    const auto duration = durationSeconds(record.duration);
     if (!start || !duration) {
       ++timeless_;
       return nullptr;

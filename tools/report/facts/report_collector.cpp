@@ -11,7 +11,6 @@
 #include "tools/report/facts/output_facts.h"
 #include "tools/report/facts/service_streams.h"
 #include "tools/report/facts/stream_census.h"
-#include "tools/report/facts/stream_time.h"
 #include "tools/report/facts/table_journal.h"
 #include "tools/stream/files.h"
 #include "tools/stream/stream_clock.h"

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/text/dvb_time.h"
+
 /**
  * @file
  * What a report says, as plain facts: collected once, then written as a page or as JSON. Texts are
@@ -82,13 +84,10 @@ struct Output {
   std::vector<TableFact> tables;      ///< PAT, SDT, PMT
 };
 
-/** A time of the stream's own clock, in seconds of UTC since 1858-11-17, the day 0 of the MJD. */
-using StreamTime = int64_t;
-
 /** An event of a service: one for all EITs that give it the same id, start and duration. */
 struct Event {
   int eventId = 0;           ///< event_id
-  StreamTime start = 0;      ///< not negative
+  StreamTime start = 0;      ///< of its first second
   int64_t duration = 0;      ///< seconds
   std::string name;          ///< of a short event descriptor; empty without one
   bool isScheduled = false;  ///< in an EIT schedule

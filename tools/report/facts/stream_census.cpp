@@ -1,6 +1,5 @@
 #include "tools/report/facts/stream_census.h"
 
-#include "tools/report/facts/stream_time.h"
 #include "tools/si/section.h"
 
 namespace tevra::tools::report {

@@ -5,7 +5,7 @@
 #include <iomanip>
 #include <sstream>
 
-#include "tools/report/facts/stream_time.h"
+#include "tools/text/dvb_time.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {

@@ -1,6 +1,5 @@
 #include "tools/report/page/report_json.h"
 
-#include "tools/report/facts/stream_time.h"
 #include "tools/report/facts/stream_traits.h"
 #include "tools/text/json_text.h"
 

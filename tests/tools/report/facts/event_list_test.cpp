@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/report/facts/stream_time.h"
-
 namespace tevra::tools::report {
 namespace {
 

@@ -9,7 +9,6 @@
 #include "tests/tools/support/sample_answer.h"
 #include "tests/tools/support/temporary_file.h"
 #include "tests/tools/support/ts_builder.h"
-#include "tools/report/facts/stream_time.h"
 #include "tools/report/page/report_json.h"
 #include "tools/report/page/report_page.h"
 #include "tools/text/tool_error.h"
