@@ -1,13 +1,11 @@
-#include <map>
-#include <sstream>
+#include "tools/outputs/output_json.h"
+
 #include <string>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include "tests/tools/support/sample_answer.h"
-#include "tools/outputs/output_json.h"
-#include "tools/outputs/output_text.h"
 
 namespace tevra::tools {
 namespace {
@@ -77,48 +75,6 @@ TEST(OutputJson, TakesAnyBytesInTexts) {
   auto& stream = answer.at(1201).outputTables.dvbTables.pmt.esList.at(1);
   stream.descriptors.at(0).data = std::string("\xFF\xFE\x80\x00", 4);
   EXPECT_TRUE(json::accept(outputJson(answer)));
-}
-
-TEST(OutputText, ShowsPidsAndTablesToPeople) {
-  std::ostringstream out;
-  printOutput(out, 1201, test::sampleAnswer().at(1201));
-  EXPECT_EQ(
-      "output with global service id 1201, unique service id 77\n"
-      "  PIDs\n"
-      "    input PID  output PID  carries\n"
-      "    256        501         PMT\n"
-      "    512        502         PCR, ES\n"
-      "    unknown    503         ES\n"
-      "  PAT version 3, 1 packet, transport stream 9\n"
-      "    programme 1201 on PID 501\n"
-      "  SDT version 4, 1 packet, original network 65281\n"
-      "    service 1201 \"Uno\", provider \"\", type 0x01\n"
-      "  PMT version 5, 1 packet, programme 1201, PCR on PID 502\n"
-      "    PID  stream        language  descriptors\n"
-      "    502  MPEG-2 video\n"
-      "    503  MPEG-2 audio  eng       0x0A\n",
-      out.str());
-}
-
-TEST(OutputText, NamesTheStreamTypesThatAnOutputCanCarry) {
-  const std::map<int, std::string> names = {
-      {0x01, "MPEG-1 video"}, {0x02, "MPEG-2 video"},   {0x03, "MPEG-1 audio"},
-      {0x04, "MPEG-2 audio"}, {0x06, "private PES"},    {0x0F, "AAC audio"},
-      {0x10, "MPEG-4 video"}, {0x11, "LATM AAC audio"}, {0x1B, "H.264 video"},
-      {0x24, "HEVC video"},   {0x86, "type 0x86"}};
-  for (const auto& [type, name] : names) {
-    SPTSConfiguration configuration;
-    configuration.outputTables.dvbTables.pmt.esList.emplace_back().streamType = type;
-    std::ostringstream out;
-    printOutput(out, 5, configuration);
-    EXPECT_THAT(out.str(), testing::HasSubstr("  " + name)) << type;
-  }
-}
-
-TEST(OutputText, TakesAnEmptyOutput) {
-  std::ostringstream out;
-  printOutput(out, 5, SPTSConfiguration());
-  EXPECT_NE(std::string::npos, out.str().find("global service id 5"));
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include "tools/descriptors/name_table.h"
 #include "tools/si/section.h"
 #include "tools/text/dvb_text.h"
-#include "tools/text/words.h"
 
 namespace tevra::tools::report {
 namespace {
@@ -78,11 +77,6 @@ StreamKind kindOf(const PMTES& stream) {
   return isAudio(stream) ? StreamKind::kAudio : StreamKind::kData;
 }
 
-std::string typeText(int streamType) {
-  const std::string name = streamTypeName(streamType);
-  return name.empty() ? "stream type " + hex(streamType, 2) : name;
-}
-
 }  // namespace
 
 StreamTraits traitsOf(const PMTES& stream) {
@@ -92,7 +86,7 @@ StreamTraits traitsOf(const PMTES& stream) {
     traits.description = content->description;
   } else {
     traits.kind = kindOf(stream);
-    traits.description = typeText(stream.streamType);
+    traits.description = streamTypeText(stream.streamType);
   }
   traits.languages = languages(stream.descriptors);
   addLanguages(stream.descriptors, kVbiTeletextTag, kTeletextEntrySize, traits.languages);
