@@ -7,10 +7,7 @@
 namespace tevra::tools {
 
 size_t displayWidth(const std::string& utf8) {
-  // Continuation bytes count with the byte they follow.
-  return static_cast<size_t>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-  }));
+  return utf8.size() - static_cast<size_t>(std::count_if(utf8.begin(), utf8.end(), isContinuation));
 }
 
 std::string counted(unsigned long long count, const std::string& noun) {

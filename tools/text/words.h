@@ -6,6 +6,11 @@
 
 namespace tevra::tools {
 
+/** Whether a byte of UTF-8 text goes on with a character that an earlier one began. */
+[[nodiscard]] constexpr bool isContinuation(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
 /** How many characters UTF-8 text has. */
 [[nodiscard]] size_t displayWidth(const std::string& utf8);
 

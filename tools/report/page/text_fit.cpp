@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "tools/text/words.h"
+
 namespace tevra::tools::report {
 namespace {
 
@@ -32,10 +34,6 @@ double asciiWidth(char character) {
 /** Of a character beyond ASCII by its first byte: below U+0800 are alphabets. */
 double otherWidth(unsigned char lead) {
   return lead < 0xE0 ? kCapital : kFull;
-}
-
-bool isContinuation(char byte) {
-  return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
 double widthAt(std::string_view utf8, size_t at) {
