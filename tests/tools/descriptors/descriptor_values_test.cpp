@@ -24,7 +24,7 @@ PMTES stream(int type, const std::vector<int>& tags) {
   return es;
 }
 
-TEST(Descriptors, ReadsTheFirstServiceDescriptor) {
+TEST(DescriptorValues, ReadsTheFirstServiceDescriptor) {
   const ServiceNames names = serviceNames({make(0x40, "x"), make(0x48, "\x16\x03RTV\x04Name"),
                                            make(0x48,
                                                 "\x01\x01"
@@ -35,25 +35,50 @@ TEST(Descriptors, ReadsTheFirstServiceDescriptor) {
   EXPECT_EQ("Name", names.name);
 }
 
-TEST(Descriptors, HasNoNamesWithoutAServiceDescriptor) {
+TEST(DescriptorValues, HasNoNamesWithoutAServiceDescriptor) {
   EXPECT_EQ("", serviceNames({}).name);
   EXPECT_EQ(0, serviceNames({make(0x48, "\x01\x01")}).type) << "too short to be one";
 }
 
-TEST(Descriptors, ReadsAServiceDescriptorThatIsCutShortAsFarAsItGoes) {
+TEST(DescriptorValues, ReadsAServiceDescriptorThatIsCutShortAsFarAsItGoes) {
   EXPECT_EQ("RT", serviceNames({make(0x48, "\x01\x09RT")}).provider);
   EXPECT_EQ("", serviceNames({make(0x48, "\x01\x09RT")}).name);
   EXPECT_EQ("Na", serviceNames({make(0x48, "\x01\x01R\x09Na")}).name);
 }
 
-TEST(Descriptors, ReadsTheLanguagesOfAllIso639Descriptors) {
+TEST(DescriptorValues, ReadsTheLanguagesOfAllIso639Descriptors) {
   EXPECT_THAT(languages({make(0x0A, std::string("ita\0eng\x03", 8)), make(0x52, "x"),
                          make(0x0A, std::string("fra\0ge", 6))}),
               ElementsAre("ita", "eng", "fra"));
   EXPECT_THAT(languages({}), IsEmpty());
 }
 
-TEST(Descriptors, KnowsAudioByTypeOrCodecDescriptor) {
+TEST(DescriptorValues, ReadsTheLanguagesOfTeletextAndSubtitles) {
+  const std::string teletext =
+      std::string("ita\x09\x00", 5) + std::string("ita\x10\x01", 5) + std::string("eng\x10\x02", 5);
+  const std::string subtitles = "deu" + std::string(5, '\x10') + "fr";  // the second is cut short
+  EXPECT_THAT(textLanguages({make(0x59, subtitles), make(0x56, teletext)}),
+              ElementsAre("ita", "ita", "eng", "deu"));
+}
+
+TEST(DescriptorValues, ReadsNamesOfEventsAndNetworksAsFarAsTheyGo) {
+  EXPECT_EQ("Name", eventName({make(0x4E, "eng"), make(0x4D, std::string("eng\x04Name\0", 9))}));
+  EXPECT_EQ("Na", eventName({make(0x4D, "eng\x09Na")}));
+  EXPECT_EQ("", eventName({make(0x4D, "en")}));
+  EXPECT_EQ("", eventName({}));
+  EXPECT_EQ("Net", networkName({make(0x41, "x"), make(0x40, "Net")}));
+  EXPECT_EQ("", networkName({}));
+}
+
+TEST(DescriptorValues, FindsThePidsOfCaDescriptors) {
+  const auto found = caReferences({make(0x09, std::string("\x00\x71\xE1\xF0", 4)),
+                                   make(0x09, std::string("\x00\x72\xE1", 3)), make(0x0A, "spa ")});
+  ASSERT_EQ(1U, found.size());
+  EXPECT_EQ(0x71, found[0].systemId);
+  EXPECT_EQ(0x1F0, found[0].pid);
+}
+
+TEST(DescriptorValues, KnowsAudioByTypeOrCodecDescriptor) {
   for (const int type : {0x03, 0x04, 0x0F, 0x11}) {
     EXPECT_TRUE(isAudio(stream(type, {}))) << type;
   }

@@ -69,13 +69,5 @@ TEST(EventList, CountsEventsWithoutATime) {
   EXPECT_EQ("", list.events[0].name);
 }
 
-TEST(EventList, TakesNamesThatAreCutShort) {
-  EITEvent event = eventAt(1, 0x120000, "Name");
-  event.descriptors[0].data = "eng\x09Na";
-  EXPECT_EQ("Na", eventList({eit(0x50, {event})}, std::nullopt).events.at(0).name);
-  event.descriptors[0].data = "en";
-  EXPECT_EQ("", eventList({eit(0x50, {event})}, std::nullopt).events.at(0).name);
-}
-
 }  // namespace
 }  // namespace tevra::tools::report

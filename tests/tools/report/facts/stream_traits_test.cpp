@@ -43,25 +43,13 @@ TEST(StreamTraits, TellKindsByTypeOrDescriptor) {
   }
 }
 
-TEST(StreamTraits, TakeLanguagesFromWhereverTheyStand) {
-  EXPECT_THAT(traitsOf(stream(0x03, {descriptor(0x0A, std::string("spa\0", 4))})).languages,
-              ElementsAre("spa"));
-  const std::string teletext =
-      std::string("ita\x09\x00", 5) + std::string("ita\x10\x01", 5) + std::string("eng\x10\x02", 5);
-  EXPECT_THAT(traitsOf(stream(0x06, {descriptor(0x56, teletext)})).languages,
-              ElementsAre("ita", "eng"));
-  const std::string subtitles = "deu" + std::string(5, '\x10') + "fr";  // the second is cut short
-  EXPECT_THAT(traitsOf(stream(0x06, {descriptor(0x59, subtitles)})).languages, ElementsAre("deu"));
+TEST(StreamTraits, TakeLanguagesFromWhereverTheyStandThoseOfTextsOnce) {
+  const Descriptor spoken = descriptor(0x0A, std::string("spa\0ita\0", 8));
+  const Descriptor teletext =
+      descriptor(0x56, std::string("ita\x09\x00", 5) + "eng\x10\x01" + "eng\x10\x02");
+  EXPECT_THAT(traitsOf(stream(0x06, {teletext, spoken})).languages,
+              ElementsAre("spa", "ita", "eng"));
   EXPECT_THAT(traitsOf(stream(0x1B)).languages, IsEmpty());
-}
-
-TEST(StreamTraits, FindsThePidsOfCaDescriptors) {
-  const auto found =
-      caReferences({descriptor(0x09, std::string("\x00\x71\xE1\xF0", 4)),
-                    descriptor(0x09, std::string("\x00\x72\xE1", 3)), descriptor(0x0A, "spa ")});
-  ASSERT_EQ(1U, found.size());
-  EXPECT_EQ(0x71, found[0].systemId);
-  EXPECT_EQ(0x1F0, found[0].pid);
 }
 
 TEST(StreamTraits, NameReservedPids) {
