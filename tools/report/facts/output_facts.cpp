@@ -54,16 +54,16 @@ OutputStream carriedStream(const PIDItem& item, const PMT& pmt) {
   return stream;
 }
 
-TableFact tableFact(const char* kind, int tableId, const std::string& of, int version,
-                    size_t packets, int pid) {
+TableFact tableFact(const SiTable& table, const char* kind, int tableId, const std::string& of,
+                    int version, size_t packets, int pid) {
   TableFact fact;
+  fact.table = table;
   fact.kind = kind;
   fact.tableId = tableId;
   fact.of = of;
   fact.version = version;
   fact.sections = packets;
   fact.pid = pid;
-  fact.times = 1;
   return fact;
 }
 
@@ -77,10 +77,11 @@ int pmtPidOf(const PAT& pat) {
 std::vector<TableFact> madeTables(const OutputTables& tables) {
   const DVBOutputTables& made = tables.dvbTables;
   const std::string stream = "transport stream " + std::to_string(made.pat.transportStreamId);
-  return {tableFact("PAT", kTablePat, stream, made.pat.version, tables.patPackets.size(), kPatPid),
-          tableFact("SDT", kTableSdtActual, stream, made.sdt.version, tables.sdtPackets.size(),
-                    kSdtPid),
-          tableFact("PMT", kTablePmt, "service " + std::to_string(made.pmt.programNumber),
+  return {tableFact(made.pat, "PAT", kTablePat, stream, made.pat.version, tables.patPackets.size(),
+                    kPatPid),
+          tableFact(made.sdt, "SDT", kTableSdtActual, stream, made.sdt.version,
+                    tables.sdtPackets.size(), kSdtPid),
+          tableFact(made.pmt, "PMT", kTablePmt, "service " + std::to_string(made.pmt.programNumber),
                     made.pmt.version, tables.pmtPackets.size(), pmtPidOf(made.pat))};
 }
 

@@ -20,6 +20,7 @@ std::string numbered(const char* noun, int number) {
 
 void TableJournal::add(const SiTable& table, size_t sections) {
   TableFact fact;
+  fact.table = table;
   fact.sections = sections;
   std::visit([&](const auto& record) { take(record, fact); }, table);
 }
