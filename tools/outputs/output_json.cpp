@@ -2,8 +2,8 @@
 
 #include "tools/outputs/pid_attributes.h"
 #include "tools/tables/table_json.h"
-#include "tools/text/hex_digits.h"
 #include "tools/text/json_text.h"
+#include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {

@@ -23,6 +23,9 @@ namespace tevra::tools {
 /** "0x" and at least `digits` hexadecimal digits; `value` is not negative. */
 [[nodiscard]] std::string hex(int64_t value, int digits);
 
+/** Two lower-case hexadecimal digits per byte. */
+[[nodiscard]] std::string hexDigits(const std::string& bytes);
+
 /** The text with a blank for every control character, so that it stays on its line. */
 [[nodiscard]] std::string oneLine(std::string text);
 

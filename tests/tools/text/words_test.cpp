@@ -17,6 +17,11 @@ TEST(Words, WriteHexadecimalDigits) {
   EXPECT_EQ("0x004E", hex(0x4E, 4));
 }
 
+TEST(Words, WriteBytesAsPairsOfDigits) {
+  EXPECT_EQ("", hexDigits(""));
+  EXPECT_EQ("00ff1a", hexDigits(std::string("\0\xFF\x1A", 3)));
+}
+
 TEST(Words, KeepATextOnItsLine) {
   EXPECT_EQ("a b  c \u00e9", oneLine("a\nb\r\tc\x7F\u00e9"));
   EXPECT_EQ("", oneLine(""));
