@@ -6,7 +6,7 @@ namespace tevra::tools {
 namespace {
 
 TEST(JsonText, KeepsMembersInTheirOrderOverSeveralLinesOrOnOne) {
-  const Json json = {{"b", 1}, {"a", {true}}};
+  const Json json = {{"b", 1}, {"a", Json::array({true})}};
   EXPECT_EQ("{\"b\":1,\"a\":[true]}", jsonLine(json));
   EXPECT_EQ("{\n  \"b\": 1,\n  \"a\": [\n    true\n  ]\n}", indentedJson(json));
 }
