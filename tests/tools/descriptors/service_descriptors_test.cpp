@@ -16,7 +16,6 @@ TEST(ServiceDescriptors, ShowTextsInUtf8) {
             descriptorText({{0x40, {0x10, 0x00, 0x0F, 'S', 0xFC, 'd'}}}));
   EXPECT_EQ("bouquet_name_descriptor (0x47): name \"\"\n", descriptorText({{0x47, {}}}));
   EXPECT_EQ(
-
       "\n"
       "  service type 0x16 (AVC SD digital television)\n"
       "  provider name \"A\"\n"
@@ -36,7 +35,6 @@ TEST(ServiceDescriptors, StandOneFieldALineWhenTheyAreLong) {
 
 TEST(ServiceDescriptors, ShowWhatFollowsTheSyntax) {
   EXPECT_EQ(
-
       "\n"
       "  service type 0x01 (digital television)\n"
       "  provider name \"\"\n"
