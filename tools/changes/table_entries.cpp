@@ -222,7 +222,7 @@ std::string shortened(const std::string& text) {
   for (size_t width = 0; width < kBriefWidth; ++width) {
     do {
       ++end;
-    } while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80);
+    } while (end < text.size() && isContinuation(text[end]));
   }
   return text.substr(0, end) + "...";
 }

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iomanip>
 
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
@@ -11,6 +10,7 @@
 #include "tools/outputs/output_answers.h"
 #include "tools/outputs/output_text.h"
 #include "tools/stream/files.h"
+#include "tools/text/decimals.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
@@ -110,8 +110,8 @@ void printAnswers(const ExtractOptions& options, const std::vector<SptsFile>& ou
 
 void printFile(const SptsFile& output, std::ostream& out) {
   out << "output " << output.file << ": " << counted(output.streamPackets, "packet")
-      << " of streams, " << counted(output.tablePackets, "packet") << " of tables, " << std::fixed
-      << std::setprecision(2) << output.seconds << " s\n";
+      << " of streams, " << counted(output.tablePackets, "packet") << " of tables, "
+      << fixedText(output.seconds, 2) << " s\n";
 }
 
 void printFiles(const std::vector<SptsFile>& outputs, const Streams& streams) {

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iomanip>
-#include <sstream>
 #include <utility>
 
+#include "tools/text/decimals.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {
@@ -16,12 +15,6 @@ constexpr std::chrono::seconds kLine(5);
 constexpr int kBarWidth = 30;
 constexpr double kMegabyte = 1e6;
 constexpr const char* kEraseLine = "\r\033[K";
-
-std::string decimal(double number) {
-  std::ostringstream text;
-  text << std::fixed << std::setprecision(1) << number;
-  return text.str();
-}
 
 std::string bar(double share) {
   const auto full = static_cast<size_t>(share * kBarWidth);
@@ -69,9 +62,9 @@ std::string Progress::text(uint64_t bytes, uint64_t tables, Clock::time_point no
     line += options_.terminal ? bar(share) : "";
     line += std::to_string(static_cast<int>(100 * share)) + " %, ";
   } else {
-    line += decimal(static_cast<double>(bytes) / kMegabyte) + " MB, ";
+    line += fixedText(static_cast<double>(bytes) / kMegabyte, 1) + " MB, ";
   }
-  line += decimal(rate / kMegabyte) + " MB/s, " + counted(tables, "table") + " sent";
+  line += fixedText(rate / kMegabyte, 1) + " MB/s, " + counted(tables, "table") + " sent";
   if (options_.totalBytes && *options_.totalBytes > bytes && rate > 0) {
     const double left = static_cast<double>(*options_.totalBytes - bytes) / rate;
     line += ", " + std::to_string(std::lround(left)) + " s left";

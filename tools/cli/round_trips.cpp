@@ -1,8 +1,8 @@
 #include "tools/cli/round_trips.h"
 
 #include <algorithm>
-#include <iomanip>
-#include <sstream>
+
+#include "tools/text/decimals.h"
 
 namespace tevra::tools {
 
@@ -15,10 +15,7 @@ RoundTripSummary summarise(RoundTrips times) {
 }
 
 std::string millisecondsText(std::chrono::nanoseconds time) {
-  std::ostringstream text;
-  text << std::fixed << std::setprecision(3)
-       << std::chrono::duration<double, std::milli>(time).count();
-  return text.str();
+  return fixedText(std::chrono::duration<double, std::milli>(time).count(), 3);
 }
 
 }  // namespace tevra::tools

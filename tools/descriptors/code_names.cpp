@@ -1,6 +1,7 @@
 #include "tools/descriptors/code_names.h"
 
 #include "tools/descriptors/name_table.h"
+#include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {
@@ -190,6 +191,11 @@ constexpr int kOldestRating = 0x0F;
 
 std::string streamTypeName(int streamType) {
   return nameIn(kStreamTypes, streamType);
+}
+
+std::string streamTypeText(int streamType) {
+  const std::string name = streamTypeName(streamType);
+  return name.empty() ? "stream type " + hex(streamType, 2) : name;
 }
 
 std::string audioTypeName(int audioType) {

@@ -4,12 +4,14 @@
 
 /**
  * @file
- * Names that the standards give to coded values; all are empty for a value without one.
+ * Names that the standards give to coded values; a ...Name is empty for a value without one.
  */
 namespace tevra::tools {
 
 /** ISO/IEC 13818-1, table 2-34. */
 [[nodiscard]] std::string streamTypeName(int streamType);
+/** The same, or "stream type 0x86" of one without a name. */
+[[nodiscard]] std::string streamTypeText(int streamType);
 /** ISO/IEC 13818-1, 2.6.19. */
 [[nodiscard]] std::string audioTypeName(int audioType);
 /** ISO/IEC 13818-1, table 2-50: hierarchy_type. */

@@ -2,7 +2,7 @@
 
 #include "tools/descriptors/descriptor_syntax.h"
 #include "tools/descriptors/name_table.h"
-#include "tools/text/scaled_text.h"
+#include "tools/text/decimals.h"
 
 namespace tevra::tools {
 namespace {

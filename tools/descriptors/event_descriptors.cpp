@@ -2,8 +2,7 @@
 
 #include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_syntax.h"
-#include "tools/text/dvb_time_text.h"
-#include "tools/text/words.h"
+#include "tools/text/dvb_time.h"
 
 namespace tevra::tools {
 namespace {
@@ -63,11 +62,10 @@ void parentalRating(FieldReader& in) {
   });
 }
 
-/** A local time offset: four BCD digits hhmm. */
+/** A local time offset: four digits hhmm. */
 void offset(FieldReader& in, const std::string& name, bool isNegative) {
   const auto digits = static_cast<int64_t>(in.bits(16));
-  const std::string text = hex(digits, 4);  // BCD digits print as hexadecimal ones
-  in.keep(plainField(name, (isNegative ? "-" : "+") + text.substr(2, 2) + ":" + text.substr(4)));
+  in.keep(plainField(name, (isNegative ? "-" : "+") + codedDigits(digits, 2)));
 }
 
 void localTimeOffset(FieldReader& in) {
@@ -77,7 +75,7 @@ void localTimeOffset(FieldReader& in) {
     in.skip(1);
     const bool isNegative = in.bits(1) != 0;
     offset(in, "offset", isNegative);
-    in.keep(plainField("timeOfChange", dvbTimeText(static_cast<int64_t>(in.bits(40))) + " UTC"));
+    in.keep(plainField("timeOfChange", utcTimeText(static_cast<int64_t>(in.bits(40)))));
     offset(in, "nextOffset", isNegative);
   });
 }

@@ -7,6 +7,7 @@
 
 #include "tools/stream/files.h"
 #include "tools/text/tool_error.h"
+#include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {
@@ -31,10 +32,6 @@ bool isSafe(unsigned char c) {
   const bool isAlphanumeric =
       (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
   return isAlphanumeric || c == '.' || c == '-' || c == '+' || c >= 0x80;
-}
-
-bool isContinuation(char c) {
-  return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
 /** One path for all the ways to write it, to a file that may not be there yet. */

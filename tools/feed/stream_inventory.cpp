@@ -1,6 +1,6 @@
 #include "tools/feed/stream_inventory.h"
 
-#include "tools/descriptors/descriptors.h"
+#include "tools/descriptors/descriptor_values.h"
 #include "tools/text/text_table.h"
 #include "tools/text/words.h"
 

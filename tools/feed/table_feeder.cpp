@@ -3,7 +3,7 @@
 #include <variant>
 
 #include "tools/si/section.h"
-#include "tools/text/dvb_time_text.h"
+#include "tools/text/dvb_time.h"
 #include "tools/text/text_table.h"
 #include "tools/text/words.h"
 
@@ -38,7 +38,7 @@ struct Call {
 std::string momentText(const SiTable& table) {
   const auto version = versionOf(table);
   return version ? "version " + std::to_string(*version)
-                 : dvbTimeText(std::get<TOT>(table).utcTime) + " UTC";
+                 : utcTimeText(std::get<TOT>(table).utcTime);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "tools/fields/field_text.h"
 
-#include "tools/text/hex_digits.h"
+#include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {

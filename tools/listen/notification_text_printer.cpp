@@ -6,7 +6,6 @@
 #include "tools/listen/table_facts.h"
 #include "tools/text/dvb_text.h"
 #include "tools/text/dvb_time.h"
-#include "tools/text/dvb_time_text.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {
@@ -47,7 +46,7 @@ std::string versionText(int version, const TableNews& news) {
 
 /** The time of a TOT, how far it went since the last one, and how the machine's clock differs. */
 std::string clockText(const TOT& tot, const TableNews& news, Clock::time_point now) {
-  std::string text = dvbTimeText(tot.utcTime) + " UTC";
+  std::string text = utcTimeText(tot.utcTime);
   for (const Change& change : news.changes) {
     if (change.field == "utcTime" && change.seconds) {
       text += " (" + spanText(*change.seconds) + ")";

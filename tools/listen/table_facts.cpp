@@ -98,11 +98,11 @@ std::vector<std::string> contentTexts(const SiTable& table) {
 std::optional<int64_t> secondsBehind(const SiTable& table,
                                      std::chrono::system_clock::time_point now) {
   const TOT* tot = std::get_if<TOT>(&table);
-  const auto seconds = tot == nullptr ? std::nullopt : secondsOfDvbTime(tot->utcTime);
-  if (!seconds) {
+  const auto time = tot == nullptr ? std::nullopt : streamTime(tot->utcTime);
+  if (!time) {
     return std::nullopt;
   }
-  return std::chrono::system_clock::to_time_t(now) - *seconds;
+  return std::chrono::system_clock::to_time_t(now) + kUnixEpoch - *time;
 }
 
 size_t memoryOf(const SiTable& table) {

@@ -19,19 +19,11 @@ namespace tevra::tools {
  *         { "inputPid": n, "outputPid": n, "attributes": n, "attributeNames": [ "PCR", "ES" ] } ],
  *       "outputTables": {
  *         "outputParam1": n, "outputParam2": n,
- *         "pat": { "transportStreamId", "version", "currentNext",
- *           "programs": [ { "programNumber", "pid" } ] },
- *         "sdt": { "tableId", "transportStreamId", "version", "currentNext", "originalNetworkId",
- *           "services": [ { "serviceId", "eitSchedule", "eitPresentFollowing", "runningStatus",
- *             "freeCA", "serviceType", "providerName", "serviceName", "descriptors" } ] },
- *         "pmt": { "programNumber", "version", "currentNext", "pcrPid", "descriptors",
- *           "esList": [ { "streamType", "pid", "languages": [ "eng" ], "descriptors" } ] },
+ *         "pat", "sdt", "pmt": { ... },
  *         "patPackets", "sdtPackets", "pmtPackets", "otherPackets": [ "<376 digits>" ] } } }
  *
- * Names are the records' own; descriptors are [ { "tag": n, "data": "<hexadecimal digits>" } ].
- * serviceType, providerName and serviceName are read from the service descriptor, languages from
- * the ISO 639 descriptors. inputPid is 65535 where the daemon does not know it. Texts are UTF-8,
- * what is not becomes U+FFFD.
+ * The tables are as table_json.h says, packets in hexadecimal digits. inputPid is 65535 where the
+ * daemon does not know it.
  */
 [[nodiscard]] std::string outputJson(const std::map<int32_t, SPTSConfiguration>& answer);
 

@@ -3,41 +3,14 @@
 #include <string>
 #include <vector>
 
-#include "tools/descriptors/descriptors.h"
+#include "tools/descriptors/code_names.h"
+#include "tools/descriptors/descriptor_values.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/text/text_table.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {
-
-/** ISO/IEC 13818-1, table 2-34; the types that an output can carry. */
-std::string streamTypeName(int streamType) {
-  switch (streamType) {
-    case 0x01:
-      return "MPEG-1 video";
-    case 0x02:
-      return "MPEG-2 video";
-    case 0x03:
-      return "MPEG-1 audio";
-    case 0x04:
-      return "MPEG-2 audio";
-    case 0x06:
-      return "private PES";
-    case 0x0F:
-      return "AAC audio";
-    case 0x10:
-      return "MPEG-4 video";
-    case 0x11:
-      return "LATM AAC audio";
-    case 0x1B:
-      return "H.264 video";
-    case 0x24:
-      return "HEVC video";
-    default:
-      return "type " + hex(streamType, 2);
-  }
-}
 
 std::string heading(const std::string& table, int version, size_t packets) {
   return "  " + table + " version " + std::to_string(version) + ", " + counted(packets, "packet");
@@ -58,7 +31,7 @@ void printStreams(std::ostream& out, const PMT& pmt) {
     for (const Descriptor& descriptor : stream.descriptors) {
       tags.push_back(hex(descriptor.tag, 2));
     }
-    table.addRow({std::to_string(stream.pid), streamTypeName(stream.streamType),
+    table.addRow({std::to_string(stream.pid), streamTypeText(stream.streamType),
                   joined(languages(stream.descriptors), "+"), joined(tags, " ")});
   }
   if (!table.empty()) {

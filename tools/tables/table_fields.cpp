@@ -6,15 +6,9 @@
 #include "tools/descriptors/descriptor_fields.h"
 #include "tools/si/table_identity.h"
 #include "tools/text/dvb_time.h"
-#include "tools/text/dvb_time_text.h"
-#include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {
-
-/** All ones: a start time that is not known, of an NVOD reference event (EN 300 468, 5.2.4). */
-constexpr int64_t kUndefinedTime = 0xFFFFFFFFFF;
-constexpr int kUndefinedDuration = 0xFFFFFF;
 
 template <class Record, class ToFields>
 Field listField(const std::string& name, const std::vector<Record>& records, ToFields toFields) {
@@ -35,18 +29,7 @@ Field choiceField(const std::string& name, int value, const std::string& meaning
 }
 
 Field timeField(const std::string& name, int64_t utcTime) {
-  return {name, Time{utcTime == kUndefinedTime ? "undefined" : dvbTimeText(utcTime) + " UTC",
-                     secondsOfDvbTime(utcTime)}};
-}
-
-/** Six BCD digits hhmmss. */
-Field durationField(const std::string& name, int duration) {
-  if (duration == kUndefinedDuration) {
-    return plainField(name, "undefined");
-  }
-  const std::string digits = hex(duration & kUndefinedDuration, 6).substr(2);
-  return plainField(name,
-                    digits.substr(0, 2) + ":" + digits.substr(2, 2) + ":" + digits.substr(4, 2));
+  return {name, Time{utcTimeText(utcTime), streamTime(utcTime)}};
 }
 
 Field freeCaField(bool freeCA) {
@@ -106,7 +89,7 @@ void append(Fields& fields, const SDT& sdt) {
 Fields eventFields(const EITEvent& event) {
   return {idField("eventId", event.eventId),
           timeField("startTime", event.startTime),
-          durationField("duration", event.duration),
+          plainField("duration", durationDigits(event.duration)),
           choiceField("runningStatus", event.runningStatus, runningStatusName(event.runningStatus)),
           freeCaField(event.freeCA),
           descriptorsField(event.descriptors)};

@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <iomanip>
 #include <sstream>
+#include <string_view>
 
 namespace tevra::tools {
 
 size_t displayWidth(const std::string& utf8) {
-  // Continuation bytes count with the byte they follow.
-  return static_cast<size_t>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-  }));
+  return utf8.size() - static_cast<size_t>(std::count_if(utf8.begin(), utf8.end(), isContinuation));
 }
 
 std::string counted(unsigned long long count, const std::string& noun) {
@@ -25,6 +23,18 @@ std::string hex(int64_t value, int digits) {
   std::ostringstream text;
   text << "0x" << std::hex << std::uppercase << std::setfill('0') << std::setw(digits) << value;
   return text.str();
+}
+
+std::string hexDigits(const std::string& bytes) {
+  static constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string text;
+  text.reserve(2 * bytes.size());
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 0x0F];
+  }
+  return text;
 }
 
 std::string oneLine(std::string text) {

@@ -6,6 +6,11 @@
 
 namespace tevra::tools {
 
+/** Whether a byte of UTF-8 text goes on with a character that an earlier one began. */
+[[nodiscard]] constexpr bool isContinuation(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
 /** How many characters UTF-8 text has. */
 [[nodiscard]] size_t displayWidth(const std::string& utf8);
 
@@ -17,6 +22,9 @@ namespace tevra::tools {
 
 /** "0x" and at least `digits` hexadecimal digits; `value` is not negative. */
 [[nodiscard]] std::string hex(int64_t value, int digits);
+
+/** Two lower-case hexadecimal digits per byte. */
+[[nodiscard]] std::string hexDigits(const std::string& bytes);
 
 /** The text with a blank for every control character, so that it stays on its line. */
 [[nodiscard]] std::string oneLine(std::string text);

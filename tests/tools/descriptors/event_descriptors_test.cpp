@@ -19,7 +19,6 @@ TEST(EventDescriptors, ReadShortEvents) {
 TEST(EventDescriptors, ReadExtendedEventsWithTheirItems) {
   const Bytes items = {1, 'A', 2, 'B', 'C', 0, 1, 'D'};
   EXPECT_EQ(
-
       "\n"
       "  descriptor number 1\n"
       "  last descriptor number 2\n"
@@ -60,7 +59,6 @@ TEST(EventDescriptors, NameComponents) {
 
 TEST(EventDescriptors, ReadComponents) {
   EXPECT_EQ(
-
       "\n"
       "  stream content 0x01\n"
       "  component type 0xF0 (MPEG-2 video)\n"
@@ -124,7 +122,6 @@ TEST(EventDescriptors, ReadTheOthers) {
       "reference 5 (0x0005)\n",
       payloadText(0x76, {0x08, 2, '/', 'x', 0xC5, 0x00, 0x05}));
   EXPECT_EQ(
-
       "\n"
       "  user defined no\n"
       "  do not scramble yes\n"

@@ -87,7 +87,6 @@ TEST(MpegDescriptors, ReadsPictureGeometry) {
 
 TEST(MpegDescriptors, ReadsTheSmallOnes) {
   EXPECT_EQ(
-
       "\n"
       "  hierarchy type 4 (data partitioning)\n"
       "  layer index 1\n"

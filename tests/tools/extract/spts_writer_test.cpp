@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/tools/support/sample_answer.h"
 #include "tests/tools/support/ts_builder.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/text/tool_error.h"
@@ -13,7 +14,9 @@ namespace tevra::tools {
 namespace {
 
 using test::Bytes;
+using test::packetStrings;
 using test::PacketWriter;
+using test::pidItem;
 
 constexpr int kInputVideo = 0x200;
 constexpr int kInputAudio = 0x201;
@@ -23,28 +26,12 @@ constexpr int kVideo = 502;
 constexpr int kAudio = 503;
 constexpr int64_t kMillisecond = kSystemClock / 1000;
 
-std::vector<std::string> packetStrings(int pid, const Bytes& section) {
-  std::vector<std::string> list;
-  for (const TsPacket& packet : PacketWriter().section(pid, section)) {
-    list.emplace_back(reinterpret_cast<const char*>(packet.data()), kTsPacketSize);
-  }
-  return list;
-}
-
-PIDItem item(int inputPid, int outputPid, int attributes) {
-  PIDItem record;
-  record.inputPid = inputPid;
-  record.outputPid = outputPid;
-  record.attributes = attributes;
-  return record;
-}
-
 /** A video with PCR and an audio stream; the PMT takes three packets. */
 SPTSConfiguration makeConfiguration() {
   SPTSConfiguration configuration;
-  configuration.pidItems = {item(kInputPmt, kPmt, kPidPmt),
-                            item(kInputVideo, kVideo, kPidPcr | kPidEs),
-                            item(kInputAudio, kAudio, kPidEs)};
+  configuration.pidItems = {pidItem(kInputPmt, kPmt, kPidPmt),
+                            pidItem(kInputVideo, kVideo, kPidPcr | kPidEs),
+                            pidItem(kInputAudio, kAudio, kPidEs)};
   OutputTables& tables = configuration.outputTables;
   tables.patPackets = packetStrings(kPatPid, test::makePat(1, 1, {{1201, kPmt}}));
   tables.sdtPackets = packetStrings(kSdtPid, test::makeSdt(1, 1, 1201, "Uno"));
@@ -227,8 +214,9 @@ TEST_F(SptsWriterTest, TellsHowLongTheInputIs) {
 
 SPTSConfiguration sharedPidConfiguration() {
   SPTSConfiguration configuration = makeConfiguration();
-  configuration.pidItems = {item(kInputPmt, kPmt, kPidPmt | kPidPcr),
-                            item(kInputVideo, kVideo, kPidEs), item(kInputAudio, kVideo, kPidEs)};
+  configuration.pidItems = {pidItem(kInputPmt, kPmt, kPidPmt | kPidPcr),
+                            pidItem(kInputVideo, kVideo, kPidEs),
+                            pidItem(kInputAudio, kVideo, kPidEs)};
   return configuration;
 }
 

@@ -2,25 +2,19 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/tools/support/sample_answer.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/stream/ts_packet.h"
 
 namespace tevra::tools {
 namespace {
 
+using test::pidItem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr int kOutputPmtPid = 501;
-
-PIDItem item(int inputPid, int outputPid, int attributes) {
-  PIDItem record;
-  record.inputPid = inputPid;
-  record.outputPid = outputPid;
-  record.attributes = attributes;
-  return record;
-}
 
 int outputPid(const SptsRoutes& routes, int inputPid) {
   const auto& route = routes.of(inputPid);
@@ -29,8 +23,8 @@ int outputPid(const SptsRoutes& routes, int inputPid) {
 
 TEST(SptsRoutes, SendsListedPidsToTheirOutputPidsAndDropsTheOthers) {
   const SptsRoutes routes(
-      {item(256, 501, kPidPmt), item(512, 502, kPidPcr | kPidEs), item(513, 503, kPidEs),
-       item(600, 504, kPidEcm), item(601, 505, kPidEmm)},
+      {pidItem(256, 501, kPidPmt), pidItem(512, 502, kPidPcr | kPidEs), pidItem(513, 503, kPidEs),
+       pidItem(600, 504, kPidEcm), pidItem(601, 505, kPidEmm)},
       kOutputPmtPid);
   EXPECT_EQ(502, outputPid(routes, 512));
   EXPECT_EQ(503, outputPid(routes, 513));
@@ -47,17 +41,18 @@ TEST(SptsRoutes, SendsListedPidsToTheirOutputPidsAndDropsTheOthers) {
 }
 
 TEST(SptsRoutes, SkipsWithAWarningWhatTheDaemonDoesNotKnow) {
-  const SptsRoutes routes({item(kUnknownPid, 502, kPidEs)}, kOutputPmtPid);
+  const SptsRoutes routes({pidItem(kUnknownPid, 502, kPidEs)}, kOutputPmtPid);
   EXPECT_THAT(
       routes.warnings(),
       ElementsAre("output PID 502 (ES) is left out: the daemon does not know its input PID"));
 }
 
 TEST(SptsRoutes, SkipsWithAWarningWhatCannotBeCarried) {
-  const SptsRoutes routes({item(0, 502, kPidEs), item(0x11, 503, kPidEs), item(-1, 504, kPidEs),
-                           item(9000, 505, kPidEs), item(100, 0, kPidEs), item(101, 0x11, kPidEs),
-                           item(102, kOutputPmtPid, kPidEs), item(103, 8191, kPidEs)},
-                          kOutputPmtPid);
+  const SptsRoutes routes(
+      {pidItem(0, 502, kPidEs), pidItem(0x11, 503, kPidEs), pidItem(-1, 504, kPidEs),
+       pidItem(9000, 505, kPidEs), pidItem(100, 0, kPidEs), pidItem(101, 0x11, kPidEs),
+       pidItem(102, kOutputPmtPid, kPidEs), pidItem(103, 8191, kPidEs)},
+      kOutputPmtPid);
   EXPECT_EQ(8U, routes.warnings().size());
   for (int pid = 0; pid < kPidCount; ++pid) {
     ASSERT_EQ(-1, outputPid(routes, pid)) << pid;
@@ -65,14 +60,15 @@ TEST(SptsRoutes, SkipsWithAWarningWhatCannotBeCarried) {
 }
 
 TEST(SptsRoutes, TakesTheNullPidForAProgrammeWithoutPcr) {
-  const SptsRoutes routes({item(kNullPid, 502, kPidPcr), item(512, 503, kPidEs)}, kOutputPmtPid);
+  const SptsRoutes routes({pidItem(kNullPid, 502, kPidPcr), pidItem(512, 503, kPidEs)},
+                          kOutputPmtPid);
   EXPECT_EQ(kNullPid, routes.pcrPid());
   EXPECT_EQ(-1, outputPid(routes, kNullPid));
   EXPECT_THAT(routes.warnings(), IsEmpty());
 }
 
 TEST(SptsRoutes, CarriesOnlyThePcrsOfAPidThatHasThePmtToo) {
-  const SptsRoutes routes({item(256, kOutputPmtPid, kPidPmt | kPidPcr)}, kOutputPmtPid);
+  const SptsRoutes routes({pidItem(256, kOutputPmtPid, kPidPmt | kPidPcr)}, kOutputPmtPid);
   ASSERT_TRUE(routes.of(256).has_value());
   EXPECT_TRUE(routes.of(256)->pcrOnly);
   EXPECT_EQ(256, routes.pcrPid());
@@ -80,21 +76,22 @@ TEST(SptsRoutes, CarriesOnlyThePcrsOfAPidThatHasThePmtToo) {
 }
 
 TEST(SptsRoutes, WarnsOfAStreamOnThePidOfThePmt) {
-  const SptsRoutes routes({item(256, kOutputPmtPid, kPidPmt | kPidEs)}, kOutputPmtPid);
+  const SptsRoutes routes({pidItem(256, kOutputPmtPid, kPidPmt | kPidEs)}, kOutputPmtPid);
   EXPECT_FALSE(routes.of(256).has_value());
   EXPECT_THAT(routes.warnings(), ElementsAre(HasSubstr("(PMT, ES) carries the PMT alone")));
 }
 
 TEST(SptsRoutes, RenumbersWhereInputPidsShareAnOutputPid) {
-  const SptsRoutes routes({item(512, 502, kPidEs), item(513, 502, kPidEs), item(514, 503, kPidEs)},
-                          kOutputPmtPid);
+  const SptsRoutes routes(
+      {pidItem(512, 502, kPidEs), pidItem(513, 502, kPidEs), pidItem(514, 503, kPidEs)},
+      kOutputPmtPid);
   EXPECT_TRUE(routes.of(512)->renumbers);
   EXPECT_TRUE(routes.of(513)->renumbers);
   EXPECT_FALSE(routes.of(514)->renumbers);
 }
 
 TEST(SptsRoutes, SendsAnInputPidThatIsListedTwiceToTheFirst) {
-  const SptsRoutes routes({item(512, 502, kPidEs), item(512, 503, kPidEs)}, kOutputPmtPid);
+  const SptsRoutes routes({pidItem(512, 502, kPidEs), pidItem(512, 503, kPidEs)}, kOutputPmtPid);
   EXPECT_EQ(502, outputPid(routes, 512));
   EXPECT_THAT(routes.warnings(), ElementsAre(HasSubstr("input PID 512 is listed twice")));
 }

@@ -55,6 +55,14 @@ TEST(TsPacket, ReadsThePcrToTheLastTick) {
   }
 }
 
+TEST(TsPacket, TellsTheTimeBetweenPcrsFromAJumpOfTheClock) {
+  EXPECT_EQ(1, pcrInterval(0, 1));
+  EXPECT_EQ(1, pcrInterval(kPcrModulus - 1, 0)) << "the clock begins again";
+  EXPECT_EQ(5 * kSystemClock, pcrInterval(7, 7 + 5 * kSystemClock));
+  EXPECT_EQ(0, pcrInterval(7, 8 + 5 * kSystemClock));
+  EXPECT_EQ(0, pcrInterval(1, 0));
+}
+
 TEST(TsPacket, HasNoPcrWhenTheAdaptationFieldIsTooShortForOne) {
   TsPacket packet = PacketWriter().stream(100, 0, 1000);
   packet.data()[4] = 6;

@@ -1,12 +1,18 @@
 #include "tests/tools/support/sample_answer.h"
 
-#include "tests/tools/support/ts_builder.h"
 #include "tools/si/table_decoder.h"
 
 namespace tevra::tools::test {
 namespace {
 
 constexpr int kPmtPid = 501;
+
+template <class Table>
+Table decoded(const Bytes& section) {
+  return std::get<Table>(decodeTable({Section::parse(section.data(), section.size()).value()}));
+}
+
+}  // namespace
 
 std::vector<std::string> packetStrings(int pid, const Bytes& section) {
   std::vector<std::string> list;
@@ -16,12 +22,7 @@ std::vector<std::string> packetStrings(int pid, const Bytes& section) {
   return list;
 }
 
-template <class Table>
-Table decoded(const Bytes& section) {
-  return std::get<Table>(decodeTable({Section::parse(section.data(), section.size()).value()}));
-}
-
-PIDItem item(int inputPid, int outputPid, int attributes) {
+PIDItem pidItem(int inputPid, int outputPid, int attributes) {
   PIDItem record;
   record.inputPid = inputPid;
   record.outputPid = outputPid;
@@ -29,15 +30,14 @@ PIDItem item(int inputPid, int outputPid, int attributes) {
   return record;
 }
 
-}  // namespace
-
 std::map<int32_t, SPTSConfiguration> sampleAnswer() {
   const Bytes pat = makePat(9, 3, {{1201, kPmtPid}});
   const Bytes sdt = makeSdt(9, 4, 1201, "Uno");
   const Bytes pmt =
       makePmt(1201, 5, 502, {{2, 502, {}}, {4, 503, descriptor(0x0A, {'e', 'n', 'g', 0})}});
   SPTSConfiguration configuration;
-  configuration.pidItems = {item(256, kPmtPid, 0x02), item(512, 502, 0x0C), item(65535, 503, 0x08)};
+  configuration.pidItems = {pidItem(256, kPmtPid, 0x02), pidItem(512, 502, 0x0C),
+                            pidItem(65535, 503, 0x08)};
   OutputTables& tables = configuration.outputTables;
   tables.outputParam1 = 77;
   tables.dvbTables.pat = decoded<PAT>(pat);

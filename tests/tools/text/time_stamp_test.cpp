@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/text/dvb_time.h"
-
 namespace tevra::tools {
 namespace {
 
@@ -48,22 +46,6 @@ TEST(TimeStamp, HasZonesWestOfGreenwichAndHalfHours) {
 TEST(TimeStamp, FillsUpWithZeros) {
   EXPECT_EQ("1970-01-01 00:00:00.007", timeStamp(at(7), Zone::kUtc));
   EXPECT_EQ("1969-12-31 23:59:59.999", timeStamp(at(-1), Zone::kUtc));
-}
-
-TEST(DvbTime, CountsSeconds) {
-  EXPECT_EQ(750516300, secondsOfDvbTime(0xC079124500)) << "the example of EN 300 468 annex C";
-  EXPECT_EQ(0, secondsOfDvbTime(int64_t{40587} << 24));
-}
-
-TEST(DvbTime, OfDigitsThatAreNoneIsNone) {
-  EXPECT_FALSE(secondsOfDvbTime(0xFFFFFFFFFF));
-  EXPECT_FALSE(secondsOfDvbTime(0xC07912450A));
-}
-
-TEST(DvbTime, WritesSpans) {
-  EXPECT_EQ("+00:00:00", spanText(0));
-  EXPECT_EQ("-00:00:05", spanText(-5));
-  EXPECT_EQ("+1 d 02:03:04", spanText(86400 + 2 * 3600 + 3 * 60 + 4));
 }
 
 }  // namespace

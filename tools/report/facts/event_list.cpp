@@ -5,27 +5,11 @@
 #include <tuple>
 #include <utility>
 
-#include "tools/report/facts/stream_time.h"
+#include "tools/descriptors/descriptor_values.h"
 #include "tools/si/section.h"
-#include "tools/text/dvb_text.h"
 
 namespace tevra::tools::report {
 namespace {
-
-constexpr int kShortEventTag = 0x4D;
-constexpr size_t kLanguageSize = 3;
-
-/** Of the first short event descriptor (EN 300 468, 6.2.37); what is cut short gives what it has.
- */
-std::string nameOf(const EITEvent& event) {
-  for (const Descriptor& descriptor : event.descriptors) {
-    if (descriptor.tag == kShortEventTag && descriptor.data.size() > kLanguageSize) {
-      const auto size = static_cast<unsigned char>(descriptor.data[kLanguageSize]);
-      return utf8FromDvbText(descriptor.data.substr(kLanguageSize + 1, size));
-    }
-  }
-  return {};
-}
 
 class EventJoiner {
  public:
@@ -52,7 +36,7 @@ class EventJoiner {
   /** The event, new or known from another EIT; null when it has no time. */
   Event* take(const EITEvent& record) {
     const auto start = streamTime(record.startTime);
-    const auto duration = secondsOf(record.duration);
+    const auto duration = durationSeconds(record.duration);
     if (!start || !duration) {
       ++timeless_;
       return nullptr;
@@ -62,7 +46,7 @@ class EventJoiner {
     event.start = *start;
     event.duration = *duration;
     if (event.name.empty()) {
-      event.name = nameOf(record);
+      event.name = eventName(record.descriptors);
     }
     return &event;
   }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "tools/descriptors/descriptors.h"
+#include "tools/descriptors/descriptor_values.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/report/facts/stream_traits.h"
 #include "tools/report/facts/table_journal.h"

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "tools/descriptors/code_names.h"
+#include "tools/descriptors/descriptor_values.h"
 #include "tools/feed/stream_feed.h"
 #include "tools/outputs/output_request.h"
 #include "tools/outputs/spts_routes.h"
@@ -11,20 +12,16 @@
 #include "tools/report/facts/output_facts.h"
 #include "tools/report/facts/service_streams.h"
 #include "tools/report/facts/stream_census.h"
-#include "tools/report/facts/stream_time.h"
 #include "tools/report/facts/table_journal.h"
 #include "tools/stream/files.h"
 #include "tools/stream/stream_clock.h"
 #include "tools/stream/ts_packet_reader.h"
-#include "tools/text/dvb_text.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {
 namespace {
 
 using Daemon = thrift::in_module::im_SIControlSrvIf;
-
-constexpr int kNetworkNameTag = 0x40;
 
 /** What one reading of the file tells. */
 struct Survey {
@@ -86,11 +83,7 @@ void addIdentity(const StreamFeed& stream, const TableJournal& journal, Report& 
   report.originalNetworkId = stream.inventory().originalNetworkId();
   if (journal.nit()) {
     report.networkId = journal.nit()->networkId;
-    for (const Descriptor& descriptor : journal.nit()->descriptors) {
-      if (descriptor.tag == kNetworkNameTag && report.networkName.empty()) {
-        report.networkName = utf8FromDvbText(descriptor.data);
-      }
-    }
+    report.networkName = networkName(journal.nit()->descriptors);
   }
 }
 

@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "tools/si/si_table.h"
+#include "tools/text/dvb_time.h"
+
 /**
  * @file
  * What a report says, as plain facts: collected once, then written as a page or as JSON. Texts are
@@ -68,13 +71,14 @@ struct OutputStream {
 
 /** A table in a place of its own: what feed would print as a line. */
 struct TableFact {
+  SiTable table;               ///< its last version
   std::string kind;            ///< "PMT", "EIT schedule"
   int tableId = 0;             ///< table_id
   std::string of;              ///< "service 101"; empty for CAT and TOT
   std::optional<int> version;  ///< a TOT has none
   size_t sections = 0;         ///< packets for an output
   int pid = 0;       ///< of a PMT as the PAT says; where it does not, 0 (input) or 8191 (output)
-  size_t times = 0;  ///< how often a new version was complete
+  size_t times = 0;  ///< how often a new version was complete, of the input
 };
 
 /** The single-programme stream that the daemon makes of a service. */
@@ -87,13 +91,10 @@ struct Output {
   std::vector<TableFact> tables;      ///< PAT, SDT, PMT
 };
 
-/** A time of the stream's own clock, in seconds of UTC since 1858-11-17, the day 0 of the MJD. */
-using StreamTime = int64_t;
-
 /** An event of a service: one for all EITs that give it the same id, start and duration. */
 struct Event {
   int eventId = 0;           ///< event_id
-  StreamTime start = 0;      ///< not negative
+  StreamTime start = 0;      ///< of its first second
   int64_t duration = 0;      ///< seconds
   std::string name;          ///< of a short event descriptor; empty without one
   bool isScheduled = false;  ///< in an EIT schedule

@@ -6,6 +6,7 @@
 #include <tuple>
 #include <utility>
 
+#include "tools/descriptors/descriptor_values.h"
 #include "tools/report/facts/stream_traits.h"
 #include "tools/stream/ts_packet.h"
 #include "tools/text/words.h"

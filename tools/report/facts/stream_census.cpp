@@ -1,6 +1,5 @@
 #include "tools/report/facts/stream_census.h"
 
-#include "tools/report/facts/stream_time.h"
 #include "tools/si/section.h"
 
 namespace tevra::tools::report {
@@ -9,8 +8,6 @@ namespace {
 constexpr int kTableTdt = 0x70;
 constexpr size_t kSectionHeader = 3;
 constexpr size_t kUtcSize = 5;
-/** As StreamClock has it: what is longer is a jump of the clock. */
-constexpr int64_t kLongestPcrInterval = 5 * kSystemClock;
 
 int64_t read40(const uint8_t* bytes) {
   int64_t value = 0;
@@ -49,8 +46,7 @@ void StreamCensus::notePcr(const TsPacket& packet, Pid& pid) {
   }
   ++pid.count.pcrs;
   if (pid.lastPcr && !packet.discontinuity()) {
-    const int64_t interval = (*pcr - *pid.lastPcr + kPcrModulus) % kPcrModulus;
-    pid.pcrIntervals += interval > 0 && interval <= kLongestPcrInterval ? 1 : 0;
+    pid.pcrIntervals += pcrInterval(*pid.lastPcr, *pcr) > 0 ? 1 : 0;
   }
   pid.lastPcr = pcr;
 }

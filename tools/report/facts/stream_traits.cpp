@@ -4,23 +4,13 @@
 #include <array>
 
 #include "tools/descriptors/code_names.h"
-#include "tools/descriptors/descriptors.h"
+#include "tools/descriptors/descriptor_values.h"
 #include "tools/descriptors/name_table.h"
-#include "tools/si/section.h"
-#include "tools/text/dvb_text.h"
-#include "tools/text/words.h"
 
 namespace tevra::tools::report {
 namespace {
 
 constexpr int kPrivatePes = 0x06;
-constexpr int kCaTag = 0x09;
-constexpr int kVbiTeletextTag = 0x46;
-constexpr int kTeletextTag = 0x56;
-constexpr int kSubtitlingTag = 0x59;
-constexpr size_t kLanguageSize = 3;
-constexpr size_t kTeletextEntrySize = 5;
-constexpr size_t kSubtitlingEntrySize = 8;
 
 constexpr std::array<int, 12> kVideoTypes = {0x01, 0x02, 0x10, 0x1B, 0x1E, 0x1F,
                                              0x20, 0x21, 0x24, 0x25, 0x33, 0x34};
@@ -32,9 +22,9 @@ struct PrivateContent {
   const char* description;
 };
 constexpr std::array<PrivateContent, 11> kPrivateContents = {{
-    {kVbiTeletextTag, StreamKind::kSubtitles, "VBI teletext"},
-    {kTeletextTag, StreamKind::kSubtitles, "teletext"},
-    {kSubtitlingTag, StreamKind::kSubtitles, "DVB subtitles"},
+    {0x46, StreamKind::kSubtitles, "VBI teletext"},
+    {0x56, StreamKind::kSubtitles, "teletext"},
+    {0x59, StreamKind::kSubtitles, "DVB subtitles"},
     {0x6A, StreamKind::kAudio, "AC-3 audio"},
     {0x7A, StreamKind::kAudio, "E-AC-3 audio"},
     {0x7B, StreamKind::kAudio, "DTS audio"},
@@ -45,30 +35,13 @@ constexpr std::array<PrivateContent, 11> kPrivateContents = {{
     {0x66, StreamKind::kData, "data broadcast"},
 }};
 
-bool hasTag(const std::vector<Descriptor>& descriptors, int tag) {
-  return std::any_of(descriptors.begin(), descriptors.end(),
-                     [tag](const Descriptor& descriptor) { return descriptor.tag == tag; });
-}
-
 const PrivateContent* privateContent(const PMTES& stream) {
   const auto* found =
       std::find_if(kPrivateContents.begin(), kPrivateContents.end(), [&](const auto& content) {
-        return stream.streamType == kPrivatePes && hasTag(stream.descriptors, content.tag);
+        return stream.streamType == kPrivatePes &&
+               firstWithTag(stream.descriptors, content.tag) != nullptr;
       });
   return found == kPrivateContents.end() ? nullptr : found;
-}
-
-void addLanguages(const std::vector<Descriptor>& descriptors, int tag, size_t entrySize,
-                  std::vector<std::string>& codes) {
-  for (const Descriptor& descriptor : descriptors) {
-    for (size_t at = 0; descriptor.tag == tag && at + entrySize <= descriptor.data.size();
-         at += entrySize) {
-      const std::string code = printable(descriptor.data.substr(at, kLanguageSize));
-      if (std::find(codes.begin(), codes.end(), code) == codes.end()) {
-        codes.push_back(code);
-      }
-    }
-  }
 }
 
 StreamKind kindOf(const PMTES& stream) {
@@ -76,11 +49,6 @@ StreamKind kindOf(const PMTES& stream) {
     return StreamKind::kVideo;
   }
   return isAudio(stream) ? StreamKind::kAudio : StreamKind::kData;
-}
-
-std::string typeText(int streamType) {
-  const std::string name = streamTypeName(streamType);
-  return name.empty() ? "stream type " + hex(streamType, 2) : name;
 }
 
 }  // namespace
@@ -92,24 +60,15 @@ StreamTraits traitsOf(const PMTES& stream) {
     traits.description = content->description;
   } else {
     traits.kind = kindOf(stream);
-    traits.description = typeText(stream.streamType);
+    traits.description = streamTypeText(stream.streamType);
   }
   traits.languages = languages(stream.descriptors);
-  addLanguages(stream.descriptors, kVbiTeletextTag, kTeletextEntrySize, traits.languages);
-  addLanguages(stream.descriptors, kTeletextTag, kTeletextEntrySize, traits.languages);
-  addLanguages(stream.descriptors, kSubtitlingTag, kSubtitlingEntrySize, traits.languages);
-  return traits;
-}
-
-std::vector<CaReference> caReferences(const std::vector<Descriptor>& descriptors) {
-  std::vector<CaReference> references;
-  for (const Descriptor& descriptor : descriptors) {
-    if (descriptor.tag == kCaTag && descriptor.data.size() >= 4) {
-      const auto* bytes = reinterpret_cast<const uint8_t*>(descriptor.data.data());
-      references.push_back({read16(bytes), read16(bytes + 2) & 0x1FFF});
+  for (const std::string& code : textLanguages(stream.descriptors)) {
+    if (std::count(traits.languages.begin(), traits.languages.end(), code) == 0) {
+      traits.languages.push_back(code);
     }
   }
-  return references;
+  return traits;
 }
 
 std::string reservedPidName(int pid) {

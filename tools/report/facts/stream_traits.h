@@ -12,20 +12,11 @@ namespace tevra::tools::report {
 struct StreamTraits {
   StreamKind kind = StreamKind::kData;  ///< video, audio, subtitles or data
   std::string description;              ///< "AVC video", "AC-3 audio", "teletext"
-  std::vector<std::string> languages;   ///< of ISO 639, teletext and subtitling descriptors
+  std::vector<std::string> languages;   ///< of sound, then of texts, these each once
 };
 
 /** By stream type, and by descriptors where the type says nothing (EN 300 468, 6.1, table 12). */
 [[nodiscard]] StreamTraits traitsOf(const PMTES& stream);
-
-/** A PID that a CA descriptor (ISO/IEC 13818-1, 2.6.16) names. */
-struct CaReference {
-  int systemId = 0;  ///< CA_system_ID
-  int pid = 0;       ///< CA_PID: of ECMs in a PMT, of EMMs in a CAT
-};
-
-/** Those of a descriptor loop, in order; descriptors that are cut short name none. */
-[[nodiscard]] std::vector<CaReference> caReferences(const std::vector<Descriptor>& descriptors);
 
 /** What a PID below 0x20 is reserved for: "PAT" (EN 300 468, 5.1.3); empty for any other. */
 [[nodiscard]] std::string reservedPidName(int pid);

@@ -17,6 +17,7 @@ constexpr std::array<int, 9> kPids = {kPatPid, kCatPid, 0,       kSdtPid, kNitPi
 TableFact tableFact(const SiTable& table, size_t sections, int pid) {
   const TableIdentity identity = identityOf(table);
   TableFact fact;
+  fact.table = table;
   fact.kind = namesOf(identity.kind).whole;
   fact.tableId = identity.tableId;
   fact.of = identity.subject();

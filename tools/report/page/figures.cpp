@@ -2,10 +2,9 @@
 
 #include <array>
 #include <cmath>
-#include <iomanip>
-#include <sstream>
 
-#include "tools/report/facts/stream_time.h"
+#include "tools/text/decimals.h"
+#include "tools/text/dvb_time.h"
 
 namespace tevra::tools::report {
 namespace {
@@ -13,12 +12,6 @@ namespace {
 constexpr const char* kThinBlank = "\xE2\x80\xAF";
 constexpr double kSmallestShare = 0.0005;
 constexpr int kLongSeconds = 60;
-
-std::string fixed(double value, int decimals) {
-  std::ostringstream text;
-  text << std::fixed << std::setprecision(decimals) << value;
-  return text.str();
-}
 
 }  // namespace
 
@@ -31,14 +24,14 @@ std::string bitRateText(double bitsPerSecond) {
     ++unit;
   }
   const int decimals = unit == 0 || value >= 99.95 ? 0 : value >= 9.995 ? 1 : 2;
-  return fixed(value, decimals) + kUnits.at(unit);
+  return fixedText(value, decimals) + kUnits.at(unit);
 }
 
 std::string shareText(double share) {
   if (share > 0 && share < kSmallestShare) {
     return "<0.1 %";
   }
-  return fixed(share * 100, 1) + " %";
+  return fixedText(share * 100, 1) + " %";
 }
 
 std::string groupedText(uint64_t number) {
@@ -50,11 +43,12 @@ std::string groupedText(uint64_t number) {
 }
 
 std::string lengthText(double seconds) {
-  return seconds < kLongSeconds ? fixed(seconds, 2) + " s" : durationText(std::llround(seconds));
+  return seconds < kLongSeconds ? fixedText(seconds, 2) + " s"
+                                : durationText(std::llround(seconds));
 }
 
 std::string coordinate(double value) {
-  std::string text = fixed(value, 2);
+  std::string text = fixedText(value, 2);
   text.erase(text.find_last_not_of('0') + 1);
   if (text.back() == '.') {
     text.pop_back();

@@ -4,11 +4,11 @@
 #include <string>
 #include <utility>
 
-#include "tools/report/facts/stream_time.h"
 #include "tools/report/page/page_words.h"
 #include "tools/report/page/svg.h"
 #include "tools/report/page/text_fit.h"
 #include "tools/report/page/timeline_layout.h"
+#include "tools/text/dvb_time.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {

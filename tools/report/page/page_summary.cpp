@@ -4,11 +4,11 @@
 #include <vector>
 
 #include "tools/report/facts/fault_lines.h"
-#include "tools/report/facts/stream_time.h"
 #include "tools/report/facts/stream_traits.h"
 #include "tools/report/page/figures.h"
 #include "tools/report/page/page_words.h"
 #include "tools/report/page/svg.h"
+#include "tools/text/dvb_time.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {

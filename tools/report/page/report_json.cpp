@@ -1,7 +1,7 @@
 #include "tools/report/page/report_json.h"
 
-#include "tools/report/facts/stream_time.h"
 #include "tools/report/facts/stream_traits.h"
+#include "tools/tables/table_json.h"
 #include "tools/text/json_text.h"
 
 namespace tevra::tools::report {
@@ -48,15 +48,20 @@ Json outputStreamJson(const OutputStream& stream) {
   return json;
 }
 
-Json tableJson(const TableFact& fact, const char* size) {
+Json inputTableJson(const TableFact& fact) {
   Json json;
-  json["table"] = fact.kind;
-  json["tableId"] = fact.tableId;
-  json["of"] = fact.of;
-  json["version"] = orNull(fact.version);
-  json[size] = fact.sections;
   json["pid"] = fact.pid;
+  json["sections"] = fact.sections;
   json["times"] = fact.times;
+  json["table"] = tableFieldsJson(tableFields(fact.table));
+  return json;
+}
+
+Json outputTableJson(const TableFact& fact) {
+  Json json;
+  json["pid"] = fact.pid;
+  json["packets"] = fact.sections;
+  json["table"] = tableFieldsJson(tableFields(fact.table));
   return json;
 }
 
@@ -67,8 +72,7 @@ Json outputJson(const Output& output) {
   json["transportStreamId"] = output.transportStreamId;
   json["originalNetworkId"] = output.originalNetworkId;
   json["streams"] = jsonList(output.streams, outputStreamJson);
-  json["tables"] =
-      jsonList(output.tables, [](const TableFact& fact) { return tableJson(fact, "packets"); });
+  json["tables"] = jsonList(output.tables, outputTableJson);
   return json;
 }
 
@@ -122,8 +126,7 @@ std::string reportJson(const Report& report) {
   }
   json["services"] = jsonList(report.services, serviceJson);
   json["others"] = jsonList(report.others, streamJson);
-  json["tables"] =
-      jsonList(report.tables, [](const TableFact& fact) { return tableJson(fact, "sections"); });
+  json["tables"] = jsonList(report.tables, inputTableJson);
   return indentedJson(json);
 }
 

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "tools/text/words.h"
+
 namespace tevra::tools::report {
 namespace {
 
@@ -35,10 +37,10 @@ double otherWidth(unsigned char lead) {
 }
 
 double widthAt(std::string_view utf8, size_t at) {
-  const auto byte = static_cast<unsigned char>(utf8[at]);
-  if ((byte & 0xC0) == 0x80) {
+  if (isContinuation(utf8[at])) {
     return 0;  // counted with the first byte of its character
   }
+  const auto byte = static_cast<unsigned char>(utf8[at]);
   return byte < 0x80 ? asciiWidth(utf8[at]) : otherWidth(byte);
 }
 

@@ -4,7 +4,7 @@
 #include <map>
 #include <utility>
 
-#include "tools/report/facts/stream_time.h"
+#include "tools/text/dvb_time.h"
 
 namespace tevra::tools::report {
 namespace {

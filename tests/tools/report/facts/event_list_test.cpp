@@ -2,22 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/report/facts/stream_time.h"
+#include "tests/tools/support/table_makers.h"
 
 namespace tevra::tools::report {
 namespace {
 
-constexpr int64_t kDate = int64_t{60447} << 24;
-
 EITEvent eventAt(int id, int64_t clock, const std::string& name, int duration = 0x003000) {
-  EITEvent event;
-  event.eventId = id;
-  event.startTime = kDate | clock;
+  EITEvent event = test::eventRecord(id, test::timeAt(clock), name);
   event.duration = duration;
-  Descriptor descriptor;
-  descriptor.tag = 0x4D;
-  descriptor.data = "eng" + std::string(1, static_cast<char>(name.size())) + name + '\0';
-  event.descriptors = {descriptor};
   return event;
 }
 
@@ -51,7 +43,7 @@ TEST(EventList, JoinsPresentFollowingWithTheScheduleByTime) {
 }
 
 TEST(EventList, TakesALoneEventThatStartsLaterForTheFollowing) {
-  const StreamTime noon = streamTime(kDate | 0x120000).value();
+  const StreamTime noon = streamTime(test::timeAt(0x120000)).value();
   const auto later = eventList({eit(0x4E, {eventAt(1, 0x130000, "Film")})}, noon);
   EXPECT_TRUE(later.events.at(0).isFollowing);
   const auto now = eventList({eit(0x4E, {eventAt(1, 0x113000, "Film")})}, noon);
@@ -69,14 +61,6 @@ TEST(EventList, CountsEventsWithoutATime) {
   EXPECT_EQ(2U, list.timeless);
   ASSERT_EQ(1U, list.events.size());
   EXPECT_EQ("", list.events[0].name);
-}
-
-TEST(EventList, TakesNamesThatAreCutShort) {
-  EITEvent event = eventAt(1, 0x120000, "Name");
-  event.descriptors[0].data = "eng\x09Na";
-  EXPECT_EQ("Na", eventList({eit(0x50, {event})}, std::nullopt).events.at(0).name);
-  event.descriptors[0].data = "en";
-  EXPECT_EQ("", eventList({eit(0x50, {event})}, std::nullopt).events.at(0).name);
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include "tests/tools/support/sample_answer.h"
 #include "tests/tools/support/temporary_file.h"
 #include "tests/tools/support/ts_builder.h"
-#include "tools/report/facts/stream_time.h"
 #include "tools/report/page/report_json.h"
 #include "tools/report/page/report_page.h"
 #include "tools/text/tool_error.h"
@@ -131,6 +130,10 @@ TEST_F(ReportOfTheSample, TakesTheOutputFromTheAnswer) {
   EXPECT_THAT(output.streams[4].languages, ElementsAre("eng"));
   ASSERT_EQ(3U, output.tables.size());
   EXPECT_EQ(4, output.tables[1].version);
+  const DVBOutputTables made = test::sampleAnswer().at(1201).outputTables.dvbTables;
+  EXPECT_TRUE(SiTable(made.pat) == output.tables[0].table);
+  EXPECT_TRUE(SiTable(made.sdt) == output.tables[1].table);
+  EXPECT_TRUE(SiTable(made.pmt) == output.tables[2].table);
   EXPECT_EQ(501, output.tables[2].pid);
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/tools/support/ts_builder.h"
-#include "tools/report/facts/stream_time.h"
 
 namespace tevra::tools::report {
 namespace {

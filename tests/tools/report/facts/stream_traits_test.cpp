@@ -2,39 +2,30 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/tools/support/table_makers.h"
+
 namespace tevra::tools::report {
 namespace {
 
+using test::descriptorRecord;
+using test::streamRecord;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-Descriptor descriptor(int tag, const std::string& data) {
-  Descriptor record;
-  record.tag = tag;
-  record.data = data;
-  return record;
-}
-
-PMTES stream(int type, std::vector<Descriptor> descriptors = {}) {
-  PMTES record;
-  record.streamType = type;
-  record.descriptors = std::move(descriptors);
-  return record;
-}
-
 TEST(StreamTraits, TellKindsByTypeOrDescriptor) {
   const std::vector<std::tuple<PMTES, StreamKind, std::string>> cases = {
-      {stream(0x02), StreamKind::kVideo, "MPEG-2 video"},
-      {stream(0x1B), StreamKind::kVideo, "AVC video"},
-      {stream(0x24), StreamKind::kVideo, "HEVC video"},
-      {stream(0x04), StreamKind::kAudio, "MPEG-2 audio"},
-      {stream(0x06, {descriptor(0x6A, "x")}), StreamKind::kAudio, "AC-3 audio"},
-      {stream(0x06, {descriptor(0x59, "")}), StreamKind::kSubtitles, "DVB subtitles"},
-      {stream(0x06, {descriptor(0x56, "")}), StreamKind::kSubtitles, "teletext"},
-      {stream(0x06), StreamKind::kData, "private PES"},
-      {stream(0x0B), StreamKind::kData, "DSM-CC type B"},
-      {stream(0xEE), StreamKind::kData, "stream type 0xEE"},
-      {stream(0x02, {descriptor(0x6A, "x")}), StreamKind::kVideo, "MPEG-2 video"},
+      {streamRecord(0x02, 512), StreamKind::kVideo, "MPEG-2 video"},
+      {streamRecord(0x1B, 512), StreamKind::kVideo, "AVC video"},
+      {streamRecord(0x24, 512), StreamKind::kVideo, "HEVC video"},
+      {streamRecord(0x04, 512), StreamKind::kAudio, "MPEG-2 audio"},
+      {streamRecord(0x06, 512, {descriptorRecord(0x6A, "x")}), StreamKind::kAudio, "AC-3 audio"},
+      {streamRecord(0x06, 512, {descriptorRecord(0x59, "")}), StreamKind::kSubtitles,
+       "DVB subtitles"},
+      {streamRecord(0x06, 512, {descriptorRecord(0x56, "")}), StreamKind::kSubtitles, "teletext"},
+      {streamRecord(0x06, 512), StreamKind::kData, "private PES"},
+      {streamRecord(0x0B, 512), StreamKind::kData, "DSM-CC type B"},
+      {streamRecord(0xEE, 512), StreamKind::kData, "stream type 0xEE"},
+      {streamRecord(0x02, 512, {descriptorRecord(0x6A, "x")}), StreamKind::kVideo, "MPEG-2 video"},
   };
   for (const auto& [record, kind, description] : cases) {
     const StreamTraits traits = traitsOf(record);
@@ -43,25 +34,13 @@ TEST(StreamTraits, TellKindsByTypeOrDescriptor) {
   }
 }
 
-TEST(StreamTraits, TakeLanguagesFromWhereverTheyStand) {
-  EXPECT_THAT(traitsOf(stream(0x03, {descriptor(0x0A, std::string("spa\0", 4))})).languages,
-              ElementsAre("spa"));
-  const std::string teletext =
-      std::string("ita\x09\x00", 5) + std::string("ita\x10\x01", 5) + std::string("eng\x10\x02", 5);
-  EXPECT_THAT(traitsOf(stream(0x06, {descriptor(0x56, teletext)})).languages,
-              ElementsAre("ita", "eng"));
-  const std::string subtitles = "deu" + std::string(5, '\x10') + "fr";  // the second is cut short
-  EXPECT_THAT(traitsOf(stream(0x06, {descriptor(0x59, subtitles)})).languages, ElementsAre("deu"));
-  EXPECT_THAT(traitsOf(stream(0x1B)).languages, IsEmpty());
-}
-
-TEST(StreamTraits, FindsThePidsOfCaDescriptors) {
-  const auto found =
-      caReferences({descriptor(0x09, std::string("\x00\x71\xE1\xF0", 4)),
-                    descriptor(0x09, std::string("\x00\x72\xE1", 3)), descriptor(0x0A, "spa ")});
-  ASSERT_EQ(1U, found.size());
-  EXPECT_EQ(0x71, found[0].systemId);
-  EXPECT_EQ(0x1F0, found[0].pid);
+TEST(StreamTraits, TakeLanguagesFromWhereverTheyStandThoseOfTextsOnce) {
+  const Descriptor spoken = descriptorRecord(0x0A, std::string("spa\0ita\0", 8));
+  const Descriptor teletext =
+      descriptorRecord(0x56, std::string("ita\x09\x00", 5) + "eng\x10\x01" + "eng\x10\x02");
+  EXPECT_THAT(traitsOf(streamRecord(0x06, 512, {teletext, spoken})).languages,
+              ElementsAre("spa", "ita", "eng"));
+  EXPECT_THAT(traitsOf(streamRecord(0x1B, 512)).languages, IsEmpty());
 }
 
 TEST(StreamTraits, NameReservedPids) {

@@ -38,6 +38,7 @@ TEST(TableJournal, KeepsTheLastVersionAndHowOftenThereWasANewOne) {
   EXPECT_EQ(2, facts[1].tableId);
   EXPECT_EQ("service 101", facts[1].of);
   EXPECT_EQ(5, facts[1].version);
+  EXPECT_TRUE(SiTable(pmtOf(5)) == facts[1].table);
   EXPECT_EQ(2U, facts[1].sections);
   EXPECT_EQ(2U, facts[1].times);
   EXPECT_EQ(0x100, facts[1].pid);

@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 #include "tests/tools/report/report_samples.h"
-#include "tools/report/facts/stream_time.h"
 
 namespace tevra::tools::report {
 namespace {

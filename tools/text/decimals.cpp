@@ -1,4 +1,7 @@
-#include "tools/text/scaled_text.h"
+#include "tools/text/decimals.h"
+
+#include <iomanip>
+#include <sstream>
 
 namespace tevra::tools {
 
@@ -12,6 +15,12 @@ std::string scaledText(int64_t value, int decimals, const std::string& unit) {
   std::string fraction = digits.substr(digits.size() - places);
   fraction.erase(fraction.find_last_not_of('0') + 1);
   return whole + (fraction.empty() ? "" : "." + fraction) + " " + unit;
+}
+
+std::string fixedText(double value, int decimals) {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(decimals) << value;
+  return text.str();
 }
 
 }  // namespace tevra::tools

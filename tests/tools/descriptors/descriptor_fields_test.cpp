@@ -5,6 +5,7 @@
 
 #include "records/dvbpsi.h"
 #include "tests/tools/support/descriptor_text.h"
+#include "tests/tools/support/table_makers.h"
 #include "tools/descriptors/descriptor_fields.h"
 #include "tools/tables/table_json.h"
 
@@ -40,11 +41,13 @@ void expectPrinted(int tag, const Bytes& payload) {
   ASSERT_EQ('\n', text.back());
 }
 
+json descriptorJson(int tag, const Bytes& payload) {
+  const Descriptor descriptor = test::descriptorRecord(tag, {payload.begin(), payload.end()});
+  return json::parse(tableJson(tableFields(test::catRecord({descriptor})))).at("descriptors").at(0);
+}
+
 void expectJson(int tag, const Bytes& payload) {
-  CAT cat;
-  cat.descriptors.emplace_back().tag = tag;
-  cat.descriptors[0].data.assign(payload.begin(), payload.end());
-  const json descriptor = json::parse(tableJson(tableFields(cat))).at("descriptors").at(0);
+  const json descriptor = descriptorJson(tag, payload);
   ASSERT_EQ(tag, descriptor.at("tag"));
   ASSERT_EQ(2 * payload.size(), descriptor.at("data").get<std::string>().size());
   ASSERT_FALSE(descriptor.contains("fields") && descriptor.contains("problem"));
@@ -92,13 +95,6 @@ DescriptorPtr toDvbpsi(int tag, Bytes& payload) {
                                             static_cast<uint8_t>(payload.size()), payload.data()));
 }
 
-json fieldsOf(int tag, const Bytes& payload) {
-  CAT cat;
-  cat.descriptors.emplace_back().tag = tag;
-  cat.descriptors[0].data.assign(payload.begin(), payload.end());
-  return json::parse(tableJson(tableFields(cat))).at("descriptors").at(0).at("fields");
-}
-
 TEST(DecodedDescriptors, AgreeWithLibdvbpsiOnConditionalAccess) {
   std::mt19937 random(2);
   for (size_t size = 4; size <= kLongest; ++size) {
@@ -106,7 +102,7 @@ TEST(DecodedDescriptors, AgreeWithLibdvbpsiOnConditionalAccess) {
     const DescriptorPtr descriptor = toDvbpsi(0x09, payload);
     const dvbpsi_ca_dr_t* decoded = dvbpsi_DecodeCADr(descriptor.get());
     ASSERT_NE(nullptr, decoded);
-    const json fields = fieldsOf(0x09, payload);
+    const json fields = descriptorJson(0x09, payload).at("fields");
     EXPECT_EQ(decoded->i_ca_system_id, fields.at("caSystemId"));
     EXPECT_EQ(decoded->i_ca_pid, fields.at("caPid"));
     const size_t digits = size == 4 ? 0 : fields.at("privateData").get<std::string>().size();
@@ -121,7 +117,7 @@ TEST(DecodedDescriptors, AgreeWithLibdvbpsiOnSubtitlesAndServices) {
     const DescriptorPtr descriptor = toDvbpsi(0x59, payload);
     const dvbpsi_subtitling_dr_t* decoded = dvbpsi_DecodeSubtitlingDr(descriptor.get());
     ASSERT_NE(nullptr, decoded);
-    const json subtitles = fieldsOf(0x59, payload).at("subtitles");
+    const json subtitles = descriptorJson(0x59, payload).at("fields").at("subtitles");
     ASSERT_EQ(decoded->i_subtitles_number, subtitles.size());
     for (size_t i = 0; i < count; ++i) {
       EXPECT_EQ(decoded->p_subtitle[i].i_subtitling_type, subtitles.at(i).at("subtitlingType"));
@@ -131,7 +127,7 @@ TEST(DecodedDescriptors, AgreeWithLibdvbpsiOnSubtitlesAndServices) {
     const DescriptorPtr list = toDvbpsi(0x41, payload);
     const dvbpsi_service_list_dr_t* services = dvbpsi_DecodeServiceListDr(list.get());
     ASSERT_NE(nullptr, services);
-    const json entries = fieldsOf(0x41, payload).at("services");
+    const json entries = descriptorJson(0x41, payload).at("fields").at("services");
     ASSERT_EQ(services->i_service_count, entries.size());
     EXPECT_EQ(services->i_service[count - 1].i_service_id, entries.back().at("serviceId"));
     EXPECT_EQ(services->i_service[count - 1].i_service_type, entries.back().at("serviceType"));

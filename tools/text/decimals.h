@@ -11,4 +11,7 @@ namespace tevra::tools {
  */
 [[nodiscard]] std::string scaledText(int64_t value, int decimals, const std::string& unit);
 
+/** The value with so many decimals: fixedText(9.4123, 2) is "9.41". */
+[[nodiscard]] std::string fixedText(double value, int decimals);
+
 }  // namespace tevra::tools

@@ -1,0 +1,42 @@
+#include "tools/text/words.h"
+
+#include <gtest/gtest.h>
+
+namespace tevra::tools {
+namespace {
+
+TEST(Words, CountInSingularAndPlural) {
+  EXPECT_EQ("0 packets", counted(0, "packet"));
+  EXPECT_EQ("1 packet", counted(1, "packet"));
+  EXPECT_EQ("2 packets", counted(2, "packet"));
+  EXPECT_EQ("2 entries", counted(2, "entry", "entries"));
+}
+
+TEST(Words, WriteHexadecimalDigits) {
+  EXPECT_EQ("0x4E", hex(0x4E, 2));
+  EXPECT_EQ("0x004E", hex(0x4E, 4));
+}
+
+TEST(Words, WriteBytesAsPairsOfDigits) {
+  EXPECT_EQ("", hexDigits(""));
+  EXPECT_EQ("00ff1a", hexDigits(std::string("\0\xFF\x1A", 3)));
+}
+
+TEST(Words, KeepATextOnItsLine) {
+  EXPECT_EQ("a b  c \u00e9", oneLine("a\nb\r\tc\x7F\u00e9"));
+  EXPECT_EQ("", oneLine(""));
+}
+
+TEST(Words, AreAsWideAsTheirCharacters) {
+  EXPECT_EQ(0U, displayWidth(""));
+  EXPECT_EQ(4U, displayWidth("Télé"));
+}
+
+TEST(Words, StandWithASeparatorBetween) {
+  EXPECT_EQ("", joined({}, ", "));
+  EXPECT_EQ("a", joined({"a"}, ", "));
+  EXPECT_EQ("a, b", joined({"a", "b"}, ", "));
+}
+
+}  // namespace
+}  // namespace tevra::tools
