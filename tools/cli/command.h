@@ -23,8 +23,8 @@ using Action = std::function<int(const Streams& streams)>;
 ///@{
 /**
  * Declares one command with its options. Parsing sets `action`, which must outlive `app`, when the
- * command is chosen. It raises UsageError or CLI11's own errors when the arguments make no sense,
- * ToolError when a request cannot be read; all else is the action's to find out.
+ * command is chosen. It raises UsageError or CLI11's own errors when the arguments make no sense;
+ * all else is the action's to find out.
  */
 void addFeedCommand(CLI::App& app, Action& action);
 void addOutputCommand(CLI::App& app, Action& action);

@@ -4,8 +4,6 @@
 #include <vector>
 
 #include "tools/outputs/out_argument.h"
-#include "tools/outputs/output_keys.h"
-#include "tools/outputs/request_file.h"
 #include "tools/text/tool_error.h"
 
 namespace tevra::tools {
@@ -87,14 +85,9 @@ void addSeveralOutputsOptions(CLI::App& command, OutputCommandOptions& options) 
       .add_option("--out", options.outs,
                   "One of several outputs, once for each: gsid=1,sid=1201,name=Uno; the other "
                   "output options give what it does not say. Keys: " +
-                      outputKeys())
+                      kOutputKeys)
       ->type_name("KEY=VALUE[,...]")
       ->allow_extra_args(false);
-  command
-      .add_option("--request", options.request,
-                  "JSON file that describes the outputs, - for standard input; in the place of "
-                  "--service and --out")
-      ->type_name("FILE");
 }
 
 OutputDraft singleOutput(const OutputCommandOptions& options) {
@@ -115,21 +108,8 @@ OutputDraft singleOutput(const OutputCommandOptions& options) {
   return draft;
 }
 
-void refuseBesideRequest(const OutputCommandOptions& options) {
-  if (options.service) {
-    throw UsageError("--request and --service exclude each other: name the service in the request");
-  }
-  if (!options.outs.empty()) {
-    throw UsageError("--request and --out exclude each other: describe all outputs in one of them");
-  }
-}
-
 std::vector<OutputDraft> draftsOf(const OutputCommandOptions& options) {
   const OutputDraft single = singleOutput(options);
-  if (options.request) {
-    refuseBesideRequest(options);
-    return readRequest(*options.request, single);
-  }
   if (options.outs.empty()) {
     return {single};
   }
@@ -145,7 +125,7 @@ void requireServices(const std::vector<OutputDraft>& drafts) {
   for (const OutputDraft& draft : drafts) {
     if (!draft.service) {
       throw UsageError(draft.origin.empty()
-                           ? "no service is named: give --service ID, --out service=ID or --request"
+                           ? "no service is named: give --service ID or --out service=ID"
                            : draft.origin + " names no input service: add the key service");
     }
   }

@@ -18,7 +18,6 @@ struct OutputCommandOptions {
   std::vector<std::string> audio;  ///< --audio: each as parseLanguages takes it, all count
   std::vector<std::string> listedNodes;  ///< --listed-node: each as parseListedNode takes it
   std::vector<std::string> outs;         ///< --out: each as parseOutArgument takes it
-  std::optional<std::string> request;    ///< --request: a file's name, "-" for standard input
 };
 
 /** Where service, name and ids come from if they are not given; there is no fixed service. */
@@ -26,15 +25,14 @@ enum class OutputDefaults { kFixed, kFromStream };
 
 /**
  * Declares the options; `defaults` decides what their help says. Parsing checks each for itself but
- * --out and --request, and writes them to `options`, which must outlive `command`.
+ * --out, and writes them to `options`, which must outlive `command`.
  */
 void addOutputOptions(CLI::App& command, OutputCommandOptions& options, OutputDefaults defaults);
 
 /**
- * The outputs that are asked for, at least one: those of --request, which is read, or of each
- * --out, or the one of the other options, which also give what neither says. Each has a service
- * unless the stream may give it. Raises UsageError when they make no sense alone or together,
- * ToolError when the request cannot be read.
+ * The outputs that are asked for, at least one: that of each --out, or the one of the other
+ * options, which also give what an --out does not say. Each has a service unless the stream may
+ * give it. Raises UsageError when they make no sense alone or together.
  */
 [[nodiscard]] std::vector<OutputDraft> finishOutputOptions(const OutputCommandOptions& options,
                                                            OutputDefaults defaults);

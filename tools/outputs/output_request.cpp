@@ -95,15 +95,11 @@ std::optional<std::vector<std::string>> parseLanguages(const std::string& text) 
   }
   const std::vector<std::string> codes = split(text, ",+");
   for (const std::string& code : codes) {
-    if (!isLanguageCode(code)) {
+    if (code.size() != kLanguageCodeSize) {
       return std::nullopt;
     }
   }
   return codes;
-}
-
-bool isLanguageCode(const std::string& text) {
-  return text.size() == kLanguageCodeSize;
 }
 
 std::optional<ListedNode> parseListedNode(const std::string& text) {

@@ -71,9 +71,6 @@ struct OutputOptions {
  */
 [[nodiscard]] std::optional<std::vector<std::string>> parseLanguages(const std::string& text);
 
-/** Whether an entry of a list of languages can be one. */
-[[nodiscard]] bool isLanguageCode(const std::string& text);
-
 /**
  * Reads "GSID", "GSID:USID" or "GSID:USID:LANGUAGES". Without USID the unique service id is the
  * global one. Nothing when it is anything else.
