@@ -3,7 +3,7 @@
 
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
-#include "tools/cli/output_command_options.h"
+#include "tools/cli/request_options.h"
 #include "tools/extract/extract_json.h"
 #include "tools/extract/output_pattern.h"
 #include "tools/extract/spts_files.h"

@@ -1,6 +1,6 @@
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
-#include "tools/cli/output_command_options.h"
+#include "tools/cli/request_options.h"
 #include "tools/outputs/output_answers.h"
 #include "tools/outputs/output_json.h"
 #include "tools/outputs/output_text.h"

@@ -1,4 +1,4 @@
-#include "tools/cli/output_command_options.h"
+#include "tools/cli/request_options.h"
 
 #include <string>
 #include <vector>
