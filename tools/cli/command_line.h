@@ -9,7 +9,10 @@
 
 #include "tools/text/tool_error.h"
 
-namespace CLI { class App; class Option; }
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
 namespace tevra::tools {
 
@@ -52,7 +55,8 @@ class Option {
   CLI::Option& option_;
 };
 
-/** A command that is being declared. Its help lists the options in the order of their declaration. */
+/** A command that is being declared. Its help lists the options in the order of their declaration.
+ */
 class Command {
  public:
   /** Of the library's command; an action goes to `chosen` when the command is chosen. */

@@ -1,6 +1,7 @@
 #include <chrono>
 #include <memory>
 
+#include "im_SIControlSrv.h"
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
 #include "tools/cli/round_trips.h"

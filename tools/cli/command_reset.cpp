@@ -1,5 +1,6 @@
 #include <memory>
 
+#include "im_SIControlSrv.h"
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
 #include "tools/text/json_text.h"

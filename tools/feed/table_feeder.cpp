@@ -4,6 +4,7 @@
 #include <tuple>
 #include <variant>
 
+#include "im_SIControlSrv.h"
 #include "tools/si/section.h"
 #include "tools/text/dvb_time_text.h"
 #include "tools/text/text_table.h"

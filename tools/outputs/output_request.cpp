@@ -69,13 +69,6 @@ void addOutput(SrvOutputRequest& request, const OutputOptions& options) {
 
 }  // namespace
 
-SrvOutputRequest makeRequest(const OutputOptions& options) {
-  SrvOutputRequest request;
-  request.inputSID = options.inputSid;
-  addOutput(request, options);
-  return request;
-}
-
 std::vector<SrvOutputRequest> makeRequests(const std::vector<OutputOptions>& outputs) {
   std::vector<SrvOutputRequest> requests;
   std::map<int32_t, size_t> places;  // by input service id

@@ -54,14 +54,9 @@ struct OutputOptions {
 };
 
 /**
- * The request with one output, keyed by its global service id. Listed nodes without a filter get
- * the output's.
- */
-[[nodiscard]] SrvOutputRequest makeRequest(const OutputOptions& options);
-
-/**
- * The requests for any outputs: one for each input service, in the order in which they first come.
- * Of outputs with the same service and global service id only the last counts.
+ * The requests for any outputs: one for each input service, in the order in which they first come,
+ * with its outputs keyed by their global service ids. Of outputs with the same service and global
+ * service id only the last counts. Listed nodes without a filter get their output's.
  */
 [[nodiscard]] std::vector<SrvOutputRequest> makeRequests(const std::vector<OutputOptions>& outputs);
 
