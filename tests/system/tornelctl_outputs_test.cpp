@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -23,7 +22,6 @@ namespace {
 using fake::FakeMainTask;
 using nlohmann::json;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -143,23 +141,6 @@ TEST_F(TornelctlOutputs, ThatTheDaemonDoesNotGiveAreNamedBesideThoseThatItGives)
   const json answer = json::parse(outcome.out);
   EXPECT_THAT(answer, SizeIs(3)) << "the listed node's own, too";
   EXPECT_EQ(answer.at("5").at("outputTables").at("outputParam1"), 6);
-}
-
-TEST_F(TornelctlOutputs, LeaveNoFileWhenOneCannotBeMade) {
-  const std::vector<std::pair<std::vector<std::string>, int>> wrong = {
-      {{"--out", "service=101", "--out", "service=999"}, 1},
-      {{"--out", "service=101,gsid=1", "--out", "service=101,gsid=1"}, 2},
-      {{"--out", "service=101,gsid=1,sid=5", "--out", "service=101,gsid=2,sid=70000"}, 2},
-      {{"--out", "gsid=101", "--out", "service=101,name=B"}, 2},
-  };
-  for (const auto& [arguments, status] : wrong) {
-    std::vector<std::string> all = {"extract", samplePath(), "-o", file("{service}-{gsid}.ts")};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    const Outcome outcome = tornelctl(all);
-    EXPECT_EQ(outcome.exitStatus, status) << testing::PrintToString(arguments);
-    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-  }
-  EXPECT_TRUE(std::filesystem::is_empty(directory_.path()));
 }
 
 TEST_F(TornelctlOutputs, OfTheItalianRecordingAreProbedAsOneProgrammeEach) {

@@ -1,3 +1,5 @@
+#include "tools/cli/cli.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -12,9 +14,7 @@
 #include "tests/tools/support/run_tornelctl.h"
 #include "tests/tools/support/sample_answer.h"
 #include "tests/tools/support/temporary_file.h"
-#include "tools/cli/cli.h"
 
-/** What holds for all commands alike. */
 namespace tevra::tools {
 namespace {
 
@@ -86,22 +86,84 @@ int portWithoutDaemon() {
   return server.port();
 }
 
-TEST(Commands, AreAllLookedAt) {
-  std::vector<std::string> listed;
-  std::istringstream help(run({"--help"}).out);
+/** The names below "Subcommands:". */
+std::vector<std::string> commandsIn(const std::string& help) {
+  std::vector<std::string> names;
+  std::istringstream lines(help);
   std::string line;
-  while (std::getline(help, line) && line != "Subcommands:") {
+  while (std::getline(lines, line) && line != "Subcommands:") {
   }
-  while (std::getline(help, line) && !line.empty()) {
+  while (std::getline(lines, line) && !line.empty()) {
     if (line.size() > 2 && line[2] != ' ') {
-      listed.push_back(line.substr(2, line.find(' ', 2) - 2));
+      names.push_back(line.substr(2, line.find(' ', 2) - 2));
     }
   }
-  std::vector<std::string> known;
+  return names;
+}
+
+TEST(Cli, PrintsItsVersion) {
+  const Result version = run({"--version"});
+  EXPECT_EQ(kExitDone, version.status);
+  EXPECT_THAT(version.out, testing::MatchesRegex("tornelctl [0-9.]+\n"));
+}
+
+TEST(Cli, HelpListsTheCommandsAndExplainsEach) {
+  Arguments known;
   for (const Command& command : commands()) {
     known.push_back(command.name());
+    const Result help = run({"help", command.name()});
+    EXPECT_EQ(kExitDone, help.status) << command.name();
+    EXPECT_EQ(run({command.name(), "--help"}).out, help.out) << command.name();
   }
-  EXPECT_THAT(known, UnorderedElementsAreArray(listed));
+  const std::string help = run({"help"}).out;
+  EXPECT_THAT(commandsIn(help), UnorderedElementsAreArray(known));
+  EXPECT_EQ(run({"--help"}).out, help);
+}
+
+TEST(Cli, RefusesArgumentsThatMakeNoSense) {
+  const std::vector<std::pair<Arguments, std::string>> wrong = {
+      {{}, "a command is missing"},
+      {{"fed"}, "'fed'"},
+      {{"help", "fed"}, "there is no command 'fed'; see tornelctl help --help"},
+      {{"reset", "all"}, "all"},
+      {{"ping", "--count", "0"}, "--count"},
+      {{"feed"}, "FILE"},
+      {{"feed", "a.ts", "b.ts"}, "b.ts"},
+      {{"feed", "a.ts", "--rate", "fast"}, "--rate"},
+      {{"feed", "-", "--loop"}, "--loop needs a file: - cannot begin again"},
+      {{"feed", "udp://127.0.0.1:5000", "--loop"}, "--loop needs a file: udp://127.0.0.1:5000 "},
+      {{"output", "--service", "65536"}, "--service"},
+      {{"output", "--service", "1", "--audio", "english"}, "--audio: 'english' is no "},
+      {{"output", "--service", "1", "--last-node", "some"}, "--last-node"},
+      {{"output", "--service", "1", "--last-node", "listed", "--listed-node", "x"}, "'x' is not "},
+      {{"extract", "a.ts", "--service", "1"}, "--output"},
+      {{"extract", "a.ts", "--service", "x", "-o", "x.ts"}, "--service"},
+      {{"extract", "-", "-o", "x.ts"}, "standard input cannot be read twice"},
+      {{"report"}, "FILE"},
+      {{"report", "a.ts"}, "--output"},
+      {{"report", "-", "-o", "x.html"}, "standard input cannot be read twice"},
+      {{"report", "a.ts", "b.ts", "-o", "x.html"}, "b.ts"},
+      {{"report", test::sample(), "-o", test::sample()}, "output and input are the same file"},
+      {{"tables"}, "FILE"},
+      {{"tables", "a.ts", "b.ts"}, "b.ts"},
+      {{"tables", "a.ts", "--table", "rst"}, "--table"},
+      {{"tables", "a.ts", "--service", "65536"}, "--service"},
+      {{"listen", "--timeout", "0"}, "--timeout"},
+      {{"listen", "--count", "0"}, "--count"},
+      {{"listen", "--color", "red"}, "--color"},
+  };
+  for (const auto& [arguments, what] : wrong) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const Result result = run(arguments);
+    expectUsageError(result, what);
+    EXPECT_THAT(result.err, HasSubstr("; see tornelctl "));
+  }
+}
+
+TEST(Cli, FailsOnOneLineWhateverTheArgumentsHold) {
+  const Result failed = run({"tables", "/no/such\nfile"});
+  EXPECT_EQ(kExitFailed, failed.status);
+  EXPECT_EQ("tornelctl: cannot open /no/such file: No such file or directory\n", failed.err);
 }
 
 TEST(Commands, RefuseAnOptionThatThereIsNot) {

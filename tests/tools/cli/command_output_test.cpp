@@ -14,7 +14,6 @@ namespace {
 
 using nlohmann::json;
 using test::Result;
-using test::run;
 using testing::HasSubstr;
 
 using OutputCommand = test::WithFakeDaemon;
@@ -42,19 +41,10 @@ Answer answerEach(const SrvOutputRequest& request) {
 
 TEST_F(OutputCommand, AsksWithEveryOption) {
   server_.daemon().answer = answerFor({7});
-  const Result result = runWithDaemon({"output",  "--service",
-                                       "101",     "--output-sid",
-                                       "1201",    "--name",
-                                       "Uno HD",  "--transport-stream-id",
-                                       "5",       "--original-network-id",
-                                       "6",       "--next-node",
-                                       "-1",      "--global-sid",
-                                       "7",       "--unique-sid",
-                                       "8",       "--output-param",
-                                       "9",       "--audio",
-                                       "eng,spa", "--audio",
-                                       "fre",     "--last-node",
-                                       "direct"});
+  const Result result = runWithDaemon(
+      {"output", "--service=101", "--output-sid=1201", "--name=Uno HD", "--transport-stream-id=5",
+       "--original-network-id=6", "--next-node=-1", "--global-sid=7", "--unique-sid=8",
+       "--output-param=9", "--audio=eng,spa", "--audio=fre", "--last-node=direct"});
   EXPECT_EQ(kExitDone, result.status) << result.err;
   EXPECT_THAT(result.out, HasSubstr("programme 1201 on PID 501"));
   ASSERT_EQ(1U, server_.daemon().requests.size());
@@ -89,13 +79,6 @@ TEST_F(OutputCommand, AsksForListedNodesOrNone) {
   const auto& requests = server_.daemon().requests;
   EXPECT_EQ(2U, requests.at(0).lastNodeSettings.at(101).size());
   EXPECT_TRUE(requests.at(1).lastNodeSettings.empty());
-}
-
-TEST_F(OutputCommand, PrintsJson) {
-  server_.daemon().answer = answerFor({101});
-  const Result result = runWithDaemon({"output", "--service", "101", "--json"});
-  EXPECT_EQ(kExitDone, result.status);
-  EXPECT_TRUE(nlohmann::json::parse(result.out).contains("101"));
 }
 
 TEST_F(OutputCommand, FailsForAServiceThatTheDaemonDoesNotHave) {
@@ -157,30 +140,6 @@ TEST_F(OutputCommand, PrintsTheOutputsThatThereAreAndNamesTheOthers) {
   EXPECT_EQ(kExitFailed, inJson.status);
   EXPECT_EQ(error, inJson.err);
   EXPECT_EQ(1U, json::parse(inJson.out).size());
-}
-
-TEST(OutputCommandLine, SaysWhatIsWrongWithTheOutputs) {
-  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
-      {{}, "no service is named: give --service ID or --out service=ID"},
-      {{"--out", "gsid=1"}, "--out 'gsid=1' names no input service: add the key service"},
-      {{"--service", "1", "--out", "gsid=1", "--out", "gsid=2,sid=x"},
-       "--out 'gsid=2,sid=x': sid needs a whole number, not 'x'"},
-      {{"--service", "1", "--out", "gsid=2", "--out", "gsid=2,name=B"},
-       "--out 'gsid=2,name=B': global service id 2 is taken by --out 'gsid=2': give each output "
-       "its "
-       "own with gsid=N"},
-      {{"--service", "1", "--last-node", "none", "--out", "audio=eng"},
-       "--out 'audio=eng': audio needs last-node settings to stand in, last-node none sends none"},
-      {{"--service", "1", "--last-node", "some"},
-       "--last-node: some not in {direct,listed,none}; see tornelctl output --help"},
-  };
-  for (const auto& [arguments, error] : wrong) {
-    std::vector<std::string> all = {"output"};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    const Result result = run(all);
-    EXPECT_EQ(kExitUsage, result.status) << error;
-    EXPECT_EQ("tornelctl: " + error + "\n", result.err);
-  }
 }
 
 }  // namespace
