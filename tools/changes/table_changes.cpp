@@ -1,5 +1,6 @@
 #include "tools/changes/table_changes.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -24,11 +25,13 @@ KeyAt idAt(const EntryRule& rule, const Entries& entries) {
 /** Everything in an entry that does not identify it. */
 KeyAt contentAt(const EntryRule& rule, const Entries& entries) {
   return [&](size_t place) {
-    Json json = fieldsJson(entries[place]);
-    for (const char* key : rule.keys) {
-      json.erase(key);
+    Fields content;
+    for (const Field& field : entries[place]) {
+      if (std::find(rule.keys.begin(), rule.keys.end(), field.name) == rule.keys.end()) {
+        content.push_back(field);
+      }
     }
-    return jsonLine(json);
+    return jsonLine(fieldsJson(content));
   };
 }
 

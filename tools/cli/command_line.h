@@ -9,7 +9,7 @@
 
 #include "tools/text/tool_error.h"
 
-namespace CLI {
+namespace CLI {  // NOLINT(readability-identifier-naming)
 class App;
 class Option;
 }  // namespace CLI
