@@ -66,7 +66,7 @@ _tornelctl() {
     _tornelctl_words "${value//,/ }" "$word"
   elif [[ -n $value ]]; then
     case $before in
-      -o | --output | --request) _tornelctl_files "$word" ;;
+      -o | --output) _tornelctl_files "$word" ;;
     esac
   elif [[ $word == -* ]]; then
     _tornelctl_words "$(_tornelctl_options "$help")" "$word"

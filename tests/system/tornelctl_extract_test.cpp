@@ -26,7 +26,6 @@ using testing::HasSubstr;
 using testing::SizeIs;
 
 constexpr int kLanguageTag = 0x0A;
-constexpr int kSubtitlingTag = 0x59;
 constexpr int kTeletextTag = 0x56;
 
 class TornelctlExtract : public testing::Test {
@@ -46,28 +45,6 @@ class TornelctlExtract : public testing::Test {
   Daemon daemon_{root_.path()};
 };
 
-TEST_F(TornelctlExtract, KeepsOneServiceOfTheSample) {
-  ASSERT_NO_FATAL_FAILURE(extract(samplePath(), 101, {"--output-sid", "1201", "--name", "Uno HD"}));
-  const TransportStream input(samplePath());
-  const Spts spts(out_);
-  expectOneProgramme(spts, 1201, "Uno HD");
-  expectSteadyTables(spts);
-  expectTablesOftenEnough(spts);
-  const ParsedPat pat = parsePat(firstSection(input, kPatPid, kPatTableId));
-  const ParsedPmt pmt = parsePmt(firstSection(input, pat.programs.at(101), kPmtTableId));
-  expectStreamsOf(spts, input, carriedStreams(pmt));
-}
-
-TEST_F(TornelctlExtract, DropsTheOtherLanguages) {
-  ASSERT_NO_FATAL_FAILURE(extract(samplePath(), 101, {"--audio", "eng"}));
-  const Spts spts(out_);
-  ASSERT_THAT(spts.pmt.streams, SizeIs(3));
-  EXPECT_EQ(spts.pmt.streams[0].type, 27);
-  EXPECT_EQ(spts.pmt.streams[1].descriptors.at(kLanguageTag).substr(0, 3), "eng");
-  EXPECT_EQ(spts.pmt.streams[2].descriptors.count(kSubtitlingTag), 1U);
-  expectOneProgramme(spts, 101, "Canal Uno");
-}
-
 TEST_F(TornelctlExtract, OfEveryServiceOfTheSampleIsProbedAsOneProgramme) {
   if (ffprobePath().empty()) {
     GTEST_SKIP() << "ffprobe is not installed";
@@ -82,15 +59,6 @@ TEST_F(TornelctlExtract, OfEveryServiceOfTheSampleIsProbedAsOneProgramme) {
     ASSERT_NO_FATAL_FAILURE(extract(samplePath(), service, {"--name", name}));
     EXPECT_EQ(probedKinds(probe(out_), service, name), kinds) << service;
   }
-}
-
-TEST_F(TornelctlExtract, TakesNameAndIdsOfTheInputUnlessTold) {
-  ASSERT_NO_FATAL_FAILURE(extract(samplePath(), 104));
-  const Spts spts(out_);
-  expectOneProgramme(spts, 104, "Radio Cuatro");
-  EXPECT_EQ(spts.pat.transportStreamId, 1101);
-  EXPECT_EQ(spts.sdt.originalNetworkId, 0xFF01);
-  EXPECT_EQ(spts.sdt.services.at(104).type, 0x02);
 }
 
 TEST_F(TornelctlExtract, AgainGivesTheSameBytes) {
@@ -113,13 +81,6 @@ TEST_F(TornelctlExtract, UnderANewNameMovesOnlyTheSdtsVersion) {
   EXPECT_EQ(after.pat.version, before.pat.version);
   EXPECT_EQ(after.pmt.version, before.pmt.version);
   EXPECT_EQ(after.pmtPid, before.pmtPid);
-}
-
-TEST_F(TornelctlExtract, OfAServiceThatIsNotThereFailsAndLeavesNoFile) {
-  const Outcome outcome = tornelctl({"extract", samplePath(), "--service", "999", "-o", out_});
-  EXPECT_EQ(outcome.exitStatus, 1);
-  EXPECT_THAT(outcome.err, HasSubstr("999"));
-  EXPECT_FALSE(std::filesystem::exists(out_));
 }
 
 TEST_F(TornelctlExtract, OfTheItalianRecordingKeepsVideoEnglishAndSubtitles) {

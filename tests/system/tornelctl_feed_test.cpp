@@ -2,23 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
-#include <ctime>
 #include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
+#include "records/records.h"
 #include "tests/fakes/fake_main_task.h"
 #include "tests/platform/temporary_directory.h"
-#include "tests/system/control_client.h"
 #include "tests/system/daemon.h"
-#include "tests/system/multiplex.h"
 #include "tests/system/psi_tables.h"
-#include "tests/system/raw_socket.h"
 #include "tests/system/tornelctl.h"
 
 namespace tevra::test {
@@ -30,7 +24,6 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::Ge;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Pair;
 using testing::SizeIs;
 
@@ -119,107 +112,12 @@ TEST_F(TornelctlFeed, GivesTheSamplesCaDescriptorsWithPidsOfThePool) {
   }
 }
 
-TEST_F(TornelctlFeed, TwiceChangesNoPid) {
-  ASSERT_EQ(tornelctl({"feed", samplePath()}).exitStatus, 0);
-  ASSERT_EQ(tornelctl({"feed", samplePath()}).exitStatus, 0);
-  ASSERT_TRUE(allNotified(mainTask_, daemon_));
-  const auto pats = notified("notifyPAT");
-  ASSERT_THAT(pats, SizeIs(2));
-  EXPECT_EQ(pats[0].pat, pats[1].pat);
-}
-
 TEST_F(TornelctlFeed, ReadsStandardInput) {
   const Outcome outcome =
       runToEnd({"/bin/sh", "-c", "exec \"$0\" feed - < \"$1\"", tornelctlPath(), samplePath()});
   EXPECT_EQ(outcome.exitStatus, 0) << outcome.err;
   ASSERT_TRUE(allNotified(mainTask_, daemon_));
   EXPECT_THAT(notified("notifyPMT"), SizeIs(5));
-}
-
-TEST_F(TornelctlFeed, OfWhatIsNoStreamFails) {
-  for (const std::string& file : {daemonPath(), std::string("/dev/null"), root_ / "absent"}) {
-    const Outcome outcome = tornelctl({"feed", file});
-    EXPECT_EQ(outcome.exitStatus, 1) << file;
-    EXPECT_THAT(outcome.err, testing::StartsWith("tornelctl: ")) << file;
-  }
-}
-
-TEST_F(TornelctlFeed, IsFollowedByAnAnswerAsJson) {
-  const Outcome before = tornelctl({"output", "--service", "101", "--json"});
-  EXPECT_EQ(before.exitStatus, 1);  // nothing fed yet
-  ASSERT_EQ(tornelctl({"feed", samplePath()}).exitStatus, 0);
-  const Outcome after = tornelctl({"output", "--service", "101", "--name", "Uno", "--json"});
-  EXPECT_EQ(after.exitStatus, 0) << after.err;
-  EXPECT_TRUE(nlohmann::json::accept(after.out)) << after.out;
-  EXPECT_THAT(after.out, HasSubstr("Uno"));
-}
-
-TEST(TornelctlWithoutDaemon, FailsAtOnceAndSaysWhy) {
-  for (const std::vector<std::string>& command :
-       {std::vector<std::string>{"feed", samplePath()}, {"output", "--service", "101"}}) {
-    const Outcome outcome = tornelctl(command);
-    EXPECT_EQ(outcome.exitStatus, 1);
-    EXPECT_THAT(outcome.err, HasSubstr("9224"));
-  }
-}
-
-/** The recording whose path `path` is, or a skipped test. */
-#define SKIP_WITHOUT(path)                     \
-  if (!std::filesystem::exists(path)) {        \
-    GTEST_SKIP() << (path) << " is not there"; \
-  }                                            \
-  static_assert(true, "a semicolon follows the macro")
-
-TEST_F(TornelctlFeed, OfTheItalianRecordingGivesEveryPmt) {
-  const std::string path = capturePath("italian-dtt-mpts.ts");
-  SKIP_WITHOUT(path);
-  ASSERT_EQ(tornelctl({"feed", path}).exitStatus, 0);
-  ASSERT_TRUE(allNotified(mainTask_, daemon_));
-  const ParsedPat pat = parsePat(firstSection(TransportStream(path), kPatPid, kPatTableId));
-  std::vector<int32_t> services;
-  for (const Notification& notification : notified("notifyPMT")) {
-    services.push_back(notification.pmt.programNumber);
-  }
-  std::sort(services.begin(), services.end());
-  std::vector<int32_t> expected;
-  for (const auto& [service, pid] : pat.programs) {
-    expected.push_back(service);
-  }
-  EXPECT_EQ(services, expected);
-  EXPECT_THAT(notified("notifyCAT"), IsEmpty());
-}
-
-/** The versions of a table in a recording, one after the other. */
-std::vector<int32_t> versionsIn(const std::string& path, int pid, int tableId) {
-  std::vector<int32_t> versions;
-  for (const CarriedSection& section : TransportStream(path).sections(pid)) {
-    const bool isTable = static_cast<uint8_t>(section.bytes[0]) == tableId;
-    const int32_t version = static_cast<uint8_t>(section.bytes[5]) >> 1 & 0x1F;
-    if (isTable && (versions.empty() || versions.back() != version)) {
-      versions.push_back(version);
-    }
-  }
-  return versions;
-}
-
-TEST_F(TornelctlFeed, OfTheLaboratoryRecordingGivesEachNewVersionOnce) {
-  const std::string path = capturePath("two-services-scrambled.ts");
-  SKIP_WITHOUT(path);
-  ASSERT_EQ(tornelctl({"feed", path}).exitStatus, 0);
-  ASSERT_TRUE(allNotified(mainTask_, daemon_));
-  std::vector<int32_t> pats;
-  for (const Notification& notification : notified("notifyPAT")) {
-    pats.push_back(notification.pat.version);
-  }
-  EXPECT_EQ(pats, versionsIn(path, kPatPid, kPatTableId));
-  EXPECT_THAT(pats, SizeIs(3));
-  std::vector<int32_t> sdts;
-  for (const Notification& notification : notified("notifySDT")) {
-    sdts.push_back(notification.sdt.version);
-  }
-  EXPECT_EQ(sdts, versionsIn(path, kSdtPid, kSdtActualTableId));
-  EXPECT_THAT(sdts, SizeIs(5));
-  EXPECT_THAT(notified("notifyCAT"), SizeIs(1));
 }
 
 /** The last offset that the daemon has told. */
@@ -250,7 +148,9 @@ std::multimap<int, int64_t> eventsOf(const TransportStream& stream) {
 
 TEST_F(TornelctlFeed, OfTheFrenchRecordingMovesItsEventsToTheSystemsClock) {
   const std::string path = capturePath("french-dtt-si-only.ts");
-  SKIP_WITHOUT(path);
+  if (!std::filesystem::exists(path)) {
+    GTEST_SKIP() << path << " is not there";
+  }
   ASSERT_EQ(tornelctl({"feed", path}).exitStatus, 0);
   ASSERT_TRUE(allNotified(mainTask_, daemon_));
   const long long offset = lastOffset(daemon_);

@@ -22,7 +22,6 @@ namespace tevra::test {
 namespace {
 
 using nlohmann::json;
-using testing::AllOf;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
@@ -126,19 +125,6 @@ TEST_F(TornelctlListen, PrintsWhatAChangedStreamChanges) {
   EXPECT_THAT(text, HasSubstr("- CA system 0x0500: CA PID " + std::to_string(kOutEmm)));
 }
 
-TEST_F(TornelctlListen, LetsNoEscapeSequenceOfTheStreamThrough) {
-  start();
-  ControlClient client;
-  client->setSDT(multiplexSdt());
-  SDT sdt = multiplexSdt();
-  const std::string name = "\x15Uno\x1B[31m\xC2\x9B";
-  const std::string header = {1, 0, static_cast<char>(name.size())};
-  sdt.services[0].descriptors = {descriptor(0x48, header + name)};
-  client->setSDT(sdt);
-  EXPECT_TRUE(printed("service name \"Uno\" -> \"Uno[31m\"\n"));
-  EXPECT_THAT(printedInAll(), AllOf(Not(HasSubstr("\x1b")), Not(HasSubstr("\xC2\x9B"))));
-}
-
 TEST_F(TornelctlListen, PrintsTheSameAsJson) {
   start({"--json"});
   ControlClient client;
@@ -188,14 +174,6 @@ TEST_F(TornelctlListen, TellsOfASteppedClockInALineForEachSchedule) {
   // The daemon counts in whole seconds, and one may pass between the calls.
   EXPECT_TRUE(printed("~ all 100 events moved by +02:00:0"));
   EXPECT_TRUE(printed(" UTC (-02:00:00), system clock +02:00:0"));
-}
-
-TEST_F(TornelctlListen, EndsAfterTheStartUpRequestWhenAskedForOneNotification) {
-  start({"--count", "1"});
-  const auto end = listener_->waitForEnd();
-  ASSERT_TRUE(end);
-  EXPECT_EQ(end->exitStatus, 0);
-  EXPECT_THAT(listener_->standardOutput(), testing::EndsWith("  configuration requested\n"));
 }
 
 TEST_F(TornelctlListen, SeesTheFrenchRecordingsSchedulesMoveAtOnce) {

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -23,7 +22,6 @@ namespace {
 using fake::FakeMainTask;
 using nlohmann::json;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -106,13 +104,11 @@ TEST_F(TornelctlOutputs, OfSeveralServicesAreTheStreamsThatEachGivesAlone) {
   }
 }
 
-TEST_F(TornelctlOutputs, ComeFromARequestFile) {
-  writeText(file("request.json"), R"({"service": 101, "audio": ["spa"], "outputs": [
-      {"gsid": 1, "sid": 1201, "name": "Uno, \"ES\""},
-      {"gsid": 2, "sid": 1202, "name": "Uno EN", "audio": "eng"},
-      {"gsid": 3, "service": 104}]})");
-  const Outcome outcome = succeed({"extract", samplePath(), "--request", file("request.json"), "-o",
-                                   file("{gsid}.ts"), "--json"});
+TEST_F(TornelctlOutputs, AreAccountedForAsJson) {
+  const Outcome outcome = succeed({"extract", samplePath(), "--service", "101", "--audio", "spa",
+                                   "--out", "gsid=1,sid=1201,name=Uno\\, \"ES\"", "--out",
+                                   "gsid=2,sid=1202,name=Uno EN,audio=eng", "--out",
+                                   "gsid=3,service=104", "-o", file("{gsid}.ts"), "--json"});
   EXPECT_THAT(outcome.err, IsEmpty());
   expectSoundStream(Spts(file("1.ts")), 1201, "Uno, \"ES\"");
   expectSoundStream(Spts(file("2.ts")), 1202, "Uno EN");
@@ -133,18 +129,6 @@ TEST_F(TornelctlOutputs, ComeFromARequestFile) {
   }
 }
 
-TEST_F(TornelctlOutputs, AreReadFromStandardInputToo) {
-  succeed({"feed", samplePath()});
-  writeText(file("request.json"), R"([{"service": 101}, {"service": 102, "gsid": 7}])");
-  const Outcome outcome = runToEnd({"/bin/sh", "-c", "\"$0\" output --json --request - <\"$1\"",
-                                    tornelctlPath(), file("request.json")});
-  EXPECT_EQ(outcome.exitStatus, 0) << outcome.err;
-  const json answer = json::parse(outcome.out);
-  EXPECT_THAT(answer, SizeIs(2));
-  EXPECT_EQ(answer.at("101").at("outputTables").at("pmt").at("programNumber"), 101);
-  EXPECT_EQ(answer.at("7").at("outputTables").at("pmt").at("programNumber"), 102);
-}
-
 TEST_F(TornelctlOutputs, ThatTheDaemonDoesNotGiveAreNamedBesideThoseThatItGives) {
   succeed({"feed", samplePath()});
   const Outcome outcome =
@@ -157,25 +141,6 @@ TEST_F(TornelctlOutputs, ThatTheDaemonDoesNotGiveAreNamedBesideThoseThatItGives)
   const json answer = json::parse(outcome.out);
   EXPECT_THAT(answer, SizeIs(3)) << "the listed node's own, too";
   EXPECT_EQ(answer.at("5").at("outputTables").at("outputParam1"), 6);
-}
-
-TEST_F(TornelctlOutputs, LeaveNoFileWhenOneCannotBeMade) {
-  const std::vector<std::pair<std::vector<std::string>, int>> wrong = {
-      {{"--out", "service=101", "--out", "service=999"}, 1},
-      {{"--out", "service=101,gsid=1", "--out", "service=101,gsid=1"}, 2},
-      {{"--out", "service=101,gsid=1,sid=5", "--out", "service=101,gsid=2,sid=70000"}, 2},
-      {{"--out", "gsid=101", "--out", "service=101,name=B"}, 2},
-      {{"--request", "/no/such/request.json"}, 1},
-      {{"--request", samplePath()}, 2},
-  };
-  for (const auto& [arguments, status] : wrong) {
-    std::vector<std::string> all = {"extract", samplePath(), "-o", file("{service}-{gsid}.ts")};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    const Outcome outcome = tornelctl(all);
-    EXPECT_EQ(outcome.exitStatus, status) << testing::PrintToString(arguments);
-    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-  }
-  EXPECT_TRUE(std::filesystem::is_empty(directory_.path()));
 }
 
 TEST_F(TornelctlOutputs, OfTheItalianRecordingAreProbedAsOneProgrammeEach) {

@@ -1,8 +1,9 @@
 #include <algorithm>
+#include <memory>
 
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
-#include "tools/cli/output_command_options.h"
+#include "tools/cli/request_options.h"
 #include "tools/extract/extract_json.h"
 #include "tools/extract/output_pattern.h"
 #include "tools/extract/spts_files.h"
@@ -21,7 +22,7 @@ constexpr const char* kStandardOutput = "-";
 
 struct ExtractOptions {
   EndpointOptions endpoint;
-  OutputCommandOptions commandLine;
+  RequestOptions request;
   std::vector<OutputDraft> drafts;
   std::string file;
   std::string outputFile;
@@ -114,13 +115,13 @@ void printFile(const SptsFile& output, std::ostream& out) {
       << fixedText(output.seconds, 2) << " s\n";
 }
 
-void printFiles(const std::vector<SptsFile>& outputs, const Streams& streams) {
+void printFiles(const std::vector<SptsFile>& outputs, const Console& console) {
   for (const SptsFile& output : outputs) {
     for (const std::string& warning : output.warnings) {
-      streams.err << "tornelctl: " << output.file << ": " << warning << "\n";
+      console.err << "tornelctl: " << output.file << ": " << warning << "\n";
     }
     if (output.streamPackets != 0) {
-      printFile(output, streams.out);
+      printFile(output, console.out);
     }
   }
 }
@@ -138,9 +139,10 @@ void requireStreams(const std::vector<SptsFile>& outputs) {
   }
 }
 
-int extract(const ExtractOptions& options, const Streams& said) {
+int extract(const ExtractOptions& options, const Console& given) {
   // What is said must not get between the packets on standard output.
-  const Streams streams = {options.outputFile == kStandardOutput ? said.err : said.out, said.err};
+  const Console console = {options.outputFile == kStandardOutput ? given.err : given.out,
+                           given.err};
   std::vector<SptsFile> outputs;
   uint64_t packets = 0;
   uint64_t tables = 0;
@@ -148,17 +150,17 @@ int extract(const ExtractOptions& options, const Streams& said) {
     const StreamFeed stream(options.file, daemon);
     packets = stream.packets();
     tables = stream.tables().sent();
-    printFeed(options, stream, streams.out);
-    stream.printFaults(streams.err);
+    printFeed(options, stream, console.out);
+    stream.printFaults(console.err);
     const auto asked = settledOutputs(options.drafts, stream.inventory());
     outputs = ask(daemon, asked, filesFor(options.pattern, asked, options.file));
   });
-  printAnswers(options, outputs, streams.out);
+  printAnswers(options, outputs, console.out);
   writeSptsFiles(options.file, outputs);
   if (options.json) {
-    streams.out << extractJson(options.file, packets, tables, outputs) << "\n";
+    console.out << extractJson(options.file, packets, tables, outputs) << "\n";
   } else {
-    printFiles(outputs, streams);
+    printFiles(outputs, console);
   }
   requireStreams(outputs);
   return kExitDone;
@@ -190,32 +192,31 @@ void requireFiles(const ExtractOptions& options) {
 }
 
 void finishOptions(ExtractOptions& options) {
-  options.drafts = finishOutputOptions(options.commandLine, OutputDefaults::kFromStream);
+  options.drafts = draftsOf(options.request, OutputDefaults::kFromStream);
   options.pattern = OutputPattern(options.outputFile);
   requireFiles(options);
 }
 
 }  // namespace
 
-void addExtractCommand(CLI::App& app, Action& action) {
+void addExtractCommand(CommandLine& line) {
   const auto options = std::make_shared<ExtractOptions>();
-  CLI::App* command = app.add_subcommand(
+  Command command = line.command(
       "extract",
       "Make single-programme transport streams of services: feed the stream, ask the daemon for "
       "the outputs, write them");
-  addFileReadTwice(*command, options->file);
+  addFileReadTwice(command, options->file);
   command
-      ->add_option("-o,--output", options->outputFile,
-                   "File to write; it is replaced. {gsid}, {sid}, {service} and {name} stand for "
-                   "those of the output")
-      ->required();
-  addOutputOptions(*command, options->commandLine, OutputDefaults::kFromStream);
-  command->add_flag("--json", options->json, "Print what was written as JSON");
-  addEndpointOptions(*command, options->endpoint, kFirstControlPort);
-  addTimeoutOption(*command, options->endpoint);
-  command->callback([&action, options] {
+      .option("-o,--output", options->outputFile,
+              "File to write; it is replaced. {gsid}, {sid}, {service} and {name} stand for those "
+              "of the output")
+      .required();
+  addRequestOptions(command, options->request, OutputDefaults::kFromStream);
+  command.flag("--json", options->json, "Print what was written as JSON");
+  addDaemonOptions(command, options->endpoint);
+  command.action([options](const Console& console) {
     finishOptions(*options);
-    action = [options](const Streams& streams) { return extract(*options, streams); };
+    return extract(*options, console);
   });
 }
 

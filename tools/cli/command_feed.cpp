@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <iostream>
+#include <memory>
 #include <optional>
 
 #include "tools/cli/cli.h"
@@ -22,7 +23,7 @@ struct FeedOptions {
   EndpointOptions endpoint;
   std::string source;
   bool loop = false;
-  bool realtime = false;
+  std::optional<std::string> rate;
   std::optional<int> seconds;
   bool json = false;
 };
@@ -47,41 +48,41 @@ class Stop {
 };
 
 Progress makeProgress(const ByteSource& source, const FeedOptions& options,
-                      const Streams& streams) {
+                      const Console& console) {
   Progress::Options result;
-  result.terminal = &streams.err == &std::cerr && isatty(STDERR_FILENO) != 0;
+  result.terminal = &console.err == &std::cerr && isatty(STDERR_FILENO) != 0;
   result.totalBytes = options.loop ? std::nullopt : source.size();
-  return {streams.err, result};
+  return {console.err, result};
 }
 
-void report(const FeedOptions& options, const StreamFeed& stream, const Streams& streams) {
+void report(const FeedOptions& options, const StreamFeed& stream, const Console& console) {
   if (options.json) {
-    streams.out << feedJson(options.source, stream) << "\n";
+    console.out << feedJson(options.source, stream) << "\n";
   } else {
-    streams.out << options.source << ": " << counted(stream.packets(), "packet") << ", "
+    console.out << options.source << ": " << counted(stream.packets(), "packet") << ", "
                 << counted(stream.tables().sent(), "table") << " sent, "
                 << counted(stream.statistics().discontinuities, "discontinuity", "discontinuities")
                 << ", " << counted(stream.statistics().crcErrors, "CRC error") << "\n";
-    stream.tables().print(streams.out);
-    streams.out << "services\n";
-    stream.inventory().print(streams.out);
+    stream.tables().print(console.out);
+    console.out << "services\n";
+    stream.inventory().print(console.out);
   }
-  stream.printFaults(streams.err);
+  stream.printFaults(console.err);
 }
 
 /** Feeds until the end of the stream, or until stopped. */
 StreamFeed feedStream(const FeedOptions& options, thrift::in_module::im_SIControlSrvIf& daemon,
-                      const Stop& stop, const Streams& streams) {
+                      const Stop& stop, const Console& console) {
   const LiveOptions live = {options.endpoint.timeoutSeconds, [&stop] { return stop.now(); }};
   const auto source = openSource(options.source, live);
   LoopedSource looped(*source);
-  Progress progress = makeProgress(*source, options, streams);
+  Progress progress = makeProgress(*source, options, console);
   Pacer pacer;
   uint64_t bytes = 0;
   const auto onPacket = [&](const TsPacket& packet, size_t tablesSent) {
     bytes += kTsPacketSize;
     progress.update(bytes, tablesSent);
-    if (options.realtime) {
+    if (options.rate == "realtime") {
       pacer.pace(packet);
     }
     return !stop.now();
@@ -92,13 +93,16 @@ StreamFeed feedStream(const FeedOptions& options, thrift::in_module::im_SIContro
   return stream;
 }
 
-int feed(const FeedOptions& options, const Streams& streams) {
+int feed(const FeedOptions& options, const Console& console) {
+  if (options.loop && (options.source == "-" || isLiveSource(options.source))) {
+    throw ArgumentError("--loop needs a file: " + options.source + " cannot begin again");
+  }
   int status = kExitDone;
   Stop stop(options.seconds);
   const StopSignals signals([&stop] { stop.interrupt(); });
   withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    const StreamFeed stream = feedStream(options, daemon, stop, streams);
-    report(options, stream, streams);
+    const StreamFeed stream = feedStream(options, daemon, stop, console);
+    report(options, stream, console);
     status = stream.tables().refused() == 0 ? kExitDone : kExitFailed;
   });
   return status;
@@ -106,33 +110,25 @@ int feed(const FeedOptions& options, const Streams& streams) {
 
 }  // namespace
 
-void addFeedCommand(CLI::App& app, Action& action) {
+void addFeedCommand(CommandLine& line) {
   const auto options = std::make_shared<FeedOptions>();
-  CLI::App* command = app.add_subcommand(
+  Command command = line.command(
       "feed", "Hand the tables of a transport stream to the daemon, each when it is complete");
   command
-      ->add_option("FILE", options->source,
-                   "Transport stream: a file, - for standard input, or udp://ADDRESS:PORT for a "
-                   "live one, raw or RTP, that arrives there")
-      ->required();
-  command->add_flag("--loop", options->loop, "Begin again at the end, until interrupted");
+      .option("FILE", options->source,
+              "Transport stream: a file, - for standard input, or udp://ADDRESS:PORT for a live "
+              "one, raw or RTP, that arrives there")
+      .required();
+  command.flag("--loop", options->loop, "Begin again at the end, until interrupted");
   command
-      ->add_option_function<std::string>(
-          "--rate", [options](const std::string& rate) { options->realtime = rate == "realtime"; },
-          "realtime: as fast as the stream was made, by its PCRs; max: as fast as it is read "
-          "(default: max)")
-      ->check(CLI::IsMember({"realtime", "max"}).description("{realtime,max}"));
-  command->add_option("--seconds", options->seconds, "End after so many seconds")
-      ->check(CLI::Range(1, 1'000'000).description("1..1000000"));
-  command->add_flag("--json", options->json, "Print what was sent as JSON");
-  addEndpointOptions(*command, options->endpoint, kFirstControlPort);
-  addTimeoutOption(*command, options->endpoint);
-  command->callback([&action, options] {
-    if (options->loop && (options->source == "-" || isLiveSource(options->source))) {
-      throw CLI::ValidationError("--loop needs a file: " + options->source + " cannot begin again");
-    }
-    action = [options](const Streams& streams) { return feed(*options, streams); };
-  });
+      .option("--rate", options->rate,
+              "realtime: as fast as the stream was made, by its PCRs; max: as fast as it is read "
+              "(default: max)")
+      .oneOf({"realtime", "max"});
+  command.option("--seconds", options->seconds, "End after so many seconds").range(1, 1'000'000);
+  command.flag("--json", options->json, "Print what was sent as JSON");
+  addDaemonOptions(command, options->endpoint);
+  command.action([options](const Console& console) { return feed(*options, console); });
 }
 
 }  // namespace tevra::tools

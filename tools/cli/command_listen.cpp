@@ -21,9 +21,6 @@
 namespace tevra::tools {
 namespace {
 
-constexpr int kMostNotifications = 1'000'000'000;
-constexpr int kLongestTime = 1'000'000;
-constexpr int kLongestTimeout = 3600;
 /** A table's 256 sections of 4096 bytes, and what records take in memory beside them. */
 constexpr size_t kLargestTable = size_t{32} * 1024 * 1024;
 
@@ -40,29 +37,29 @@ struct ListenOptions {
   std::optional<int> timeout;
 };
 
-bool isStandardOutput(const Streams& streams) {
-  return &streams.out == &std::cout;
+bool isStandardOutput(const Console& console) {
+  return &console.out == &std::cout;
 }
 
 /** Whether to colour what nobody said should be or not. */
-bool isColourTerminal(const ListenOptions& options, const Streams& streams) {
+bool isColourTerminal(const ListenOptions& options, const Console& console) {
   const bool isDumb = options.terminal.empty() || options.terminal == "dumb";
-  return isStandardOutput(streams) && isatty(STDOUT_FILENO) != 0 && options.noColour.empty() &&
+  return isStandardOutput(console) && isatty(STDOUT_FILENO) != 0 && options.noColour.empty() &&
          !isDumb;
 }
 
 std::unique_ptr<NotificationPrinter> makePrinter(const ListenOptions& options,
-                                                 const Streams& streams) {
+                                                 const Console& console) {
   const Zone zone = options.utc ? Zone::kUtc : Zone::kLocal;
   if (options.json) {
-    return std::make_unique<NotificationJsonPrinter>(streams.out, zone);
+    return std::make_unique<NotificationJsonPrinter>(console.out, zone);
   }
   NotificationTextPrinter::Options text;
   text.inColour = options.colour == "always" ||
-                  (options.colour == "auto" && isColourTerminal(options, streams));
+                  (options.colour == "auto" && isColourTerminal(options, console));
   text.all = options.all;
   text.zone = zone;
-  return std::make_unique<NotificationTextPrinter>(streams.out, text);
+  return std::make_unique<NotificationTextPrinter>(console.out, text);
 }
 
 /** A write to a pipe that nobody reads fails instead of ending the process. */
@@ -84,8 +81,8 @@ std::optional<std::chrono::seconds> secondsOf(std::optional<int> count) {
 /** One run of the command. Everything but stop() happens on the server's thread. */
 class Listener {
  public:
-  Listener(const ListenOptions& options, const Streams& streams)
-      : options_(options), streams_(streams), printer_(makePrinter(options, streams)) {}
+  Listener(const ListenOptions& options, const Console& console)
+      : options_(options), console_(console), printer_(makePrinter(options, console)) {}
 
   int run() {
     const int port = options_.endpoint.resolvedPort(kFirstNotificationPort);
@@ -109,10 +106,10 @@ class Listener {
     ListenWatch::Limits limits;
     limits.silence = secondsOf(options_.timeout);
     limits.time = secondsOf(options_.seconds);
-    limits.output = isStandardOutput(streams_) ? STDOUT_FILENO : -1;
+    limits.output = isStandardOutput(console_) ? STDOUT_FILENO : -1;
     watch_ =
         std::make_unique<ListenWatch>(limits, [this](ListenWatch::Reason reason) { stop(reason); });
-    streams_.err << "listening on " << options_.endpoint.host << ":" << port
+    console_.err << "listening on " << options_.endpoint.host << ":" << port
                  << " in MainTask's place\n"
                  << std::flush;
   }
@@ -131,7 +128,7 @@ class Listener {
     TableNews news;
     if (const auto* notified = std::get_if<NotifiedTable>(&notification.content)) {
       if (memoryOf(notified->table) > kLargestTable) {
-        streams_.err << namesOf(notified->kind).brief
+        console_.err << namesOf(notified->kind).brief
                      << " ignored: larger than any transport stream can carry\n"
                      << std::flush;
         return;
@@ -145,11 +142,11 @@ class Listener {
   }
 
   [[nodiscard]] bool isDone() const {
-    return !streams_.out || (options_.count && taken_ >= *options_.count);
+    return !console_.out || (options_.count && taken_ >= *options_.count);
   }
 
   const ListenOptions& options_;
-  const Streams& streams_;
+  const Console& console_;
   std::unique_ptr<NotificationPrinter> printer_;
   TableHistory history_;
   int taken_ = 0;
@@ -162,46 +159,41 @@ class Listener {
   std::unique_ptr<ListenWatch> watch_;
 };
 
-void addOutputOptions(CLI::App& command, ListenOptions& options) {
+void addPrintOptions(Command& command, ListenOptions& options) {
   command
-      .add_option("--color", options.colour,
-                  "Colour the text: auto does on a terminal, unless NO_COLOR is set")
-      ->check(CLI::IsMember({"auto", "always", "never"}))
-      ->capture_default_str();
-  // Out of the help: there for the environment alone, which the library reads.
-  command.add_option("--environment-no-color", options.noColour)->envname("NO_COLOR")->group("");
-  command.add_option("--environment-term", options.terminal)->envname("TERM")->group("");
-  command.add_flag("--all", options.all, "Print every difference, however many there are");
-  command.add_flag("--utc", options.utc, "Print times in UTC, not in the machine's zone");
-  command.add_flag("--json", options.json, "Print one JSON object a line");
+      .option("--color", options.colour,
+              "Colour the text: auto does on a terminal, unless NO_COLOR is set")
+      .oneOf({"auto", "always", "never"});
+  command.environment("NO_COLOR", options.noColour);
+  command.environment("TERM", options.terminal);
+  command.flag("--all", options.all, "Print every difference, however many there are");
+  command.flag("--utc", options.utc, "Print times in UTC, not in the machine's zone");
+  command.flag("--json", options.json, "Print one JSON object a line");
 }
 
-void addEndOptions(CLI::App& command, ListenOptions& options) {
-  command.add_option("--count", options.count, "End after so many notifications")
-      ->check(CLI::Range(1, kMostNotifications).description("1..1000000000"));
-  command.add_option("--seconds", options.seconds, "End after so many seconds")
-      ->check(CLI::Range(1, kLongestTime).description("1..1000000"));
+void addEndOptions(Command& command, ListenOptions& options) {
+  command.option("--count", options.count, "End after so many notifications")
+      .range(1, 1'000'000'000);
+  command.option("--seconds", options.seconds, "End after so many seconds").range(1, 1'000'000);
   command
-      .add_option("--timeout", options.timeout,
-                  "End with an error when nothing is notified for so many seconds (default: wait "
-                  "for ever)")
-      ->check(CLI::Range(1, kLongestTimeout).description("1..3600"));
+      .option("--timeout", options.timeout,
+              "End with an error when nothing is notified for so many seconds (default: wait for "
+              "ever)")
+      .range(1, 3600);
 }
 
 }  // namespace
 
-void addListenCommand(CLI::App& app, Action& action) {
+void addListenCommand(CommandLine& line) {
   const auto options = std::make_shared<ListenOptions>();
-  CLI::App* command = app.add_subcommand(
+  Command command = line.command(
       "listen",
       "Stand in for MainTask: print the daemon's notifications, and what each table changes, "
       "until interrupted");
-  addOutputOptions(*command, *options);
-  addEndOptions(*command, *options);
-  addEndpointOptions(*command, options->endpoint, kFirstNotificationPort);
-  command->callback([&action, options] {
-    action = [options](const Streams& streams) { return Listener(*options, streams).run(); };
-  });
+  addPrintOptions(command, *options);
+  addEndOptions(command, *options);
+  addEndpointOptions(command, options->endpoint, kFirstNotificationPort);
+  command.action([options](const Console& console) { return Listener(*options, console).run(); });
 }
 
 }  // namespace tevra::tools

@@ -1,6 +1,8 @@
+#include <memory>
+
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
-#include "tools/cli/output_command_options.h"
+#include "tools/cli/request_options.h"
 #include "tools/outputs/output_answers.h"
 #include "tools/outputs/output_json.h"
 #include "tools/outputs/output_text.h"
@@ -11,8 +13,7 @@ namespace {
 
 struct AskOptions {
   EndpointOptions endpoint;
-  OutputCommandOptions commandLine;
-  std::vector<OutputOptions> outputs;
+  RequestOptions request;
   bool json = false;
 };
 
@@ -35,30 +36,27 @@ void requireAll(const std::vector<OutputOptions>& outputs, const OutputAnswers& 
   }
 }
 
-int output(const AskOptions& options, const Streams& streams) {
+int output(const AskOptions& options, const Console& console) {
+  const auto outputs = outputsOf(draftsOf(options.request, OutputDefaults::kFixed));
   OutputAnswers answers;
   withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    answers = askFor(daemon, options.outputs);
+    answers = askFor(daemon, outputs);
   });
-  print(options, answers, streams.out);
-  requireAll(options.outputs, answers);
+  print(options, answers, console.out);
+  requireAll(outputs, answers);
   return kExitDone;
 }
 
 }  // namespace
 
-void addOutputCommand(CLI::App& app, Action& action) {
+void addOutputCommand(CommandLine& line) {
   const auto options = std::make_shared<AskOptions>();
-  CLI::App* command = app.add_subcommand(
+  Command command = line.command(
       "output", "Ask the daemon what outputs of a service are made of: PIDs and tables");
-  addOutputOptions(*command, options->commandLine, OutputDefaults::kFixed);
-  command->add_flag("--json", options->json, "Print the answer as JSON");
-  addEndpointOptions(*command, options->endpoint, kFirstControlPort);
-  addTimeoutOption(*command, options->endpoint);
-  command->callback([&action, options] {
-    options->outputs = outputsOf(finishOutputOptions(options->commandLine, OutputDefaults::kFixed));
-    action = [options](const Streams& streams) { return output(*options, streams); };
-  });
+  addRequestOptions(command, options->request, OutputDefaults::kFixed);
+  command.flag("--json", options->json, "Print the answer as JSON");
+  addDaemonOptions(command, options->endpoint);
+  command.action([options](const Console& console) { return output(*options, console); });
 }
 
 }  // namespace tevra::tools

@@ -1,5 +1,7 @@
 #include <chrono>
+#include <memory>
 
+#include "im_SIControlSrv.h"
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
 #include "tools/cli/round_trips.h"
@@ -8,8 +10,6 @@
 
 namespace tevra::tools {
 namespace {
-
-constexpr int kMostCalls = 1'000'000;
 
 struct PingOptions {
   EndpointOptions endpoint;
@@ -43,13 +43,13 @@ void printJson(std::ostream& out, size_t calls, const RoundTripSummary& summary)
   out << jsonLine(json) << "\n";
 }
 
-int ping(const PingOptions& options, const Streams& streams) {
+int ping(const PingOptions& options, const Console& console) {
   const RoundTrips times = measure(options);
   const RoundTripSummary summary = summarise(times);
   if (options.json) {
-    printJson(streams.out, times.size(), summary);
+    printJson(console.out, times.size(), summary);
   } else {
-    streams.out << counted(times.size(), "call") << " of getSIData: min "
+    console.out << counted(times.size(), "call") << " of getSIData: min "
                 << millisecondsText(summary.shortest) << " ms, median "
                 << millisecondsText(summary.median) << " ms, max "
                 << millisecondsText(summary.longest) << " ms\n";
@@ -59,19 +59,14 @@ int ping(const PingOptions& options, const Streams& streams) {
 
 }  // namespace
 
-void addPingCommand(CLI::App& app, Action& action) {
+void addPingCommand(CommandLine& line) {
   const auto options = std::make_shared<PingOptions>();
-  CLI::App* command =
-      app.add_subcommand("ping", "Measure how long the daemon takes to answer a call");
-  command->add_option("--count", options->count, "Calls to make, one after the other")
-      ->check(CLI::Range(1, kMostCalls).description("1..1000000"))
-      ->capture_default_str();
-  command->add_flag("--json", options->json, "Print the figures as JSON");
-  addEndpointOptions(*command, options->endpoint, kFirstControlPort);
-  addTimeoutOption(*command, options->endpoint);
-  command->callback([&action, options] {
-    action = [options](const Streams& streams) { return ping(*options, streams); };
-  });
+  Command command = line.command("ping", "Measure how long the daemon takes to answer a call");
+  command.option("--count", options->count, "Calls to make, one after the other")
+      .range(1, 1'000'000);
+  command.flag("--json", options->json, "Print the figures as JSON");
+  addDaemonOptions(command, options->endpoint);
+  command.action([options](const Console& console) { return ping(*options, console); });
 }
 
 }  // namespace tevra::tools

@@ -1,3 +1,5 @@
+#include <memory>
+
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
 #include "tools/report/facts/report_collector.h"
@@ -26,7 +28,10 @@ void write(const ReportOptions& options, const report::Report& report) {
   file.close();
 }
 
-int makeReport(const ReportOptions& options, const Streams& streams) {
+int makeReport(const ReportOptions& options, const Console& console) {
+  if (isSameFile(options.file, options.outputFile)) {
+    throw ArgumentError("output and input are the same file, " + options.file);
+  }
   report::Collected collected;
   withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
     collected = report::collectReport(options.file, daemon);
@@ -34,10 +39,10 @@ int makeReport(const ReportOptions& options, const Streams& streams) {
   collected.report.title = options.title;
   write(options, collected.report);
   for (const std::string& fault : collected.report.faults) {
-    streams.err << fault << "\n";
+    console.err << fault << "\n";
   }
   if (options.outputFile != "-") {
-    streams.out << "report " << options.outputFile << ": "
+    console.out << "report " << options.outputFile << ": "
                 << counted(collected.report.services.size(), "service") << ", "
                 << counted(collected.report.tablesSent, "table") << " sent to the daemon\n";
   }
@@ -46,27 +51,21 @@ int makeReport(const ReportOptions& options, const Streams& streams) {
 
 }  // namespace
 
-void addReportCommand(CLI::App& app, Action& action) {
+void addReportCommand(CommandLine& line) {
   const auto options = std::make_shared<ReportOptions>();
-  CLI::App* command = app.add_subcommand(
+  Command command = line.command(
       "report",
       "Draw the multiplex on a page: feed the stream, ask the daemon for the output of every "
       "service, write HTML");
-  addFileReadTwice(*command, options->file);
+  addFileReadTwice(command, options->file);
   command
-      ->add_option("-o,--output", options->outputFile,
-                   "File to write; it is replaced. - is standard output")
-      ->required();
-  command->add_option("--title", options->title, "Heading of the page (default: the file's name)");
-  command->add_flag("--json", options->json, "Write the facts as JSON instead");
-  addEndpointOptions(*command, options->endpoint, kFirstControlPort);
-  addTimeoutOption(*command, options->endpoint);
-  command->callback([&action, options] {
-    if (isSameFile(options->file, options->outputFile)) {
-      throw CLI::ValidationError("output and input are the same file, " + options->file);
-    }
-    action = [options](const Streams& streams) { return makeReport(*options, streams); };
-  });
+      .option("-o,--output", options->outputFile,
+              "File to write; it is replaced. - is standard output")
+      .required();
+  command.option("--title", options->title, "Heading of the page (default: the file's name)");
+  command.flag("--json", options->json, "Write the facts as JSON instead");
+  addDaemonOptions(command, options->endpoint);
+  command.action([options](const Console& console) { return makeReport(*options, console); });
 }
 
 }  // namespace tevra::tools

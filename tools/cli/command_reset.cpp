@@ -1,3 +1,6 @@
+#include <memory>
+
+#include "im_SIControlSrv.h"
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
 #include "tools/text/json_text.h"
@@ -21,7 +24,7 @@ void printJson(std::ostream& out, const DaemonAddress& address) {
   out << jsonLine(json) << "\n";
 }
 
-int reset(const ResetOptions& options, const Streams& streams) {
+int reset(const ResetOptions& options, const Console& console) {
   const DaemonAddress address = daemonAddress(options.endpoint);
   withDaemon(address, [](thrift::in_module::im_SIControlSrvIf& daemon) {
     if (!daemon.sendCmd(kResetCommand)) {
@@ -29,26 +32,23 @@ int reset(const ResetOptions& options, const Streams& streams) {
     }
   });
   if (options.json) {
-    printJson(streams.out, address);
+    printJson(console.out, address);
   } else {
-    streams.out << "The daemon has forgotten the tables it was fed; PIDs and versions go on.\n";
+    console.out << "The daemon has forgotten the tables it was fed; PIDs and versions go on.\n";
   }
   return kExitDone;
 }
 
 }  // namespace
 
-void addResetCommand(CLI::App& app, Action& action) {
+void addResetCommand(CommandLine& line) {
   const auto options = std::make_shared<ResetOptions>();
-  CLI::App* command = app.add_subcommand(
+  Command command = line.command(
       "reset",
       "Have the daemon forget the tables it was fed and its time offset; PIDs and versions stay");
-  command->add_flag("--json", options->json, "Print the result as JSON");
-  addEndpointOptions(*command, options->endpoint, kFirstControlPort);
-  addTimeoutOption(*command, options->endpoint);
-  command->callback([&action, options] {
-    action = [options](const Streams& streams) { return reset(*options, streams); };
-  });
+  command.flag("--json", options->json, "Print the result as JSON");
+  addDaemonOptions(command, options->endpoint);
+  command.action([options](const Console& console) { return reset(*options, console); });
 }
 
 }  // namespace tevra::tools

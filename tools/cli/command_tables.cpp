@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -46,10 +47,10 @@ void requireTables(const TablesOptions& options, uint64_t packets, size_t tables
   }
 }
 
-int printTables(const TablesOptions& options, const Streams& streams) {
+int printTables(const TablesOptions& options, const Console& console) {
   InputFile file(options.file);
   TsPacketReader reader([&](uint8_t* buffer, size_t size) { return file.read(buffer, size); });
-  TablePrinter printer(streams.out, options.json);
+  TablePrinter printer(console.out, options.json);
   size_t tables = 0;
   TableDemux demux([&](const SiTable& table) {
     ++tables;
@@ -58,15 +59,15 @@ int printTables(const TablesOptions& options, const Streams& streams) {
     }
   });
   TsPacket packet;
-  while (reader.next(packet) && streams.out.good()) {
+  while (reader.next(packet) && console.out.good()) {
     demux.push(packet);
   }
   printer.finish();
-  if (!streams.out.flush()) {
+  if (!console.out.flush()) {
     throw ToolError("cannot write the tables: " + std::string(std::strerror(errno)));
   }
   for (const std::string& fault : streamFaults(reader, demux, "not shown")) {
-    streams.err << fault << "\n";
+    console.err << fault << "\n";
   }
   requireTables(options, reader.packets(), tables, printer.printed());
   return kExitDone;
@@ -74,29 +75,22 @@ int printTables(const TablesOptions& options, const Streams& streams) {
 
 }  // namespace
 
-void addTablesCommand(CLI::App& app, Action& action) {
+void addTablesCommand(CommandLine& line) {
   const auto options = std::make_shared<TablesOptions>();
-  CLI::App* command = app.add_subcommand(
+  Command command = line.command(
       "tables", "Print the tables of a transport stream, each new version once, in stream order");
-  command->add_option("FILE", options->file, "Transport stream; - is standard input")->required();
+  command.option("FILE", options->file, "Transport stream; - is standard input").required();
+  const std::vector<std::string> names = {"PAT", "CAT", "PMT", "NIT", "SDT", "BAT", "EIT", "TOT"};
   command
-      ->add_option("--table", options->names,
-                   "Print only these: PAT, CAT, PMT, NIT, SDT, BAT, EIT, TOT; may be given again")
-      ->transform(
-          CLI::IsMember({"PAT", "CAT", "PMT", "NIT", "SDT", "BAT", "EIT", "TOT"}, CLI::ignore_case)
-              .description(""))
-      ->type_name("NAME")
-      ->delimiter(',')
-      ->expected(1)
-      ->take_all();
+      .list("--table", options->names, names,
+            "Print only these: " + joined(names, ", ") + "; may be given again")
+      .called("NAME");
   command
-      ->add_option("--service", options->service,
-                   "Print only the PMTs and EITs of the service with this id")
-      ->check(CLI::Range(0, 65535).description("0..65535"));
-  command->add_flag("--json", options->json, "Print one JSON array");
-  command->callback([&action, options] {
-    action = [options](const Streams& streams) { return printTables(*options, streams); };
-  });
+      .option("--service", options->service,
+              "Print only the PMTs and EITs of the service with this id")
+      .range(0, 65535);
+  command.flag("--json", options->json, "Print one JSON array");
+  command.action([options](const Console& console) { return printTables(*options, console); });
 }
 
 }  // namespace tevra::tools

@@ -6,6 +6,7 @@
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TSocket.h>
 
+#include "im_SIControlSrv.h"
 #include "records/frame_protocol.h"
 #include "records/global_output.h"
 #include "tools/text/tool_error.h"

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "im_SIControlSrv.h"
+#include "records/control_service.h"
 
 namespace tevra::tools {
 

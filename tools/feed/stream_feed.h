@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "im_SIControlSrv.h"
+#include "records/control_service.h"
 #include "tools/feed/stream_inventory.h"
 #include "tools/feed/table_feeder.h"
 #include "tools/si/table_demux.h"

@@ -2,6 +2,7 @@
 
 #include <variant>
 
+#include "im_SIControlSrv.h"
 #include "tools/si/section.h"
 #include "tools/text/dvb_time.h"
 #include "tools/text/text_table.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "im_SIControlSrv.h"
+#include "records/control_service.h"
 #include "tools/si/table_identity.h"
 
 namespace tevra::tools {

@@ -15,7 +15,7 @@ using Clock = std::chrono::system_clock;
 /** The value of an object with one member, else the object. */
 Json valueOrObject(const Fields& fields) {
   Json object = fieldsJson(fields);
-  return fields.size() == 1 ? Json(object.at(fields.front().name)) : object;
+  return fields.size() == 1 ? object[fields.front().name] : object;
 }
 
 struct SideJson {
@@ -54,7 +54,7 @@ Json changeJson(const Change& change) {
     json["descriptor"] = change.descriptor;
   }
   if (change.descriptorKey) {
-    json.update(fieldsJson({*change.descriptorKey}));
+    appendFields(json, {*change.descriptorKey});
   }
   json["change"] = kKinds.at(static_cast<size_t>(change.kind));
   if (change.seconds) {

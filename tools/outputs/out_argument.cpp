@@ -1,12 +1,13 @@
 #include "tools/outputs/out_argument.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
-#include <map>
+#include <limits>
 #include <set>
 #include <utility>
 #include <vector>
 
-#include "tools/outputs/output_keys.h"
 #include "tools/text/tool_error.h"
 
 namespace tevra::tools {
@@ -14,6 +15,34 @@ namespace {
 
 constexpr char kEscape = '\\';
 constexpr char kSeparator = ',';
+
+constexpr int32_t kLowest = std::numeric_limits<int32_t>::min();
+constexpr int32_t kHighest = std::numeric_limits<int32_t>::max();
+
+/** A key whose value is a whole number. */
+struct NumberKey {
+  const char* name;
+  int32_t lowest;
+  int32_t highest;
+  void (*set)(OutputDraft& draft, int32_t value);
+};
+
+constexpr std::array<NumberKey, 8> kNumberKeys = {{
+    {"service", 0, 0xFFFF, [](OutputDraft& draft, int32_t value) { draft.service = value; }},
+    {"gsid", kLowest, kHighest,
+     [](OutputDraft& draft, int32_t value) { draft.output.globalSid = value; }},
+    {"sid", 0, 0xFFFF, [](OutputDraft& draft, int32_t value) { draft.output.outputSid = value; }},
+    {"tsid", 0, 0xFFFF,
+     [](OutputDraft& draft, int32_t value) { draft.output.transportStreamId = value; }},
+    {"onid", 0, 0xFFFF,
+     [](OutputDraft& draft, int32_t value) { draft.output.originalNetworkId = value; }},
+    {"next-node", kLowest, kHighest,
+     [](OutputDraft& draft, int32_t value) { draft.output.nextNode = value; }},
+    {"output-param", kLowest, kHighest,
+     [](OutputDraft& draft, int32_t value) { draft.output.outputParam = value; }},
+    {"usid", kLowest, kHighest,
+     [](OutputDraft& draft, int32_t value) { draft.output.uniqueSid = value; }},
+}};
 
 /** One argument on its way into a draft. */
 class OutArgument {
@@ -81,7 +110,9 @@ void OutArgument::take(const std::string& item) {
 }
 
 void OutArgument::set(const std::string& key, const std::string& value) {
-  if (const NumberKey* found = findNumberKey(key)) {
+  const auto* found = std::find_if(kNumberKeys.begin(), kNumberKeys.end(),
+                                   [&](const NumberKey& number) { return number.name == key; });
+  if (found != kNumberKeys.end()) {
     found->set(draft_, number(*found, value));
   } else if (key == "name") {
     draft_.output.name = value;
@@ -92,7 +123,7 @@ void OutArgument::set(const std::string& key, const std::string& value) {
   } else if (key == "listed-node") {
     addListedNode(value);
   } else {
-    fail("unknown key '" + key + "'; the keys are " + outputKeys());
+    fail("unknown key '" + key + "'; the keys are " + kOutputKeys);
   }
 }
 
@@ -105,8 +136,9 @@ int32_t OutArgument::number(const NumberKey& key, const std::string& value) cons
   if (stop != end || error == std::errc::invalid_argument || (isHex && *begin == '-')) {
     fail(std::string(key.name) + " needs a whole number, not '" + value + "'");
   }
-  if (error == std::errc::result_out_of_range || !key.takes(number)) {
-    fail(std::string(key.name) + " " + value + " is out of range, " + key.range());
+  if (error == std::errc::result_out_of_range || number < key.lowest || number > key.highest) {
+    fail(std::string(key.name) + " " + value + " is out of range, " + std::to_string(key.lowest) +
+         " to " + std::to_string(key.highest));
   }
   return static_cast<int32_t>(number);
 }

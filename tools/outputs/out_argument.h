@@ -6,8 +6,13 @@
 
 namespace tevra::tools {
 
+/** The keys of --out, with commas between them. */
+inline constexpr const char* kOutputKeys =
+    "service, gsid, sid, name, tsid, onid, audio, next-node, output-param, last-node, usid, "
+    "listed-node";
+
 /**
- * Reads the argument of --out, "KEY=VALUE,KEY=VALUE...", with the keys of output_keys.h.
+ * Reads the argument of --out, "KEY=VALUE,KEY=VALUE...".
  *
  * A comma in a value stands behind a backslash, and so does a backslash. Numbers are decimal, or
  * hexadecimal behind 0x. Languages and listed nodes are written as parseLanguages and

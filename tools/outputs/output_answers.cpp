@@ -1,5 +1,6 @@
 #include "tools/outputs/output_answers.h"
 
+#include "im_SIControlSrv.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {

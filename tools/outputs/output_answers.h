@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "im_SIControlSrv.h"
+#include "records/control_service.h"
+#include "records/records.h"
 #include "tools/outputs/output_request.h"
 
 namespace tevra::tools {

@@ -69,13 +69,6 @@ void addOutput(SrvOutputRequest& request, const OutputOptions& options) {
 
 }  // namespace
 
-SrvOutputRequest makeRequest(const OutputOptions& options) {
-  SrvOutputRequest request;
-  request.inputSID = options.inputSid;
-  addOutput(request, options);
-  return request;
-}
-
 std::vector<SrvOutputRequest> makeRequests(const std::vector<OutputOptions>& outputs) {
   std::vector<SrvOutputRequest> requests;
   std::map<int32_t, size_t> places;  // by input service id
@@ -95,15 +88,11 @@ std::optional<std::vector<std::string>> parseLanguages(const std::string& text) 
   }
   const std::vector<std::string> codes = split(text, ",+");
   for (const std::string& code : codes) {
-    if (!isLanguageCode(code)) {
+    if (code.size() != kLanguageCodeSize) {
       return std::nullopt;
     }
   }
   return codes;
-}
-
-bool isLanguageCode(const std::string& text) {
-  return text.size() == kLanguageCodeSize;
 }
 
 std::optional<ListedNode> parseListedNode(const std::string& text) {

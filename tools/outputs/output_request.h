@@ -54,14 +54,9 @@ struct OutputOptions {
 };
 
 /**
- * The request with one output, keyed by its global service id. Listed nodes without a filter get
- * the output's.
- */
-[[nodiscard]] SrvOutputRequest makeRequest(const OutputOptions& options);
-
-/**
- * The requests for any outputs: one for each input service, in the order in which they first come.
- * Of outputs with the same service and global service id only the last counts.
+ * The requests for any outputs: one for each input service, in the order in which they first come,
+ * with its outputs keyed by their global service ids. Of outputs with the same service and global
+ * service id only the last counts. Listed nodes without a filter get their output's.
  */
 [[nodiscard]] std::vector<SrvOutputRequest> makeRequests(const std::vector<OutputOptions>& outputs);
 
@@ -70,9 +65,6 @@ struct OutputOptions {
  * characters. Codes are kept as they are written.
  */
 [[nodiscard]] std::optional<std::vector<std::string>> parseLanguages(const std::string& text);
-
-/** Whether an entry of a list of languages can be one. */
-[[nodiscard]] bool isLanguageCode(const std::string& text);
 
 /**
  * Reads "GSID", "GSID:USID" or "GSID:USID:LANGUAGES". Without USID the unique service id is the

@@ -1,214 +1,250 @@
 #include "tools/cli/cli.h"
 
 #include <algorithm>
-#include <atomic>
-#include <thread>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include "tests/tools/support/run_tornelctl.h"
+#include "tests/tools/support/sample_answer.h"
 #include "tests/tools/support/temporary_file.h"
-#include "tests/tools/support/udp_sender.h"
 
 namespace tevra::tools {
 namespace {
 
+using test::FakeDaemonServer;
 using test::Result;
 using test::run;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
+using testing::UnorderedElementsAreArray;
 
-using CliTest = test::WithFakeDaemon;
+using Arguments = std::vector<std::string>;
 
-TEST(Cli, PrintsHelpAndVersion) {
-  const Result help = run({"--help"});
-  EXPECT_EQ(kExitDone, help.status);
-  EXPECT_THAT(help.out, AllOf(HasSubstr("feed"), HasSubstr("output"), HasSubstr("extract"),
-                              HasSubstr("tables"), HasSubstr("listen")));
+/** A command and arguments with which it does something. */
+struct Command {
+  Arguments arguments;
+  bool calls;     // the daemon
+  bool hasJson;   // and ends by itself
+  bool isCalled;  // has a host, a set and a port, but of its own
+
+  [[nodiscard]] const std::string& name() const { return arguments.front(); }
+  [[nodiscard]] bool hasPort() const { return calls || isCalled; }
+  [[nodiscard]] Result runWith(const Arguments& more) const {
+    Arguments all = arguments;
+    all.insert(all.end(), more.begin(), more.end());
+    return run(all);
+  }
+};
+
+std::string outputFile() {
+  return testing::TempDir() + "Commands.out";
+}
+
+std::string contentOf(const std::string& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/** Every command has a line. */
+const std::vector<Command>& commands() {
+  static const std::vector<Command> kCommands = {
+      {{"feed", test::sample()}, true, true, false},
+      {{"output", "--service", "1201"}, true, true, false},
+      {{"extract", test::sample(), "--service", "101", "--output-sid", "1201", "-o", outputFile()},
+       true,
+       true,
+       false},
+      {{"report", test::sample(), "-o", outputFile()}, true, true, false},
+      {{"tables", test::sample()}, false, true, false},
+      {{"listen"}, false, false, true},
+      {{"reset"}, true, true, false},
+      {{"ping"}, true, true, false},
+      {{"help"}, false, false, false},
+  };
+  return kCommands;
+}
+
+/** Wrong usage: status 2, nothing on standard output, and one line that names what is wrong. */
+void expectUsageError(const Result& result, const std::string& what) {
+  EXPECT_EQ(kExitUsage, result.status);
+  EXPECT_THAT(result.out, IsEmpty());
+  EXPECT_THAT(result.err, AllOf(StartsWith("tornelctl: "), HasSubstr(what)));
+  EXPECT_EQ(1, std::count(result.err.begin(), result.err.end(), '\n')) << result.err;
+}
+
+int portWithoutDaemon() {
+  const FakeDaemonServer server;
+  return server.port();
+}
+
+/** The names below "Subcommands:". */
+std::vector<std::string> commandsIn(const std::string& help) {
+  std::vector<std::string> names;
+  std::istringstream lines(help);
+  std::string line;
+  while (std::getline(lines, line) && line != "Subcommands:") {
+  }
+  while (std::getline(lines, line) && !line.empty()) {
+    if (line.size() > 2 && line[2] != ' ') {
+      names.push_back(line.substr(2, line.find(' ', 2) - 2));
+    }
+  }
+  return names;
+}
+
+TEST(Cli, PrintsItsVersion) {
   const Result version = run({"--version"});
   EXPECT_EQ(kExitDone, version.status);
   EXPECT_THAT(version.out, testing::MatchesRegex("tornelctl [0-9.]+\n"));
-  for (const char* command : {"feed", "output", "extract", "tables", "listen"}) {
-    EXPECT_EQ(kExitDone, run({command, "--help"}).status) << command;
-  }
-  EXPECT_THAT(run({"output", "--help"}).out, HasSubstr("fre and ger, not fra and deu"));
 }
 
-TEST(Cli, HelpExplainsTheProgramOrACommand) {
-  EXPECT_EQ(run({"--help"}).out, run({"help"}).out);
-  for (const char* command :
-       {"feed", "output", "extract", "tables", "report", "listen", "reset", "ping", "help"}) {
-    const Result help = run({"help", command});
-    EXPECT_EQ(kExitDone, help.status) << command;
-    EXPECT_THAT(help.out, HasSubstr(command));
-    EXPECT_EQ(run({command, "--help"}).out, help.out) << command;
+TEST(Cli, HelpListsTheCommandsAndExplainsEach) {
+  Arguments known;
+  for (const Command& command : commands()) {
+    known.push_back(command.name());
+    const Result help = run({"help", command.name()});
+    EXPECT_EQ(kExitDone, help.status) << command.name();
+    EXPECT_EQ(run({command.name(), "--help"}).out, help.out) << command.name();
   }
+  const std::string help = run({"help"}).out;
+  EXPECT_THAT(commandsIn(help), UnorderedElementsAreArray(known));
+  EXPECT_EQ(run({"--help"}).out, help);
 }
 
-TEST(Cli, EndsWithStatus2ForWrongUsage) {
-  const std::vector<std::vector<std::string>> wrong = {
-      {},
-      {"fed"},
-      {"feed"},
-      {"feed", "a.ts", "b.ts"},
-      {"feed", "a.ts", "--set", "4"},
-      {"feed", "a.ts", "--port", "0"},
-      {"feed", "a.ts", "--timeout", "x"},
-      {"output"},
-      {"output", "--service", "65536"},
-      {"output", "--service", "1", "--audio", "english"},
-      {"output", "--service", "1", "--last-node", "some"},
-      {"output", "--service", "1", "--last-node", "listed"},
-      {"output", "--service", "1", "--listed-node", "5"},
-      {"output", "--service", "1", "--last-node", "none", "--audio", "eng"},
-      {"extract", "a.ts", "--service", "1"},
-      {"extract", "a.ts", "--service", "x", "-o", "x.ts"},
-      {"extract", "-", "--service", "1", "-o", "x.ts"},
-      {"extract", test::sample(), "--service", "1", "-o", test::sample()},
-      {"listen", "--timeout", "0"},
-      {"listen", "--count", "0"},
-      {"listen", "--color", "red"},
-      {"help", "fed"},
-      {"ping", "--count", "0"},
-      {"feed", "-", "--loop"},
-      {"feed", "udp://127.0.0.1:5000", "--loop"},
-      {"feed", "a.ts", "--rate", "fast"},
-      {"reset", "all"},
+TEST(Cli, RefusesArgumentsThatMakeNoSense) {
+  const std::vector<std::pair<Arguments, std::string>> wrong = {
+      {{}, "a command is missing"},
+      {{"fed"}, "'fed'"},
+      {{"help", "fed"}, "there is no command 'fed'; see tornelctl help --help"},
+      {{"reset", "all"}, "all"},
+      {{"ping", "--count", "0"}, "--count"},
+      {{"feed"}, "FILE"},
+      {{"feed", "a.ts", "b.ts"}, "b.ts"},
+      {{"feed", "a.ts", "--rate", "fast"}, "--rate"},
+      {{"feed", "-", "--loop"}, "--loop needs a file: - cannot begin again"},
+      {{"feed", "udp://127.0.0.1:5000", "--loop"}, "--loop needs a file: udp://127.0.0.1:5000 "},
+      {{"output", "--service", "65536"}, "--service"},
+      {{"output", "--service", "1", "--audio", "english"}, "--audio: 'english' is no "},
+      {{"output", "--service", "1", "--last-node", "some"}, "--last-node"},
+      {{"output", "--service", "1", "--last-node", "listed", "--listed-node", "x"}, "'x' is not "},
+      {{"extract", "a.ts", "--service", "1"}, "--output"},
+      {{"extract", "a.ts", "--service", "x", "-o", "x.ts"}, "--service"},
+      {{"extract", "-", "-o", "x.ts"}, "standard input cannot be read twice"},
+      {{"report"}, "FILE"},
+      {{"report", "a.ts"}, "--output"},
+      {{"report", "-", "-o", "x.html"}, "standard input cannot be read twice"},
+      {{"report", "a.ts", "b.ts", "-o", "x.html"}, "b.ts"},
+      {{"report", test::sample(), "-o", test::sample()}, "output and input are the same file"},
+      {{"tables"}, "FILE"},
+      {{"tables", "a.ts", "b.ts"}, "b.ts"},
+      {{"tables", "a.ts", "--table", "rst"}, "--table"},
+      {{"tables", "a.ts", "--service", "65536"}, "--service"},
+      {{"listen", "--timeout", "0"}, "--timeout"},
+      {{"listen", "--count", "0"}, "--count"},
+      {{"listen", "--color", "red"}, "--color"},
   };
-  for (const auto& arguments : wrong) {
+  for (const auto& [arguments, what] : wrong) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
     const Result result = run(arguments);
-    EXPECT_EQ(kExitUsage, result.status) << testing::PrintToString(arguments);
-    EXPECT_THAT(result.out, IsEmpty()) << testing::PrintToString(arguments);
-    EXPECT_THAT(result.err, StartsWith("tornelctl: ")) << testing::PrintToString(arguments);
-    EXPECT_EQ(1, std::count(result.err.begin(), result.err.end(), '\n')) << result.err;
+    expectUsageError(result, what);
+    EXPECT_THAT(result.err, HasSubstr("; see tornelctl "));
   }
 }
 
-TEST(Cli, StaysOnOneLineWhateverTheArgumentsHold) {
-  EXPECT_EQ("tornelctl: there is no command or option 'a b'; see tornelctl --help\n",
-            run({"a\nb"}).err);
-  EXPECT_EQ("tornelctl: a command is missing; see tornelctl --help\n", run({}).err);
+TEST(Cli, FailsOnOneLineWhateverTheArgumentsHold) {
   const Result failed = run({"tables", "/no/such\nfile"});
   EXPECT_EQ(kExitFailed, failed.status);
   EXPECT_EQ("tornelctl: cannot open /no/such file: No such file or directory\n", failed.err);
 }
 
-TEST_F(CliTest, FeedSendsTheTablesAndSumsUp) {
-  const Result result = runWithDaemon({"feed", test::sample()});
-  EXPECT_EQ(kExitDone, result.status) << result.err;
-  EXPECT_EQ(24U, server_.daemon().calls.size());
-  EXPECT_THAT(result.out,
-              AllOf(HasSubstr("10013 packets, 24 tables sent, 0 discontinuities, 0 CRC errors\n"),
-                    HasSubstr("PMT                    service 102"), HasSubstr("Radio Cuatro")));
-  EXPECT_EQ("", result.err);
+TEST(Commands, RefuseAnOptionThatThereIsNot) {
+  for (const Command& command : commands()) {
+    SCOPED_TRACE(command.name());
+    const Result result = command.runWith({"--nonsense"});
+    expectUsageError(result, "--nonsense");
+    EXPECT_THAT(result.err, HasSubstr("tornelctl " + command.name() + " --help"));
+  }
 }
 
-TEST_F(CliTest, PingCallsAsOftenAsTold) {
-  const Result result = runWithDaemon({"ping", "--count", "3"});
-  EXPECT_EQ(kExitDone, result.status) << result.err;
-  EXPECT_THAT(server_.daemon().calls, testing::ElementsAre("getSIData", "getSIData", "getSIData"));
-  EXPECT_THAT(result.out,
-              testing::MatchesRegex("3 calls of getSIData: min [0-9.]+ ms, median [0-9.]+ ms, max "
-                                    "[0-9.]+ ms\n"));
+TEST(Commands, RefuseASetPortOrTimeoutOutOfRange) {
+  const std::vector<std::pair<std::string, std::string>> wrong = {
+      {"--set", "4"},      {"--set", "-1"},     {"--set", "x"},       {"--set", ""},
+      {"--port", "0"},     {"--port", "65536"}, {"--port", "http"},   {"--timeout", "0"},
+      {"--timeout", "-1"}, {"--timeout", "1s"}, {"--timeout", "3601"}};
+  for (const Command& command : commands()) {
+    for (const auto& [option, value] : wrong) {
+      SCOPED_TRACE(command.name() + " " + option + " " + value);
+      expectUsageError(command.runWith({option, value}), option);
+    }
+  }
 }
 
-TEST_F(CliTest, PingPrintsItsFiguresAsJson) {
-  const Result result = runWithDaemon({"ping", "--json"});
-  const auto json = nlohmann::json::parse(result.out);
-  EXPECT_EQ(10, json.at("calls"));
-  EXPECT_GT(json.at("minMs"), 0.0);
-  EXPECT_LE(json.at("minMs"), json.at("medianMs"));
-  EXPECT_LE(json.at("medianMs"), json.at("maxMs"));
+TEST(Commands, ThatCallTheDaemonTakeTheSameOptionsForIt) {
+  for (const Command& command : commands()) {
+    SCOPED_TRACE(command.name());
+    const std::string help = run({command.name(), "--help"}).out;
+    for (const char* option : {"  --host ", "  --set ", "  --port "}) {
+      EXPECT_EQ(command.hasPort(), help.find(option) != std::string::npos) << option;
+    }
+    if (!command.isCalled) {
+      EXPECT_EQ(command.calls, help.find("  --timeout ") != std::string::npos);
+      EXPECT_EQ(command.hasJson, help.find("  --json ") != std::string::npos);
+    }
+  }
 }
 
-TEST_F(CliTest, ResetSendsTheResetCommand) {
-  const Result result = runWithDaemon({"reset"});
-  EXPECT_EQ(kExitDone, result.status) << result.err;
-  EXPECT_THAT(server_.daemon().calls, testing::ElementsAre("sendCmd 0"));
-  EXPECT_THAT(result.out, HasSubstr("forgotten"));
+TEST(Commands, SayWhereThereIsNoDaemonAndWhatToStart) {
+  std::filesystem::remove(outputFile());  // of an earlier run
+  const std::string port = std::to_string(portWithoutDaemon());
+  for (const Command& command : commands()) {
+    if (!command.calls) {
+      continue;
+    }
+    SCOPED_TRACE(command.name());
+    const Result result = command.runWith({"--port", port});
+    EXPECT_EQ(kExitFailed, result.status);
+    EXPECT_THAT(result.out, IsEmpty());
+    EXPECT_THAT(result.err, AllOf(StartsWith("tornelctl: no daemon answers at 127.0.0.1:" + port),
+                                  HasSubstr("start tornel")));
+    EXPECT_EQ(1, std::count(result.err.begin(), result.err.end(), '\n')) << result.err;
+    EXPECT_FALSE(std::filesystem::exists(outputFile())) << "nothing is written";
+  }
 }
 
-TEST_F(CliTest, FeedPrintsJson) {
-  const Result result = runWithDaemon({"feed", test::sample(), "--json"});
-  const auto json = nlohmann::json::parse(result.out);
-  EXPECT_EQ(test::sample(), json.at("source"));
-  EXPECT_EQ(10013, json.at("packets"));
-  EXPECT_EQ(24, json.at("tablesSent"));
-  EXPECT_EQ(0, json.at("crcErrors"));
-  EXPECT_EQ("PAT", json.at("tables").at(0).at("table"));
-  EXPECT_EQ(1, json.at("tables").at(0).at("sections"));
-  EXPECT_EQ(101, json.at("services").at(0).at("serviceId"));
-  EXPECT_EQ("Canal Uno", json.at("services").at(0).at("name"));
-}
-
-TEST_F(CliTest, FeedInALoopEndsAfterTheTimeAskedFor) {
-  const Result result = runWithDaemon({"feed", test::sample(), "--loop", "--seconds", "1"});
-  EXPECT_EQ(kExitDone, result.status) << result.err;
-  EXPECT_GT(server_.daemon().calls.size(), 24U) << "every round has its TOTs";
-}
-
-TEST_F(CliTest, FeedAtTheStreamsRateIsHeldBack) {
-  // The sample lasts for seconds; within one only its beginning can have been sent.
-  const Result result =
-      runWithDaemon({"feed", test::sample(), "--rate", "realtime", "--seconds", "1", "--json"});
-  EXPECT_EQ(kExitDone, result.status) << result.err;
-  EXPECT_LT(nlohmann::json::parse(result.out).at("packets"), 10013);
-}
-
-TEST_F(CliTest, FeedTakesALiveStream) {
-  constexpr const char* kSource = "udp://127.0.0.1:21044";
-  std::atomic<bool> done{false};
-  std::thread sender([&] { test::sendRepeatedly(test::sample(), 21044, done); });
-  const Result result = runWithDaemon({"feed", kSource, "--seconds", "2"});
-  done = true;
-  sender.join();
-  EXPECT_EQ(kExitDone, result.status) << result.err;
-  EXPECT_THAT(result.out, HasSubstr("Canal Uno"));
-}
-
-TEST_F(CliTest, FeedSaysSoWhenNothingArrives) {
-  const Result result = runWithDaemon({"feed", "udp://127.0.0.1:21045", "--timeout", "1"});
-  EXPECT_EQ(kExitFailed, result.status);
-  EXPECT_EQ(
-      "tornelctl: no packet came from udp://127.0.0.1:21045 in 1 s: is the stream sent there, and "
-      "does a firewall let it in?\n",
-      result.err);
-}
-
-TEST_F(CliTest, FeedSaysSoWhenItIsStoppedBeforeAnythingArrives) {
-  const Result result = runWithDaemon({"feed", "udp://127.0.0.1:21045", "--seconds", "1"});
-  EXPECT_EQ(kExitFailed, result.status);
-  EXPECT_THAT(result.err, StartsWith("tornelctl: no packet came from udp://127.0.0.1:21045 in 1 s: "
-                                     "is the stream sent there"));
-}
-
-TEST_F(CliTest, ResetPrintsJson) {
-  const Result result = runWithDaemon({"reset", "--json"});
-  EXPECT_EQ(kExitDone, result.status) << result.err;
-  EXPECT_EQ((nlohmann::json{{"reset", true}, {"host", "127.0.0.1"}, {"port", server_.port()}}),
-            nlohmann::json::parse(result.out));
-}
-
-TEST_F(CliTest, FeedFailsWhenTheDaemonRefusesATable) {
-  server_.daemon().takesNit = false;
-  const Result result = runWithDaemon({"feed", test::sample()});
-  EXPECT_EQ(kExitFailed, result.status);
-  EXPECT_THAT(result.err, HasSubstr("1 table refused by the daemon"));
-}
-
-TEST_F(CliTest, FeedFailsWithOneLineForAFileThatIsNone) {
-  const Result result = runWithDaemon({"feed", "/no/such/file.ts"});
-  EXPECT_EQ(kExitFailed, result.status);
-  EXPECT_EQ("tornelctl: cannot open /no/such/file.ts: No such file or directory\n", result.err);
-}
-
-TEST_F(CliTest, ListenFailsWhenThePortIsTaken) {
-  const Result result = runWithDaemon({"listen"});
-  EXPECT_EQ(kExitFailed, result.status);
-  EXPECT_THAT(result.err, HasSubstr("cannot listen on 127.0.0.1:"));
+TEST(Commands, PrintJsonAloneWhenAskedTo) {
+  FakeDaemonServer server;
+  server.daemon().answer = test::sampleAnswer();
+  SPTSConfiguration& output = server.daemon().answer.at(1201);
+  output.pidItems.at(1).inputPid = 0x101;
+  output.pidItems.at(2).inputPid = 0x102;
+  for (const int32_t service : {101, 102, 103, 104}) {
+    server.daemon().answer[service] = output;  // the report asks for each as it is
+  }
+  for (const Command& command : commands()) {
+    if (!command.hasJson) {
+      continue;
+    }
+    SCOPED_TRACE(command.name());
+    Arguments more = {"--json"};
+    if (command.calls) {
+      more.insert(more.end(), {"--port", std::to_string(server.port())});
+    }
+    const Result result = command.runWith(more);
+    EXPECT_EQ(kExitDone, result.status);
+    EXPECT_EQ("", result.err);
+    const std::string json = command.name() == "report" ? contentOf(outputFile()) : result.out;
+    EXPECT_TRUE(nlohmann::json::accept(json)) << json;
+  }
+  std::filesystem::remove(outputFile());
 }
 
 }  // namespace

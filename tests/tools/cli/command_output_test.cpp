@@ -7,7 +7,6 @@
 
 #include "tests/tools/support/run_tornelctl.h"
 #include "tests/tools/support/sample_answer.h"
-#include "tests/tools/support/temporary_file.h"
 #include "tools/cli/cli.h"
 
 namespace tevra::tools {
@@ -15,8 +14,6 @@ namespace {
 
 using nlohmann::json;
 using test::Result;
-using test::run;
-using test::TemporaryFile;
 using testing::HasSubstr;
 
 using OutputCommand = test::WithFakeDaemon;
@@ -44,19 +41,10 @@ Answer answerEach(const SrvOutputRequest& request) {
 
 TEST_F(OutputCommand, AsksWithEveryOption) {
   server_.daemon().answer = answerFor({7});
-  const Result result = runWithDaemon({"output",  "--service",
-                                       "101",     "--output-sid",
-                                       "1201",    "--name",
-                                       "Uno HD",  "--transport-stream-id",
-                                       "5",       "--original-network-id",
-                                       "6",       "--next-node",
-                                       "-1",      "--global-sid",
-                                       "7",       "--unique-sid",
-                                       "8",       "--output-param",
-                                       "9",       "--audio",
-                                       "eng,spa", "--audio",
-                                       "fre",     "--last-node",
-                                       "direct"});
+  const Result result = runWithDaemon(
+      {"output", "--service=101", "--output-sid=1201", "--name=Uno HD", "--transport-stream-id=5",
+       "--original-network-id=6", "--next-node=-1", "--global-sid=7", "--unique-sid=8",
+       "--output-param=9", "--audio=eng,spa", "--audio=fre", "--last-node=direct"});
   EXPECT_EQ(kExitDone, result.status) << result.err;
   EXPECT_THAT(result.out, HasSubstr("programme 1201 on PID 501"));
   ASSERT_EQ(1U, server_.daemon().requests.size());
@@ -91,13 +79,6 @@ TEST_F(OutputCommand, AsksForListedNodesOrNone) {
   const auto& requests = server_.daemon().requests;
   EXPECT_EQ(2U, requests.at(0).lastNodeSettings.at(101).size());
   EXPECT_TRUE(requests.at(1).lastNodeSettings.empty());
-}
-
-TEST_F(OutputCommand, PrintsJson) {
-  server_.daemon().answer = answerFor({101});
-  const Result result = runWithDaemon({"output", "--service", "101", "--json"});
-  EXPECT_EQ(kExitDone, result.status);
-  EXPECT_TRUE(nlohmann::json::parse(result.out).contains("101"));
 }
 
 TEST_F(OutputCommand, FailsForAServiceThatTheDaemonDoesNotHave) {
@@ -141,21 +122,6 @@ TEST_F(OutputCommand, AsksForOutputsOfSeveralServicesOverOneConnection) {
   EXPECT_TRUE(answer.contains("101") && answer.contains("102") && answer.contains("3"));
 }
 
-TEST_F(OutputCommand, AsksForWhatARequestFileSays) {
-  server_.daemon().answerTo = answerEach;
-  const TemporaryFile file("json");
-  file.write(R"({"service": 101, "outputs": [{"gsid": 1, "name": "Uno"}, {"gsid": 2}]})");
-  const Result result = runWithDaemon(
-      {"output", "--request", file.path(), "--name", "Due", "--transport-stream-id", "7"});
-  EXPECT_EQ(kExitDone, result.status) << result.err;
-  ASSERT_EQ(1U, server_.daemon().requests.size());
-  const auto& outputs = server_.daemon().requests[0].outputs;
-  ASSERT_EQ(2U, outputs.size());
-  EXPECT_EQ("Uno", outputs.at(1).serviceName);
-  EXPECT_EQ("Due", outputs.at(2).serviceName) << "of the option";
-  EXPECT_EQ(7, outputs.at(1).transportStreamId);
-}
-
 TEST_F(OutputCommand, PrintsTheOutputsThatThereAreAndNamesTheOthers) {
   server_.daemon().answerTo = answerEach;
   const std::vector<std::string> arguments = {"output",      "--out", "service=999,gsid=9", "--out",
@@ -174,50 +140,6 @@ TEST_F(OutputCommand, PrintsTheOutputsThatThereAreAndNamesTheOthers) {
   EXPECT_EQ(kExitFailed, inJson.status);
   EXPECT_EQ(error, inJson.err);
   EXPECT_EQ(1U, json::parse(inJson.out).size());
-}
-
-TEST(OutputCommandLine, SaysWhatIsWrongWithTheOutputs) {
-  const TemporaryFile request("json");
-  request.write(R"([{"service": 101}, {"service": 102, "gsid": 101}])");
-  const TemporaryFile noService("none.json");
-  noService.write(R"([{"gsid": 1}])");
-  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
-      {{}, "no service is named: give --service ID, --out service=ID or --request"},
-      {{"--out", "gsid=1"}, "--out 'gsid=1' names no input service: add the key service"},
-      {{"--request", noService.path()},
-       "--request " + noService.path() + ": [0] names no input service: add the key service"},
-      {{"--service", "1", "--out", "gsid=1", "--out", "gsid=2,sid=x"},
-       "--out 'gsid=2,sid=x': sid needs a whole number, not 'x'"},
-      {{"--service", "1", "--out", "gsid=2", "--out", "gsid=2,name=B"},
-       "--out 'gsid=2,name=B': global service id 2 is taken by --out 'gsid=2': give each output "
-       "its "
-       "own with gsid=N"},
-      {{"--request", request.path()},
-       "--request " + request.path() + ": [1]: global service id 101 is taken by --request " +
-           request.path() + ": [0]: give each output its own with gsid=N"},
-      {{"--service", "1", "--last-node", "none", "--out", "audio=eng"},
-       "--out 'audio=eng': audio needs last-node settings to stand in, last-node none sends none"},
-      {{"--service", "1", "--last-node", "some"},
-       "--last-node: some not in {direct,listed,none}; see tornelctl output --help"},
-      {{"--request", "x", "--service", "1"},
-       "--request and --service exclude each other: name the service in the request"},
-      {{"--request", "x", "--out", "gsid=1"},
-       "--request and --out exclude each other: describe all outputs in one of them"},
-  };
-  for (const auto& [arguments, error] : wrong) {
-    std::vector<std::string> all = {"output"};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    const Result result = run(all);
-    EXPECT_EQ(kExitUsage, result.status) << error;
-    EXPECT_EQ("tornelctl: " + error + "\n", result.err);
-  }
-}
-
-TEST(OutputCommandLine, FailsForARequestThatCannotBeRead) {
-  const Result result = run({"output", "--request", "/no/such/request.json"});
-  EXPECT_EQ(kExitFailed, result.status);
-  EXPECT_EQ("tornelctl: cannot open /no/such/request.json: No such file or directory\n",
-            result.err);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/tools/support/run_tornelctl.h"
 #include "tests/tools/support/temporary_file.h"
 #include "tests/tools/support/ts_builder.h"
 #include "tools/cli/cli.h"
@@ -11,27 +12,16 @@ namespace tevra::tools {
 namespace {
 
 using nlohmann::json;
+using test::Result;
 using test::TemporaryFile;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-struct Result {
-  int status;
-  std::string out;
-  std::string err;
-};
-
-Result runTables(const std::vector<std::string>& arguments) {
-  std::vector<const char*> argv = {"tornelctl", "tables"};
-  for (const std::string& argument : arguments) {
-    argv.push_back(argument.c_str());
-  }
-  std::ostringstream out;
-  std::ostringstream err;
-  const int status = runTornelctl(static_cast<int>(argv.size()), argv.data(), out, err);
-  return {status, out.str(), err.str()};
+Result runTables(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), "tables");
+  return test::run(arguments);
 }
 
 /** The first line of every table. */
@@ -202,15 +192,6 @@ TEST(TablesCommand, ReportsWhatIsWrongWithTheStream) {
   EXPECT_EQ(kExitDone, result.status);
   EXPECT_THAT(headers(result.out), testing::ElementsAre(StartsWith("PAT")));
   EXPECT_EQ("table 0x40 of 0 not complete, not shown: 1 section came\n", result.err);
-}
-
-TEST(TablesCommand, EndsWithStatus2ForWrongUsage) {
-  for (const auto& arguments : std::vector<std::vector<std::string>>{
-           {}, {"a.ts", "b.ts"}, {"a.ts", "--table", "rst"}, {"a.ts", "--service", "65536"}}) {
-    const Result result = runTables(arguments);
-    EXPECT_EQ(kExitUsage, result.status) << testing::PrintToString(arguments);
-    EXPECT_EQ("", result.out);
-  }
 }
 
 TEST(TablesCommand, PrintsTheItalianMultiplex) {

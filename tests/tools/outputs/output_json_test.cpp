@@ -33,9 +33,9 @@ TEST(OutputJson, HoldsTheTablesAsTheTablesCommandPrintsThem) {
   EXPECT_EQ(77, tables.at("outputParam1"));
   EXPECT_EQ(0, tables.at("outputParam2"));
   const DVBOutputTables& made = answer.at(1201).outputTables.dvbTables;
-  EXPECT_EQ(json(tableFieldsJson(tableFields(made.pat))), tables.at("pat"));
-  EXPECT_EQ(json(tableFieldsJson(tableFields(made.sdt))), tables.at("sdt"));
-  EXPECT_EQ(json(tableFieldsJson(tableFields(made.pmt))), tables.at("pmt"));
+  EXPECT_EQ(json::parse(tableJson(tableFields(made.pat))), tables.at("pat"));
+  EXPECT_EQ(json::parse(tableJson(tableFields(made.sdt))), tables.at("sdt"));
+  EXPECT_EQ(json::parse(tableJson(tableFields(made.pmt))), tables.at("pmt"));
   EXPECT_EQ(
       "Uno",
       tables.at("sdt").at("services").at(0).at("descriptors").at(0).at("fields").at("serviceName"));

@@ -13,6 +13,11 @@ OutputOptions service(int32_t inputSid) {
   return options;
 }
 
+/** The request for one output. */
+SrvOutputRequest makeRequest(const OutputOptions& options) {
+  return makeRequests({options}).at(0);
+}
+
 std::vector<std::string> languagesOf(const LastNodeSettings& node) {
   std::vector<std::string> codes;
   for (const AudioLanguage& language : node.audioLanguages) {

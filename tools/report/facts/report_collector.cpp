@@ -6,7 +6,7 @@
 #include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_values.h"
 #include "tools/feed/stream_feed.h"
-#include "tools/outputs/output_request.h"
+#include "tools/outputs/output_answers.h"
 #include "tools/outputs/spts_routes.h"
 #include "tools/report/facts/event_list.h"
 #include "tools/report/facts/output_facts.h"
@@ -120,8 +120,7 @@ std::optional<Output> ask(Daemon& daemon, const Service& service, Report& report
   }
   options.transportStreamId = report.transportStreamId;
   options.originalNetworkId = report.originalNetworkId;
-  std::map<int32_t, SPTSConfiguration> answer;
-  daemon.getSrvOutputData(answer, makeRequest(options));
+  const OutputAnswers answer = askFor(daemon, {options});
   const std::string of = "service " + std::to_string(service.serviceId) + ": ";
   const auto entry = answer.find(options.resolvedGlobalSid());
   if (entry == answer.end()) {

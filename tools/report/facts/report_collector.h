@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "im_SIControlSrv.h"
+#include "records/control_service.h"
 #include "tools/report/facts/report_data.h"
 
 namespace tevra::tools::report {

@@ -30,7 +30,7 @@ TEST(ReportJson, HoldsTheTablesAsTheTablesCommandPrintsThem) {
   EXPECT_EQ(json({{"pid", 256},
                   {"sections", 2},
                   {"times", 3},
-                  {"table", json(tableFieldsJson(tableFields(report.tables.at(0).table)))}}),
+                  {"table", json::parse(tableJson(tableFields(report.tables.at(0).table)))}}),
             written.at("tables").at(0));
   const json& made = written.at("services").at(0).at("output").at("tables").at(0);
   EXPECT_EQ(1, made.at("packets"));

@@ -1,0 +1,185 @@
+#include "tools/cli/command_line.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+#include "tests/tools/support/run_tornelctl.h"
+#include "tools/cli/cli.h"
+
+namespace tevra::tools {
+namespace {
+
+using test::Result;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+/** A command line whose one command has options of every kind. */
+class CommandLineTest : public testing::Test {
+ protected:
+  CommandLineTest() {
+    Command command = line_.command("do", "Does it");
+    command.option("FILE", file_, "What to read").required();
+    command.flag("--fast", fast_, "Hurry");
+    command.option("-c,--count", count_, "How often").range(1, 9);
+    command.option("--port", port_, "Where");
+    command.option("--host", host_, "With whom");
+    command.option("--speed", speed_, "How fast").oneOf({"slow", "quick"});
+    command.option("--word", words_, "What to say").checked(faultOf, "WORD");
+    command.option("--pair", pairs_, "What goes with what").called("A=B");
+    command.list("--table", tables_, {"PAT", "PMT"}, "Only these").called("NAME");
+    command.environment("COMMAND_LINE_TEST", variable_);
+    command.action([this](const Console& console) { return act(console); });
+  }
+
+  Result run(const std::vector<std::string>& arguments) {
+    std::vector<const char*> argv = {"tornelctl"};
+    for (const std::string& argument : arguments) {
+      argv.push_back(argument.c_str());
+    }
+    std::ostringstream out;
+    std::ostringstream err;
+    const int status = line_.run(static_cast<int>(argv.size()), argv.data(), {out, err});
+    return {status, out.str(), err.str()};
+  }
+
+  static std::string faultOf(const std::string& word) {
+    return word == "bad" ? "'bad' is no word" : "";
+  }
+
+  int act(const Console& console) const {
+    if (fast_ && port_) {
+      throw ArgumentError("--fast and --port exclude each other");
+    }
+    console.out << "did " << file_;
+    return 7;
+  }
+
+  std::string file_;
+  bool fast_ = false;
+  int count_ = 3;
+  std::optional<int> port_;
+  std::string host_ = "here";
+  std::optional<std::string> speed_;
+  std::vector<std::string> words_;
+  std::vector<std::string> pairs_;
+  std::vector<std::string> tables_;
+  std::string variable_;
+  CommandLine line_;
+};
+
+TEST_F(CommandLineTest, GivesTheActionWhatWasSaid) {
+  const Result result =
+      run({"do", "--fast", "a.ts", "-c", "9", "--host", "", "--speed", "quick", "--word", "a,b",
+           "--word", "c", "--pair", "x=1", "--table", "pmt,Pat", "--table", "PMT"});
+  EXPECT_EQ(7, result.status);
+  EXPECT_EQ("did a.ts", result.out);
+  EXPECT_EQ("", result.err);
+  EXPECT_TRUE(fast_);
+  EXPECT_EQ(9, count_);
+  EXPECT_EQ("", host_);
+  EXPECT_EQ("quick", speed_);
+  EXPECT_THAT(words_, ElementsAre("a,b", "c"));
+  EXPECT_THAT(pairs_, ElementsAre("x=1"));
+  EXPECT_THAT(tables_, ElementsAre("PMT", "PAT", "PMT"));
+}
+
+TEST_F(CommandLineTest, LeavesTheDefaultsOfWhatWasNotSaid) {
+  EXPECT_EQ(7, run({"do", "a.ts"}).status);
+  EXPECT_FALSE(fast_);
+  EXPECT_EQ(3, count_);
+  EXPECT_FALSE(port_.has_value());
+  EXPECT_EQ("here", host_);
+  EXPECT_FALSE(speed_.has_value());
+  EXPECT_THAT(words_, IsEmpty());
+  EXPECT_EQ("", variable_);
+}
+
+TEST_F(CommandLineTest, TakesAVariableOfTheEnvironment) {
+  setenv("COMMAND_LINE_TEST", "set", 1);
+  EXPECT_EQ(7, run({"do", "a.ts"}).status);
+  unsetenv("COMMAND_LINE_TEST");
+  EXPECT_EQ("set", variable_);
+}
+
+TEST_F(CommandLineTest, ExplainsTheOptionsInTheirOrderWithTypesAndDefaults) {
+  const Result result = run({"do", "--help"});
+  EXPECT_EQ(kExitDone, result.status);
+  size_t place = 0;
+  for (const std::string part : {"Does it\n",
+                                 "tornelctl do ",
+                                 "  FILE ",
+                                 "What to read\n",
+                                 "  --fast ",
+                                 "Hurry\n",
+                                 "  -c,--count INT:1..9",
+                                 "3",
+                                 "How often\n",
+                                 "  --port INT",
+                                 "Where\n",
+                                 "  --host TEXT",
+                                 "here",
+                                 "With whom\n",
+                                 "  --speed TEXT:{slow,quick}",
+                                 "How fast\n",
+                                 "  --word TEXT:WORD",
+                                 "What to say\n",
+                                 "  --pair A=B",
+                                 "What goes with what\n",
+                                 "  --table NAME",
+                                 "Only these\n",
+                                 "Exit status: "}) {
+    place = result.out.find(part, place);
+    ASSERT_NE(std::string::npos, place) << part << " is not in its place in\n" << result.out;
+    place += part.size();
+  }
+  EXPECT_THAT(result.out, Not(HasSubstr("environment")));
+  EXPECT_EQ(result.out, line_.help("do"));
+  EXPECT_EQ(run({"--help"}).out, line_.help(""));
+  EXPECT_THROW((void)line_.help("undo"), ArgumentError);
+}
+
+TEST_F(CommandLineTest, SaysOnOneLineWhatIsWrongAndWhereThereIsHelp) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
+      {{}, "FILE is required"},
+      {{"a", "b"}, "b"},
+      {{"a", "--slow\nly"}, "--slow ly"},
+      {{"a", "-c", "0"}, "--count: Value 0 not in range"},
+      {{"a", "-c", "10"}, "--count: Value 10 not in range"},
+      {{"a", "--port", "x"}, "--port = x"},
+      {{"a", "--port", "2147483648"}, "--port = 2147483648"},
+      {{"a", "--port", "1", "--port", "2"}, "--port: "},
+      {{"a", "--speed", "Quick"}, "--speed: Quick not in {slow,quick}"},
+      {{"a", "--word", "bad"}, "--word: 'bad' is no word"},
+      {{"a", "--word", "b", "c"}, "c"},
+      {{"a", "--table", "PAT,SDT"}, "--table: SDT not in {PAT,PMT}"},
+      {{"a", "--fast", "--port", "1"}, "--fast and --port exclude each other"},
+  };
+  for (const auto& [arguments, error] : wrong) {
+    std::vector<std::string> all = {"do"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    const Result result = run(all);
+    EXPECT_EQ(kExitUsage, result.status) << error;
+    EXPECT_EQ("", result.out);
+    EXPECT_THAT(result.err, AllOf(StartsWith("tornelctl: "), HasSubstr(error),
+                                  EndsWith("; see tornelctl do --help\n")));
+    EXPECT_EQ(1, std::count(result.err.begin(), result.err.end(), '\n')) << result.err;
+  }
+}
+
+TEST_F(CommandLineTest, WantsACommandThatThereIs) {
+  EXPECT_EQ("tornelctl: a command is missing; see tornelctl --help\n", run({}).err);
+  const Result result = run({"un\ndo"});
+  EXPECT_EQ("tornelctl: there is no command or option 'un do'; see tornelctl --help\n", result.err);
+  EXPECT_EQ(kExitUsage, result.status);
+}
+
+}  // namespace
+}  // namespace tevra::tools
