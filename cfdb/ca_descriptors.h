@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "cfdb/pid_remap.h"
+#include "cfdb/pid_allocator.h"
 #include "records/records.h"
 
 namespace tevra {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "cfdb/conflict_free_db_owner.h"
-#include "cfdb/pid_remap.h"
+#include "cfdb/pid_allocator.h"
 #include "platform/mutex.h"
 #include "records/records.h"
 #include "records/table_slot.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "cfdb/pid_remap.h"
+#include "cfdb/pid_allocator.h"
 #include "cfdb/pid_remap_file.h"
 #include "tests/cfdb/text_file.h"
 #include "tests/fakes/fake_platform.h"

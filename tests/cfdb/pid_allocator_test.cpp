@@ -1,4 +1,4 @@
-#include "cfdb/pid_remap.h"
+#include "cfdb/pid_allocator.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
