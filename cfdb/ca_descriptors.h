@@ -17,6 +17,6 @@ inline constexpr int32_t kCaDescriptorTag = 0x09;
  * payload. Raises std::bad_alloc.
  */
 [[nodiscard]] std::vector<Descriptor> cfDescriptors(const std::vector<Descriptor>& descriptors,
-                                                    bool dropCA, PidRemap& pids);
+                                                    bool dropCA, PidAllocator& pids);
 
 }  // namespace tevra

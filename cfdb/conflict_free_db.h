@@ -18,15 +18,15 @@ namespace tevra {
  * system clock.
  *
  * Callable from any thread. Each kind of table has a lock of its own, held for the whole operation;
- * the PID lock of PidRemap is taken inside it, never around it. The EIT locks are recursive and are
- * held while the owner is asked.
+ * the PID lock of PidAllocator is taken inside it, never around it. The EIT locks are recursive and
+ * are held while the owner is asked.
  *
  * Setters return true and copy the stored table to their out parameter. Getters return false and
  * leave `out` untouched when nothing is held. `owner` must outlive the database.
  */
 class ConflictFreeDB {
  public:
-  /** Loads the PID mapping from its file; see PidRemap. */
+  /** Loads the PID mapping from its file; see PidAllocator. */
   ConflictFreeDB(int32_t chainIndex, ConflictFreeDBOwner& owner);
 
   /** A PAT of another transport stream restarts the PID mapping. Saves the mapping if it grew. */
@@ -102,12 +102,12 @@ class ConflictFreeDB {
   void clearConflictFreeDB()
       EXCLUDES(patMutex_, sdtMutex_, catMutex_, pmtMutex_, nitMutex_, batMutex_);
 
-  /** As PidRemap::getConflictFreePID: allocates for an input PID that is new. */
+  /** As PidAllocator::getConflictFreePID: allocates for an input PID that is new. */
   [[nodiscard]] uint16_t getConflictFreePID(int32_t inputPid) {
     return pids_.getConflictFreePID(inputPid);
   }
 
-  /** As PidRemap::getInputPID: kUnknownPid for an output PID that was never handed out. */
+  /** As PidAllocator::getInputPID: kUnknownPid for an output PID that was never handed out. */
   [[nodiscard]] int32_t getInputPID(int32_t outputPid) { return pids_.getInputPID(outputPid); }
 
  private:
@@ -116,7 +116,7 @@ class ConflictFreeDB {
   void restampEIT(EIT& out, const EIT& in, int32_t version);
 
   ConflictFreeDBOwner& owner_;
-  PidRemap pids_;
+  PidAllocator pids_;
 
   Mutex patMutex_;
   Mutex sdtMutex_;

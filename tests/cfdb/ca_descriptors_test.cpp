@@ -70,7 +70,7 @@ class CaDescriptorsTest : public fake::PlatformTest {
   /** True when no PID has been handed out yet. */
   bool nothingAllocated() { return pids_.getConflictFreePID(-1) == 101; }
 
-  PidRemap pids_{0};  ///< 100 to 299
+  PidAllocator pids_{0};  ///< 100 to 299
 };
 
 TEST_F(CaDescriptorsTest, AnEmptyLoopStaysEmpty) {
@@ -235,7 +235,7 @@ TEST_F(CaDescriptorsTest, ACorruptedDescriptorDoesNotStopTheOthers) {
 
 TEST_F(CaDescriptorsTest, AnOutputPidAbove13BitsIsCutInThePayloadAlone) {
   platform().moduleSlot = 14;  // 8900 to 9099
-  PidRemap pids(0);
+  PidAllocator pids(0);
   fake::clearLog();
   EXPECT_THAT(cfDescriptors({makeCaDescriptor(1, 0x100, "x")}, kKeep, pids),
               ElementsAre(makeCaDescriptor(1, 8901 - 8192, "x")));
@@ -246,7 +246,7 @@ TEST_F(CaDescriptorsTest, AnOutputPidAbove13BitsIsCutInThePayloadAlone) {
 
 TEST_F(CaDescriptorsTest, AnOutputPidBelowZeroIsCutToo) {
   platform().moduleSlot = 2;  // -700 to -501
-  PidRemap pids(0);
+  PidAllocator pids(0);
   fake::clearLog();
   EXPECT_THAT(cfDescriptors({makeCaDescriptor(1, 0x100)}, kKeep, pids),
               ElementsAre(makeCaDescriptor(1, (65536 - 699) & 0x1FFF)));

@@ -262,7 +262,7 @@ TEST_F(ConflictFreeDBThreads, ATotIsReadWhileItIsSetAndNeverCleared) {
 }
 
 TEST_F(ConflictFreeDBThreads, TheMappingIsReadWhileItGrowsRestartsAndIsSaved) {
-  PidRemap pids(1);
+  PidAllocator pids(1);
   runTogether(kRounds, {[&pids](int round) { pids.followTransportStream(round / 10); },
                         [&pids](int round) { (void)pids.getConflictFreePID(round % 20); },
                         [&pids](int round) { (void)pids.getInputPID(301 + round % 20); },

@@ -46,7 +46,7 @@ class HostilePidRemapFile : public fake::PlatformTest {
   /** A mapping made from what lies there is a fresh one, and only the pool was logged. */
   static void expectFreshMapping() {
     fake::clearLog();
-    PidRemap pids(0);
+    PidAllocator pids(0);
     EXPECT_THAT(logLines(), ElementsAre(LogLine{4, "", "IN mod slot [3] PID poll [100/299]"}));
     EXPECT_EQ(pids.getInputPID(101), kUnknownPid);
     EXPECT_EQ(pids.getConflictFreePID(kNewInput), 101);
@@ -54,7 +54,7 @@ class HostilePidRemapFile : public fake::PlatformTest {
 
   /** A mapping made from what lies there hands out PIDs that can be looked up. */
   static void expectWorkingMapping() {
-    PidRemap pids(0);
+    PidAllocator pids(0);
     const uint16_t output = pids.getConflictFreePID(kNewInput);
     EXPECT_EQ(pids.getConflictFreePID(kNewInput), output);
     EXPECT_EQ(pids.getInputPID(output), kNewInput);
@@ -62,7 +62,7 @@ class HostilePidRemapFile : public fake::PlatformTest {
 
   /** A mapping made from what lies there cannot be saved, which is logged. */
   static void expectFailingSave() {
-    PidRemap pids(0);
+    PidAllocator pids(0);
     EXPECT_EQ(pids.getConflictFreePID(kNewInput), 101);
     fake::clearLog();
     pids.saveConflictFreeDB();
@@ -177,7 +177,7 @@ TEST_F(HostilePidRemapFile, WithoutAnyMemberBelongsToNoInputSlot) {
 
 TEST_F(HostilePidRemapFile, FollowedByJunkIsTaken) {
   EXPECT_EQ(readingGives(fileWithCounter("100") + "junk"), 0);
-  PidRemap pids(0);
+  PidAllocator pids(0);
   EXPECT_EQ(pids.getInputPID(101), 256);
   EXPECT_EQ(pids.getConflictFreePID(kNewInput), 102);
 }
@@ -194,7 +194,7 @@ class HostileCounter : public HostilePidRemapFile, public testing::WithParamInte
 
 TEST_P(HostileCounter, WrapsInsteadOfOverflowing) {
   ASSERT_EQ(readingGives(fileWithCounter(GetParam().text)), 0);
-  PidRemap pids(0);
+  PidAllocator pids(0);
   EXPECT_EQ(pids.getConflictFreePID(256), 101);
   EXPECT_EQ(pids.getConflictFreePID(kNewInput), GetParam().firstPid);
   EXPECT_EQ(pids.getInputPID(GetParam().firstPid), kNewInput);
@@ -225,7 +225,7 @@ INSTANTIATE_TEST_SUITE_P(PidRemapFile, CounterThatIsNoInteger,
 
 TEST_F(HostilePidRemapFile, ACounterPastThePoolIsReportedByItsFirstNewPid) {
   ASSERT_EQ(readingGives(fileWithCounter("2147483646")), 0);
-  PidRemap pids(0);
+  PidAllocator pids(0);
   fake::clearLog();
   EXPECT_EQ(pids.getConflictFreePID(256), 101);
   EXPECT_EQ(pids.getConflictFreePID(kNewInput), 0);
@@ -236,7 +236,7 @@ TEST_F(HostilePidRemapFile, ACounterPastThePoolIsReportedByItsFirstNewPid) {
 
 TEST_F(HostilePidRemapFile, AMappedPidIsCutTo16Bits) {
   writeText(file(), R"({"2":{"map":["i32","i32",2,{"1":65637,"2":-1}]},"5":{"i32":3}})");
-  PidRemap pids(0);
+  PidAllocator pids(0);
   EXPECT_EQ(pids.getConflictFreePID(1), 101);
   EXPECT_EQ(pids.getConflictFreePID(2), 65535);
 }
@@ -244,7 +244,7 @@ TEST_F(HostilePidRemapFile, AMappedPidIsCutTo16Bits) {
 TEST_F(HostilePidRemapFile, MapsThatAreNotEachOthersReverseAreTakenAsTheyAre) {
   writeText(file(), R"({"2":{"map":["i32","i32",1,{"1":101}]},)"
                     R"("3":{"map":["i32","i32",1,{"101":2}]},"4":{"i32":500},"5":{"i32":3}})");
-  PidRemap pids(0);
+  PidAllocator pids(0);
   EXPECT_EQ(pids.getConflictFreePID(1), 101);
   EXPECT_EQ(pids.getInputPID(101), 2);
   EXPECT_EQ(pids.getConflictFreePID(2), 502);
