@@ -1,10 +1,12 @@
 #include "records/table_slot.h"
 
+#include <map>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
 
 #include "records/records.h"
+#include "tests/fakes/fake_platform.h"
 
 namespace tevra::test {
 namespace {
@@ -19,6 +21,7 @@ struct FragileTable {
       throw std::runtime_error("copy");
     }
   }
+  FragileTable& operator=(const FragileTable&) = default;
 };
 
 PAT pat(int32_t version) {
@@ -27,58 +30,82 @@ PAT pat(int32_t version) {
   return table;
 }
 
-TEST(TableSlot, ANewSlotHoldsNothing) {
-  const TableSlot<PAT> slot;
+constexpr const char* kLine = "kept";
+
+using TableSlotTest = fake::PlatformTest;
+
+TEST_F(TableSlotTest, ANewSlotHoldsNothing) {
+  TableSlot<PAT> slot;
   PAT out = pat(9);
-  EXPECT_FALSE(copyTable(slot, out));
+  EXPECT_FALSE(slot.copy(out));
   EXPECT_EQ(out, pat(9));
 }
 
-TEST(TableSlot, ReplacingLeavesTheLastTableAlone) {
+TEST_F(TableSlotTest, StoringIsLoggedAndLeavesTheLastTable) {
   TableSlot<PAT> slot;
+  PAT out;
   for (const int32_t version : {5, 31, 2}) {
-    replaceTable(slot, pat(version));
-    ASSERT_EQ(slot.size(), 1U);
-    EXPECT_EQ(slot.front().version, version);
+    EXPECT_TRUE(slot.store(pat(version), kLine));
+    ASSERT_TRUE(slot.copy(out));
+    EXPECT_EQ(out, pat(version));
   }
+  EXPECT_EQ(fake::timesLogged(7, kLine), 3);
 }
 
-TEST(TableSlot, TheCopyIsIndependent) {
+TEST_F(TableSlotTest, TheCopyIsIndependent) {
   TableSlot<PAT> slot;
   PAT source = pat(1);
   source.programs.resize(3);
-  replaceTable(slot, source);
+  slot.store(source, kLine);
   source.programs.clear();
   PAT out;
-  ASSERT_TRUE(copyTable(slot, out));
+  ASSERT_TRUE(slot.copy(out));
   EXPECT_EQ(out.programs.size(), 3U);
   out.programs.clear();
-  EXPECT_EQ(slot.front().programs.size(), 3U);
+  ASSERT_TRUE(slot.copy(out));
+  EXPECT_EQ(out.programs.size(), 3U);
 }
 
-TEST(TableSlot, TheGetterOverwritesEveryMember) {
+TEST_F(TableSlotTest, TheGetterOverwritesEveryMember) {
   TableSlot<PAT> slot;
-  replaceTable(slot, pat(1));
+  slot.store(pat(1), kLine);
   PAT out = pat(7);
   out.transportStreamId = 8;
   out.programs.resize(2);
-  ASSERT_TRUE(copyTable(slot, out));
+  ASSERT_TRUE(slot.copy(out));
   EXPECT_EQ(out, pat(1));
 }
 
-TEST(TableSlot, TheGetterReadsTheLastElement) {
-  const TableSlot<PAT> slot = {pat(1), pat(2)};
-  PAT out;
-  ASSERT_TRUE(copyTable(slot, out));
-  EXPECT_EQ(out.version, 2);
+TEST_F(TableSlotTest, ACopyThatFailsLeavesTheSlotEmpty) {
+  TableSlot<FragileTable> slot;
+  slot.store(FragileTable(false), kLine);
+  EXPECT_THROW(slot.store(FragileTable(true), kLine), std::runtime_error);
+  FragileTable out(false);
+  EXPECT_FALSE(slot.copy(out));
 }
 
-TEST(TableSlot, ACopyThatFailsLeavesTheSlotEmpty) {
-  TableSlot<FragileTable> slot;
-  replaceTable(slot, FragileTable(false));
-  ASSERT_EQ(slot.size(), 1U);
-  EXPECT_THROW(replaceTable(slot, FragileTable(true)), std::runtime_error);
-  EXPECT_TRUE(slot.empty());
+TEST_F(TableSlotTest, ClearedTogetherSlotsAndMapsAreEmpty) {
+  TableSlot<PAT> slot;
+  GuardedTables<std::map<int32_t, PAT>, RecursiveMutex> byNumber;
+  slot.store(pat(1), kLine);
+  {
+    RecursiveMutexLock lock(byNumber);
+    byNumber.tables[3] = pat(2);
+  }
+  clearTogether(slot, byNumber);
+  PAT out;
+  EXPECT_FALSE(slot.copy(out));
+  RecursiveMutexLock lock(byNumber);
+  EXPECT_FALSE(copyTable(byNumber.tables, 3, out));
+}
+
+TEST(CopyTable, GivesWhatIsUnderTheKeyOrLeavesTheOutputAlone) {
+  const std::map<int32_t, PAT> tables = {{3, pat(1)}, {4, pat(2)}};
+  PAT out;
+  EXPECT_TRUE(copyTable(tables, 4, out));
+  EXPECT_EQ(out, pat(2));
+  EXPECT_FALSE(copyTable(tables, 5, out));
+  EXPECT_EQ(out, pat(2));
 }
 
 }  // namespace
