@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "records/dvbpsi.h"
-#include "tests/cfdb/builders.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/tables.h"
 
 namespace {
 

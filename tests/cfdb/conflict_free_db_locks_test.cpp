@@ -7,10 +7,10 @@
 #include <utility>
 
 #include "cfdb/conflict_free_db.h"
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
-#include "tests/cfdb/sync_recorder.h"
-#include "tests/inputdb/allocation_hook.h"
+#include "tests/support/allocation_hook.h"
+#include "tests/support/sync_recorder.h"
+#include "tests/support/tables.h"
 
 // Which operation waits for which other.
 

@@ -8,8 +8,8 @@
 
 #include "cfdb/conflict_free_db.h"
 #include "cfdb/stream_filter.h"
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
+#include "tests/support/tables.h"
 
 namespace tevra {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
+#include "tests/support/tables.h"
 
 namespace tevra {
 namespace {

@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-#include "tests/cfdb/builders.h"
+#include "tests/support/tables.h"
 
 namespace tevra {
 namespace {

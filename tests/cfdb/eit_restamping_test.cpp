@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "cfdb/conflict_free_db.h"
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
+#include "tests/support/tables.h"
 
 namespace tevra {
 namespace {

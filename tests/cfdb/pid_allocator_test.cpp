@@ -13,7 +13,7 @@
 
 #include "cfdb/pid_remap_file.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/inputdb/allocation_hook.h"
+#include "tests/support/allocation_hook.h"
 
 namespace tevra {
 namespace {

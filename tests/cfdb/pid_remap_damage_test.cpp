@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
 #include "tests/cfdb/text_file.h"
+#include "tests/support/tables.h"
 
 // Every byte of the mapping of a whole multiplex cut off or changed in turn.
 

@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
-#include "tests/cfdb/sync_recorder.h"
 #include "tests/cfdb/text_file.h"
+#include "tests/support/sync_recorder.h"
+#include "tests/support/tables.h"
 
 namespace tevra {
 namespace {

@@ -19,8 +19,8 @@
 #include "im_SIControlSrv.h"
 #include "records/frame_protocol.h"
 #include "records/records.h"
-#include "tests/control/messages.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/messages.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 
 #include "control/control_transport.h"
 #include "tests/control/control_client.h"
-#include "tests/control/messages.h"
 #include "tests/control/tables.h"
+#include "tests/support/messages.h"
 #include "tests/support/sanitizers.h"
 
 // What a client may send, and what becomes of the server when it sends more.

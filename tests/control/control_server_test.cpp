@@ -17,10 +17,10 @@
 #include <vector>
 
 #include "tests/control/control_client.h"
-#include "tests/control/messages.h"
 #include "tests/control/tables.h"
 #include "tests/fakes/fake_main_task.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/messages.h"
 
 // A started server lives until the process ends, so every test that starts one of its own has an
 // MPTS index of its own.

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/control/messages.h"
+#include "tests/support/messages.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 
 #include "platform/module_utils.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/inputdb/allocation_hook.h"
 #include "tests/inputdb/table_kinds.h"
 #include "tests/records/sample_records.h"
 #include "tests/records/wire.h"
+#include "tests/support/allocation_hook.h"
 
 // What holds for PAT, SDT, CAT, NIT, BAT and TOT alike.
 

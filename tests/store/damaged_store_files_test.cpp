@@ -13,7 +13,7 @@
 #include "tests/fakes/fake_platform.h"
 #include "tests/records/sample_records.h"
 #include "tests/records/wire.h"
-#include "tests/store/file_helpers.h"
+#include "tests/support/files.h"
 
 // Every byte of the two files cut off or changed in turn.
 

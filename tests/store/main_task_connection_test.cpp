@@ -13,10 +13,10 @@
 #include "platform/module_utils.h"
 #include "store/main_task_client.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/inputdb/allocation_hook.h"
 #include "tests/records/wire.h"
-#include "tests/store/file_helpers.h"
 #include "tests/store/raw_main_task.h"
+#include "tests/support/allocation_hook.h"
+#include "tests/support/files.h"
 
 // How notifications travel: their bytes, their connections and peers that do not behave.
 

@@ -5,11 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "store/record_file.h"
-#include "tests/cfdb/sync_recorder.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/records/sample_records.h"
 #include "tests/records/wire.h"
-#include "tests/store/file_helpers.h"
+#include "tests/support/files.h"
+#include "tests/support/sync_recorder.h"
 
 // When the store files reach the disk.
 

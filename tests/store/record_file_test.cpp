@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "tests/cfdb/sync_recorder.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/inputdb/allocation_hook.h"
 #include "tests/records/sample_records.h"
 #include "tests/records/wire.h"
-#include "tests/store/file_helpers.h"
+#include "tests/support/allocation_hook.h"
+#include "tests/support/files.h"
+#include "tests/support/sync_recorder.h"
 
 namespace tevra::test {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "records/records.h"
 #include "synth/service_work_record.h"
-#include "tests/cfdb/builders.h"
+#include "tests/support/tables.h"
 
 /** Short ways to write what the synthesis reads. */
 namespace tevra::test {

@@ -2,8 +2,8 @@
 
 #include "synth/psi_synthesis.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/golden_file.h"
 #include "tests/synth/builders.h"
-#include "tests/synth/golden_file.h"
 #include "tests/synth/transport_packets.h"
 
 namespace tevra::test {

@@ -1,11 +1,11 @@
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
 
 #include <thrift/TConfiguration.h>
 #include <thrift/protocol/TBinaryProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TSocket.h>
 
-#include "tests/system/child_process.h"
+#include "tests/support/patience.h"
 
 namespace tevra::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/system/raw_socket.h"
+#include "tests/support/raw_socket.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "tests/system/child_process.h"
+#include "tests/support/patience.h"
 
 namespace tevra::test {
 namespace {

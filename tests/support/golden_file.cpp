@@ -1,4 +1,4 @@
-#include "tests/synth/golden_file.h"
+#include "tests/support/golden_file.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +10,7 @@ namespace {
 
 constexpr size_t kBytesPerLine = 16;
 
-std::string toText(const Packets& packets) {
+std::string toText(const std::vector<std::string>& packets) {
   std::string text;
   for (const std::string& packet : packets) {
     text += "packet of " + std::to_string(packet.size()) + " bytes\n";
@@ -38,7 +38,8 @@ bool updateWanted() {
 
 }  // namespace
 
-testing::AssertionResult matchesGolden(const std::string& name, const Packets& packets) {
+testing::AssertionResult matchesGolden(const std::string& name,
+                                       const std::vector<std::string>& packets) {
   return matchesGoldenText(name + ".hex", toText(packets));
 }
 
