@@ -31,19 +31,17 @@ dvbpsi_descriptor_t* __wrap_dvbpsi_GenCADr(dvbpsi_ca_dr_t* decoded, bool duplica
 }  // extern "C"
 // NOLINTEND(bugprone-reserved-identifier)
 
-namespace tevra {
+namespace tevra::test {
 namespace {
 
 using fake::LogLine;
 using fake::logLines;
 using fake::platform;
-using test::makeCaDescriptor;
-using test::makeDescriptor;
-using ::testing::Each;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
+using testing::Each;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::SizeIs;
 
 constexpr bool kKeep = false;
 constexpr bool kDrop = true;
@@ -255,4 +253,4 @@ TEST_F(CaDescriptorsTest, AnOutputPidBelowZeroIsCutToo) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

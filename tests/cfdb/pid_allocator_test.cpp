@@ -15,15 +15,15 @@
 #include "tests/fakes/fake_platform.h"
 #include "tests/support/allocation_hook.h"
 
-namespace tevra {
+namespace tevra::test {
 namespace {
 
 using fake::logged;
 using fake::LogLine;
 using fake::logLines;
 using fake::platform;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 class PidAllocatorTest : public fake::PlatformTest {
  protected:
@@ -193,7 +193,7 @@ TEST_F(PidAllocatorTest, LackOfMemoryLeavesBothDirectionsAndTheNextPidAsTheyWere
     PidAllocator pids = poolFrom500();
     EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
     {
-      const test::AllocationHook failing(
+      const AllocationHook failing(
           1, [] { throw std::bad_alloc(); }, allowed);
       try {
         (void)pids.getConflictFreePID(0x200);
@@ -356,4 +356,4 @@ TEST_F(PidAllocatorTest, TheTransportStreamIdIsComparedWhole) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -9,20 +8,18 @@
 
 #include "cfdb/pid_allocator.h"
 #include "cfdb/pid_remap_file.h"
-#include "tests/cfdb/text_file.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/files.h"
 
 // Whatever lies where the mapping is kept, the task starts and hands out PIDs.
 
-namespace tevra {
+namespace tevra::test {
 namespace {
 
 using fake::LogLine;
 using fake::logLines;
 using fake::platform;
-using test::readText;
-using test::writeText;
-using ::testing::ElementsAre;
+using testing::ElementsAre;
 
 constexpr int32_t kNewInput = -12345;  // in none of the files
 
@@ -74,100 +71,14 @@ class HostilePidRemapFile : public fake::PlatformTest {
 
 // Content
 
-TEST_F(HostilePidRemapFile, TruncatedAnywhereLeavesAFreshMapping) {
-  const std::string whole = fileWithCounter("100");
-  ASSERT_EQ(readingGives(whole), 0);
-  for (size_t length = 0; length < whole.size(); ++length) {
-    ASSERT_EQ(readingGives(whole.substr(0, length)), -2) << length;
+TEST_F(HostilePidRemapFile, ThatIsNoRecordLeavesAFreshMapping) {
+  // Of each kind one: tests/records has what else the protocol refuses.
+  for (const char* content :
+       {"", "null", "{", "\xFF\xFE", R"({"1":{"zzz":1}})", R"({"9":{"i8":300}})",
+        R"({"2":{"map":["i32","i32",50000000,{"1":2}]}})", R"({"9":{"lst":["rec",50000000]}})"}) {
+    EXPECT_EQ(readingGives(content), -2) << content;
     expectFreshMapping();
   }
-}
-
-TEST_F(HostilePidRemapFile, WithAnyBitFlippedIsReadOrRefused) {
-  const std::string whole = fileWithCounter("100");
-  int read = 0;
-  int refused = 0;
-  for (size_t position = 0; position < whole.size(); ++position) {
-    for (int bit = 0; bit < 8; ++bit) {
-      std::string flipped = whole;
-      flipped[position] = static_cast<char>(flipped[position] ^ (1 << bit));
-      const int result = readingGives(flipped);
-      ++(result == 0 ? read : refused);
-      if (result == 0) {
-        expectWorkingMapping();
-      } else {
-        ASSERT_EQ(result, -2) << flipped;
-        expectFreshMapping();
-      }
-    }
-  }
-  EXPECT_GT(read, 0);
-  EXPECT_GT(refused, 0);
-}
-
-TEST_F(HostilePidRemapFile, WithAnyByteOfAnyValueIsReadOrRefused) {
-  const std::string whole = fileWithCounter("100");
-  for (size_t position = 0; position < whole.size(); ++position) {
-    for (const int value : {0x00, 0x20, 0x22, 0x2C, 0x2D, 0x39, 0x5B, 0x5C, 0x7D, 0x80, 0xFF}) {
-      std::string changed = whole;
-      changed[position] = static_cast<char>(value);
-      const int result = readingGives(changed);
-      ASSERT_TRUE(result == 0 || result == -2) << changed;
-      expectWorkingMapping();
-    }
-  }
-}
-
-class RefusedContent : public HostilePidRemapFile,
-                       public testing::WithParamInterface<const char*> {};
-
-TEST_P(RefusedContent, LeavesAFreshMapping) {
-  EXPECT_EQ(readingGives(GetParam()), -2);
-  expectFreshMapping();
-}
-
-INSTANTIATE_TEST_SUITE_P(PidRemapFile, RefusedContent,
-                         testing::Values("", " ", "null", "[]", "{", "\"", "{]", "{\"1\"",
-                                         "{\"x\":{\"i32\":1}}", "{\"1\":{\"zzz\":1}}",
-                                         "{\"1\":{\"i32\":1}", "\xFF\xFE",
-                                         "{\"2\":{\"map\":[\"i32\",\"i32\",2,{\"1\":2}]}}",
-                                         "{\"2\":{\"map\":[\"i32\",\"i32\",-1,{}]}}",
-                                         "{\"2\":{\"map\":[\"i32\",\"i32\",1,{\"\":2}]}}",
-                                         // a byte above 255, in a member that is not known
-                                         "{\"9\":{\"i8\":300}}"));
-
-/** Heap and stack at their greatest so far, in kilobytes. */
-long peakMemory() {
-  struct rusage usage {};
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_maxrss;
-}
-
-class GreatContainer : public HostilePidRemapFile,
-                       public testing::WithParamInterface<const char*> {};
-
-TEST_P(GreatContainer, IsRefusedBeforeAnythingIsAllocated) {
-  const long before = peakMemory();
-  EXPECT_EQ(readingGives(GetParam()), -2);
-  EXPECT_LT(peakMemory() - before, 100'000);
-  expectFreshMapping();
-}
-
-INSTANTIATE_TEST_SUITE_P(PidRemapFile, GreatContainer,
-                         testing::Values("{\"2\":{\"map\":[\"i32\",\"i32\",50000000,{\"1\":2}]}}",
-                                         "{\"2\":{\"map\":[\"i32\",\"i32\",4294967295,{}]}}",
-                                         "{\"2\":{\"lst\":[\"rec\",50000000]}}",
-                                         "{\"9\":{\"lst\":[\"rec\",50000000]}}",
-                                         "{\"9\":{\"lst\":[\"i32\",2147483647]}}",
-                                         "{\"9\":{\"set\":[\"i8\",50000000,1]}}"));
-
-TEST_F(HostilePidRemapFile, NestedWithoutEndIsRefused) {
-  std::string nested;
-  for (int i = 0; i < 100'000; ++i) {
-    nested += R"({"9":{"rec":)";
-  }
-  EXPECT_EQ(readingGives(nested), -2);
-  expectFreshMapping();
 }
 
 TEST_F(HostilePidRemapFile, WithoutAnyMemberBelongsToNoInputSlot) {
@@ -211,17 +122,12 @@ INSTANTIATE_TEST_SUITE_P(PidRemapFile, HostileCounter,
                                          Counter{"-2147483648", 2, 3}, Counter{"-1", 1, 2},
                                          Counter{"-2", 0, 1}, Counter{"65535", 1, 2}));
 
-class CounterThatIsNoInteger : public HostilePidRemapFile,
-                               public testing::WithParamInterface<const char*> {};
-
-TEST_P(CounterThatIsNoInteger, LeavesAFreshMapping) {
-  EXPECT_EQ(readingGives(fileWithCounter(GetParam())), -2);
-  expectFreshMapping();
+TEST_F(HostilePidRemapFile, ACounterThatIsNoIntegerLeavesAFreshMapping) {
+  for (const char* counter : {"", "-", "2147483648"}) {
+    EXPECT_EQ(readingGives(fileWithCounter(counter)), -2) << counter;
+    expectFreshMapping();
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(PidRemapFile, CounterThatIsNoInteger,
-                         testing::Values("", "-", "\"100\"", "2147483648", "-2147483649",
-                                         "99999999999999999999", "1.5", "1e2"));
 
 TEST_F(HostilePidRemapFile, ACounterPastThePoolIsReportedByItsFirstNewPid) {
   ASSERT_EQ(readingGives(fileWithCounter("2147483646")), 0);
@@ -287,4 +193,4 @@ TEST_F(HostilePidRemapFile, ASymbolicLinkToItselfIsIgnoredAndCannotBeSavedTo) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

@@ -42,7 +42,7 @@ class DamagedStoreFile : public fake::PlatformTest {
       filler_.fill(entriesOf(whole_)[key]);
     }
     EXPECT_EQ(save(whole_), 0);
-    text_ = contentOf(file());
+    text_ = readText(file());
     for (const auto& [key, entry] : entriesOf(whole_)) {
       const std::string json = jsonOf(entry);
       const size_t start = text_.find(json);
@@ -62,7 +62,7 @@ class DamagedStoreFile : public fake::PlatformTest {
   /** Loads `content`; the log must say what became of it. */
   int loadContent(const std::string& content) {
     std::filesystem::remove(file());  // a disk may take its time over a file that is truncated
-    writeContent(file(), content);
+    writeText(file(), content);
     fake::clearLog();
     loaded_ = Record();
     const int result = load(loaded_);
@@ -98,7 +98,7 @@ class DamagedStoreFile : public fake::PlatformTest {
       return;
     }
     ASSERT_EQ(save(loaded_), 0);
-    EXPECT_EQ(contentOf(file()), jsonOf(loaded_));
+    EXPECT_EQ(readText(file()), jsonOf(loaded_));
     Record again;
     EXPECT_EQ(load(again), 0);
     EXPECT_EQ(again, loaded_);

@@ -68,7 +68,7 @@ TYPED_TEST(RecordFileSync, AFileSystemThatCannotBeSyncedIsNoFailure) {
   setSyncfsResult(-1);
   EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kRecordFileDone);
   setSyncfsResult(0);
-  EXPECT_EQ(contentOf(this->file()), jsonOf(TypeParam()));
+  EXPECT_EQ(readText(this->file()), jsonOf(TypeParam()));
   EXPECT_EQ(syncCalls().size(), 2U);
 }
 
@@ -88,7 +88,7 @@ TYPED_TEST(RecordFileSync, WhatFailsWithItsLastBufferIsNotSyncedAfterwards) {
 TYPED_TEST(RecordFileSync, ReadingSyncsNothing) {
   TypeParam record;
   EXPECT_EQ(readRecordFromFile(this->file(), record), kRecordFileNotOpened);
-  writeContent(this->file(), jsonOf(record));
+  writeText(this->file(), jsonOf(record));
   EXPECT_EQ(readRecordFromFile(this->file(), record), kRecordFileDone);
   EXPECT_TRUE(syncCalls().empty());
 }

@@ -33,7 +33,7 @@ class RecordFile : public fake::PlatformTest {
 
   /** The result of reading a file that holds `content`. */
   int readContent(const std::string& content) {
-    writeContent(file(), content);
+    writeText(file(), content);
     read_ = Record();
     return readRecordFromFile(file(), read_);
   }
@@ -73,13 +73,13 @@ TYPED_TEST(RecordFile, WhatIsWrittenIsRead) {
 TYPED_TEST(RecordFile, TheFileIsTheRecordsJsonAndNothingElse) {
   for (const TypeParam& record : {sample<TypeParam>(), TypeParam()}) {
     EXPECT_EQ(writeRecordToFile(this->file(), record), kDone);
-    EXPECT_EQ(contentOf(this->file()), jsonOf(record));
+    EXPECT_EQ(readText(this->file()), jsonOf(record));
   }
 }
 
 TYPED_TEST(RecordFile, AnEmptyMapIsWrittenAsARecordWithAnEmptyMap) {
   EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kDone);
-  EXPECT_EQ(contentOf(this->file()), "{\"1\":{\"map\":[\"i32\",\"rec\",0,{}]}}");
+  EXPECT_EQ(readText(this->file()), "{\"1\":{\"map\":[\"i32\",\"rec\",0,{}]}}");
   EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kDone);
   EXPECT_EQ(this->read_, TypeParam());
 }
@@ -94,9 +94,9 @@ TYPED_TEST(RecordFile, ANewFileIsForItsOwnerAlone) {
 }
 
 TYPED_TEST(RecordFile, WritingTruncatesWhatWasThere) {
-  writeContent(this->file(), std::string(100000, 'x'));
+  writeText(this->file(), std::string(100000, 'x'));
   EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kDone);
-  EXPECT_EQ(contentOf(this->file()), jsonOf(TypeParam()));
+  EXPECT_EQ(readText(this->file()), jsonOf(TypeParam()));
 }
 
 TYPED_TEST(RecordFile, AMissingDirectoryCannotBeWrittenTo) {
@@ -189,7 +189,7 @@ TYPED_TEST(RecordFile, LackOfMemoryIsAFailure) {
   }
   EXPECT_GT(allowed, 2U);
   EXPECT_EQ(result, kDone);
-  EXPECT_EQ(contentOf(file), jsonOf(record));
+  EXPECT_EQ(readText(file), jsonOf(record));
 }
 
 TYPED_TEST(RecordFile, WhatIsNoRecordFails) {
@@ -244,7 +244,7 @@ TEST_F(RecordFileText, OfTheEITVersions) {
   record.versionStores[3401].restartCounter = 2;
   record.versionStores[3401].versions = {{0x50, 31}, {0x4E, 5}};
   ASSERT_EQ(writeRecordToFile(path("file"), record), kDone);
-  EXPECT_EQ(contentOf(path("file")),
+  EXPECT_EQ(readText(path("file")),
             "{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"3401\":{\"1\":{\"i32\":2},"
             "\"2\":{\"map\":[\"i32\",\"i32\",2,{\"78\":5,\"80\":31}]}}}]}}");
 }
@@ -258,7 +258,7 @@ TEST_F(RecordFileText, OfATableStore) {
   store.pmt.descriptors[0].tag = 9;
   store.pmt.descriptors[0].data = std::string("\x00\xFF\x7F", 3);
   ASSERT_EQ(writeRecordToFile(path("file"), record), kDone);
-  EXPECT_EQ(contentOf(path("file")),
+  EXPECT_EQ(readText(path("file")),
             "{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"-1\":{\"1\":{\"i32\":4},"
             "\"2\":{\"rec\":{\"1\":{\"i32\":0},\"2\":{\"i32\":0},\"3\":{\"tf\":1},"
             "\"4\":{\"lst\":[\"rec\",0]}}},"
@@ -270,9 +270,9 @@ TEST_F(RecordFileText, OfATableStore) {
 }
 
 TEST_F(RecordFileText, ValuesComeBackAsTheyStandInTheFile) {
-  writeContent(path("file"),
-               "{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"7\":{\"1\":{\"i32\":-2147483648},"
-               "\"2\":{\"map\":[\"i32\",\"i32\",1,{\"78\":2147483647}]}}}]}}");
+  writeText(path("file"),
+            "{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"7\":{\"1\":{\"i32\":-2147483648},"
+            "\"2\":{\"map\":[\"i32\",\"i32\",1,{\"78\":2147483647}]}}}]}}");
   EITTableVersionStoreFile record;
   ASSERT_EQ(readRecordFromFile(path("file"), record), kDone);
   EXPECT_EQ(record.versionStores[7].restartCounter, INT32_MIN);

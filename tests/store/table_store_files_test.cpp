@@ -69,7 +69,7 @@ TYPED_TEST(TableStoreFiles, SavingMakesTheDirectoryAndTheFileAndLogsNothing) {
   EXPECT_EQ(this->save(0), 0);
   EXPECT_EQ(modeOf(this->path("Tornel")), 0755U);
   EXPECT_EQ(modeOf(this->file(0)), 0600U);
-  EXPECT_EQ(contentOf(this->file(0)), jsonOf(sample<TypeParam>()));
+  EXPECT_EQ(readText(this->file(0)), jsonOf(sample<TypeParam>()));
   EXPECT_TRUE(fake::logLines().empty());
 }
 
@@ -103,7 +103,7 @@ TYPED_TEST(TableStoreFiles, LoadingSaysWhatWasRecovered) {
 TYPED_TEST(TableStoreFiles, SavingRewritesTheWholeFile) {
   ASSERT_EQ(this->save(0), 0);
   EXPECT_EQ(Kind<TypeParam>::save(TypeParam(), 0), 0);
-  EXPECT_EQ(contentOf(this->file(0)), jsonOf(TypeParam()));
+  EXPECT_EQ(readText(this->file(0)), jsonOf(TypeParam()));
 }
 
 TYPED_TEST(TableStoreFiles, AMissingFileIsAnErrorAndMakesNoDirectory) {
@@ -115,9 +115,9 @@ TYPED_TEST(TableStoreFiles, AMissingFileIsAnErrorAndMakesNoDirectory) {
 
 TYPED_TEST(TableStoreFiles, ACorruptFileIsAnErrorAndKeepsWhatWasRead) {
   ASSERT_EQ(this->save(0), 0);
-  const std::string json = contentOf(this->file(0));
+  const std::string json = readText(this->file(0));
   // The maps, and so the file, end with the second entry's closing brackets.
-  writeContent(this->file(0), json.substr(0, json.size() - 4));
+  writeText(this->file(0), json.substr(0, json.size() - 4));
   EXPECT_EQ(this->load(0), 1);
   EXPECT_EQ(fake::logLines(), oneLine(kLogError, "[MPTS0] Error reading file: " + this->file(0)));
   EXPECT_EQ(this->loaded_, sample<TypeParam>());
@@ -129,7 +129,7 @@ TYPED_TEST(TableStoreFiles, ADirectoryThatCannotBeMadeLeavesTheFileAlone) {
   EXPECT_EQ(Kind<TypeParam>::save(TypeParam(), 1), 1);
   EXPECT_EQ(fake::logLines(),
             oneLine(kLogError, "[MPTS1] Could not create directory: " + this->path("Tornel")));
-  EXPECT_EQ(contentOf(this->file(1)), jsonOf(sample<TypeParam>()));
+  EXPECT_EQ(readText(this->file(1)), jsonOf(sample<TypeParam>()));
 }
 
 TYPED_TEST(TableStoreFiles, ANegativeResultIsAFailureToo) {
@@ -140,7 +140,7 @@ TYPED_TEST(TableStoreFiles, ANegativeResultIsAFailureToo) {
 }
 
 TYPED_TEST(TableStoreFiles, AFileInThePlaceOfTheDirectoryIsAnError) {
-  writeContent(this->path("Tornel"), "in the way");
+  writeText(this->path("Tornel"), "in the way");
   EXPECT_EQ(this->save(0), 1);
   EXPECT_EQ(fake::logLines(),
             oneLine(kLogError, "[MPTS0] Could not create directory: " + this->path("Tornel")));
@@ -175,8 +175,8 @@ class TheTwoFiles : public fake::PlatformTest {};
 TEST_F(TheTwoFiles, LieSideBySide) {
   ASSERT_EQ(saveTableStoreFile(sample<TableStoreFile>(), 2), 0);
   ASSERT_EQ(saveEITTableVersionStoreFile(sample<EITTableVersionStoreFile>(), 2), 0);
-  EXPECT_EQ(contentOf(path("Tornel/TableStoreFile2")), jsonOf(sample<TableStoreFile>()));
-  EXPECT_EQ(contentOf(path("Tornel/EITTableVersionStoreFile2")),
+  EXPECT_EQ(readText(path("Tornel/TableStoreFile2")), jsonOf(sample<TableStoreFile>()));
+  EXPECT_EQ(readText(path("Tornel/EITTableVersionStoreFile2")),
             jsonOf(sample<EITTableVersionStoreFile>()));
 }
 

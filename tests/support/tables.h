@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "cfdb/ca_descriptors.h"
 #include "records/records.h"
 
 /** Short ways to write the tables that the tests hand in and expect. */
@@ -35,9 +34,9 @@ inline Descriptor makeDescriptor(int32_t tag, std::string payload) {
 inline Descriptor makeCaDescriptor(uint16_t systemId, uint16_t pid,
                                    const std::string& privateData = {}) {
   const auto byte = [](int value) { return static_cast<char>(value); };
-  return makeDescriptor(kCaDescriptorTag, std::string{byte(systemId >> 8), byte(systemId & 0xFF),
-                                                      byte(0xE0 | pid >> 8), byte(pid & 0xFF)} +
-                                              privateData);
+  return makeDescriptor(0x09, std::string{byte(systemId >> 8), byte(systemId & 0xFF),
+                                          byte(0xE0 | pid >> 8), byte(pid & 0xFF)} +
+                                  privateData);
 }
 
 inline PMTES makeStream(int32_t type, int32_t pid, std::vector<Descriptor> descriptors = {}) {
@@ -54,6 +53,70 @@ inline PMT makePmt(int32_t programNumber, int32_t pcrPid, std::vector<PMTES> str
   pmt.pcrPid = pcrPid;
   pmt.esList = std::move(streams);
   return pmt;
+}
+
+inline SDTService makeService(int32_t serviceId, std::vector<Descriptor> descriptors = {}) {
+  SDTService service;
+  service.serviceId = serviceId;
+  service.descriptors = std::move(descriptors);
+  return service;
+}
+
+/** Of the actual transport stream, and current. */
+inline SDT makeSdt(std::vector<SDTService> services) {
+  SDT sdt;
+  sdt.tableId = 0x42;
+  sdt.currentNext = true;
+  sdt.services = std::move(services);
+  return sdt;
+}
+
+inline CAT makeCat(std::vector<Descriptor> descriptors) {
+  CAT cat;
+  cat.descriptors = std::move(descriptors);
+  return cat;
+}
+
+inline TOT makeTot(uint64_t utcTime) {
+  TOT tot;
+  tot.tableId = 0x73;
+  tot.utcTime = static_cast<int64_t>(utcTime);
+  return tot;
+}
+
+/** With one event per start time, numbered from 1, and recognisable values in every other member.
+ */
+inline EIT makeEit(int32_t serviceId, int32_t tableId, int32_t version,
+                   const std::vector<uint64_t>& startTimes = {}) {
+  EIT eit;
+  eit.tableId = tableId;
+  eit.serviceId = serviceId;
+  eit.version = version;
+  eit.currentNext = true;
+  eit.transportStreamId = 7;
+  eit.originalNetworkId = 0x20;
+  eit.segmentLastSectionNumber = 3;
+  eit.lastTableId = 0x51;
+  for (const uint64_t startTime : startTimes) {
+    EITEvent& event = eit.events.emplace_back();
+    event.eventId = static_cast<int32_t>(eit.events.size());
+    event.startTime = static_cast<int64_t>(startTime);
+    event.duration = 0x013000;
+    event.runningStatus = 4;
+    event.freeCA = true;
+    event.nvod = true;
+    event.descriptors = {makeDescriptor(0x4D, "eng\x04News"), makeDescriptor(9, "not remapped")};
+  }
+  return eit;
+}
+
+/** `eits` under their own service and table ids. */
+inline EITMap mapOf(const std::vector<EIT>& eits) {
+  EITMap map;
+  for (const EIT& eit : eits) {
+    map[eit.serviceId][eit.tableId] = eit;
+  }
+  return map;
 }
 
 /** Two decimal digits as one BCD byte. */

@@ -30,21 +30,6 @@ inline Descriptor makeServiceDescriptor(uint8_t serviceType) {
   return makeDescriptor(0x48, std::string{static_cast<char>(serviceType), '\0', '\0'});
 }
 
-inline SDTService makeService(int32_t serviceId, std::vector<Descriptor> descriptors = {}) {
-  SDTService service;
-  service.serviceId = serviceId;
-  service.descriptors = std::move(descriptors);
-  return service;
-}
-
-inline SDT makeSdt(std::vector<SDTService> services) {
-  SDT sdt;
-  sdt.tableId = 0x42;
-  sdt.currentNext = true;
-  sdt.services = std::move(services);
-  return sdt;
-}
-
 /** A private descriptor that takes `size` bytes of its loop, 2 to 257. */
 inline Descriptor makeFiller(size_t size) {
   std::string payload(size - 2, '\0');
