@@ -16,15 +16,15 @@
 #include "control/start_observer.h"
 #include "tests/fakes/fake_platform.h"
 
+namespace tevra::test {
 namespace {
 
 using apache::thrift::transport::TTransportException;
+using fake::LogLine;
+using fake::logLines;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using tevra::RestartingServer;
-using tevra::fake::LogLine;
-using tevra::fake::logLines;
-using tevra::thrift::TStartObserver;
+using thrift::TStartObserver;
 
 /** What a test raises to leave the endless serving; no exception of Thrift's. */
 struct Leave {};
@@ -46,7 +46,7 @@ class FakeServer : public apache::thrift::server::TServer {
   std::vector<std::chrono::steady_clock::time_point> times;
 };
 
-class Restarting : public tevra::fake::PlatformTest {
+class Restarting : public fake::PlatformTest {
  protected:
   void run() { RestartingServer(server_, observer_).run(); }
 
@@ -145,3 +145,4 @@ TEST(StartObserver, LetsAllWaitingThreadsGo) {
 }
 
 }  // namespace
+}  // namespace tevra::test

@@ -10,24 +10,18 @@
 #include "tests/control/handler_fixture.h"
 #include "tests/fakes/fake_main_task.h"
 
+namespace tevra::test {
 namespace {
 
+using fake::FakeMainTask;
+using fake::logged;
+using fake::platform;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 using testing::Pair;
-using tevra::EITTableVersionStore;
-using tevra::EITTableVersionStoreFile;
-using tevra::SIControlSrvHandler;
-using tevra::TableStore;
-using tevra::TableStoreFile;
-using tevra::fake::FakeMainTask;
-using tevra::fake::logged;
-using tevra::fake::platform;
-using tevra::test::HandlerTest;
-using tevra::test::kRefused;
 
 constexpr int64_t kMjd = 60000;
 
@@ -65,12 +59,11 @@ class HandlerStart : public HandlerTest {
   /** Makes the handler save both files without touching the entries under test. */
   static void saveBoth(SIControlSrvHandler& handler) {
     constexpr int32_t kOtherService = 9999;
-    handler.setPMT(tevra::test::makePMT(kOtherService, 0x200));
-    std::map<int32_t, tevra::SPTSConfiguration> answer;
-    handler.getSrvOutputData(answer, tevra::test::outputOf(kOtherService, "Other"));
-    handler.setTOT(tevra::test::totAt(tevra::test::dvbTime(kMjd, 12, 0, 0)));
-    handler.setEITPresentFollowing(
-        tevra::test::eitMap({tevra::test::makeEIT(kOtherService, 0x4E, 0, {})}));
+    handler.setPMT(pmtOf(kOtherService, 0x200));
+    std::map<int32_t, SPTSConfiguration> answer;
+    handler.getSrvOutputData(answer, outputOf(kOtherService, "Other"));
+    handler.setTOT(makeTot(dvbTime(kMjd, 12, 0, 0)));
+    handler.setEITPresentFollowing(mapOf({makeEit(kOtherService, 0x4E, 0, {})}));
   }
 
   static void writeTableStores(const std::map<int32_t, TableStore>& entries) {
@@ -160,14 +153,14 @@ TEST_F(HandlerStart, NegativeMptsIsLoggedAndGetsNoPort) {
   const SIControlSrvHandler handler(-1);
   EXPECT_TRUE(logged(3, "[SIControlSrvHandler] MPTSId not supported [-1]"));
   EXPECT_TRUE(logged(4, "[MPTS-1] notifying to port [0]"));
-  EXPECT_EQ(2, tevra::fake::timesLogged(4, "Zero notification port!"));
-  EXPECT_EQ(1, tevra::fake::timesLogged(4, "Notification Port not set."));
+  EXPECT_EQ(2, fake::timesLogged(4, "Zero notification port!"));
+  EXPECT_EQ(1, fake::timesLogged(4, "Notification Port not set."));
 }
 
 TEST_F(HandlerStart, WithoutPortEveryNotificationIsALineAndNoConnection) {
   SIControlSrvHandler handler(4);
-  tevra::fake::clearLog();
-  handler.setSDT(tevra::test::makeSDT(1));
+  fake::clearLog();
+  handler.setSDT(sdtOf(1));
   EXPECT_THAT(lines(),
               ElementsAre(Pair(7, "Guardo SDT en DB local!"), Pair(7, "Guardo SDT en DB local!"),
                           Pair(4, "Notification Port not set.")));
@@ -244,7 +237,7 @@ TEST_F(HandlerStart, EntryWithCounterZeroSurvivesFourStartsAndGoesAtTheFifth) {
     EXPECT_EQ(start, savedTableStores().at(100).restartCounter);
     EXPECT_EQ(start, savedEITVersions().at(300).restartCounter);
   }
-  tevra::fake::clearLog();
+  fake::clearLog();
   SIControlSrvHandler handler(0);
   EXPECT_TRUE(logged(5, "[MPTS0] 1201 is erased from the table store struct"));
   EXPECT_TRUE(logged(5, "[MPTS0] 300 is erased from the EIT table version store struct"));
@@ -264,7 +257,7 @@ TEST_F(HandlerStart, AgeingAloneWritesNoFile) {
 TEST_F(HandlerStart, OnlyTheMissingFileIsAnError) {
   writeEITVersions({{300, versionEntry(0, 1)}});
   const SIControlSrvHandler handler(0);
-  EXPECT_EQ(1, tevra::fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
+  EXPECT_EQ(1, fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
   EXPECT_TRUE(logged(3, "[MPTS0] Error reading file: " + tableStorePath()));
   EXPECT_TRUE(logged(7, "[MPTS0] Recovering saved EIT table versions"));
 }
@@ -298,7 +291,7 @@ TEST_F(HandlerStart, FilesThatAreNoRecordsAreLikeMissingOnes) {
   std::ofstream(tableStorePath()) << "no record at all";
   std::ofstream(eitVersionPath()) << "";
   const SIControlSrvHandler handler(0);
-  EXPECT_EQ(2, tevra::fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
+  EXPECT_EQ(2, fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
   EXPECT_EQ(kRefused, lines().back().second);
 }
 
@@ -321,3 +314,4 @@ TEST_F(HandlerStart, FilesOfAnotherMptsAreNotTouched) {
 }
 
 }  // namespace
+}  // namespace tevra::test

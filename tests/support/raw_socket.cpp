@@ -89,6 +89,20 @@ bool RawConnection::closedByPeer() const {
   return recv(socket_, &byte, 1, 0) <= 0;  // 0: closed; -1: reset
 }
 
+std::string RawConnection::receive(size_t length) const {
+  std::string received(length, '\0');
+  size_t taken = 0;
+  while (taken < length && readable(socket_)) {
+    const ssize_t got = recv(socket_, received.data() + taken, length - taken, 0);
+    if (got <= 0) {
+      break;
+    }
+    taken += static_cast<size_t>(got);
+  }
+  received.resize(taken);
+  return received;
+}
+
 void RawConnection::finish() const {
   shutdown(socket_, SHUT_WR);
 }

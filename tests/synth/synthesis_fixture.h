@@ -14,15 +14,15 @@ namespace tevra::test {
 template <class Table>
 struct Synthesis;
 
-#define TORNEL_SYNTHESIS(Table, member, pid)                                                        \
-  template <>                                                                                       \
-  struct Synthesis<Table> {                                                                         \
-    static constexpr const char* kName = #Table;                                                    \
-    static constexpr auto kRun = synth##Table;                                                      \
-    static constexpr int kPid = pid;                                                                \
-    static Table& input(ServiceWorkRecord& work) { return work.member; }                            \
-    static const Table& record(const OutputTables& tables) { return tables.dvbTables.member; }      \
-    static const Packets& packets(const OutputTables& tables) { return tables.member##Packets; }    \
+#define TORNEL_SYNTHESIS(Table, member, pid)                                                     \
+  template <>                                                                                    \
+  struct Synthesis<Table> {                                                                      \
+    static constexpr const char* kName = #Table;                                                 \
+    static constexpr auto kRun = synth##Table;                                                   \
+    static constexpr int kPid = pid;                                                             \
+    static Table& input(ServiceWorkRecord& work) { return work.member; }                         \
+    static const Table& record(const OutputTables& tables) { return tables.dvbTables.member; }   \
+    static const Packets& packets(const OutputTables& tables) { return tables.member##Packets; } \
   };
 
 TORNEL_SYNTHESIS(PAT, pat, 0)
