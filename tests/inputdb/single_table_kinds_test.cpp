@@ -58,14 +58,7 @@ class SingleTableKinds : public fake::PlatformTest {
 
 using Tables = ::testing::Types<PAT, SDT, CAT, NIT, BAT, TOT>;
 
-struct TableName {
-  template <class Table>
-  static std::string GetName(int) {
-    return Kind<Table>::kName;
-  }
-};
-
-TYPED_TEST_SUITE(SingleTableKinds, Tables, TableName);
+TYPED_TEST_SUITE(SingleTableKinds, Tables, RecordName);
 
 TYPED_TEST(SingleTableKinds, AMissLeavesTheOutputUntouched) {
   TypeParam out = this->withVersion(9);

@@ -41,13 +41,6 @@ using AllRecords =
                      EITTableVersionStoreFile, PIDRemap, OutputServiceDescription,
                      SrvOutputRequest>;
 
-struct RecordName {
-  template <class Record>
-  static std::string GetName(int) {
-    return Members<Record>::kName;
-  }
-};
-
 TYPED_TEST_SUITE(EveryRecord, AllRecords, RecordName);
 
 TYPED_TEST(EveryRecord, IsACopyableClassWithoutBase) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -15,6 +16,14 @@ namespace tevra::test {
 /** Per record: its name, `kAll`, a tuple of pointers to its members, and its is-set flags. */
 template <class Record>
 struct Members;
+
+/** Names typed tests after their records. */
+struct RecordName {
+  template <class Record>
+  static std::string GetName(int /*index*/) {
+    return Members<Record>::kName;
+  }
+};
 
 template <class Record>
 inline constexpr size_t kMemberCount = std::tuple_size_v<decltype(Members<Record>::kAll)>;
