@@ -1,28 +1,19 @@
 #include "records/table_slot.h"
 
+#include <chrono>
+#include <future>
 #include <map>
-#include <stdexcept>
+#include <new>
 
 #include <gtest/gtest.h>
 
 #include "records/records.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/records/wire.h"
+#include "tests/support/allocation_hook.h"
 
 namespace tevra::test {
 namespace {
-
-/** A table whose copies fail on demand. */
-struct FragileTable {
-  bool copyFails = false;
-
-  explicit FragileTable(bool fails) : copyFails(fails) {}
-  FragileTable(const FragileTable& other) : copyFails(other.copyFails) {
-    if (copyFails) {
-      throw std::runtime_error("copy");
-    }
-  }
-  FragileTable& operator=(const FragileTable&) = default;
-};
 
 PAT pat(int32_t version) {
   PAT table;
@@ -66,22 +57,66 @@ TEST_F(TableSlotTest, TheCopyIsIndependent) {
   EXPECT_EQ(out.programs.size(), 3U);
 }
 
-TEST_F(TableSlotTest, TheGetterOverwritesEveryMember) {
+TEST_F(TableSlotTest, TheGetterOverwritesEveryMemberAndItsFlag) {
   TableSlot<PAT> slot;
   slot.store(pat(1), kLine);
   PAT out = pat(7);
   out.transportStreamId = 8;
   out.programs.resize(2);
+  out.__isset.programs = true;
   ASSERT_TRUE(slot.copy(out));
   EXPECT_EQ(out, pat(1));
+  EXPECT_FALSE(out.__isset.programs);
+  slot.store(fromBinary<PAT>(binaryOf(pat(1))), kLine);
+  ASSERT_TRUE(slot.copy(out));
+  EXPECT_TRUE(out.__isset.programs);
 }
 
-TEST_F(TableSlotTest, ACopyThatFailsLeavesTheSlotEmpty) {
-  TableSlot<FragileTable> slot;
-  slot.store(FragileTable(false), kLine);
-  EXPECT_THROW(slot.store(FragileTable(true), kLine), std::runtime_error);
-  FragileTable out(false);
+/** A PAT whose copy makes one allocation of at least kLargeAllocation bytes. */
+PAT largePat() {
+  PAT table = pat(21);
+  table.programs.resize(50000);
+  return table;
+}
+
+constexpr size_t kLargeAllocation = size_t{256} * 1024;
+
+TEST_F(TableSlotTest, ACopyThatFailsLeavesTheSlotEmptyAndUnlocked) {
+  TableSlot<PAT> slot;
+  slot.store(pat(1), kLine);
+  const PAT large = largePat();
+  {
+    const AllocationHook failing(kLargeAllocation, [] { throw std::bad_alloc(); });
+    EXPECT_THROW(slot.store(large, kLine), std::bad_alloc);
+  }
+  EXPECT_EQ(fake::timesLogged(7, kLine), 2);
+  PAT out;
   EXPECT_FALSE(slot.copy(out));
+  slot.store(large, kLine);
+  {
+    const AllocationHook failing(kLargeAllocation, [] { throw std::bad_alloc(); });
+    EXPECT_THROW((void)slot.copy(out), std::bad_alloc);
+  }
+  EXPECT_TRUE(slot.copy(out));
+  EXPECT_EQ(out, large);
+}
+
+TEST_F(TableSlotTest, AReaderWaitsUntilTheSetterIsDone) {
+  TableSlot<PAT> slot;
+  slot.store(pat(1), kLine);
+  const PAT large = largePat();
+  PAT out;
+  std::future<bool> reader;
+  {
+    const AllocationHook copying(kLargeAllocation, [&] {
+      reader = std::async(std::launch::async, [&] { return slot.copy(out); });
+      EXPECT_EQ(reader.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    });
+    slot.store(large, kLine);
+    ASSERT_TRUE(copying.triggered());
+  }
+  EXPECT_TRUE(reader.get());
+  EXPECT_EQ(out, large);
 }
 
 TEST_F(TableSlotTest, ClearedTogetherSlotsAndMapsAreEmpty) {
