@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -16,11 +15,7 @@ namespace {
 using fake::FakeMainTask;
 using fake::logged;
 using fake::platform;
-using testing::Contains;
-using testing::Each;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
 using testing::Pair;
 
 constexpr int64_t kMjd = 60000;
@@ -45,17 +40,6 @@ EITTableVersionStore versionEntry(int32_t restartCounter, int32_t version) {
 
 class HandlerStart : public HandlerTest {
  protected:
-  /** What was logged at `level`, in order. */
-  static std::vector<std::string> linesOfLevel(int level) {
-    std::vector<std::string> texts;
-    for (const auto& [lineLevel, text] : lines()) {
-      if (lineLevel == level) {
-        texts.push_back(text);
-      }
-    }
-    return texts;
-  }
-
   /** Makes the handler save both files without touching the entries under test. */
   static void saveBoth(SIControlSrvHandler& handler) {
     constexpr int32_t kOtherService = 9999;
@@ -175,58 +159,7 @@ TEST_F(HandlerStart, UnknownModuleTypeIsLoggedWhenThePoolIsMade) {
   EXPECT_THAT(all[2], Pair(4, "IN mod slot [3] PID poll [100/99]"));
 }
 
-TEST_F(HandlerStart, TableStoreWithCounterThreeIsKeptWithFour) {
-  writeTableStores({{100, storeEntry(3, 1201)}});
-  SIControlSrvHandler handler(0);
-  EXPECT_THAT(lines(), Not(Contains(Pair(5, testing::_))));
-  saveBoth(handler);
-  const auto saved = savedTableStores();
-  ASSERT_EQ(1U, saved.count(100));
-  EXPECT_EQ(storeEntry(4, 1201), saved.at(100));
-}
-
-TEST_F(HandlerStart, TableStoreWithCounterFourIsErased) {
-  writeTableStores({{100, storeEntry(4, 1201)}});
-  SIControlSrvHandler handler(0);
-  EXPECT_TRUE(logged(5, "[MPTS0] 1201 is erased from the table store struct"));
-  saveBoth(handler);
-  EXPECT_EQ(0U, savedTableStores().count(100));
-}
-
-TEST_F(HandlerStart, TableStoresAreAgedInKeyOrderAndEachForItself) {
-  writeTableStores({{-5, storeEntry(INT_MAX, 1)},
-                    {10, storeEntry(4, 2)},
-                    {20, storeEntry(INT_MIN, 3)},
-                    {30, storeEntry(-1, 4)},
-                    {40, storeEntry(5, 5)}});
-  SIControlSrvHandler handler(0);
-  EXPECT_THAT(linesOfLevel(5), ElementsAre("[MPTS0] 1 is erased from the table store struct",
-                                           "[MPTS0] 2 is erased from the table store struct",
-                                           "[MPTS0] 5 is erased from the table store struct"));
-  saveBoth(handler);
-  const auto saved = savedTableStores();
-  EXPECT_EQ(INT_MIN + 1, saved.at(20).restartCounter);
-  EXPECT_EQ(0, saved.at(30).restartCounter);
-  EXPECT_EQ(3U, saved.size());  // with the one of saveBoth
-}
-
-TEST_F(HandlerStart, EITVersionsWithCounterThreeAreKeptWithFour) {
-  writeEITVersions({{300, versionEntry(3, 17)}});
-  SIControlSrvHandler handler(0);
-  EXPECT_THAT(lines(), Not(Contains(Pair(5, testing::_))));
-  saveBoth(handler);
-  EXPECT_EQ(versionEntry(4, 17), savedEITVersions().at(300));
-}
-
-TEST_F(HandlerStart, EITVersionsWithCounterFourAreErasedByTheirKey) {
-  writeEITVersions({{300, versionEntry(4, 17)}, {301, versionEntry(3, 18)}});
-  SIControlSrvHandler handler(0);
-  EXPECT_TRUE(logged(5, "[MPTS0] 300 is erased from the EIT table version store struct"));
-  EXPECT_FALSE(logged(5, "[MPTS0] 301 is erased from the EIT table version store struct"));
-  saveBoth(handler);
-  EXPECT_EQ(0U, savedEITVersions().count(300));
-  EXPECT_EQ(1U, savedEITVersions().count(301));
-}
+// The rule itself: tests/store/ageing_test.cpp.
 
 TEST_F(HandlerStart, EntryWithCounterZeroSurvivesFourStartsAndGoesAtTheFifth) {
   writeTableStores({{100, storeEntry(0, 1201)}});
