@@ -35,6 +35,13 @@ inline fake::LogLine packetsMade(int count) {
   return {7, "", "Numero de paquetes necesarios para la sintesis [" + std::to_string(count) + "]"};
 }
 
+/** The line of a table whose version moves. */
+template <class Table>
+fake::LogLine saves() {
+  return {7, "",
+          std::string("Saves a new ") + Synthesis<Table>::kName + " in myTableStores struct"};
+}
+
 /** Synthesises one table of the usual work record again and again. */
 template <class Table>
 class SynthesisTest : public fake::PlatformTest {
@@ -57,10 +64,7 @@ class SynthesisTest : public fake::PlatformTest {
   }
   [[nodiscard]] std::string section() const { return sections().at(0); }
 
-  /** The line of a table whose version moves. */
-  static fake::LogLine saves() {
-    return {7, "", std::string("Saves a new ") + Way::kName + " in myTableStores struct"};
-  }
+  static fake::LogLine saves() { return test::saves<Table>(); }
 
   ServiceWorkRecord input_ = makeWorkRecord();
   ServiceWorkRecord work_;  ///< as the last synthesis left it
