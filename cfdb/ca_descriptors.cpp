@@ -17,7 +17,7 @@ DescriptorPtr toCaDescriptor(const std::string& payload) {
 
 /** The payload of `descriptor` with its CA_PID replaced; empty, with a log line, when it is
  * corrupt. */
-std::string remappedPayload(const Descriptor& descriptor, PidRemap& pids) {
+std::string remappedPayload(const Descriptor& descriptor, PidAllocator& pids) {
   const DescriptorPtr source = toCaDescriptor(descriptor.data);
   dvbpsi_ca_dr_t* ca = source ? dvbpsi_DecodeCADr(source.get()) : nullptr;
   if (ca == nullptr) {
@@ -39,7 +39,7 @@ std::string remappedPayload(const Descriptor& descriptor, PidRemap& pids) {
 }  // namespace
 
 std::vector<Descriptor> cfDescriptors(const std::vector<Descriptor>& descriptors, bool dropCA,
-                                      PidRemap& pids) {
+                                      PidAllocator& pids) {
   std::vector<Descriptor> result;
   result.reserve(descriptors.size());
   for (const Descriptor& descriptor : descriptors) {

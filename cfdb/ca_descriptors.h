@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "cfdb/pid_remap.h"
+#include "cfdb/pid_allocator.h"
 #include "records/records.h"
 
 namespace tevra {
@@ -17,6 +17,6 @@ inline constexpr int32_t kCaDescriptorTag = 0x09;
  * payload. Raises std::bad_alloc.
  */
 [[nodiscard]] std::vector<Descriptor> cfDescriptors(const std::vector<Descriptor>& descriptors,
-                                                    bool dropCA, PidRemap& pids);
+                                                    bool dropCA, PidAllocator& pids);
 
 }  // namespace tevra

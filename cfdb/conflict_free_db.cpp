@@ -1,6 +1,5 @@
 #include "cfdb/conflict_free_db.h"
 
-#include <mutex>
 #include <utility>
 
 #include "cfdb/ca_descriptors.h"
@@ -16,25 +15,7 @@ constexpr bool kDropCA = true;
 
 bool copyEIT(const EITMap& store, int32_t serviceId, int32_t tableId, EIT& out) {
   const auto tables = store.find(serviceId);
-  if (tables == store.end()) {
-    return false;
-  }
-  const auto eit = tables->second.find(tableId);
-  if (eit == tables->second.end()) {
-    return false;
-  }
-  out = eit->second;
-  return true;
-}
-
-/** Makes `out` the EITs of `store` that `in`, which is merged into it, mentions. */
-void copyMentioned(const EITMap& store, const EITMap& in, EITMap& out) {
-  out.clear();
-  for (const auto& [serviceId, tables] : in) {
-    for (const auto& [tableId, ignored] : tables) {
-      (void)copyEIT(store, serviceId, tableId, out[serviceId][tableId]);
-    }
-  }
+  return tables != store.end() && copyTable(tables->second, tableId, out);
 }
 
 }  // namespace
@@ -43,7 +24,7 @@ ConflictFreeDB::ConflictFreeDB(int32_t chainIndex, ConflictFreeDBOwner& owner)
     : owner_(owner), pids_(chainIndex) {}
 
 bool ConflictFreeDB::setConflictFreePAT(PAT& out, const PAT& in) {
-  MutexLock lock(patMutex_);
+  MutexLock lock(pats_);
   pids_.followTransportStream(in.transportStreamId);
   PAT pat;
   pat.transportStreamId = in.transportStreamId;
@@ -55,18 +36,14 @@ bool ConflictFreeDB::setConflictFreePAT(PAT& out, const PAT& in) {
     remapped.programNumber = program.programNumber;
     remapped.pid = pids_.getConflictFreePID(program.pid);
   }
-  log_function(kLogDebug, kNoTag, "Guardo PAT en DB local!");
-  replaceTable(pats_, pat);
-  const bool stored = copyTable(pats_, out);
+  pats_.storeLocked(pat, "Guardo PAT en DB local!");
+  const bool stored = pats_.copyLocked(out);
   pids_.saveConflictFreeDB();
   return stored;
 }
 
 bool ConflictFreeDB::setConflictFreeSDT(const SDT& in) {
-  MutexLock lock(sdtMutex_);
-  log_function(kLogDebug, kNoTag, "Guardo SDT en DB local!");
-  replaceTable(sdts_, in);
-  return true;
+  return sdts_.store(in, "Guardo SDT en DB local!");
 }
 
 PMT ConflictFreeDB::makeConflictFreePMT(const PMT& in) {
@@ -92,97 +69,86 @@ PMT ConflictFreeDB::makeConflictFreePMT(const PMT& in) {
 }
 
 bool ConflictFreeDB::setConflictFreePMT(PMT& out, const PMT& in) {
-  MutexLock lock(pmtMutex_);
+  MutexLock lock(pmts_);
   PMT pmt = makeConflictFreePMT(in);
   log_function(kLogDebug, kNoTag, "Guardo PMT en DB local! inputSID [0x%04x]",
                static_cast<unsigned>(in.programNumber));
   out = pmt;
-  pmts_[in.programNumber] = std::move(pmt);
+  pmts_.tables[in.programNumber] = std::move(pmt);
   pids_.saveConflictFreeDB();
   return true;
 }
 
 bool ConflictFreeDB::setConflictFreeCAT(CAT& out, const CAT& in) {
-  MutexLock lock(catMutex_);
+  MutexLock lock(cats_);
   CAT cat = in;
   cat.descriptors = cfDescriptors(in.descriptors, kKeepCA, pids_);
-  log_function(kLogDebug, kNoTag, "Guardo CAT en DB local!");
-  replaceTable(cats_, cat);
-  return copyTable(cats_, out);
+  cats_.storeLocked(cat, "Guardo CAT en DB local!");
+  return cats_.copyLocked(out);
 }
 
 bool ConflictFreeDB::setConflictFreeTOT(TOT& out, const TOT& in) {
-  MutexLock lock(totMutex_);
-  log_function(kLogDebug, kNoTag, "Guardo TOT en DB local!");
-  replaceTable(tots_, in);
-  return copyTable(tots_, out);
+  MutexLock lock(tots_);
+  tots_.storeLocked(in, "Guardo TOT en DB local!");
+  return tots_.copyLocked(out);
 }
 
 bool ConflictFreeDB::setConflictFreeNIT(NIT& /*out*/, const NIT& /*in*/) {
-  MutexLock lock(nitMutex_);
+  MutexLock lock(nits_);
   log_function(kLogError, kNoTag, "[setConflictFreeNIT] Not implemented!");
   return true;
 }
 
 bool ConflictFreeDB::setConflictFreeBAT(BAT& /*out*/, const BAT& /*in*/) {
-  MutexLock lock(batMutex_);
+  MutexLock lock(bats_);
   log_function(kLogError, kNoTag, "[setConflictFreeBAT] Not implemented!");
   return true;
 }
 
 bool ConflictFreeDB::setConflictFreeEIT(EIT& /*out*/, const EIT& /*in*/) {
-  RecursiveMutexLock presentFollowing(eitPresentFollowingMutex_);
-  RecursiveMutexLock schedule(eitScheduleMutex_);
+  RecursiveMutexLock presentFollowing(eitPresentFollowing_);
+  RecursiveMutexLock schedule(eitSchedule_);
   log_function(kLogError, kNoTag, "[setConflictFreeEIT] Not implemented!");
   return true;
 }
 
 bool ConflictFreeDB::getConflictFreePAT(PAT& out) {
-  MutexLock lock(patMutex_);
-  return copyTable(pats_, out);
+  return pats_.copy(out);
 }
 
 bool ConflictFreeDB::getConflictFreeSDT(SDT& out) {
-  MutexLock lock(sdtMutex_);
-  return copyTable(sdts_, out);
+  return sdts_.copy(out);
 }
 
 bool ConflictFreeDB::getConflictFreeCAT(CAT& out) {
-  MutexLock lock(catMutex_);
-  return copyTable(cats_, out);
+  return cats_.copy(out);
 }
 
 bool ConflictFreeDB::getConflictFreeTOT(TOT& out) {
-  MutexLock lock(totMutex_);
-  return copyTable(tots_, out);
+  return tots_.copy(out);
 }
 
 bool ConflictFreeDB::getConflictFreeNIT(NIT& out) {
-  MutexLock lock(nitMutex_);
+  MutexLock lock(nits_);
   log_function(kLogError, kNoTag, "[getConflictFreeNIT] Not implemented!");
-  return copyTable(nits_, out);
+  return nits_.copyLocked(out);
 }
 
 bool ConflictFreeDB::getConflictFreeBAT(BAT& out) {
-  MutexLock lock(batMutex_);
+  MutexLock lock(bats_);
   log_function(kLogError, kNoTag, "[getConflictFreeBAT] Not implemented!");
-  return copyTable(bats_, out);
+  return bats_.copyLocked(out);
 }
 
 bool ConflictFreeDB::getConflictFreePMT(PMT& out, int32_t inputSID) {
-  MutexLock lock(pmtMutex_);
-  const auto stored = pmts_.find(inputSID);
-  if (stored == pmts_.end()) {
-    return false;
-  }
-  out = stored->second;
-  return true;
+  MutexLock lock(pmts_);
+  return copyTable(pmts_.tables, inputSID, out);
 }
 
 bool ConflictFreeDB::getOutputPMT(PMT& out, int32_t inputSID) {
-  MutexLock lock(pmtMutex_);
-  const auto stored = pmts_.find(inputSID);
-  if (stored != pmts_.end()) {
+  MutexLock lock(pmts_);
+  const auto stored = pmts_.tables.find(inputSID);
+  if (stored != pmts_.tables.end()) {
     const PMT& source = stored->second;
     PMT pmt;
     pmt.programNumber = source.programNumber;
@@ -202,41 +168,41 @@ bool ConflictFreeDB::getOutputPMT(PMT& out, int32_t inputSID) {
     out = std::move(pmt);
   }
   pids_.saveConflictFreeDB();
-  return stored != pmts_.end();
+  return stored != pmts_.tables.end();
 }
 
 void ConflictFreeDB::restampEITpf(const EITMap& in) {
-  RecursiveMutexLock lock(eitPresentFollowingMutex_);
-  restampAll(eitPresentFollowing_, in, "getConflictFreeEITpf");
+  RecursiveMutexLock lock(eitPresentFollowing_);
+  restampAll(eitPresentFollowing_.tables, in, "getConflictFreeEITpf");
 }
 
 void ConflictFreeDB::restampEITsch(const EITMap& in) {
-  RecursiveMutexLock lock(eitScheduleMutex_);
-  restampAll(eitSchedule_, in, "getConflictFreeEITsch");
+  RecursiveMutexLock lock(eitSchedule_);
+  restampAll(eitSchedule_.tables, in, "getConflictFreeEITsch");
 }
 
 bool ConflictFreeDB::getConflictFreeEITpf(EITMap& out, const EITMap& in) {
-  RecursiveMutexLock lock(eitPresentFollowingMutex_);
+  RecursiveMutexLock lock(eitPresentFollowing_);
   restampEITpf(in);
-  copyMentioned(eitPresentFollowing_, in, out);
+  copyRestamped(out, in, &ConflictFreeDB::getRestampedEITpf);
   return true;
 }
 
 bool ConflictFreeDB::getConflictFreeEITsch(EITMap& out, const EITMap& in) {
-  RecursiveMutexLock lock(eitScheduleMutex_);
+  RecursiveMutexLock lock(eitSchedule_);
   restampEITsch(in);
-  copyMentioned(eitSchedule_, in, out);
+  copyRestamped(out, in, &ConflictFreeDB::getRestampedEITsch);
   return true;
 }
 
 bool ConflictFreeDB::getRestampedEITpf(EIT& out, int32_t serviceId, int32_t tableId) {
-  RecursiveMutexLock lock(eitPresentFollowingMutex_);
-  return copyEIT(eitPresentFollowing_, serviceId, tableId, out);
+  RecursiveMutexLock lock(eitPresentFollowing_);
+  return copyEIT(eitPresentFollowing_.tables, serviceId, tableId, out);
 }
 
 bool ConflictFreeDB::getRestampedEITsch(EIT& out, int32_t serviceId, int32_t tableId) {
-  RecursiveMutexLock lock(eitScheduleMutex_);
-  return copyEIT(eitSchedule_, serviceId, tableId, out);
+  RecursiveMutexLock lock(eitSchedule_);
+  return copyEIT(eitSchedule_.tables, serviceId, tableId, out);
 }
 
 void ConflictFreeDB::restampAll(EITMap& store, const EITMap& in, const char* caller) {
@@ -265,25 +231,17 @@ void ConflictFreeDB::restampEIT(EIT& out, const EIT& in, int32_t version) {
   out.version = version;
 }
 
+void ConflictFreeDB::copyRestamped(EITMap& out, const EITMap& in, GetRestamped get) {
+  out.clear();
+  for (const auto& [serviceId, tables] : in) {
+    for (const auto& [tableId, ignored] : tables) {
+      (void)(this->*get)(out[serviceId][tableId], serviceId, tableId);  // restamped just now
+    }
+  }
+}
+
 void ConflictFreeDB::clearConflictFreeDB() {
-  const std::scoped_lock lock(patMutex_, sdtMutex_, catMutex_, pmtMutex_, nitMutex_, batMutex_,
-                              eitPresentFollowingMutex_, eitScheduleMutex_);
-  patMutex_.assertHeld();
-  sdtMutex_.assertHeld();
-  catMutex_.assertHeld();
-  pmtMutex_.assertHeld();
-  nitMutex_.assertHeld();
-  batMutex_.assertHeld();
-  eitPresentFollowingMutex_.assertHeld();
-  eitScheduleMutex_.assertHeld();
-  pats_.clear();
-  sdts_.clear();
-  cats_.clear();
-  pmts_.clear();
-  nits_.clear();
-  bats_.clear();
-  eitPresentFollowing_.clear();
-  eitSchedule_.clear();
+  clearTogether(pats_, sdts_, cats_, pmts_, nits_, bats_, eitPresentFollowing_, eitSchedule_);
 }
 
 }  // namespace tevra

@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "cfdb/conflict_free_db_owner.h"
-#include "cfdb/pid_remap.h"
-#include "platform/mutex.h"
+#include "cfdb/pid_allocator.h"
 #include "records/records.h"
 #include "records/table_slot.h"
 
@@ -18,62 +17,62 @@ namespace tevra {
  * system clock.
  *
  * Callable from any thread. Each kind of table has a lock of its own, held for the whole operation;
- * the PID lock of PidRemap is taken inside it, never around it. The EIT locks are recursive and are
- * held while the owner is asked.
+ * the PID lock of PidAllocator is taken inside it, never around it. The EIT locks are recursive and
+ * are held while the owner is asked.
  *
  * Setters return true and copy the stored table to their out parameter. Getters return false and
  * leave `out` untouched when nothing is held. `owner` must outlive the database.
  */
 class ConflictFreeDB {
  public:
-  /** Loads the PID mapping from its file; see PidRemap. */
+  /** Loads the PID mapping from its file; see PidAllocator. */
   ConflictFreeDB(int32_t chainIndex, ConflictFreeDBOwner& owner);
 
   /** A PAT of another transport stream restarts the PID mapping. Saves the mapping if it grew. */
-  bool setConflictFreePAT(PAT& out, const PAT& in) EXCLUDES(patMutex_);
+  bool setConflictFreePAT(PAT& out, const PAT& in) EXCLUDES(pats_);
 
   /** Stored unchanged: service ids are not remapped. */
-  bool setConflictFreeSDT(const SDT& in) EXCLUDES(sdtMutex_);
+  bool setConflictFreeSDT(const SDT& in) EXCLUDES(sdts_);
 
   /**
    * Keeps the streams whose type isCarriedStreamType; the others get no PID. Stored under the
    * programme number. Saves the PID mapping if it grew.
    */
-  bool setConflictFreePMT(PMT& out, const PMT& in) EXCLUDES(pmtMutex_);
+  bool setConflictFreePMT(PMT& out, const PMT& in) EXCLUDES(pmts_);
 
   /** PIDs that a CAT allocates reach the file only with the next PAT or PMT: docs/contract.md, "The
    * three files". */
-  bool setConflictFreeCAT(CAT& out, const CAT& in) EXCLUDES(catMutex_);
+  bool setConflictFreeCAT(CAT& out, const CAT& in) EXCLUDES(cats_);
 
   /** Stored unchanged. */
-  bool setConflictFreeTOT(TOT& out, const TOT& in) EXCLUDES(totMutex_);
+  bool setConflictFreeTOT(TOT& out, const TOT& in) EXCLUDES(tots_);
 
   ///@{
   /** Not implemented (docs/contract.md, "NIT and BAT"): one level-3 line, true, `out` untouched. */
-  bool setConflictFreeNIT(NIT& out, const NIT& in) EXCLUDES(nitMutex_);
-  bool setConflictFreeBAT(BAT& out, const BAT& in) EXCLUDES(batMutex_);
+  bool setConflictFreeNIT(NIT& out, const NIT& in) EXCLUDES(nits_);
+  bool setConflictFreeBAT(BAT& out, const BAT& in) EXCLUDES(bats_);
   bool setConflictFreeEIT(EIT& out, const EIT& in);
   ///@}
 
   ///@{
   /** The table as its setter left it. */
-  [[nodiscard]] bool getConflictFreePAT(PAT& out) EXCLUDES(patMutex_);
-  [[nodiscard]] bool getConflictFreeSDT(SDT& out) EXCLUDES(sdtMutex_);
-  [[nodiscard]] bool getConflictFreeCAT(CAT& out) EXCLUDES(catMutex_);
-  [[nodiscard]] bool getConflictFreeTOT(TOT& out) EXCLUDES(totMutex_);
+  [[nodiscard]] bool getConflictFreePAT(PAT& out) EXCLUDES(pats_);
+  [[nodiscard]] bool getConflictFreeSDT(SDT& out) EXCLUDES(sdts_);
+  [[nodiscard]] bool getConflictFreeCAT(CAT& out) EXCLUDES(cats_);
+  [[nodiscard]] bool getConflictFreeTOT(TOT& out) EXCLUDES(tots_);
   ///@}
 
   ///@{
   /** Never filled: one level-3 line, false. */
-  [[nodiscard]] bool getConflictFreeNIT(NIT& out) EXCLUDES(nitMutex_);
-  [[nodiscard]] bool getConflictFreeBAT(BAT& out) EXCLUDES(batMutex_);
+  [[nodiscard]] bool getConflictFreeNIT(NIT& out) EXCLUDES(nits_);
+  [[nodiscard]] bool getConflictFreeBAT(BAT& out) EXCLUDES(bats_);
   ///@}
 
   /** The stored PMT, CA descriptors included. */
-  [[nodiscard]] bool getConflictFreePMT(PMT& out, int32_t inputSID) EXCLUDES(pmtMutex_);
+  [[nodiscard]] bool getConflictFreePMT(PMT& out, int32_t inputSID) EXCLUDES(pmts_);
 
   /** The stored PMT without any CA descriptor. Saves the PID mapping if it is unsaved. */
-  [[nodiscard]] bool getOutputPMT(PMT& out, int32_t inputSID) EXCLUDES(pmtMutex_);
+  [[nodiscard]] bool getOutputPMT(PMT& out, int32_t inputSID) EXCLUDES(pmts_);
 
   ///@{
   /**
@@ -99,44 +98,36 @@ class ConflictFreeDB {
   ///@}
 
   /** Empties everything but the TOT and the PID mapping, which are meant to survive. */
-  void clearConflictFreeDB()
-      EXCLUDES(patMutex_, sdtMutex_, catMutex_, pmtMutex_, nitMutex_, batMutex_);
+  void clearConflictFreeDB() EXCLUDES(pats_, sdts_, cats_, pmts_, nits_, bats_);
 
-  /** As PidRemap::getConflictFreePID: allocates for an input PID that is new. */
+  /** As PidAllocator::getConflictFreePID: allocates for an input PID that is new. */
   [[nodiscard]] uint16_t getConflictFreePID(int32_t inputPid) {
     return pids_.getConflictFreePID(inputPid);
   }
 
-  /** As PidRemap::getInputPID: kUnknownPid for an output PID that was never handed out. */
+  /** As PidAllocator::getInputPID: kUnknownPid for an output PID that was never handed out. */
   [[nodiscard]] int32_t getInputPID(int32_t outputPid) { return pids_.getInputPID(outputPid); }
 
  private:
+  using GetRestamped = bool (ConflictFreeDB::*)(EIT&, int32_t serviceId, int32_t tableId);
+
   PMT makeConflictFreePMT(const PMT& in);
   void restampAll(EITMap& store, const EITMap& in, const char* caller);
   void restampEIT(EIT& out, const EIT& in, int32_t version);
+  void copyRestamped(EITMap& out, const EITMap& in, GetRestamped get);
 
   ConflictFreeDBOwner& owner_;
-  PidRemap pids_;
+  PidAllocator pids_;
 
-  Mutex patMutex_;
-  Mutex sdtMutex_;
-  Mutex catMutex_;
-  Mutex pmtMutex_;
-  Mutex nitMutex_;
-  Mutex batMutex_;
-  Mutex totMutex_;
-  RecursiveMutex eitPresentFollowingMutex_ ACQUIRED_BEFORE(eitScheduleMutex_);
-  RecursiveMutex eitScheduleMutex_;
-
-  TableSlot<PAT> pats_ GUARDED_BY(patMutex_);
-  TableSlot<SDT> sdts_ GUARDED_BY(sdtMutex_);
-  TableSlot<CAT> cats_ GUARDED_BY(catMutex_);
-  std::map<int32_t, PMT> pmts_ GUARDED_BY(pmtMutex_);  ///< by input service id
-  TableSlot<NIT> nits_ GUARDED_BY(nitMutex_);
-  TableSlot<BAT> bats_ GUARDED_BY(batMutex_);
-  TableSlot<TOT> tots_ GUARDED_BY(totMutex_);
-  EITMap eitPresentFollowing_ GUARDED_BY(eitPresentFollowingMutex_);
-  EITMap eitSchedule_ GUARDED_BY(eitScheduleMutex_);
+  TableSlot<PAT> pats_;
+  TableSlot<SDT> sdts_;
+  TableSlot<CAT> cats_;
+  GuardedTables<std::map<int32_t, PMT>> pmts_;  ///< by input service id
+  TableSlot<NIT> nits_;
+  TableSlot<BAT> bats_;
+  TableSlot<TOT> tots_;
+  GuardedTables<EITMap, RecursiveMutex> eitPresentFollowing_ ACQUIRED_BEFORE(eitSchedule_);
+  GuardedTables<EITMap, RecursiveMutex> eitSchedule_;
 };
 
 }  // namespace tevra

@@ -22,7 +22,7 @@ int caPid(const std::string& payload) {
 }
 
 /** All but the CA_PID is as it was. */
-void checkCaDescriptor(const std::string& in, const std::string& out, PidRemap& pids) {
+void checkCaDescriptor(const std::string& in, const std::string& out, PidAllocator& pids) {
   const size_t size = in.size() & 0xFF;  // of descriptor_length
   if (size < kCaHeader) {
     TORNEL_FUZZ_CHECK(out.empty());
@@ -35,7 +35,7 @@ void checkCaDescriptor(const std::string& in, const std::string& out, PidRemap& 
 }
 
 void checkKept(const std::vector<Descriptor>& in, const std::vector<Descriptor>& out,
-               PidRemap& pids) {
+               PidAllocator& pids) {
   TORNEL_FUZZ_CHECK(out.size() == in.size());
   for (size_t index = 0; index < in.size(); ++index) {
     TORNEL_FUZZ_CHECK(out[index].tag == in[index].tag);
@@ -55,7 +55,7 @@ void checkDropped(std::vector<Descriptor> in, const std::vector<Descriptor>& out
 }
 
 void makeConflictFree(const std::vector<Descriptor>& descriptors) {
-  PidRemap pids(0);
+  PidAllocator pids(0);
   checkKept(descriptors, cfDescriptors(descriptors, false, pids), pids);
   checkDropped(descriptors, cfDescriptors(descriptors, true, pids));
 }

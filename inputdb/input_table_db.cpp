@@ -1,7 +1,5 @@
 #include "inputdb/input_table_db.h"
 
-#include <mutex>
-
 #include "platform/module_utils.h"
 
 namespace tevra {
@@ -34,146 +32,100 @@ InputTableDB::InputTableDB() {
 }
 
 bool InputTableDB::setInputPAT(const PAT& pat) {
-  MutexLock lock(patMutex_);
-  log_function(kLogDebug, kNoTag, "Guardo PAT en DB local!");
-  replaceTable(pats_, pat);
-  return true;
+  return pats_.store(pat, "Guardo PAT en DB local!");
 }
 
 bool InputTableDB::setInputSDT(const SDT& sdt) {
-  MutexLock lock(sdtMutex_);
-  log_function(kLogDebug, kNoTag, "Guardo SDT en DB local!");
-  replaceTable(sdts_, sdt);
-  return true;
+  return sdts_.store(sdt, "Guardo SDT en DB local!");
 }
 
 bool InputTableDB::setInputCAT(const CAT& cat) {
-  MutexLock lock(catMutex_);
-  log_function(kLogDebug, kNoTag, "Guardo CAT en DB local!");
-  replaceTable(cats_, cat);
-  return true;
+  return cats_.store(cat, "Guardo CAT en DB local!");
 }
 
 bool InputTableDB::setInputNIT(const NIT& nit) {
-  MutexLock lock(nitMutex_);
-  log_function(kLogDebug, kNoTag, "Guardo NIT en DB local!");
-  replaceTable(nits_, nit);
-  return true;
+  return nits_.store(nit, "Guardo NIT en DB local!");
 }
 
 bool InputTableDB::setInputBAT(const BAT& bat) {
-  MutexLock lock(batMutex_);
-  log_function(kLogDebug, kNoTag, "Guardo BAT en DB local!");
-  replaceTable(bats_, bat);
-  return true;
+  return bats_.store(bat, "Guardo BAT en DB local!");
 }
 
 bool InputTableDB::setInputTOT(const TOT& tot) {
-  MutexLock lock(totMutex_);
-  log_function(kLogDebug, kNoTag, "Guardo TOT en DB local!");
-  replaceTable(tots_, tot);
-  return true;
+  return tots_.store(tot, "Guardo TOT en DB local!");
 }
 
 bool InputTableDB::setInputPMT(const PMT& pmt) {
-  MutexLock lock(pmtMutex_);
+  MutexLock lock(pmts_);
   log_function(kLogDebug, kNoTag, "Guardo PMT en DB local! inputSID [0x%04x]",
                static_cast<unsigned>(pmt.programNumber));
-  pmts_[pmt.programNumber] = pmt;
+  pmts_.tables[pmt.programNumber] = pmt;
   return true;
 }
 
 bool InputTableDB::setInputEITpf(const EITMap& eits) {
-  MutexLock lock(eitPresentFollowingMutex_);
+  MutexLock lock(eitPresentFollowing_);
   log_function(kLogDebug, kNoTag, "Guardo EIT pf en DB local!");
-  mergeEITs(eitPresentFollowing_, eits, "setInputEITpf");
+  mergeEITs(eitPresentFollowing_.tables, eits, "setInputEITpf");
   return true;
 }
 
 bool InputTableDB::setInputEITsch(const EITMap& eits) {
-  MutexLock lock(eitScheduleMutex_);
+  MutexLock lock(eitSchedule_);
   log_function(kLogDebug, kNoTag, "Guardo EIT sch en DB local!");
-  mergeEITs(eitSchedule_, eits, "setInputEITsch");
+  mergeEITs(eitSchedule_.tables, eits, "setInputEITsch");
   return true;
 }
 
 bool InputTableDB::getInputPAT(PAT& out) {
-  MutexLock lock(patMutex_);
-  return copyTable(pats_, out);
+  return pats_.copy(out);
 }
 
 bool InputTableDB::getInputSDT(SDT& out) {
-  MutexLock lock(sdtMutex_);
-  return copyTable(sdts_, out);
+  return sdts_.copy(out);
 }
 
 bool InputTableDB::getInputCAT(CAT& out) {
-  MutexLock lock(catMutex_);
-  return copyTable(cats_, out);
+  return cats_.copy(out);
 }
 
 bool InputTableDB::getInputNIT(NIT& out) {
-  MutexLock lock(nitMutex_);
-  return copyTable(nits_, out);
+  return nits_.copy(out);
 }
 
 bool InputTableDB::getInputBAT(BAT& out) {
-  MutexLock lock(batMutex_);
-  return copyTable(bats_, out);
+  return bats_.copy(out);
 }
 
 bool InputTableDB::getInputTOT(TOT& out) {
-  MutexLock lock(totMutex_);
-  return copyTable(tots_, out);
+  return tots_.copy(out);
 }
 
 bool InputTableDB::getInputPMT(PMT& out, int32_t inputSID) {
-  MutexLock lock(pmtMutex_);
-  const auto found = pmts_.find(inputSID);
-  if (found == pmts_.end()) {
-    return false;
-  }
-  out = found->second;
-  return true;
+  MutexLock lock(pmts_);
+  return copyTable(pmts_.tables, inputSID, out);
 }
 
 bool InputTableDB::getInputPMTs(std::vector<PMT>& out) {
-  MutexLock lock(pmtMutex_);
-  for (const auto& [programNumber, pmt] : pmts_) {
+  MutexLock lock(pmts_);
+  for (const auto& [programNumber, pmt] : pmts_.tables) {
     out.push_back(pmt);
   }
-  return !pmts_.empty();
+  return !pmts_.tables.empty();
 }
 
 bool InputTableDB::getInputEITpf(EITMap& out) {
-  MutexLock lock(eitPresentFollowingMutex_);
-  return copyEITs(eitPresentFollowing_, out);
+  MutexLock lock(eitPresentFollowing_);
+  return copyEITs(eitPresentFollowing_.tables, out);
 }
 
 bool InputTableDB::getInputEITsch(EITMap& out) {
-  MutexLock lock(eitScheduleMutex_);
-  return copyEITs(eitSchedule_, out);
+  MutexLock lock(eitSchedule_);
+  return copyEITs(eitSchedule_.tables, out);
 }
 
 void InputTableDB::clear() {
-  const std::scoped_lock lock(patMutex_, sdtMutex_, catMutex_, pmtMutex_, nitMutex_, batMutex_,
-                              eitPresentFollowingMutex_, eitScheduleMutex_);
-  patMutex_.assertHeld();
-  sdtMutex_.assertHeld();
-  catMutex_.assertHeld();
-  pmtMutex_.assertHeld();
-  nitMutex_.assertHeld();
-  batMutex_.assertHeld();
-  eitPresentFollowingMutex_.assertHeld();
-  eitScheduleMutex_.assertHeld();
-  pats_.clear();
-  sdts_.clear();
-  cats_.clear();
-  pmts_.clear();
-  nits_.clear();
-  bats_.clear();
-  eitPresentFollowing_.clear();
-  eitSchedule_.clear();
+  clearTogether(pats_, sdts_, cats_, pmts_, nits_, bats_, eitPresentFollowing_, eitSchedule_);
 }
 
 }  // namespace tevra

@@ -3,7 +3,6 @@
 #include <map>
 #include <vector>
 
-#include "platform/mutex.h"
 #include "records/records.h"
 #include "records/table_slot.h"
 
@@ -74,25 +73,15 @@ class InputTableDB {
   void clear();
 
  private:
-  Mutex patMutex_;
-  Mutex sdtMutex_;
-  Mutex catMutex_;
-  Mutex pmtMutex_;
-  Mutex nitMutex_;
-  Mutex batMutex_;
-  Mutex eitPresentFollowingMutex_;
-  Mutex eitScheduleMutex_;
-  Mutex totMutex_;
-
-  TableSlot<PAT> pats_ GUARDED_BY(patMutex_);
-  TableSlot<SDT> sdts_ GUARDED_BY(sdtMutex_);
-  TableSlot<CAT> cats_ GUARDED_BY(catMutex_);
-  std::map<int32_t, PMT> pmts_ GUARDED_BY(pmtMutex_);
-  TableSlot<NIT> nits_ GUARDED_BY(nitMutex_);
-  TableSlot<BAT> bats_ GUARDED_BY(batMutex_);
-  TableSlot<TOT> tots_ GUARDED_BY(totMutex_);
-  EITMap eitPresentFollowing_ GUARDED_BY(eitPresentFollowingMutex_);
-  EITMap eitSchedule_ GUARDED_BY(eitScheduleMutex_);
+  TableSlot<PAT> pats_;
+  TableSlot<SDT> sdts_;
+  TableSlot<CAT> cats_;
+  GuardedTables<std::map<int32_t, PMT>> pmts_;  ///< by programme number
+  TableSlot<NIT> nits_;
+  TableSlot<BAT> bats_;
+  TableSlot<TOT> tots_;
+  GuardedTables<EITMap> eitPresentFollowing_;
+  GuardedTables<EITMap> eitSchedule_;
 };
 
 }  // namespace tevra

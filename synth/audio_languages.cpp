@@ -1,8 +1,5 @@
 #include "synth/audio_languages.h"
 
-#include <algorithm>
-#include <unordered_map>
-
 #include "platform/module_utils.h"
 
 namespace tevra {
@@ -12,50 +9,39 @@ constexpr const char* kTag = "fltr";
 constexpr size_t kFormattedSize =
     80;  // with the terminating zero of the device's tools that print it
 
-void logMatches(const std::string& language, size_t matches) {
+}  // namespace
+
+LanguageList::LanguageList(std::vector<AudioLanguage>& entries) : entries_(entries) {
+  for (const AudioLanguage& entry : entries) {
+    ++counts_[entry.language];
+  }
+}
+
+size_t LanguageList::count(const std::string& language) const {
+  const auto found = counts_.find(language);
+  return found == counts_.end() ? 0 : found->second;
+}
+
+void LanguageList::append(const AudioLanguage& entry) {
+  entries_.push_back(entry);
+  ++counts_[entry.language];
+}
+
+bool languageExists(const LanguageList& list, const std::string& language) {
+  const size_t matches = list.count(language);
   for (size_t match = 0; match < matches; ++match) {
     log_function(kLogDebug, kTag, "Language alredy Exists at langOutList [%s]", language.c_str());
   }
-}
-
-/** Appends to a list what it lacks. An index knows the list: a request may name a million. */
-class LanguageUnion {
- public:
-  explicit LanguageUnion(std::vector<AudioLanguage>& list) : list_(list) {
-    for (const AudioLanguage& entry : list) {
-      ++occurrences_[entry.language];
-    }
-  }
-
-  void merge(const std::vector<AudioLanguage>& source) {
-    for (const AudioLanguage& entry : source) {
-      size_t& matches = occurrences_[entry.language];
-      logMatches(entry.language, matches);
-      if (matches == 0) {
-        log_function(kLogDebug, kTag, "Adding new lang to list [%s]", entry.language.c_str());
-        list_.push_back(entry);
-        matches = 1;
-      }
-    }
-  }
-
- private:
-  std::vector<AudioLanguage>& list_;
-  std::unordered_map<std::string, size_t> occurrences_;
-};
-
-}  // namespace
-
-bool languageExists(const std::vector<AudioLanguage>& list, const std::string& language) {
-  const auto matches = std::count_if(list.begin(), list.end(), [&](const AudioLanguage& entry) {
-    return entry.language == language;
-  });
-  logMatches(language, static_cast<size_t>(matches));
   return matches != 0;
 }
 
-void mergeLanguages(std::vector<AudioLanguage>& target, const std::vector<AudioLanguage>& source) {
-  LanguageUnion(target).merge(source);
+void mergeLanguages(LanguageList& target, const std::vector<AudioLanguage>& source) {
+  for (const AudioLanguage& entry : source) {
+    if (!languageExists(target, entry.language)) {
+      log_function(kLogDebug, kTag, "Adding new lang to list [%s]", entry.language.c_str());
+      target.append(entry);
+    }
+  }
 }
 
 std::string formatLanguageList(const std::vector<AudioLanguage>& list) {
@@ -71,7 +57,7 @@ std::string formatLanguageList(const std::vector<AudioLanguage>& list) {
 
 void combineAudioSelection(LastNodeSettings& combined,
                            const std::vector<LastNodeSettings>& entries) {
-  LanguageUnion languages(combined.audioLanguages);
+  LanguageList languages(combined.audioLanguages);
   for (const LastNodeSettings& entry : entries) {
     if (entry.audioFilter == 0) {
       combined.audioFilter = 0;
@@ -79,7 +65,7 @@ void combineAudioSelection(LastNodeSettings& combined,
       return;
     }
     combined.audioFilter = 1;
-    languages.merge(entry.audioLanguages);
+    mergeLanguages(languages, entry.audioLanguages);
   }
 }
 

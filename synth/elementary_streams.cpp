@@ -40,6 +40,9 @@ constexpr std::array<PrivateAudio, 4> kPrivateAudio = {{
  * this. */
 constexpr size_t kMaxLanguageCode = 4;
 
+/** Up to here looking at each is faster than an index. */
+constexpr size_t kFewLanguages = 16;
+
 bool hasDescriptor(const PMTES& es, uint8_t tag) {
   return std::any_of(es.descriptors.begin(), es.descriptors.end(),
                      [&](const Descriptor& descriptor) { return descriptor.tag == tag; });
@@ -85,40 +88,6 @@ std::optional<std::string> streamLanguage(const PMTES& es) {
   return language;
 }
 
-/** The languages that an output wants; must not outlive the list. A request may name a million:
- * from a few on they are found by an index. */
-class WantedLanguages {
- public:
-  explicit WantedLanguages(const std::vector<AudioLanguage>& list) : list_(list) {
-    if (list.size() > kFew) {
-      for (const AudioLanguage& entry : list) {
-        index_.emplace_back(entry.language);
-      }
-      std::sort(index_.begin(), index_.end());
-    }
-  }
-
-  [[nodiscard]] bool has(std::string_view language) const {
-    if (!index_.empty()) {
-      return std::binary_search(index_.begin(), index_.end(), language);
-    }
-    return std::any_of(list_.begin(), list_.end(),
-                       [&](const AudioLanguage& entry) { return entry.language == language; });
-  }
-
- private:
-  static constexpr size_t kFew = 16;
-
-  const std::vector<AudioLanguage>& list_;
-  std::vector<std::string_view> index_;
-};
-
-bool passesFilter(const PMTES& es, const WantedLanguages& wanted) {
-  const bool isAudio = isAudioStream(es);
-  const std::optional<std::string> language = streamLanguage(es);
-  return !isAudio || wanted.has(language ? *language : kNoLanguage);
-}
-
 int32_t pmtPidOf(const PMT& pmt, const PAT& pat) {
   for (const PATProgram& program : pat.programs) {
     if (program.programNumber == pmt.programNumber) {
@@ -152,8 +121,27 @@ void detectPrivateAudio(const PMTES& es, bool& isAudio) {
   }
 }
 
-bool keepElementaryStream(const PMTES& es, const std::vector<AudioLanguage>& wantedLanguages) {
-  return passesFilter(es, WantedLanguages(wantedLanguages));
+WantedLanguages::WantedLanguages(const std::vector<AudioLanguage>& list) : list_(list) {
+  if (list.size() > kFewLanguages) {
+    for (const AudioLanguage& entry : list) {
+      index_.emplace_back(entry.language);
+    }
+    std::sort(index_.begin(), index_.end());
+  }
+}
+
+bool WantedLanguages::has(std::string_view language) const {
+  if (!index_.empty()) {
+    return std::binary_search(index_.begin(), index_.end(), language);
+  }
+  return std::any_of(list_.begin(), list_.end(),
+                     [&](const AudioLanguage& entry) { return entry.language == language; });
+}
+
+bool keepElementaryStream(const PMTES& es, const WantedLanguages& wantedLanguages) {
+  const bool isAudio = isAudioStream(es);
+  const std::optional<std::string> language = streamLanguage(es);
+  return !isAudio || wantedLanguages.has(language ? *language : kNoLanguage);
 }
 
 bool filterPmt(PMT& outPmt, PidList& pidList, const PAT& pat, const PMT& inPmt, bool filterAudio,
@@ -165,7 +153,7 @@ bool filterPmt(PMT& outPmt, PidList& pidList, const PAT& pat, const PMT& inPmt, 
   const WantedLanguages languages(wantedLanguages);
   auto kept = pmt.esList.begin();
   for (PMTES& es : pmt.esList) {
-    const bool wanted = passesFilter(es, languages);
+    const bool wanted = keepElementaryStream(es, languages);
     if (!wanted && filterAudio) {
       continue;
     }

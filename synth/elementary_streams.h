@@ -22,6 +22,20 @@ inline constexpr std::string_view kNoLanguage = "ndl";
  */
 void detectPrivateAudio(const PMTES& es, bool& isAudio);
 
+/** The languages that an output wants. A request may name a million: many are found by an index. */
+class WantedLanguages {
+ public:
+  /** Of `list`, which must outlive this and stay as it is. */
+  explicit WantedLanguages(const std::vector<AudioLanguage>& list);
+
+  /** Whether any of them is `language`, byte for byte. */
+  [[nodiscard]] bool has(std::string_view language) const;
+
+ private:
+  const std::vector<AudioLanguage>& list_;
+  std::vector<std::string_view> index_;  ///< sorted; empty when they are few
+};
+
 /**
  * Whether the stream passes the language filter: true for anything but audio; for audio, whether
  * the language of its last ISO 639 descriptor (ISO/IEC 13818-1, 2.6.18; first entry, in its English
@@ -29,8 +43,7 @@ void detectPrivateAudio(const PMTES& es, bool& isAudio);
  * private audio and an undecodable language at level 7, an unknown one at level 3. The stream's
  * descriptors must fit sections.
  */
-[[nodiscard]] bool keepElementaryStream(const PMTES& es,
-                                        const std::vector<AudioLanguage>& wantedLanguages);
+[[nodiscard]] bool keepElementaryStream(const PMTES& es, const WantedLanguages& wantedLanguages);
 
 /**
  * Rebuilds `inPmt` into `outPmt` without the audio streams that `filterAudio` sorts out, and adds

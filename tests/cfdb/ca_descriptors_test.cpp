@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "records/dvbpsi.h"
-#include "tests/cfdb/builders.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/tables.h"
 
 namespace {
 
@@ -31,19 +31,17 @@ dvbpsi_descriptor_t* __wrap_dvbpsi_GenCADr(dvbpsi_ca_dr_t* decoded, bool duplica
 }  // extern "C"
 // NOLINTEND(bugprone-reserved-identifier)
 
-namespace tevra {
+namespace tevra::test {
 namespace {
 
 using fake::LogLine;
 using fake::logLines;
 using fake::platform;
-using test::makeCaDescriptor;
-using test::makeDescriptor;
-using ::testing::Each;
-using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
+using testing::Each;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::SizeIs;
 
 constexpr bool kKeep = false;
 constexpr bool kDrop = true;
@@ -70,7 +68,7 @@ class CaDescriptorsTest : public fake::PlatformTest {
   /** True when no PID has been handed out yet. */
   bool nothingAllocated() { return pids_.getConflictFreePID(-1) == 101; }
 
-  PidRemap pids_{0};  ///< 100 to 299
+  PidAllocator pids_{0};  ///< 100 to 299
 };
 
 TEST_F(CaDescriptorsTest, AnEmptyLoopStaysEmpty) {
@@ -235,7 +233,7 @@ TEST_F(CaDescriptorsTest, ACorruptedDescriptorDoesNotStopTheOthers) {
 
 TEST_F(CaDescriptorsTest, AnOutputPidAbove13BitsIsCutInThePayloadAlone) {
   platform().moduleSlot = 14;  // 8900 to 9099
-  PidRemap pids(0);
+  PidAllocator pids(0);
   fake::clearLog();
   EXPECT_THAT(cfDescriptors({makeCaDescriptor(1, 0x100, "x")}, kKeep, pids),
               ElementsAre(makeCaDescriptor(1, 8901 - 8192, "x")));
@@ -246,7 +244,7 @@ TEST_F(CaDescriptorsTest, AnOutputPidAbove13BitsIsCutInThePayloadAlone) {
 
 TEST_F(CaDescriptorsTest, AnOutputPidBelowZeroIsCutToo) {
   platform().moduleSlot = 2;  // -700 to -501
-  PidRemap pids(0);
+  PidAllocator pids(0);
   fake::clearLog();
   EXPECT_THAT(cfDescriptors({makeCaDescriptor(1, 0x100)}, kKeep, pids),
               ElementsAre(makeCaDescriptor(1, (65536 - 699) & 0x1FFF)));
@@ -255,4 +253,4 @@ TEST_F(CaDescriptorsTest, AnOutputPidBelowZeroIsCutToo) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

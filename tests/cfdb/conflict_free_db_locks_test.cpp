@@ -7,18 +7,15 @@
 #include <utility>
 
 #include "cfdb/conflict_free_db.h"
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
-#include "tests/cfdb/sync_recorder.h"
-#include "tests/inputdb/allocation_hook.h"
+#include "tests/support/allocation_hook.h"
+#include "tests/support/sync_recorder.h"
+#include "tests/support/tables.h"
 
 // Which operation waits for which other.
 
-namespace tevra {
+namespace tevra::test {
 namespace {
-
-using test::makePat;
-using test::makePmt;
 
 // Which locks a clear waits for
 
@@ -44,13 +41,12 @@ void restampNothing(ConflictFreeDB& database) {
   (database.*restamp)({});
 }
 
-class EverySetter : public test::ConflictFreeDBFixture,
-                    public testing::WithParamInterface<Setter> {};
+class EverySetter : public ConflictFreeDBFixture, public testing::WithParamInterface<Setter> {};
 
 TEST_P(EverySetter, HoldsAClearUpUnlessItIsTheTots) {
   std::future<void> clearing;
   {
-    const test::AllocationHook setting(1, [&] {
+    const AllocationHook setting(1, [&] {
       clearing = std::async(std::launch::async, [this] { database_.clearConflictFreeDB(); });
       const auto patience = std::chrono::milliseconds(GetParam().clearWaits ? 50 : 20'000);
       EXPECT_EQ(clearing.wait_for(patience) == std::future_status::timeout, GetParam().clearWaits);
@@ -77,11 +73,11 @@ INSTANTIATE_TEST_SUITE_P(
 
 // The PAT's lock around the saving of the mapping
 
-class WhileSaving : public test::ConflictFreeDBFixture {};
+class WhileSaving : public ConflictFreeDBFixture {};
 
 TEST_F(WhileSaving, ThePatCannotBeRead) {
   std::future<bool> reader;
-  test::onSyncfs([&] {
+  onSyncfs([&] {
     reader = std::async(std::launch::async, [this] {
       PAT out;
       return database_.getConflictFreePAT(out);
@@ -90,7 +86,7 @@ TEST_F(WhileSaving, ThePatCannotBeRead) {
   });
   PAT out;
   EXPECT_TRUE(database_.setConflictFreePAT(out, makePat(7, {{1, 0x100}})));
-  test::onSyncfs({});
+  onSyncfs({});
   ASSERT_TRUE(reader.valid());
   EXPECT_TRUE(reader.get());
 }
@@ -98,7 +94,7 @@ TEST_F(WhileSaving, ThePatCannotBeRead) {
 // Which locks are held while the owner is asked
 
 /** Whether an action on another thread ends while this one is inside a pass. */
-class WhileRestamping : public test::ConflictFreeDBFixture {
+class WhileRestamping : public ConflictFreeDBFixture {
  protected:
   WhileRestamping() {
     owner_.onSelect([this] {
@@ -108,34 +104,24 @@ class WhileRestamping : public test::ConflictFreeDBFixture {
   }
 
   bool endsDuringPresentFollowing(std::function<void()> action) {
-    return endsDuring(
-        [this](EITMap& out) { EXPECT_TRUE(database_.getConflictFreeEITpf(out, oneEit())); },
-        std::move(action));
+    action_ = std::move(action);
+    database_.restampEITpf(oneEit());
+    other_.get();
+    return endedMeanwhile_;
   }
 
   bool endsDuringSchedule(std::function<void()> action) {
-    return endsDuring(
-        [this](EITMap& out) { EXPECT_TRUE(database_.getConflictFreeEITsch(out, oneEit())); },
-        std::move(action));
+    action_ = std::move(action);
+    database_.restampEITsch(oneEit());
+    other_.get();
+    return endedMeanwhile_;
   }
 
   void expectToEndMeanwhile() { patience_ = std::chrono::seconds(20); }
   void expectToWait() { patience_ = std::chrono::milliseconds(100); }
 
  private:
-  static EITMap oneEit() {
-    EITMap map;
-    map[1][0x4E].serviceId = 1;
-    return map;
-  }
-
-  bool endsDuring(const std::function<void(EITMap&)>& pass, std::function<void()> action) {
-    action_ = std::move(action);
-    EITMap out;
-    pass(out);
-    other_.get();
-    return endedMeanwhile_;
-  }
+  static EITMap oneEit() { return mapOf({makeEit(1, 0x4E, 0)}); }
 
   std::function<void()> action_;
   std::chrono::milliseconds patience_{0};
@@ -163,26 +149,14 @@ TEST_F(WhileRestamping, TheDatabaseCannotBeCleared) {
 
 TEST_F(WhileRestamping, TheOtherKindCanBeRestamped) {
   expectToEndMeanwhile();
-  EXPECT_TRUE(endsDuringPresentFollowing([this] {
-    EITMap out;
-    EXPECT_TRUE(database_.getConflictFreeEITsch(out, {}));
-  }));
-  EXPECT_TRUE(endsDuringSchedule([this] {
-    EITMap out;
-    EXPECT_TRUE(database_.getConflictFreeEITpf(out, {}));
-  }));
+  EXPECT_TRUE(endsDuringPresentFollowing([this] { database_.restampEITsch({}); }));
+  EXPECT_TRUE(endsDuringSchedule([this] { database_.restampEITpf({}); }));
 }
 
 TEST_F(WhileRestamping, TheSameKindCannotBeRestamped) {
   expectToWait();
-  EXPECT_FALSE(endsDuringPresentFollowing([this] {
-    EITMap out;
-    EXPECT_TRUE(database_.getConflictFreeEITpf(out, {}));
-  }));
-  EXPECT_FALSE(endsDuringSchedule([this] {
-    EITMap out;
-    EXPECT_TRUE(database_.getConflictFreeEITsch(out, {}));
-  }));
+  EXPECT_FALSE(endsDuringPresentFollowing([this] { database_.restampEITpf({}); }));
+  EXPECT_FALSE(endsDuringSchedule([this] { database_.restampEITsch({}); }));
 }
 
 TEST_F(WhileRestamping, EveryOtherTableIsFree) {
@@ -205,4 +179,4 @@ TEST_F(WhileRestamping, EveryOtherTableIsFree) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

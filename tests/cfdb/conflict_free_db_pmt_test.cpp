@@ -8,24 +8,20 @@
 
 #include "cfdb/conflict_free_db.h"
 #include "cfdb/stream_filter.h"
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
+#include "tests/support/tables.h"
 
-namespace tevra {
+namespace tevra::test {
 namespace {
 
 using fake::LogLine;
 using fake::logLines;
-using test::makeCaDescriptor;
-using test::makeDescriptor;
-using test::makePmt;
-using test::makeStream;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 const std::vector<int32_t> kCarriedTypes = {1, 2, 3, 4, 6, 15, 16, 17, 27, 36};
 
-class ConflictFreePMT : public test::ConflictFreeDBFixture {
+class ConflictFreePMT : public ConflictFreeDBFixture {
  protected:
   PMT set(const PMT& in) {
     PMT out;
@@ -238,4 +234,4 @@ TEST_F(ConflictFreePMT, ForAnUnknownServiceIsMissing) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

@@ -12,17 +12,13 @@
 #include <vector>
 
 #include "cfdb/conflict_free_db.h"
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
+#include "tests/support/tables.h"
 
-namespace tevra {
+namespace tevra::test {
 namespace {
 
-using test::makeCaDescriptor;
-using test::makePat;
-using test::makePmt;
-using test::makeStream;
-using ::testing::IsEmpty;
+using testing::IsEmpty;
 
 constexpr int kRounds = 200;
 constexpr int32_t kPmtPids = 0x100;   ///< PIDs of PMTs: 0x100 to 0x107
@@ -33,17 +29,12 @@ constexpr int32_t kFreePids = 0x500;  ///< asked for directly: 0x500 to 0x507
 constexpr int32_t kPerKind = 8;
 
 EITMap someEits(int32_t tableId) {
-  EITMap map;
-  for (const int32_t service : {1, 2, 3}) {
-    EIT& eit = map[service][tableId];
-    eit.serviceId = service;
-    eit.tableId = tableId;
-    eit.events.emplace_back().startTime = static_cast<int64_t>(test::dvbTime(60000, 12, 30, 0));
-  }
-  return map;
+  const uint64_t time = dvbTime(60000, 12, 30, 0);
+  return mapOf({makeEit(1, tableId, 0, {time}), makeEit(2, tableId, 0, {time}),
+                makeEit(3, tableId, 0, {time})});
 }
 
-class ConflictFreeDBThreads : public test::ConflictFreeDBFixture {
+class ConflictFreeDBThreads : public ConflictFreeDBFixture {
  protected:
   /** Runs every job `rounds` times on a thread of its own, all at once. */
   static void runTogether(int rounds, const std::vector<std::function<void(int)>>& jobs) {
@@ -88,10 +79,9 @@ class ConflictFreeDBThreads : public test::ConflictFreeDBFixture {
   }
 
   void feedCatAndEits(int round) {
-    CAT in;
     CAT out;
-    in.descriptors = {makeCaDescriptor(1, static_cast<uint16_t>(kEmmPids + round % kPerKind))};
-    EXPECT_TRUE(database_.setConflictFreeCAT(out, in));
+    EXPECT_TRUE(database_.setConflictFreeCAT(
+        out, makeCat({makeCaDescriptor(1, static_cast<uint16_t>(kEmmPids + round % kPerKind))})));
     EITMap eits;
     EXPECT_TRUE(database_.getConflictFreeEITpf(eits, someEits(0x4E)));
     EXPECT_EQ(eits.size(), 3U);
@@ -123,6 +113,19 @@ class ConflictFreeDBThreads : public test::ConflictFreeDBFixture {
     (void)database_.getConflictFreeSDT(sdt);  // may have been cleared
     (void)database_.getConflictFreePID(kFreePids + round % kPerKind);
     (void)database_.getInputPID(101 + round % (5 * kPerKind));
+  }
+
+  /** While one thread sets a table and another clears it, two read it: it is `held`, or missing. */
+  template <class Table>
+  void readWhile(const Table& held, const std::function<void()>& set,
+                 const std::function<bool(Table&)>& get) {
+    const auto read = [&](int) {
+      Table out = held;
+      (void)get(out);  // false after a clear
+      EXPECT_EQ(out, held);
+    };
+    runTogether(kRounds, {[&](int) { set(); }, read, read,
+                          [this](int) { database_.clearConflictFreeDB(); }});
   }
 
   /** Every input PID has an output PID of its own, which leads back to it. Returns the output PIDs.
@@ -185,84 +188,51 @@ TEST_F(ConflictFreeDBThreads, RestartsInBetweenLeaveABijectionToo) {
 
 // One kind of table at a time. The getters do nothing but read, so that a missing lock shows.
 
-TEST_F(ConflictFreeDBThreads, APatIsReadAndClearedWhileItIsSet) {
-  const auto get = [this](int) {
-    PAT out = makePat(7, {{1, 101}});
-    (void)database_.getConflictFreePAT(out);  // false after a clear
-    EXPECT_EQ(out, makePat(7, {{1, 101}}));
-  };
-  const PAT pat = makePat(7, {{1, 0x100}});
-  runTogether(kRounds, {[this, &pat](int) {
-                          PAT out;
-                          EXPECT_TRUE(database_.setConflictFreePAT(out, pat));
-                        },
-                        get, get, [this](int) { database_.clearConflictFreeDB(); }});
-}
-
-TEST_F(ConflictFreeDBThreads, AnSdtIsReadAndClearedWhileItIsSet) {
-  SDT sdt;
-  sdt.services.resize(3);
-  const auto get = [this, &sdt](int) {
-    SDT out = sdt;
-    (void)database_.getConflictFreeSDT(out);  // false after a clear
-    EXPECT_EQ(out, sdt);
-  };
-  runTogether(kRounds, {[this, &sdt](int) { EXPECT_TRUE(database_.setConflictFreeSDT(sdt)); }, get,
-                        get, [this](int) { database_.clearConflictFreeDB(); }});
-}
-
-TEST_F(ConflictFreeDBThreads, ACatIsReadAndClearedWhileItIsSet) {
+TEST_F(ConflictFreeDBThreads, EveryTableIsReadAndClearedWhileItIsSet) {
+  PAT pat;
+  readWhile<PAT>(
+      makePat(7, {{1, 101}}),
+      [&] {
+        EXPECT_TRUE(database_.setConflictFreePAT(pat, makePat(7, {{1, 0x100}})));
+      },
+      [this](PAT& out) { return database_.getConflictFreePAT(out); });
+  const SDT sdt = makeSdt({makeService(1), makeService(2), makeService(3)});
+  readWhile<SDT>(
+      sdt, [&] { EXPECT_TRUE(database_.setConflictFreeSDT(sdt)); },
+      [this](SDT& out) { return database_.getConflictFreeSDT(out); });
   CAT cat;
-  cat.descriptors = {makeCaDescriptor(1, 0x500)};
-  CAT remapped;
-  remapped.descriptors = {makeCaDescriptor(1, 101)};
-  const auto get = [this, &remapped](int) {
-    CAT out = remapped;
-    (void)database_.getConflictFreeCAT(out);  // false after a clear
-    EXPECT_EQ(out, remapped);
-  };
-  runTogether(kRounds, {[this, &cat](int) {
-                          CAT out;
-                          EXPECT_TRUE(database_.setConflictFreeCAT(out, cat));
-                        },
-                        get, get, [this](int) { database_.clearConflictFreeDB(); }});
-}
-
-TEST_F(ConflictFreeDBThreads, APmtIsReadAndClearedWhileItIsSet) {
+  readWhile<CAT>(
+      makeCat({makeCaDescriptor(1, 101)}),
+      [&] {
+        EXPECT_TRUE(database_.setConflictFreeCAT(cat, makeCat({makeCaDescriptor(1, 0x100)})));
+      },
+      [this](CAT& out) { return database_.getConflictFreeCAT(out); });
+  PMT pmt;
   const PMT remapped = makePmt(1, 101, {makeStream(27, 101)});
-  const auto get = [this, &remapped](int round) {
-    PMT out = remapped;
-    // false after a clear
-    (void)(round % 2 == 0 ? database_.getConflictFreePMT(out, 1) : database_.getOutputPMT(out, 1));
-    EXPECT_EQ(out, remapped);
+  const auto setPmt = [&] {
+    const PMT input = makePmt(1, 0x100, {makeStream(27, 0x100)});
+    EXPECT_TRUE(database_.setConflictFreePMT(pmt, input));
   };
-  const PMT pmt = makePmt(1, 0x100, {makeStream(27, 0x100)});
-  runTogether(kRounds, {[this, &pmt](int) {
-                          PMT out;
-                          EXPECT_TRUE(database_.setConflictFreePMT(out, pmt));
-                        },
-                        get, get, [this](int) { database_.clearConflictFreeDB(); }});
+  readWhile<PMT>(remapped, setPmt,
+                 [this](PMT& out) { return database_.getConflictFreePMT(out, 1); });
+  readWhile<PMT>(remapped, setPmt, [this](PMT& out) { return database_.getOutputPMT(out, 1); });
 }
 
 TEST_F(ConflictFreeDBThreads, ATotIsReadWhileItIsSetAndNeverCleared) {
-  TOT tot;
-  tot.descriptors.resize(3);
-  TOT first;
-  EXPECT_TRUE(database_.setConflictFreeTOT(first, tot));
-  const auto get = [this, &tot](int) {
-    TOT out;
-    EXPECT_TRUE(database_.getConflictFreeTOT(out));
-    EXPECT_EQ(out, tot);
-  };
-  runTogether(kRounds, {[this, &tot](int) {
-                          TOT out;
-                          EXPECT_TRUE(database_.setConflictFreeTOT(out, tot));
-                        },
-                        get, get, [this](int) { database_.clearConflictFreeDB(); }});
+  const TOT tot = makeTot(dvbTime(60000, 12, 0, 0));
+  TOT set;
+  EXPECT_TRUE(database_.setConflictFreeTOT(set, tot));
+  readWhile<TOT>(
+      tot, [&] { EXPECT_TRUE(database_.setConflictFreeTOT(set, tot)); },
+      [this](TOT& out) {
+        const bool held = database_.getConflictFreeTOT(out);
+        EXPECT_TRUE(held);
+        return held;
+      });
 }
 
 TEST_F(ConflictFreeDBThreads, TheMappingIsReadWhileItGrowsRestartsAndIsSaved) {
-  PidRemap pids(1);
+  PidAllocator pids(1);
   runTogether(kRounds, {[&pids](int round) { pids.followTransportStream(round / 10); },
                         [&pids](int round) { (void)pids.getConflictFreePID(round % 20); },
                         [&pids](int round) { (void)pids.getInputPID(301 + round % 20); },
@@ -278,4 +248,4 @@ TEST_F(ConflictFreeDBThreads, TheMappingIsReadWhileItGrowsRestartsAndIsSaved) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

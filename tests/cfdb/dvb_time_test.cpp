@@ -6,12 +6,10 @@
 #include <limits>
 #include <vector>
 
-#include "tests/cfdb/builders.h"
+#include "tests/support/tables.h"
 
-namespace tevra {
+namespace tevra::test {
 namespace {
-
-using test::dvbTime;
 
 constexpr int64_t kDay = 86400;
 constexpr uint64_t kMjd = 60000;
@@ -140,4 +138,4 @@ TEST(RestampDvbTime, DropsTheBitsOfADateThatNoLongerFits) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

@@ -7,57 +7,20 @@
 #include <vector>
 
 #include "cfdb/conflict_free_db.h"
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
+#include "tests/support/tables.h"
 
-namespace tevra {
+namespace tevra::test {
 namespace {
 
 using fake::LogLine;
 using fake::logLines;
-using test::dvbTime;
-using test::makeDescriptor;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 constexpr uint64_t kMjd = 60000;
 
-EITEvent makeEvent(int32_t eventId, uint64_t startTime) {
-  EITEvent event;
-  event.eventId = eventId;
-  event.startTime = static_cast<int64_t>(startTime);
-  event.duration = 0x013000;
-  event.runningStatus = 4;
-  event.freeCA = true;
-  event.nvod = true;
-  event.descriptors = {makeDescriptor(0x4D, "eng\x04News"), makeDescriptor(9, "not remapped")};
-  return event;
-}
-
-EIT makeEit(int32_t serviceId, int32_t tableId, int32_t version,
-            std::vector<EITEvent> events = {}) {
-  EIT eit;
-  eit.tableId = tableId;
-  eit.serviceId = serviceId;
-  eit.version = version;
-  eit.currentNext = true;
-  eit.transportStreamId = 7;
-  eit.originalNetworkId = 0x20;
-  eit.segmentLastSectionNumber = 3;
-  eit.lastTableId = 0x51;
-  eit.events = std::move(events);
-  return eit;
-}
-
-EITMap mapOf(const std::vector<EIT>& eits) {
-  EITMap map;
-  for (const EIT& eit : eits) {
-    map[eit.serviceId][eit.tableId] = eit;
-  }
-  return map;
-}
-
-class EitRestamping : public test::ConflictFreeDBFixture {
+class EitRestamping : public ConflictFreeDBFixture {
  protected:
   EITMap restamp(const EITMap& in) {
     EITMap out;
@@ -67,25 +30,23 @@ class EitRestamping : public test::ConflictFreeDBFixture {
 
   /** The start time that an event at `time` gets. */
   uint64_t restampedTime(uint64_t time) {
-    const EITMap out = restamp(mapOf({makeEit(1, 0x4E, 0, {makeEvent(1, time)})}));
+    const EITMap out = restamp(mapOf({makeEit(1, 0x4E, 0, {time})}));
     return static_cast<uint64_t>(out.at(1).at(0x4E).events.at(0).startTime);
   }
 };
 
 TEST_F(EitRestamping, ReplacesStartTimesAndTheVersionAndNothingElse) {
   owner_.setOffset(60, true);
-  const EITMap in = mapOf(
-      {makeEit(3401, 0x4E, 17,
-               {makeEvent(1, dvbTime(kMjd, 12, 30, 0)), makeEvent(2, dvbTime(kMjd, 14, 0, 0))})});
-  const EITMap expected = mapOf(
-      {makeEit(3401, 0x4E, 1,
-               {makeEvent(1, dvbTime(kMjd, 12, 29, 0)), makeEvent(2, dvbTime(kMjd, 13, 59, 0))})});
+  const EITMap in =
+      mapOf({makeEit(3401, 0x4E, 17, {dvbTime(kMjd, 12, 30, 0), dvbTime(kMjd, 14, 0, 0)})});
+  const EITMap expected =
+      mapOf({makeEit(3401, 0x4E, 1, {dvbTime(kMjd, 12, 29, 0), dvbTime(kMjd, 13, 59, 0)})});
   EXPECT_EQ(restamp(in), expected);
 }
 
 TEST_F(EitRestamping, LeavesTheInputAlone) {
   owner_.setOffset(60, true);
-  const EITMap in = mapOf({makeEit(1, 0x4E, 17, {makeEvent(1, dvbTime(kMjd, 12, 30, 0))})});
+  const EITMap in = mapOf({makeEit(1, 0x4E, 17, {dvbTime(kMjd, 12, 30, 0)})});
   const EITMap before = in;
   (void)restamp(in);
   EXPECT_EQ(in, before);
@@ -117,7 +78,7 @@ TEST_F(EitRestamping, TakesAnyStartTime) {
 TEST_F(EitRestamping, ReadsTheOffsetForEveryEit) {
   owner_.setOffset(60, true);
   owner_.onSelect([this] { owner_.setOffset(owner_.timeOffset() * 2, true); });
-  const std::vector<EITEvent> events = {makeEvent(1, dvbTime(kMjd, 12, 30, 0))};
+  const std::vector<uint64_t> events = {dvbTime(kMjd, 12, 30, 0)};
   const EITMap out = restamp(mapOf({makeEit(1, 0x4E, 0, events), makeEit(2, 0x4E, 0, events)}));
   EXPECT_EQ(static_cast<uint64_t>(out.at(1).at(0x4E).events.at(0).startTime),
             dvbTime(kMjd, 12, 28, 0));
@@ -185,12 +146,12 @@ TEST_F(EitRestamping, NothingInNothingOut) {
 
 TEST_F(EitRestamping, HoldsManyEvents) {
   owner_.setOffset(-86400, true);
-  std::vector<EITEvent> events;
-  std::vector<EITEvent> expected;
+  std::vector<uint64_t> events;
+  std::vector<uint64_t> expected;
   for (int32_t i = 0; i < 3000; ++i) {
     const auto day = static_cast<uint64_t>(i);
-    events.push_back(makeEvent(i, dvbTime(day, i % 24, i % 60, i % 60)));
-    expected.push_back(makeEvent(i, dvbTime(day + 1, i % 24, i % 60, i % 60)));
+    events.push_back(dvbTime(day, i % 24, i % 60, i % 60));
+    expected.push_back(dvbTime(day + 1, i % 24, i % 60, i % 60));
   }
   EXPECT_EQ(restamp(mapOf({makeEit(1, 0x50, 4, events)})), mapOf({makeEit(1, 0x50, 1, expected)}));
 }
@@ -206,8 +167,7 @@ TEST_F(EitRestamping, StillWorksAfterAClear) {
 
 TEST_F(EitRestamping, LogsTheOffsetAndThenEveryEit) {
   owner_.setOffset(3600, true);
-  (void)restamp(mapOf(
-      {makeEit(3401, 0x4E, 17, {makeEvent(1, 0), makeEvent(2, 0)}), makeEit(3402, 0x4E, 31)}));
+  (void)restamp(mapOf({makeEit(3401, 0x4E, 17, {0, 0}), makeEit(3402, 0x4E, 31)}));
   EXPECT_THAT(
       logLines(),
       ElementsAre(LogLine{7, "", "[getConflictFreeEITpf] Ready to apply offset [yes] [3600]"},
@@ -229,10 +189,10 @@ TEST_F(EitRestamping, TheScheduleIsRestampedLikePresentFollowing) {
   owner_.setOffset(60, true);
   EITMap out;
   EXPECT_TRUE(database_.getConflictFreeEITsch(
-      out, mapOf({makeEit(3401, 0x51, 4, {makeEvent(1, dvbTime(kMjd, 0, 0, 30))}),
-                  makeEit(3401, 0x50, 3, {makeEvent(2, dvbTime(kMjd, 12, 30, 0))})})));
-  EXPECT_EQ(out, mapOf({makeEit(3401, 0x50, 1, {makeEvent(2, dvbTime(kMjd, 12, 29, 0))}),
-                        makeEit(3401, 0x51, 1, {makeEvent(1, dvbTime(kMjd - 1, 23, 59, 30))})}));
+      out, mapOf({makeEit(3401, 0x51, 4, {dvbTime(kMjd, 0, 0, 30)}),
+                  makeEit(3401, 0x50, 3, {dvbTime(kMjd, 12, 30, 0)})})));
+  EXPECT_EQ(out, mapOf({makeEit(3401, 0x50, 1, {dvbTime(kMjd, 12, 29, 0)}),
+                        makeEit(3401, 0x51, 1, {dvbTime(kMjd - 1, 23, 59, 30)})}));
   EXPECT_THAT(owner_.calls(), ElementsAre("reset 3401", "version 3401/80", "version 3401/81"));
   EXPECT_THAT(
       logLines(),
@@ -242,7 +202,7 @@ TEST_F(EitRestamping, TheScheduleIsRestampedLikePresentFollowing) {
 }
 
 TEST_F(EitRestamping, AllocatesNoPidAndSavesNothing) {
-  (void)restamp(mapOf({makeEit(1, 0x4E, 9, {makeEvent(1, 0)})}));
+  (void)restamp(mapOf({makeEit(1, 0x4E, 9, {0})}));
   EXPECT_FALSE(fileExists());
   EXPECT_EQ(database_.getConflictFreePID(-1), 101);
 }
@@ -250,10 +210,10 @@ TEST_F(EitRestamping, AllocatesNoPidAndSavesNothing) {
 TEST_F(EitRestamping, GivesOneRestampedEitAtATime) {
   owner_.setOffset(60, true);
   database_.restampEITsch(mapOf({makeEit(1, 0x50, 9), makeEit(1, 0x51, 9), makeEit(2, 0x50, 9)}));
-  database_.restampEITsch(mapOf({makeEit(1, 0x50, 9, {makeEvent(1, dvbTime(kMjd, 12, 30, 0))})}));
+  database_.restampEITsch(mapOf({makeEit(1, 0x50, 9, {dvbTime(kMjd, 12, 30, 0)})}));
   EIT eit;
   ASSERT_TRUE(database_.getRestampedEITsch(eit, 1, 0x50));
-  EXPECT_EQ(eit, makeEit(1, 0x50, 2, {makeEvent(1, dvbTime(kMjd, 12, 29, 0))}));
+  EXPECT_EQ(eit, makeEit(1, 0x50, 2, {dvbTime(kMjd, 12, 29, 0)}));
   ASSERT_TRUE(database_.getRestampedEITsch(eit, 2, 0x50));
   EXPECT_EQ(eit, makeEit(2, 0x50, 1));
 }
@@ -288,4 +248,4 @@ TEST_F(EitRestamping, NeitherKindIsLeftAfterAClear) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

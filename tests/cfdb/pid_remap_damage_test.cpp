@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
-#include "tests/cfdb/text_file.h"
+#include "tests/support/files.h"
+#include "tests/support/tables.h"
 
 // Every byte of the mapping of a whole multiplex cut off or changed in turn.
 
@@ -73,7 +73,9 @@ class DamagedPidRemapFile : public ConflictFreeDBFixture {
   void expectAllOrNothing(const std::string& text) {
     place(text);
     PIDRemap record;
-    const bool whole = readPIDRemapFile(file(), record) == 0 && record.moduleSlot == 3;
+    const int result = readPIDRemapFile(file(), record);
+    ASSERT_TRUE(result == kRecordFileDone || result == kRecordFileFailed);
+    const bool whole = result == kRecordFileDone && record.moduleSlot == 3;
     ConflictFreeDB database(0, owner_);
     if (!whole) {
       ASSERT_EQ(database.getConflictFreePID(0x101), 101);
@@ -109,7 +111,8 @@ TEST_F(DamagedPidRemapFile, CutAnywhereIsAFreshMappingThatTheSameTablesRestore) 
 TEST_F(DamagedPidRemapFile, WithAnyByteChangedIsTakenAsAWholeOrNotAtAllAndIsRepaired) {
   for (size_t offset = 0; offset < text_.size(); ++offset) {
     const auto byte = static_cast<unsigned char>(text_[offset]);
-    for (const int value : {byte ^ 0x01, byte ^ 0x80, int{'9'}, int{']'}, int{'"'}}) {
+    for (const int value :
+         {byte ^ 0x01, byte ^ 0x10, byte ^ 0x80, 0, int{'9'}, int{'-'}, int{']'}, int{'"'}}) {
       std::string text = text_;
       text[offset] = static_cast<char>(value);
       SCOPED_TRACE("byte " + std::to_string(offset) + " is " + std::to_string(value));

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -10,25 +9,19 @@
 #include <string>
 #include <vector>
 
-#include "tests/cfdb/builders.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
-#include "tests/cfdb/sync_recorder.h"
-#include "tests/cfdb/text_file.h"
+#include "tests/support/files.h"
+#include "tests/support/sync_recorder.h"
+#include "tests/support/tables.h"
 
-namespace tevra {
+namespace tevra::test {
 namespace {
 
 using fake::LogLine;
 using fake::logLines;
 using fake::platform;
-using test::makeCaDescriptor;
-using test::makePat;
-using test::makePmt;
-using test::makeStream;
-using test::readText;
-using test::writeText;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 constexpr char kTwoPids[] =
     R"({"1":{"i32":7},"2":{"map":["i32","i32",2,{"256":101,"512":102}]},)"
@@ -44,11 +37,7 @@ PIDRemap twoPids() {
   return record;
 }
 
-std::ptrdiff_t openDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
-
-class PidRemapFile : public test::ConflictFreeDBFixture {
+class PidRemapFile : public ConflictFreeDBFixture {
  protected:
   /** Stores a PAT of transport stream 7 whose programmes lie on `pids`. */
   static PAT setPat(ConflictFreeDB& database, std::initializer_list<int32_t> pids,
@@ -89,12 +78,9 @@ TEST_F(PidRemapFile, ReadingSetsThePresenceFlagsOfWhatTheFileHolds) {
 }
 
 TEST_F(PidRemapFile, IsForItsOwnerAlone) {
-  const mode_t formerUmask = umask(0);
+  const ScopedUmask everybodys(0);
   EXPECT_EQ(writePIDRemapFile(file(), twoPids()), 0);
-  umask(formerUmask);
-  struct stat status {};
-  ASSERT_EQ(stat(file().c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0600U);
+  EXPECT_EQ(modeOf(file()), 0600U);
 }
 
 TEST_F(PidRemapFile, ReplacesALongerOne) {
@@ -144,9 +130,9 @@ TEST_F(PidRemapFile, OnAFullDiskFails) {
 }
 
 TEST_F(PidRemapFile, IsSyncedWholeThenClosedThenEverythingIsSynced) {
-  test::clearSyncCalls();
+  clearSyncCalls();
   EXPECT_EQ(writePIDRemapFile(file(), twoPids()), 0);
-  const std::vector<test::SyncCall> calls = test::syncCalls();
+  const std::vector<SyncCall> calls = syncCalls();
   ASSERT_EQ(calls.size(), 2U);
   EXPECT_GE(calls[0].fd, 0);
   EXPECT_EQ(calls[0].size, static_cast<off_t>(std::string(kTwoPids).size()));
@@ -156,21 +142,21 @@ TEST_F(PidRemapFile, IsSyncedWholeThenClosedThenEverythingIsSynced) {
 }
 
 TEST_F(PidRemapFile, WhoseFileSystemCannotBeSyncedHasFailedThoughItIsWritten) {
-  test::clearSyncCalls();
-  test::setSyncfsResult(-1);
+  clearSyncCalls();
+  setSyncfsResult(-1);
   EXPECT_EQ(writePIDRemapFile(file(), twoPids()), -2);
-  test::setSyncfsResult(0);
+  setSyncfsResult(0);
   EXPECT_EQ(readText(file()), kTwoPids);
-  EXPECT_EQ(test::syncCalls().size(), 2U);
+  EXPECT_EQ(syncCalls().size(), 2U);
 }
 
 TEST_F(PidRemapFile, ThatFailsIsNotSynced) {
-  test::clearSyncCalls();
+  clearSyncCalls();
   EXPECT_EQ(writePIDRemapFile("/dev/full", twoPids()), -2);
   EXPECT_EQ(writePIDRemapFile(path("missing/PIDRemap0"), twoPids()), -1);
   PIDRemap record;
   EXPECT_EQ(readPIDRemapFile(file(), record), -1);
-  EXPECT_TRUE(test::syncCalls().empty());
+  EXPECT_TRUE(syncCalls().empty());
 }
 
 TEST_F(PidRemapFile, IsClosedWhateverHappens) {
@@ -237,10 +223,8 @@ TEST_F(PidRemapFile, IsWrittenByAPmtWithNewPidsOnly) {
 class PidRemapFileAfterACat : public PidRemapFile {
  protected:
   PidRemapFileAfterACat() {
-    CAT in;
     CAT out;
-    in.descriptors = {makeCaDescriptor(1, 0x500)};
-    EXPECT_TRUE(database_.setConflictFreeCAT(out, in));
+    EXPECT_TRUE(database_.setConflictFreeCAT(out, makeCat({makeCaDescriptor(1, 0x500)})));
   }
 
   static bool catIsSaved() { return saved().inputToOutput.count(0x500) == 1; }
@@ -260,10 +244,8 @@ TEST_F(PidRemapFileAfterACat, HoldsItsPidsWithTheNextPmt) {
 TEST_F(PidRemapFile, HoldsThePidsOfACatWithTheNextOutputPmt) {
   PMT out;
   EXPECT_TRUE(database_.setConflictFreePMT(out, makePmt(1, 0x100)));
-  CAT in;
   CAT cat;
-  in.descriptors = {makeCaDescriptor(1, 0x500)};
-  EXPECT_TRUE(database_.setConflictFreeCAT(cat, in));
+  EXPECT_TRUE(database_.setConflictFreeCAT(cat, makeCat({makeCaDescriptor(1, 0x500)})));
   EXPECT_EQ(saved().inputToOutput.count(0x500), 0U);
   EXPECT_TRUE(database_.getOutputPMT(out, 1));
   EXPECT_EQ(saved().inputToOutput.count(0x500), 1U);
@@ -386,4 +368,4 @@ TEST_F(PidRemapFile, FailsWithEveryChangeWhileTheConfigurationRootIsMissing) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

@@ -19,9 +19,10 @@
 #include "im_SIControlSrv.h"
 #include "records/frame_protocol.h"
 #include "records/records.h"
-#include "tests/control/messages.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/messages.h"
 
+namespace tevra::test {
 namespace {
 
 using apache::thrift::TApplicationException;
@@ -31,13 +32,12 @@ using apache::thrift::protocol::TProtocol;
 using apache::thrift::protocol::TProtocolException;
 using apache::thrift::transport::TMemoryBuffer;
 using apache::thrift::transport::TTransport;
+using fake::LogLine;
+using fake::PlatformTest;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using tevra::FrameProtocolFactory;
-using tevra::fake::LogLine;
-using tevra::fake::PlatformTest;
-using tevra::thrift::in_module::im_SIControlSrvClient;
-using tevra::thrift::in_module::im_SIControlSrvIf;
+using thrift::in_module::im_SIControlSrvClient;
+using thrift::in_module::im_SIControlSrvIf;
 
 /** A processor that does what a test tells it. */
 class FakeProcessor : public apache::thrift::TProcessor {
@@ -56,15 +56,15 @@ class FakeProcessor : public apache::thrift::TProcessor {
   void* lastContext = nullptr;
 };
 
-class GuardedProcessor : public PlatformTest {
+class GuardedProcessorTest : public PlatformTest {
  protected:
   bool process() { return guarded_.process(nullptr, nullptr, nullptr); }
 
   std::shared_ptr<FakeProcessor> fake_ = std::make_shared<FakeProcessor>();
-  tevra::GuardedProcessor guarded_{fake_};
+  GuardedProcessor guarded_{fake_};
 };
 
-TEST_F(GuardedProcessor, PassesArgumentsAndResultOn) {
+TEST_F(GuardedProcessorTest, PassesArgumentsAndResultOn) {
   const auto in = std::make_shared<TBinaryProtocol>(std::make_shared<TMemoryBuffer>());
   const auto out = std::make_shared<TBinaryProtocol>(std::make_shared<TMemoryBuffer>());
   int context = 0;
@@ -75,62 +75,62 @@ TEST_F(GuardedProcessor, PassesArgumentsAndResultOn) {
   EXPECT_EQ(&context, fake_->lastContext);
   fake_->behaviour = [] { return false; };
   EXPECT_FALSE(process());
-  EXPECT_THAT(tevra::fake::logLines(), IsEmpty());
+  EXPECT_THAT(fake::logLines(), IsEmpty());
 }
 
-TEST_F(GuardedProcessor, StandardExceptionIsLoggedAndEndsTheConnection) {
+TEST_F(GuardedProcessorTest, StandardExceptionIsLoggedAndEndsTheConnection) {
   fake_->behaviour = []() -> bool { throw std::runtime_error("100% odd"); };
   EXPECT_FALSE(process());
-  EXPECT_THAT(tevra::fake::logLines(),
+  EXPECT_THAT(fake::logLines(),
               ElementsAre(LogLine{3, "", "Control connection closed. EXCEPTION: 100% odd"}));
 }
 
-TEST_F(GuardedProcessor, LackOfMemoryIsLoggedAndEndsTheConnection) {
+TEST_F(GuardedProcessorTest, LackOfMemoryIsLoggedAndEndsTheConnection) {
   fake_->behaviour = []() -> bool { throw std::bad_alloc(); };
   EXPECT_FALSE(process());
-  EXPECT_THAT(tevra::fake::logLines(),
+  EXPECT_THAT(fake::logLines(),
               ElementsAre(LogLine{3, "", "Control connection closed. EXCEPTION: std::bad_alloc"}));
 }
 
-TEST_F(GuardedProcessor, AnythingElseThrownIsLoggedAndEndsTheConnection) {
+TEST_F(GuardedProcessorTest, AnythingElseThrownIsLoggedAndEndsTheConnection) {
   fake_->behaviour = []() -> bool { throw 5; };
   EXPECT_FALSE(process());
-  EXPECT_THAT(tevra::fake::logLines(),
+  EXPECT_THAT(fake::logLines(),
               ElementsAre(LogLine{3, "", "Control connection closed. EXCEPTION: unknown"}));
 }
 
-TEST_F(GuardedProcessor, ThriftsOwnExceptionsPassToTheServer) {
+TEST_F(GuardedProcessorTest, ThriftsOwnExceptionsPassToTheServer) {
   fake_->behaviour = []() -> bool { throw TProtocolException(TProtocolException::BAD_VERSION); };
   EXPECT_THROW(process(), TProtocolException);
   fake_->behaviour = []() -> bool { throw TException("plain"); };
   EXPECT_THROW(process(), TException);
-  EXPECT_THAT(tevra::fake::logLines(), IsEmpty());
+  EXPECT_THAT(fake::logLines(), IsEmpty());
 }
 
 /** Writes down which operation was called with what; answers something recognisable. */
 class RecordingHandler : public im_SIControlSrvIf {
  public:
-  void getSIData(tevra::SIService& result) override {
+  void getSIData(SIService& result) override {
     called("getSIData");
     result.name = "Norte";
   }
-  bool SISetData(const tevra::SIService& data) override { return called("SISetData " + data.name); }
+  bool SISetData(const SIService& data) override { return called("SISetData " + data.name); }
   bool sendCmd(int32_t command) override { return called("sendCmd " + std::to_string(command)); }
-  void setPAT(const tevra::PAT& pat) override { called("setPAT", pat.version); }
-  void setSDT(const tevra::SDT& sdt) override { called("setSDT", sdt.version); }
-  void setPMT(const tevra::PMT& pmt) override { called("setPMT", pmt.version); }
-  bool setNIT(const tevra::NIT& nit) override { return called("setNIT", nit.version); }
-  void setTOT(const tevra::TOT& tot) override { called("setTOT", tot.version); }
-  bool setBAT(const tevra::BAT& bat) override { return called("setBAT", bat.version); }
-  void setCAT(const tevra::CAT& cat) override { called("setCAT", cat.version); }
-  void setEITPresentFollowing(const tevra::EITMap& eits) override {
+  void setPAT(const PAT& pat) override { called("setPAT", pat.version); }
+  void setSDT(const SDT& sdt) override { called("setSDT", sdt.version); }
+  void setPMT(const PMT& pmt) override { called("setPMT", pmt.version); }
+  bool setNIT(const NIT& nit) override { return called("setNIT", nit.version); }
+  void setTOT(const TOT& tot) override { called("setTOT", tot.version); }
+  bool setBAT(const BAT& bat) override { return called("setBAT", bat.version); }
+  void setCAT(const CAT& cat) override { called("setCAT", cat.version); }
+  void setEITPresentFollowing(const EITMap& eits) override {
     called("setEITPresentFollowing", eits.at(1).at(0x4E).version);
   }
-  void setEITSchedule(const tevra::EITMap& eits) override {
+  void setEITSchedule(const EITMap& eits) override {
     called("setEITSchedule", eits.at(1).at(0x50).version);
   }
-  void getSrvOutputData(std::map<int32_t, tevra::SPTSConfiguration>& answer,
-                        const tevra::SrvOutputRequest& request) override {
+  void getSrvOutputData(std::map<int32_t, SPTSConfiguration>& answer,
+                        const SrvOutputRequest& request) override {
     called("getSrvOutputData", request.inputSID);
     answer[9].pidItems.emplace_back().inputPid = 33;
   }
@@ -161,7 +161,7 @@ class ControlProcessor : public PlatformTest {
 
   /** Serves these bytes, as one frame. */
   bool process(const std::string& message) {
-    const std::string frame = tevra::test::framed(message);
+    const std::string frame = framed(message);
     request_->resetBuffer();
     request_->write(reinterpret_cast<const uint8_t*>(frame.data()),
                     static_cast<uint32_t>(frame.size()));
@@ -175,20 +175,20 @@ class ControlProcessor : public PlatformTest {
   }
 
   static std::shared_ptr<TTransport> framedOver(const std::shared_ptr<TMemoryBuffer>& wire) {
-    return tevra::ControlTransportFactory().getTransport(wire);
+    return ControlTransportFactory().getTransport(wire);
   }
 
   std::shared_ptr<TMemoryBuffer> request_ = std::make_shared<TMemoryBuffer>();
   std::shared_ptr<TMemoryBuffer> reply_ = std::make_shared<TMemoryBuffer>();
   std::shared_ptr<RecordingHandler> handler_ = std::make_shared<RecordingHandler>();
-  std::shared_ptr<apache::thrift::TProcessor> processor_ = tevra::makeControlProcessor(handler_);
+  std::shared_ptr<apache::thrift::TProcessor> processor_ = makeControlProcessor(handler_);
 };
 
 TEST_F(ControlProcessor, RoutesTheCallsWithoutTables) {
   im_SIControlSrvClient caller = client();
   caller.send_getSIData();
   EXPECT_TRUE(process());
-  tevra::SIService data;
+  SIService data;
   caller.recv_getSIData(data);
   EXPECT_EQ("Norte", data.name);
   data.name = "Sur";
@@ -210,20 +210,20 @@ TEST_F(ControlProcessor, RoutesTheTables) {
     return (caller.*receive)();
   };
   using Client = im_SIControlSrvClient;
-  roundTrip(tevra::PAT(), 1, &Client::send_setPAT, &Client::recv_setPAT);
-  roundTrip(tevra::SDT(), 2, &Client::send_setSDT, &Client::recv_setSDT);
-  roundTrip(tevra::PMT(), 3, &Client::send_setPMT, &Client::recv_setPMT);
-  EXPECT_TRUE(roundTrip(tevra::NIT(), 4, &Client::send_setNIT, &Client::recv_setNIT));
-  roundTrip(tevra::TOT(), 5, &Client::send_setTOT, &Client::recv_setTOT);
-  EXPECT_TRUE(roundTrip(tevra::BAT(), 6, &Client::send_setBAT, &Client::recv_setBAT));
-  roundTrip(tevra::CAT(), 7, &Client::send_setCAT, &Client::recv_setCAT);
+  roundTrip(PAT(), 1, &Client::send_setPAT, &Client::recv_setPAT);
+  roundTrip(SDT(), 2, &Client::send_setSDT, &Client::recv_setSDT);
+  roundTrip(PMT(), 3, &Client::send_setPMT, &Client::recv_setPMT);
+  EXPECT_TRUE(roundTrip(NIT(), 4, &Client::send_setNIT, &Client::recv_setNIT));
+  roundTrip(TOT(), 5, &Client::send_setTOT, &Client::recv_setTOT);
+  EXPECT_TRUE(roundTrip(BAT(), 6, &Client::send_setBAT, &Client::recv_setBAT));
+  roundTrip(CAT(), 7, &Client::send_setCAT, &Client::recv_setCAT);
   EXPECT_THAT(handler_->calls, ElementsAre("setPAT 1", "setSDT 2", "setPMT 3", "setNIT 4",
                                            "setTOT 5", "setBAT 6", "setCAT 7"));
 }
 
 TEST_F(ControlProcessor, RoutesEITsAndTheOutputRequest) {
   im_SIControlSrvClient caller = client();
-  tevra::EITMap eits;
+  EITMap eits;
   eits[1][0x4E].version = 8;
   eits[1][0x50].version = 9;
   caller.send_setEITPresentFollowing(eits);
@@ -232,11 +232,11 @@ TEST_F(ControlProcessor, RoutesEITsAndTheOutputRequest) {
   caller.send_setEITSchedule(eits);
   EXPECT_TRUE(process());
   caller.recv_setEITSchedule();
-  tevra::SrvOutputRequest request;
+  SrvOutputRequest request;
   request.inputSID = 3401;
   caller.send_getSrvOutputData(request);
   EXPECT_TRUE(process());
-  std::map<int32_t, tevra::SPTSConfiguration> answer;
+  std::map<int32_t, SPTSConfiguration> answer;
   caller.recv_getSrvOutputData(answer);
   EXPECT_EQ(33, answer.at(9).pidItems.at(0).inputPid);
   EXPECT_THAT(handler_->calls,
@@ -244,7 +244,7 @@ TEST_F(ControlProcessor, RoutesEITsAndTheOutputRequest) {
 }
 
 TEST_F(ControlProcessor, UnknownMethodIsAnsweredAndTheNextCallServed) {
-  EXPECT_TRUE(process(tevra::test::callMessage("setpat")));
+  EXPECT_TRUE(process(callMessage("setpat")));
   im_SIControlSrvClient caller = client();
   try {
     caller.recv_setPAT();
@@ -259,27 +259,27 @@ TEST_F(ControlProcessor, UnknownMethodIsAnsweredAndTheNextCallServed) {
 }
 
 TEST_F(ControlProcessor, CallWithoutArgumentsGetsDefaultOnes) {
-  EXPECT_TRUE(process(tevra::test::callMessage("sendCmd")));
+  EXPECT_TRUE(process(callMessage("sendCmd")));
   EXPECT_TRUE(client().recv_sendCmd());
   EXPECT_THAT(handler_->calls, ElementsAre("sendCmd 0"));
 }
 
 TEST_F(ControlProcessor, MessagesWithoutVersionAreRead) {
-  EXPECT_TRUE(process(tevra::test::unversionedCallMessage("getSIData")));
-  tevra::SIService data;
+  EXPECT_TRUE(process(unversionedCallMessage("getSIData")));
+  SIService data;
   client().recv_getSIData(data);
   EXPECT_EQ("Norte", data.name);
 }
 
 TEST_F(ControlProcessor, RepliesCarryTheVersion) {
-  EXPECT_TRUE(process(tevra::test::callMessage("getSIData")));
+  EXPECT_TRUE(process(callMessage("getSIData")));
   EXPECT_EQ(std::string("\x80\x01\x00\x02", 4), reply_->getBufferAsString().substr(4, 4));
 }
 
 TEST_F(ControlProcessor, StandardExceptionOfTheHandlerReachesTheClientAndTheLog) {
   handler_->failure = [] { throw std::runtime_error("mutex broken"); };
   im_SIControlSrvClient caller = client();
-  caller.send_setPAT(tevra::PAT());
+  caller.send_setPAT(PAT());
   EXPECT_TRUE(process());
   try {
     caller.recv_setPAT();
@@ -288,22 +288,22 @@ TEST_F(ControlProcessor, StandardExceptionOfTheHandlerReachesTheClientAndTheLog)
     EXPECT_EQ(TApplicationException::UNKNOWN, exception.getType());
     EXPECT_STREQ("mutex broken", exception.what());
   }
-  EXPECT_THAT(tevra::fake::logLines(), ElementsAre(LogLine{3, "",
-                                                           "Call of im_SIControlSrv.setPAT failed. "
-                                                           "EXCEPTION: mutex broken"}));
+  EXPECT_THAT(fake::logLines(), ElementsAre(LogLine{3, "",
+                                                    "Call of im_SIControlSrv.setPAT failed. "
+                                                    "EXCEPTION: mutex broken"}));
 }
 
 TEST_F(ControlProcessor, ConnectionStaysUsableAfterACallThatRanOutOfMemory) {
   handler_->failure = [] { throw std::bad_alloc(); };
   im_SIControlSrvClient caller = client();
-  caller.send_setEITSchedule({{1, {{0x50, tevra::EIT()}}}});
+  caller.send_setEITSchedule({{1, {{0x50, EIT()}}}});
   EXPECT_TRUE(process());
   EXPECT_THROW(caller.recv_setEITSchedule(), TApplicationException);
   handler_->failure = nullptr;
   caller.send_sendCmd(7);
   EXPECT_TRUE(process());
   EXPECT_TRUE(caller.recv_sendCmd());
-  EXPECT_THAT(tevra::fake::logLines(),
+  EXPECT_THAT(fake::logLines(),
               ElementsAre(LogLine{3, "",
                                   "Call of im_SIControlSrv.setEITSchedule failed. "
                                   "EXCEPTION: std::bad_alloc"}));
@@ -312,44 +312,45 @@ TEST_F(ControlProcessor, ConnectionStaysUsableAfterACallThatRanOutOfMemory) {
 TEST_F(ControlProcessor, OtherExceptionOfTheHandlerEndsTheConnection) {
   handler_->failure = [] { throw 5; };
   im_SIControlSrvClient caller = client();
-  caller.send_setPAT(tevra::PAT());
+  caller.send_setPAT(PAT());
   EXPECT_FALSE(process());
-  EXPECT_TRUE(tevra::fake::logged(3, "Control connection closed. EXCEPTION: unknown"));
+  EXPECT_TRUE(fake::logged(3, "Control connection closed. EXCEPTION: unknown"));
 }
 
 TEST_F(ControlProcessor, ReplyInsteadOfACallEndsTheConnection) {
-  std::string message = tevra::test::callMessage("getSIData");
+  std::string message = callMessage("getSIData");
   message[3] = 2;
   EXPECT_FALSE(process(message));
   EXPECT_THAT(handler_->calls, IsEmpty());
 }
 
 TEST_F(ControlProcessor, WrongVersionIsThriftsException) {
-  std::string message = tevra::test::callMessage("getSIData");
+  std::string message = callMessage("getSIData");
   message[1] = 2;
   EXPECT_THROW(process(message), TProtocolException);
 }
 
 TEST_F(ControlProcessor, MessageCutAnywhereIsThriftsException) {
-  const std::string message = tevra::test::hugeListMessage(1);
+  const std::string message = hugeListMessage(1);
   for (size_t length = 1; length < message.size(); ++length) {
     EXPECT_THROW(process(message.substr(0, length)), TException) << length;
   }
   EXPECT_THAT(handler_->calls, IsEmpty());
-  EXPECT_THAT(tevra::fake::logLines(3), IsEmpty());
+  EXPECT_THAT(fake::logLines(3), IsEmpty());
 }
 
 TEST_F(ControlProcessor, NegativeListSizeIsThriftsException) {
-  EXPECT_THROW(process(tevra::test::hugeListMessage(-1)), TProtocolException);
+  EXPECT_THROW(process(hugeListMessage(-1)), TProtocolException);
   EXPECT_THAT(handler_->calls, IsEmpty());
 }
 
 TEST_F(ControlProcessor, ListLargerThanItsMessageIsThriftsException) {
   for (const int32_t size : {2, 50000000, 0x7FFFFFFF}) {
-    EXPECT_THROW(process(tevra::test::hugeListMessage(size)), TException) << size;
+    EXPECT_THROW(process(hugeListMessage(size)), TException) << size;
   }
   EXPECT_THAT(handler_->calls, IsEmpty());
-  EXPECT_THAT(tevra::fake::logLines(), IsEmpty());
+  EXPECT_THAT(fake::logLines(), IsEmpty());
 }
 
 }  // namespace
+}  // namespace tevra::test

@@ -8,26 +8,23 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "control/control_transport.h"
-#include "tests/control/control_client.h"
-#include "tests/control/messages.h"
+#include "tests/control/control_server_fixture.h"
 #include "tests/control/tables.h"
+#include "tests/support/messages.h"
 #include "tests/support/sanitizers.h"
 
 // What a client may send, and what becomes of the server when it sends more.
 
+namespace tevra::test {
 namespace {
 
-using tevra::fake::logged;
-using tevra::test::bigEndian;
-using tevra::test::ControlClient;
-using tevra::test::framed;
-using tevra::test::RawConnection;
-using tevra::test::waitForLine;
+using fake::logged;
 
-class ControlServerLimits : public tevra::test::ControlServerTest {
+class ControlServerLimits : public ControlServerTest {
  protected:
   static bool nextClientIsServed() {
     ControlClient client;
@@ -36,14 +33,14 @@ class ControlServerLimits : public tevra::test::ControlServerTest {
 };
 
 /** A schedule of `megabytes` million bytes on the wire, and a little more. */
-tevra::EITMap largeSchedule(int megabytes) {
+EITMap largeSchedule(int megabytes) {
   constexpr size_t kPayload = 10000;
-  tevra::EITMap eits;
-  tevra::EIT& eit = eits[1][0x50];
-  eit = tevra::test::makeEIT(1, 0x50, 0, std::vector<int64_t>(static_cast<size_t>(megabytes)));
-  for (tevra::EITEvent& event : eit.events) {
-    event.descriptors.assign(100, tevra::Descriptor());
-    for (tevra::Descriptor& descriptor : event.descriptors) {
+  EITMap eits;
+  EIT& eit = eits[1][0x50];
+  eit = makeEit(1, 0x50, 0, std::vector<uint64_t>(static_cast<size_t>(megabytes)));
+  for (EITEvent& event : eit.events) {
+    event.descriptors.assign(100, Descriptor());
+    for (Descriptor& descriptor : event.descriptors) {
       descriptor.tag = 0x4E;
       descriptor.data.assign(kPayload, 'e');
     }
@@ -60,87 +57,56 @@ TEST_F(ControlServerLimits, ScheduleOfThirtyMegabytesIsTaken) {
 
 TEST_F(ControlServerLimits, ConnectionNeverWearsOut) {
   ControlClient client;
-  const tevra::EITMap eits = largeSchedule(30);
+  const EITMap eits = largeSchedule(30);
   for (int call = 0; call < 5; ++call) {
     client->setEITSchedule(eits);
   }
-  EXPECT_EQ(5, tevra::fake::timesLogged(7, "Guardo EIT sch en DB local!"));
+  EXPECT_EQ(5, fake::timesLogged(7, "Guardo EIT sch en DB local!"));
   EXPECT_TRUE(client->sendCmd(0));
 }
 
-TEST_F(ControlServerLimits, FrameBeyondTheLimitClosesOnlyItsConnection) {
-  RawConnection connection;
-  connection.send(bigEndian(tevra::kMaxFrameSize + 1));
-  EXPECT_TRUE(connection.isClosedByServer());
-  EXPECT_TRUE(nextClientIsServed());
-}
-
-TEST_F(ControlServerLimits, NegativeFrameSizeClosesOnlyItsConnection) {
-  RawConnection connection;
-  connection.send(bigEndian(0xFFFFFFFF));
-  EXPECT_TRUE(connection.isClosedByServer());
-  EXPECT_TRUE(nextClientIsServed());
-}
-
-TEST_F(ControlServerLimits, OtherProtocolsCloseOnlyTheirConnection) {
-  for (const char* greeting : {"GET / HTTP/1.1\r\n\r\n", "SSH-2.0-OpenSSH\r\n"}) {
-    RawConnection connection;
-    connection.send(greeting);
-    EXPECT_TRUE(connection.isClosedByServer()) << greeting;
+TEST_F(ControlServerLimits, WhatIsNoCallClosesOnlyItsConnection) {
+  std::string deep = callMessage("setPAT");
+  deep.pop_back();
+  for (int depth = 0; depth < 100000; ++depth) {
+    deep += std::string("\x0C\x00\x63", 3);  // field 99, a struct
   }
-  EXPECT_TRUE(nextClientIsServed());
-}
-
-TEST_F(ControlServerLimits, EmptyFrameClosesOnlyItsConnection) {
-  RawConnection connection;
-  connection.send(framed(""));
-  EXPECT_TRUE(connection.isClosedByServer());
-  EXPECT_TRUE(nextClientIsServed());
-}
-
-TEST_F(ControlServerLimits, FrameOfGarbageClosesOnlyItsConnection) {
-  RawConnection connection;
-  connection.send(framed(std::string(100, '\xFF')));
-  EXPECT_TRUE(connection.isClosedByServer());
-  EXPECT_TRUE(nextClientIsServed());
+  const std::vector<std::pair<const char*, std::string>> all = {
+      {"frame beyond the limit", bigEndian(kMaxFrameSize + 1)},
+      {"negative frame size", bigEndian(0xFFFFFFFF)},
+      {"another protocol", "GET / HTTP/1.1\r\n\r\n"},
+      {"yet another", "SSH-2.0-OpenSSH\r\n"},
+      {"empty frame", framed("")},
+      {"garbage", framed(std::string(100, '\xFF'))},
+      {"list that no memory holds", framed(hugeListMessage(0x7FFFFFFF))},
+      {"deep nesting", framed(deep)}};
+  for (const auto& [what, bytes] : all) {
+    {
+      const RawConnection connection(kFirstControlPort);
+      connection.send(bytes);
+      EXPECT_TRUE(connection.closedByPeer()) << what;
+    }
+    EXPECT_TRUE(nextClientIsServed()) << what;
+  }
 }
 
 TEST_F(ControlServerLimits, ClientThatLeavesInTheMiddleHindersNobody) {
-  const std::string call = framed(tevra::test::callMessage("sendCmd"));
+  const std::string call = framed(callMessage("sendCmd"));
   for (size_t length = 0; length < call.size(); ++length) {
-    RawConnection connection;
+    RawConnection connection(kFirstControlPort);
     connection.send(call.substr(0, length));
   }
   EXPECT_TRUE(nextClientIsServed());
-  EXPECT_EQ(1, tevra::fake::timesLogged(7, "SI sendCmd"));
+  EXPECT_EQ(1, fake::timesLogged(7, "SI sendCmd"));
 }
 
 TEST_F(ControlServerLimits, ClientThatDoesNotWaitForItsAnswerHindersNobody) {
   {
-    RawConnection connection;
-    connection.send(framed(tevra::test::callMessage("sendCmd")));
+    RawConnection connection(kFirstControlPort);
+    connection.send(framed(callMessage("sendCmd")));
   }
   EXPECT_TRUE(nextClientIsServed());
-  EXPECT_EQ(2, tevra::fake::timesLogged(7, "SI sendCmd"));
-}
-
-TEST_F(ControlServerLimits, ListThatNoMemoryHoldsClosesOnlyItsConnection) {
-  RawConnection connection;
-  connection.send(framed(tevra::test::hugeListMessage(0x7FFFFFFF)));
-  EXPECT_TRUE(connection.isClosedByServer());
-  EXPECT_TRUE(nextClientIsServed());
-}
-
-TEST_F(ControlServerLimits, DeepNestingClosesOnlyItsConnection) {
-  std::string message = tevra::test::callMessage("setPAT");
-  message.pop_back();
-  for (int depth = 0; depth < 100000; ++depth) {
-    message += std::string("\x0C\x00\x63", 3);  // field 99, a struct
-  }
-  RawConnection connection;
-  connection.send(framed(message));
-  EXPECT_TRUE(connection.isClosedByServer());
-  EXPECT_TRUE(nextClientIsServed());
+  EXPECT_EQ(2, fake::timesLogged(7, "SI sendCmd"));
 }
 
 /** Leaves the process without a free file descriptor. */
@@ -184,7 +150,7 @@ class DescriptorShortage {
 };
 
 TEST_F(ControlServerLimits, ClientThatCouldNotBeAcceptedIsServedLater) {
-  if (tevra::test::kAddressSanitized) {
+  if (kAddressSanitized) {
     GTEST_SKIP() << "the undefined behaviour sanitizer that comes along needs descriptors itself";
   }
   std::unique_ptr<RawConnection> waiting;
@@ -197,12 +163,12 @@ TEST_F(ControlServerLimits, ClientThatCouldNotBeAcceptedIsServedLater) {
       waiting.reset();
       shortage.takeAll();
       shortage.spareOne();
-      waiting = std::make_unique<RawConnection>();  // takes the spared one
+      waiting = std::make_unique<RawConnection>(kFirstControlPort);  // takes the spared one
       std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
     EXPECT_TRUE(waitForLine(3, kStopped));
   }
-  waiting->send(framed(tevra::test::callMessage("sendCmd")));
+  waiting->send(framed(callMessage("sendCmd")));
   EXPECT_EQ(4U, waiting->receive(4).size());
   EXPECT_TRUE(logged(7, "SI sendCmd"));
   EXPECT_TRUE(waitForLine(7, "TServerTransport died: "));
@@ -211,3 +177,4 @@ TEST_F(ControlServerLimits, ClientThatCouldNotBeAcceptedIsServedLater) {
 }
 
 }  // namespace
+}  // namespace tevra::test

@@ -16,33 +16,28 @@
 #include <string>
 #include <vector>
 
-#include "tests/control/control_client.h"
-#include "tests/control/messages.h"
+#include "tests/control/control_server_fixture.h"
 #include "tests/control/tables.h"
 #include "tests/fakes/fake_main_task.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/messages.h"
 
 // A started server lives until the process ends, so every test that starts one of its own has an
 // MPTS index of its own.
 
+namespace tevra::test {
 namespace {
 
 using apache::thrift::TApplicationException;
+using fake::FakeMainTask;
+using fake::LogLine;
+using fake::platform;
+using fake::PlatformTest;
 using testing::ElementsAre;
 using testing::KilledBySignal;
-using tevra::startControlServer;
-using tevra::ThreadedSimpleServer;
-using tevra::fake::FakeMainTask;
-using tevra::fake::LogLine;
-using tevra::fake::platform;
-using tevra::fake::PlatformTest;
-using tevra::test::ControlClient;
-using tevra::test::framed;
-using tevra::test::kFirstControlPort;
-using tevra::test::RawConnection;
 
 using StartingControlServer = PlatformTest;
-using ControlServer = tevra::test::ControlServerTest;
+using ControlServer = ControlServerTest;
 
 /** A listener that a server finds in its way. */
 class OccupiedPort {
@@ -68,10 +63,10 @@ class OccupiedPort {
 
 TEST_F(StartingControlServer, InvalidMptsIsLoggedAndGivesNoServer) {
   for (const int32_t index : {-1, 4, INT_MIN, INT_MAX}) {
-    tevra::fake::clearLog();
+    fake::clearLog();
     EXPECT_TRUE(startControlServer(index).empty());
     EXPECT_THAT(
-        tevra::fake::logLines(),
+        fake::logLines(),
         ElementsAre(LogLine{3, "", "MPTSIndex not valid [" + std::to_string(index) + "]."}));
   }
 }
@@ -82,7 +77,7 @@ TEST_F(StartingControlServer, HandlerIsBuiltBetweenTheFirstLineAndTheLast) {
   EXPECT_FALSE(server.empty());
   const std::string directory = path("Tornel");
   EXPECT_THAT(
-      tevra::fake::logLines(),
+      fake::logLines(),
       ElementsAre(
           LogLine{4, "", "[MPTS1] Tornel listening on port [9225]"},
           LogLine{4, "", "[MPTS1] notifying to port [9257]"},
@@ -97,14 +92,14 @@ TEST_F(StartingControlServer, HandlerIsBuiltBetweenTheFirstLineAndTheLast) {
 
 TEST_F(StartingControlServer, MptsThreeListensOn9227AndAcceptsAtOnce) {
   const ThreadedSimpleServer server = startControlServer(3);
-  ControlClient client(9227);
+  ControlClient client(3);
   EXPECT_TRUE(client->sendCmd(7));
-  EXPECT_TRUE(tevra::fake::logged(4, "[MPTS3] Tornel listening on port [9227]"));
-  EXPECT_TRUE(tevra::fake::logged(6, "Started threaded simple server, on port: 9227"));
+  EXPECT_TRUE(fake::logged(4, "[MPTS3] Tornel listening on port [9227]"));
+  EXPECT_TRUE(fake::logged(6, "Started threaded simple server, on port: 9227"));
   // From then on Thrift's own output is of level 7: a failed notification is one line of level 3.
-  tevra::fake::clearLog();
-  client->setSDT(tevra::SDT());
-  const std::vector<LogLine> lines = tevra::fake::logLines();
+  fake::clearLog();
+  client->setSDT(SDT());
+  const std::vector<LogLine> lines = fake::logLines();
   ASSERT_EQ(4U, lines.size());
   EXPECT_EQ(7, lines[2].level);
   EXPECT_THAT(lines[2].text, testing::HasSubstr("Connection refused"));
@@ -114,16 +109,16 @@ TEST_F(StartingControlServer, MptsThreeListensOn9227AndAcceptsAtOnce) {
 TEST_F(StartingControlServer, ReleasingItLogsAndLeavesTheThreadServing) {
   {
     const ThreadedSimpleServer server = startControlServer(2);
-    tevra::fake::clearLog();
+    fake::clearLog();
   }
-  EXPECT_THAT(tevra::fake::logLines(), ElementsAre(LogLine{6, "", "Ended threaded simple server"}));
-  ControlClient client(9226);
-  EXPECT_TRUE(client->setNIT(tevra::NIT()));
+  EXPECT_THAT(fake::logLines(), ElementsAre(LogLine{6, "", "Ended threaded simple server"}));
+  ControlClient client(2);
+  EXPECT_TRUE(client->setNIT(NIT()));
 }
 
 TEST_F(StartingControlServer, ReleasingAnEmptyOneIsSilent) {
   { const ThreadedSimpleServer server; }
-  EXPECT_THAT(tevra::fake::logLines(), testing::IsEmpty());
+  EXPECT_THAT(fake::logLines(), testing::IsEmpty());
 }
 
 /** In a process that starts nothing else, so that the port is free for the listener in the way. */
@@ -143,7 +138,7 @@ TEST_F(ControlServer, OneConnectionCarriesManyCalls) {
   for (int i = 0; i < 200; ++i) {
     EXPECT_TRUE(client->sendCmd(7));
   }
-  EXPECT_EQ(200, tevra::fake::timesLogged(7, "SI sendCmd"));
+  EXPECT_EQ(200, fake::timesLogged(7, "SI sendCmd"));
 }
 
 TEST_F(ControlServer, OneClientComesAfterTheOther) {
@@ -151,7 +146,7 @@ TEST_F(ControlServer, OneClientComesAfterTheOther) {
     ControlClient client;
     EXPECT_TRUE(client->sendCmd(7));
   }
-  EXPECT_EQ(50, tevra::fake::timesLogged(7, "SI sendCmd"));
+  EXPECT_EQ(50, fake::timesLogged(7, "SI sendCmd"));
 }
 
 TEST_F(ControlServer, SecondClientWaitsUntilTheFirstLeaves) {
@@ -161,10 +156,10 @@ TEST_F(ControlServer, SecondClientWaitsUntilTheFirstLeaves) {
   second->send_sendCmd(7);
   EXPECT_FALSE(second.hasAnswerWithin(200));
   EXPECT_TRUE(first->sendCmd(7));  // the first is still served
-  EXPECT_EQ(2, tevra::fake::timesLogged(7, "SI sendCmd"));
+  EXPECT_EQ(2, fake::timesLogged(7, "SI sendCmd"));
   first.close();
   EXPECT_TRUE(second->recv_sendCmd());
-  EXPECT_EQ(3, tevra::fake::timesLogged(7, "SI sendCmd"));
+  EXPECT_EQ(3, fake::timesLogged(7, "SI sendCmd"));
 }
 
 TEST_F(ControlServer, WaitingClientThatGivesUpHindersNobody) {
@@ -181,27 +176,27 @@ TEST_F(ControlServer, WaitingClientThatGivesUpHindersNobody) {
 }
 
 TEST_F(ControlServer, UnknownMethodIsAnsweredAndTheConnectionStaysUsable) {
-  RawConnection connection;
-  connection.send(framed(tevra::test::callMessage("reboot")));
+  RawConnection connection(kFirstControlPort);
+  connection.send(framed(callMessage("reboot")));
   const std::string reply = connection.receive(4);
   const std::string message = connection.receive(static_cast<unsigned char>(reply[3]));
   // An exception message, for the same method and the same sequence number.
   EXPECT_EQ(std::string("\x80\x01\x00\x03\x00\x00\x00\x06reboot\x00\x00\x00\x07", 18),
             message.substr(0, 18));
-  connection.send(framed(tevra::test::callMessage("sendCmd")));
+  connection.send(framed(callMessage("sendCmd")));
   (void)connection.receive(4);
-  EXPECT_TRUE(tevra::fake::logged(7, "SI sendCmd"));
+  EXPECT_TRUE(fake::logged(7, "SI sendCmd"));
 }
 
 TEST_F(ControlServer, WholeRoadFromTablesToTheOutput) {
   ControlClient client;
-  client->setPAT(tevra::test::makePAT({0x100}));
-  client->setSDT(tevra::test::makeSDT(1));
-  client->setPMT(tevra::test::makePMT(1, 0x101));
-  std::map<int32_t, tevra::SPTSConfiguration> answer;
-  client->getSrvOutputData(answer, tevra::test::outputOf(1, "Uno"));
-  ASSERT_EQ(1U, answer.count(tevra::test::kGlobalSID));
-  const tevra::OutputTables& tables = answer.at(tevra::test::kGlobalSID).outputTables;
+  client->setPAT(patOf({0x100}));
+  client->setSDT(sdtOf(1));
+  client->setPMT(pmtOf(1, 0x101));
+  std::map<int32_t, SPTSConfiguration> answer;
+  client->getSrvOutputData(answer, outputOf(1, "Uno"));
+  ASSERT_EQ(1U, answer.count(kGlobalSID));
+  const OutputTables& tables = answer.at(kGlobalSID).outputTables;
   EXPECT_EQ(1U, tables.patPackets.size());
   EXPECT_EQ(1U, tables.sdtPackets.size());
   EXPECT_EQ(1U, tables.pmtPackets.size());
@@ -231,9 +226,9 @@ TEST_F(ControlServer, CallsRunOnAThreadOfItsOwnWithAStackOfOneMebibyte) {
     return true;
   };
   ControlClient client;
-  client->setPMT(tevra::test::makePMT(1, 0x101));
-  std::map<int32_t, tevra::SPTSConfiguration> answer;
-  client->getSrvOutputData(answer, tevra::test::outputOf(1, "Uno"));
+  client->setPMT(pmtOf(1, 0x101));
+  std::map<int32_t, SPTSConfiguration> answer;
+  client->getSrvOutputData(answer, outputOf(1, "Uno"));
   EXPECT_EQ(0, pthread_equal(thread, pthread_self()));
   EXPECT_EQ(size_t{1024} * 1024, size);
 }
@@ -248,3 +243,4 @@ TEST_F(ControlServer, StackSizeOfOtherThreadsIsAsBefore) {
 }
 
 }  // namespace
+}  // namespace tevra::test

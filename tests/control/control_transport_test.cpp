@@ -11,15 +11,12 @@
 #include <string>
 #include <vector>
 
-#include "tests/control/messages.h"
+#include "tests/support/messages.h"
 
+namespace tevra::test {
 namespace {
 
 using apache::thrift::transport::TTransportException;
-using tevra::ControlTransport;
-using tevra::kMaxFrameSize;
-using tevra::test::bigEndian;
-using tevra::test::framed;
 
 constexpr uint32_t kMebibyte = 1024 * 1024;
 
@@ -193,10 +190,11 @@ TEST(ControlTransport, LargeWriteBufferIsGivenBackAfterItsCall) {
 
 TEST(ControlTransport, FactoryMakesSuchTransports) {
   const auto made =
-      tevra::ControlTransportFactory().getTransport(std::make_shared<FrameSource>(kMebibyte * 20));
+      ControlTransportFactory().getTransport(std::make_shared<FrameSource>(kMebibyte * 20));
   const auto transport = std::dynamic_pointer_cast<ControlTransport>(made);
   ASSERT_NE(nullptr, transport);
   readFrame(*transport, kMebibyte * 20);
 }
 
 }  // namespace
+}  // namespace tevra::test

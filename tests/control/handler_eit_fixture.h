@@ -16,7 +16,7 @@ class HandlerEIT : public HandlerTest {
   static constexpr int64_t kMjd = 60000;
 
   HandlerEIT() {
-    fake::platform().utcTime = static_cast<uint64_t>(dvbTime(kMjd, 11, 59, 0));
+    fake::platform().utcTime = dvbTime(kMjd, 11, 59, 0);
     restart();
   }
 
@@ -27,7 +27,7 @@ class HandlerEIT : public HandlerTest {
   }
 
   void setTOT(int hours, int minutes, int seconds) {
-    handler_->setTOT(totAt(dvbTime(kMjd, hours, minutes, seconds)));
+    handler_->setTOT(makeTot(dvbTime(kMjd, hours, minutes, seconds)));
   }
 
   /** A TOT that gives the offset 0. */

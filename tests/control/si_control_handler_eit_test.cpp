@@ -8,29 +8,22 @@
 
 #include "tests/control/handler_eit_fixture.h"
 
+namespace tevra::test {
 namespace {
 
+using fake::logged;
+using fake::Notification;
+using fake::platform;
+using fake::timesLogged;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
-using tevra::EIT;
-using tevra::EITMap;
-using tevra::fake::logged;
-using tevra::fake::Notification;
-using tevra::fake::platform;
-using tevra::fake::timesLogged;
-using tevra::test::dvbTime;
-using tevra::test::eitMap;
-using tevra::test::HandlerEIT;
-using tevra::test::kRefused;
-using tevra::test::makeEIT;
-using tevra::test::NotifiedEIT;
 
 constexpr const char* kSaving = "[MPTS0] has to save the new tables in a file";
 constexpr const char* kSavingFailed = "[MPTS0] Error writing EIT table version in file";
 
 TEST_F(HandlerEIT, PresentFollowingBeforeAnyTOTIsOnlyStored) {
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 9, {0})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 9, {0})}));
   EXPECT_THAT(lines(),
               ElementsAre(Pair(7, "setEITPresentFollowing"), Pair(7, "Guardo EIT pf en DB local!"),
                           Pair(7,
@@ -40,7 +33,7 @@ TEST_F(HandlerEIT, PresentFollowingBeforeAnyTOTIsOnlyStored) {
 }
 
 TEST_F(HandlerEIT, ScheduleBeforeAnyTOTIsOnlyStored) {
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 9, {0})}));
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 9, {0})}));
   EXPECT_THAT(lines(),
               ElementsAre(Pair(7, "setEITSchedule"), Pair(7, "Guardo EIT sch en DB local!"),
                           Pair(7,
@@ -51,8 +44,8 @@ TEST_F(HandlerEIT, ScheduleBeforeAnyTOTIsOnlyStored) {
 
 TEST_F(HandlerEIT, PresentFollowingAfterATOTIsRestampedNotifiedAndSaved) {
   setSteadyTOT();
-  tevra::fake::clearLog();
-  handler_->setEITPresentFollowing(eitMap({makeEIT(0x1234, 0x4E, 9, {0, 1})}));
+  fake::clearLog();
+  handler_->setEITPresentFollowing(mapOf({makeEit(0x1234, 0x4E, 9, {0, 1})}));
   EXPECT_THAT(lines(),
               ElementsAre(Pair(7, "setEITPresentFollowing"), Pair(7, "Guardo EIT pf en DB local!"),
                           Pair(7, "setInputEITpf: SID [0x1234] tid [0x4e] v[9] nevents [2]"),
@@ -65,8 +58,8 @@ TEST_F(HandlerEIT, PresentFollowingAfterATOTIsRestampedNotifiedAndSaved) {
 
 TEST_F(HandlerEIT, ScheduleAfterATOTIsRestampedNotifiedAndSaved) {
   setSteadyTOT();
-  tevra::fake::clearLog();
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x5F, 9, {})}));
+  fake::clearLog();
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x5F, 9, {})}));
   EXPECT_THAT(lines(),
               ElementsAre(Pair(7, "setEITSchedule"), Pair(7, "Guardo EIT sch en DB local!"),
                           Pair(7, "setInputEITsch: SID [0x0001] tid [0x5f] v[9] nevents [0]"),
@@ -77,9 +70,9 @@ TEST_F(HandlerEIT, ScheduleAfterATOTIsRestampedNotifiedAndSaved) {
 }
 
 TEST_F(NotifiedEIT, TOTRestampsPresentFollowingThenScheduleThenSavesThenNotifiesItself) {
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 7, {})}));
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 8, {})}));
-  tevra::fake::clearLog();
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 7, {})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 8, {})}));
+  fake::clearLog();
   setTOT(12, 0, 0);
   EXPECT_THAT(lines(),
               ElementsAre(Pair(7, "Guardo TOT en DB local!"), Pair(7, "Guardo TOT en DB local!"),
@@ -99,7 +92,7 @@ TEST_F(NotifiedEIT, TOTRestampsPresentFollowingThenScheduleThenSavesThenNotifies
 }
 
 TEST_F(HandlerEIT, TOTWithOnlyOneKindStoredRestampsThatKind) {
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 7, {})}));
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 7, {})}));
   setSteadyTOT();
   EXPECT_TRUE(logged(7, "[getConflictFreeEITsch] Ready to apply offset [yes] [0]"));
   EXPECT_FALSE(logged(7, "[getConflictFreeEITpf] Ready to apply offset [yes] [0]"));
@@ -108,12 +101,10 @@ TEST_F(HandlerEIT, TOTWithOnlyOneKindStoredRestampsThatKind) {
 
 TEST_F(NotifiedEIT, EventsMoveByTheOffsetAndKeepEverythingElse) {
   setTOT(12, 0, 0);
-  const EIT in = makeEIT(1, 0x50, 9, {dvbTime(kMjd, 12, 30, 0), dvbTime(kMjd, 0, 0, 30)});
-  handler_->setEITSchedule(eitMap({in}));
-  EIT expected = in;
-  expected.version = 1;
-  expected.events[0].startTime = dvbTime(kMjd, 12, 29, 0);
-  expected.events[1].startTime = dvbTime(kMjd - 1, 23, 59, 30);
+  const EIT in = makeEit(1, 0x50, 9, {dvbTime(kMjd, 12, 30, 0), dvbTime(kMjd, 0, 0, 30)});
+  handler_->setEITSchedule(mapOf({in}));
+  const EIT expected =
+      makeEit(1, 0x50, 1, {dvbTime(kMjd, 12, 29, 0), dvbTime(kMjd - 1, 23, 59, 30)});
   const std::vector<Notification> all = notified(2);
   EXPECT_EQ("notifyEITSchedule", all[1].method);
   EXPECT_EQ(expected, all[1].eit);
@@ -121,27 +112,26 @@ TEST_F(NotifiedEIT, EventsMoveByTheOffsetAndKeepEverythingElse) {
 
 TEST_F(NotifiedEIT, NegativeOffsetMovesEventsLater) {
   setTOT(11, 0, 0);
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {dvbTime(kMjd, 23, 30, 5)})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {dvbTime(kMjd, 23, 30, 5)})}));
   const std::vector<Notification> all = notified(2);
   EXPECT_EQ("notifyEITPresentFollowing", all[1].method);
-  ASSERT_EQ(1U, all[1].eit.events.size());
-  EXPECT_EQ(dvbTime(kMjd + 1, 0, 29, 5), all[1].eit.events[0].startTime);
+  EXPECT_EQ(makeEit(1, 0x4E, 1, {dvbTime(kMjd + 1, 0, 29, 5)}), all[1].eit);
 }
 
 TEST_F(NotifiedEIT, ATOTMovesTheEventsAsReceivedAndNotTheMovedOnes) {
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {dvbTime(kMjd, 12, 30, 0)})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {dvbTime(kMjd, 12, 30, 0)})}));
   setTOT(12, 0, 0);
   setTOT(12, 1, 0);
   const std::vector<Notification> all = notified(4);
-  EXPECT_EQ(dvbTime(kMjd, 12, 29, 0), all[0].eit.events.at(0).startTime);
-  EXPECT_EQ(dvbTime(kMjd, 12, 28, 0), all[2].eit.events.at(0).startTime);
+  EXPECT_EQ(makeEit(1, 0x4E, 1, {dvbTime(kMjd, 12, 29, 0)}), all[0].eit);
+  EXPECT_EQ(makeEit(1, 0x4E, 2, {dvbTime(kMjd, 12, 28, 0)}), all[2].eit);
 }
 
 TEST_F(NotifiedEIT, OneNotificationPerEITInAscendingServiceThenTable) {
   setSteadyTOT();
   handler_->setEITSchedule(
-      eitMap({makeEIT(300, 0x50, 0, {}), makeEIT(2, 0x5F, 0, {}), makeEIT(2, 0x50, 0, {}),
-              makeEIT(65535, 0x51, 0, {}), makeEIT(2, 0x51, 0, {})}));
+      mapOf({makeEit(300, 0x50, 0, {}), makeEit(2, 0x5F, 0, {}), makeEit(2, 0x50, 0, {}),
+             makeEit(65535, 0x51, 0, {}), makeEit(2, 0x51, 0, {})}));
   std::vector<std::pair<int32_t, int32_t>> order;
   for (const Notification& notification : notified(6)) {
     if (notification.method == "notifyEITSchedule") {
@@ -155,8 +145,8 @@ TEST_F(NotifiedEIT, OneNotificationPerEITInAscendingServiceThenTable) {
 
 TEST_F(NotifiedEIT, SetterRestampsOnlyWhatItBrings) {
   setSteadyTOT();
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {}), makeEIT(2, 0x50, 0, {})}));
-  handler_->setEITSchedule(eitMap({makeEIT(2, 0x50, 0, {})}));
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {}), makeEit(2, 0x50, 0, {})}));
+  handler_->setEITSchedule(mapOf({makeEit(2, 0x50, 0, {})}));
   const std::vector<Notification> all = notified(4);
   EXPECT_EQ(4U, all.size());
   EXPECT_EQ(2, all[3].eit.serviceId);
@@ -165,8 +155,8 @@ TEST_F(NotifiedEIT, SetterRestampsOnlyWhatItBrings) {
 }
 
 TEST_F(NotifiedEIT, TOTRestampsEverythingEverStored) {
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 1, {}), makeEIT(1, 0x51, 1, {})}));
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 2, {0})}));
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 1, {}), makeEit(1, 0x51, 1, {})}));
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 2, {0})}));
   setSteadyTOT();
   const std::vector<Notification> all = notified(3);
   EXPECT_THAT(mainTask_.methods(),
@@ -178,7 +168,7 @@ TEST_F(NotifiedEIT, TOTRestampsEverythingEverStored) {
 TEST_F(NotifiedEIT, KeysOfTheMapAndNotTheIdsInsideChooseTheVersion) {
   setSteadyTOT();
   EITMap eits;
-  eits[10][0x60] = makeEIT(1, 0x50, 0, {});
+  eits[10][0x60] = makeEit(1, 0x50, 0, {});
   handler_->setEITSchedule(eits);
   const Notification last = notified(2)[1];
   EXPECT_EQ(1, last.eit.serviceId);
@@ -191,7 +181,7 @@ TEST_F(NotifiedEIT, KeysOfTheMapAndNotTheIdsInsideChooseTheVersion) {
 
 TEST_F(NotifiedEIT, EmptyMapIsSavedAndNotifiesNothing) {
   setSteadyTOT();
-  tevra::fake::clearLog();
+  fake::clearLog();
   handler_->setEITPresentFollowing({});
   EXPECT_THAT(lines(),
               ElementsAre(Pair(7, "setEITPresentFollowing"), Pair(7, "Guardo EIT pf en DB local!"),
@@ -209,7 +199,7 @@ TEST_F(HandlerEIT, TOTWithNothingStoredSavesNothing) {
 TEST_F(HandlerEIT, FailedDirectoryIsLoggedAndDoesNotFailTheCall) {
   setSteadyTOT();
   platform().createDirectoryResult = 1;
-  tevra::fake::clearLog();
+  fake::clearLog();
   handler_->setEITPresentFollowing({});
   const auto all = lines();
   ASSERT_EQ(6U, all.size());
@@ -221,22 +211,22 @@ TEST_F(HandlerEIT, FailedDirectoryIsLoggedAndDoesNotFailTheCall) {
 TEST_F(HandlerEIT, FailedFileIsLoggedAndTheVersionsAreKeptForTheNextSave) {
   setSteadyTOT();
   std::filesystem::create_directories(eitVersionPath());
-  tevra::fake::clearLog();
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {})}));
+  fake::clearLog();
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {})}));
   const auto all = lines();
   ASSERT_LE(3U, all.size());
   EXPECT_THAT(all[all.size() - 3], Pair(7, kSaving));
   EXPECT_THAT(all[all.size() - 2], Pair(3, "[MPTS0] Error writing file: " + eitVersionPath()));
   EXPECT_THAT(all[all.size() - 1], Pair(3, kSavingFailed));
   std::filesystem::remove(eitVersionPath());
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {})}));
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {})}));
   EXPECT_EQ(2, savedVersion(1, 0x50));
 }
 
 TEST_F(HandlerEIT, FailedFileOfATOTIsLoggedBeforeItsNotification) {
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {})}));
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {})}));
   platform().createDirectoryResult = 1;
-  tevra::fake::clearLog();
+  fake::clearLog();
   setSteadyTOT();
   const auto all = lines();
   ASSERT_LE(4U, all.size());
@@ -249,11 +239,12 @@ TEST_F(HandlerEIT, FailedFileOfATOTIsLoggedBeforeItsNotification) {
 
 TEST_F(HandlerEIT, PresentFollowingAndScheduleShareOneFile) {
   setSteadyTOT();
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})}));
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {}), makeEIT(2, 0x50, 0, {})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {}), makeEit(2, 0x50, 0, {})}));
   EXPECT_EQ(1, savedVersion(1, 0x4E));
   EXPECT_EQ(1, savedVersion(1, 0x50));
   EXPECT_EQ(1, savedVersion(2, 0x50));
 }
 
 }  // namespace
+}  // namespace tevra::test

@@ -7,16 +7,12 @@
 
 #include "tests/control/handler_eit_fixture.h"
 
+namespace tevra::test {
 namespace {
 
+using fake::Notification;
+using fake::timesLogged;
 using testing::ElementsAre;
-using tevra::EITMap;
-using tevra::EITTableVersionStoreFile;
-using tevra::fake::Notification;
-using tevra::fake::timesLogged;
-using tevra::test::eitMap;
-using tevra::test::makeEIT;
-using tevra::test::NotifiedEIT;
 
 using EITVersion = NotifiedEIT;
 
@@ -24,7 +20,7 @@ TEST_F(EITVersion, GoesFromOneToThirtyOneThenToZero) {
   setSteadyTOT();
   std::vector<int32_t> expected;
   for (int i = 1; i <= 34; ++i) {
-    handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 20, {})}));
+    handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 20, {})}));
     expected.push_back(i % 32);
   }
   std::vector<int32_t> versions;
@@ -39,9 +35,9 @@ TEST_F(EITVersion, GoesFromOneToThirtyOneThenToZero) {
 
 TEST_F(EITVersion, IsCountedPerServiceAndTable) {
   setSteadyTOT();
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {})}));
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {})}));
   handler_->setEITSchedule(
-      eitMap({makeEIT(1, 0x50, 0, {}), makeEIT(1, 0x51, 0, {}), makeEIT(2, 0x50, 0, {})}));
+      mapOf({makeEit(1, 0x50, 0, {}), makeEit(1, 0x51, 0, {}), makeEit(2, 0x50, 0, {})}));
   EXPECT_EQ(2, savedVersion(1, 0x50));
   EXPECT_EQ(1, savedVersion(1, 0x51));
   EXPECT_EQ(1, savedVersion(2, 0x50));
@@ -49,10 +45,10 @@ TEST_F(EITVersion, IsCountedPerServiceAndTable) {
 
 TEST_F(EITVersion, ContinuesInTheNextProcess) {
   setSteadyTOT();
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})}));
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
   restart();
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
   setSteadyTOT();
   EXPECT_EQ(3, savedVersion(1, 0x4E));
   EXPECT_EQ(0, timesLogged(7, "No previous EIT restamped [0x0001/0x4e] version 0 selected"));
@@ -60,10 +56,10 @@ TEST_F(EITVersion, ContinuesInTheNextProcess) {
 
 TEST_F(EITVersion, SurvivesAReset) {
   setSteadyTOT();
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
   EXPECT_TRUE(handler_->sendCmd(0));
   setSteadyTOT();
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
   EXPECT_EQ(2, savedVersion(1, 0x4E));
 }
 
@@ -73,8 +69,8 @@ TEST_F(EITVersion, FromADamagedFileGoesOnByRemainder) {
   writeFile(eitVersionPath(), file);
   restart();
   setSteadyTOT();
-  handler_->setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {}), makeEIT(1, 0x51, 0, {}),
-                                   makeEIT(1, 0x52, 0, {}), makeEIT(1, 0x53, 0, {})}));
+  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {}), makeEit(1, 0x51, 0, {}),
+                                  makeEit(1, 0x52, 0, {}), makeEit(1, 0x53, 0, {})}));
   EXPECT_EQ(0, savedVersion(1, 0x50));
   EXPECT_EQ(0, savedVersion(1, 0x51));
   EXPECT_EQ(-4, savedVersion(1, 0x52));
@@ -88,7 +84,7 @@ TEST_F(EITVersion, RestartCounterStartsAnewForWhatIsStillBroadcast) {
   writeFile(eitVersionPath(), file);
   restart();
   setSteadyTOT();
-  handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})}));
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
   EXPECT_EQ(0, savedEITVersions().at(1).restartCounter);
   EXPECT_EQ(4, savedEITVersions().at(2).restartCounter);
 }
@@ -115,9 +111,10 @@ TEST_F(EITVersion, BroadcastServiceNeverAgesOut) {
   for (int start = 0; start < 7; ++start) {
     restart();
     setSteadyTOT();
-    handler_->setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})}));
+    handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
   }
   EXPECT_EQ(7, savedVersion(1, 0x4E));
 }
 
 }  // namespace
+}  // namespace tevra::test

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -10,24 +9,14 @@
 #include "tests/control/handler_fixture.h"
 #include "tests/fakes/fake_main_task.h"
 
+namespace tevra::test {
 namespace {
 
-using testing::Contains;
-using testing::Each;
+using fake::FakeMainTask;
+using fake::logged;
+using fake::platform;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
 using testing::Pair;
-using tevra::EITTableVersionStore;
-using tevra::EITTableVersionStoreFile;
-using tevra::SIControlSrvHandler;
-using tevra::TableStore;
-using tevra::TableStoreFile;
-using tevra::fake::FakeMainTask;
-using tevra::fake::logged;
-using tevra::fake::platform;
-using tevra::test::HandlerTest;
-using tevra::test::kRefused;
 
 constexpr int64_t kMjd = 60000;
 
@@ -51,26 +40,14 @@ EITTableVersionStore versionEntry(int32_t restartCounter, int32_t version) {
 
 class HandlerStart : public HandlerTest {
  protected:
-  /** What was logged at `level`, in order. */
-  static std::vector<std::string> linesOfLevel(int level) {
-    std::vector<std::string> texts;
-    for (const auto& [lineLevel, text] : lines()) {
-      if (lineLevel == level) {
-        texts.push_back(text);
-      }
-    }
-    return texts;
-  }
-
   /** Makes the handler save both files without touching the entries under test. */
   static void saveBoth(SIControlSrvHandler& handler) {
     constexpr int32_t kOtherService = 9999;
-    handler.setPMT(tevra::test::makePMT(kOtherService, 0x200));
-    std::map<int32_t, tevra::SPTSConfiguration> answer;
-    handler.getSrvOutputData(answer, tevra::test::outputOf(kOtherService, "Other"));
-    handler.setTOT(tevra::test::totAt(tevra::test::dvbTime(kMjd, 12, 0, 0)));
-    handler.setEITPresentFollowing(
-        tevra::test::eitMap({tevra::test::makeEIT(kOtherService, 0x4E, 0, {})}));
+    handler.setPMT(pmtOf(kOtherService, 0x200));
+    std::map<int32_t, SPTSConfiguration> answer;
+    handler.getSrvOutputData(answer, outputOf(kOtherService, "Other"));
+    handler.setTOT(makeTot(dvbTime(kMjd, 12, 0, 0)));
+    handler.setEITPresentFollowing(mapOf({makeEit(kOtherService, 0x4E, 0, {})}));
   }
 
   static void writeTableStores(const std::map<int32_t, TableStore>& entries) {
@@ -160,14 +137,14 @@ TEST_F(HandlerStart, NegativeMptsIsLoggedAndGetsNoPort) {
   const SIControlSrvHandler handler(-1);
   EXPECT_TRUE(logged(3, "[SIControlSrvHandler] MPTSId not supported [-1]"));
   EXPECT_TRUE(logged(4, "[MPTS-1] notifying to port [0]"));
-  EXPECT_EQ(2, tevra::fake::timesLogged(4, "Zero notification port!"));
-  EXPECT_EQ(1, tevra::fake::timesLogged(4, "Notification Port not set."));
+  EXPECT_EQ(2, fake::timesLogged(4, "Zero notification port!"));
+  EXPECT_EQ(1, fake::timesLogged(4, "Notification Port not set."));
 }
 
 TEST_F(HandlerStart, WithoutPortEveryNotificationIsALineAndNoConnection) {
   SIControlSrvHandler handler(4);
-  tevra::fake::clearLog();
-  handler.setSDT(tevra::test::makeSDT(1));
+  fake::clearLog();
+  handler.setSDT(sdtOf(1));
   EXPECT_THAT(lines(),
               ElementsAre(Pair(7, "Guardo SDT en DB local!"), Pair(7, "Guardo SDT en DB local!"),
                           Pair(4, "Notification Port not set.")));
@@ -182,58 +159,7 @@ TEST_F(HandlerStart, UnknownModuleTypeIsLoggedWhenThePoolIsMade) {
   EXPECT_THAT(all[2], Pair(4, "IN mod slot [3] PID poll [100/99]"));
 }
 
-TEST_F(HandlerStart, TableStoreWithCounterThreeIsKeptWithFour) {
-  writeTableStores({{100, storeEntry(3, 1201)}});
-  SIControlSrvHandler handler(0);
-  EXPECT_THAT(lines(), Not(Contains(Pair(5, testing::_))));
-  saveBoth(handler);
-  const auto saved = savedTableStores();
-  ASSERT_EQ(1U, saved.count(100));
-  EXPECT_EQ(storeEntry(4, 1201), saved.at(100));
-}
-
-TEST_F(HandlerStart, TableStoreWithCounterFourIsErased) {
-  writeTableStores({{100, storeEntry(4, 1201)}});
-  SIControlSrvHandler handler(0);
-  EXPECT_TRUE(logged(5, "[MPTS0] 1201 is erased from the table store struct"));
-  saveBoth(handler);
-  EXPECT_EQ(0U, savedTableStores().count(100));
-}
-
-TEST_F(HandlerStart, TableStoresAreAgedInKeyOrderAndEachForItself) {
-  writeTableStores({{-5, storeEntry(INT_MAX, 1)},
-                    {10, storeEntry(4, 2)},
-                    {20, storeEntry(INT_MIN, 3)},
-                    {30, storeEntry(-1, 4)},
-                    {40, storeEntry(5, 5)}});
-  SIControlSrvHandler handler(0);
-  EXPECT_THAT(linesOfLevel(5), ElementsAre("[MPTS0] 1 is erased from the table store struct",
-                                           "[MPTS0] 2 is erased from the table store struct",
-                                           "[MPTS0] 5 is erased from the table store struct"));
-  saveBoth(handler);
-  const auto saved = savedTableStores();
-  EXPECT_EQ(INT_MIN + 1, saved.at(20).restartCounter);
-  EXPECT_EQ(0, saved.at(30).restartCounter);
-  EXPECT_EQ(3U, saved.size());  // with the one of saveBoth
-}
-
-TEST_F(HandlerStart, EITVersionsWithCounterThreeAreKeptWithFour) {
-  writeEITVersions({{300, versionEntry(3, 17)}});
-  SIControlSrvHandler handler(0);
-  EXPECT_THAT(lines(), Not(Contains(Pair(5, testing::_))));
-  saveBoth(handler);
-  EXPECT_EQ(versionEntry(4, 17), savedEITVersions().at(300));
-}
-
-TEST_F(HandlerStart, EITVersionsWithCounterFourAreErasedByTheirKey) {
-  writeEITVersions({{300, versionEntry(4, 17)}, {301, versionEntry(3, 18)}});
-  SIControlSrvHandler handler(0);
-  EXPECT_TRUE(logged(5, "[MPTS0] 300 is erased from the EIT table version store struct"));
-  EXPECT_FALSE(logged(5, "[MPTS0] 301 is erased from the EIT table version store struct"));
-  saveBoth(handler);
-  EXPECT_EQ(0U, savedEITVersions().count(300));
-  EXPECT_EQ(1U, savedEITVersions().count(301));
-}
+// The rule itself: tests/store/ageing_test.cpp.
 
 TEST_F(HandlerStart, EntryWithCounterZeroSurvivesFourStartsAndGoesAtTheFifth) {
   writeTableStores({{100, storeEntry(0, 1201)}});
@@ -244,7 +170,7 @@ TEST_F(HandlerStart, EntryWithCounterZeroSurvivesFourStartsAndGoesAtTheFifth) {
     EXPECT_EQ(start, savedTableStores().at(100).restartCounter);
     EXPECT_EQ(start, savedEITVersions().at(300).restartCounter);
   }
-  tevra::fake::clearLog();
+  fake::clearLog();
   SIControlSrvHandler handler(0);
   EXPECT_TRUE(logged(5, "[MPTS0] 1201 is erased from the table store struct"));
   EXPECT_TRUE(logged(5, "[MPTS0] 300 is erased from the EIT table version store struct"));
@@ -264,7 +190,7 @@ TEST_F(HandlerStart, AgeingAloneWritesNoFile) {
 TEST_F(HandlerStart, OnlyTheMissingFileIsAnError) {
   writeEITVersions({{300, versionEntry(0, 1)}});
   const SIControlSrvHandler handler(0);
-  EXPECT_EQ(1, tevra::fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
+  EXPECT_EQ(1, fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
   EXPECT_TRUE(logged(3, "[MPTS0] Error reading file: " + tableStorePath()));
   EXPECT_TRUE(logged(7, "[MPTS0] Recovering saved EIT table versions"));
 }
@@ -298,7 +224,7 @@ TEST_F(HandlerStart, FilesThatAreNoRecordsAreLikeMissingOnes) {
   std::ofstream(tableStorePath()) << "no record at all";
   std::ofstream(eitVersionPath()) << "";
   const SIControlSrvHandler handler(0);
-  EXPECT_EQ(2, tevra::fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
+  EXPECT_EQ(2, fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
   EXPECT_EQ(kRefused, lines().back().second);
 }
 
@@ -321,3 +247,4 @@ TEST_F(HandlerStart, FilesOfAnotherMptsAreNotTouched) {
 }
 
 }  // namespace
+}  // namespace tevra::test

@@ -12,32 +12,20 @@
 #include "tests/control/handler_fixture.h"
 #include "tests/fakes/fake_main_task.h"
 
+namespace tevra::test {
 namespace {
 
+using fake::FakeMainTask;
+using fake::logged;
+using fake::Notification;
+using fake::platform;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
-using tevra::SIControlSrvHandler;
-using tevra::SPTSConfiguration;
-using tevra::fake::FakeMainTask;
-using tevra::fake::logged;
-using tevra::fake::Notification;
-using tevra::fake::platform;
-using tevra::test::dvbTime;
-using tevra::test::eitMap;
-using tevra::test::HandlerTest;
-using tevra::test::kGlobalSID;
-using tevra::test::kRefused;
-using tevra::test::makeEIT;
-using tevra::test::makePAT;
-using tevra::test::makePMT;
-using tevra::test::makeSDT;
-using tevra::test::outputOf;
-using tevra::test::totAt;
 
 class Handler : public HandlerTest {
  protected:
-  Handler() : handler_(0) { tevra::fake::clearLog(); }
+  Handler() : handler_(0) { fake::clearLog(); }
 
   std::map<int32_t, SPTSConfiguration> ask(int32_t inputSID, const std::string& name = "Uno") {
     std::map<int32_t, SPTSConfiguration> answer;
@@ -46,9 +34,9 @@ class Handler : public HandlerTest {
   }
 
   void feedService() {
-    handler_.setPAT(makePAT({0x100}));
-    handler_.setSDT(makeSDT(1));
-    handler_.setPMT(makePMT(1, 0x101));
+    handler_.setPAT(patOf({0x100}));
+    handler_.setSDT(sdtOf(1));
+    handler_.setPMT(pmtOf(1, 0x101));
   }
 
   SIControlSrvHandler handler_;
@@ -58,7 +46,7 @@ class Handler : public HandlerTest {
  * first. */
 class NotifyingHandler : public HandlerTest {
  protected:
-  NotifyingHandler() : handler_(0) { tevra::fake::clearLog(); }
+  NotifyingHandler() : handler_(0) { fake::clearLog(); }
 
   /** The notification after `earlier` others and the request for configuration. */
   Notification notification(size_t earlier = 0) {
@@ -74,17 +62,17 @@ class NotifyingHandler : public HandlerTest {
 };
 
 TEST_F(Handler, SIDataIsAlwaysTheInitialOne) {
-  tevra::SIService data;
+  SIService data;
   data.name = "Centro";
   EXPECT_TRUE(handler_.SISetData(data));
-  tevra::SIService result = data;
+  SIService result = data;
   handler_.getSIData(result);
-  EXPECT_EQ(tevra::SIService(), result);
+  EXPECT_EQ(SIService(), result);
   EXPECT_THAT(lines(), ElementsAre(Pair(7, "SISetData string: Centro"), Pair(7, "getSIData")));
 }
 
 TEST_F(Handler, SISetDataPrintsPercentSignsAsTheyAre) {
-  tevra::SIService data;
+  SIService data;
   data.name = "%s%n";
   EXPECT_TRUE(handler_.SISetData(data));
   EXPECT_THAT(lines(), ElementsAre(Pair(7, "SISetData string: %s%n")));
@@ -92,7 +80,7 @@ TEST_F(Handler, SISetDataPrintsPercentSignsAsTheyAre) {
 
 TEST_F(Handler, CommandsOneToFourAreNotImplemented) {
   for (const int32_t command : {1, 2, 3, 4}) {
-    tevra::fake::clearLog();
+    fake::clearLog();
     EXPECT_TRUE(handler_.sendCmd(command));
     EXPECT_THAT(lines(), ElementsAre(Pair(7, "SI sendCmd"), Pair(3, "Comando no implementado.")));
   }
@@ -100,7 +88,7 @@ TEST_F(Handler, CommandsOneToFourAreNotImplemented) {
 
 TEST_F(Handler, OtherCommandsAreTakenSilently) {
   for (const int32_t command : {5, 7, -1, INT_MIN, INT_MAX}) {
-    tevra::fake::clearLog();
+    fake::clearLog();
     EXPECT_TRUE(handler_.sendCmd(command));
     EXPECT_THAT(lines(), ElementsAre(Pair(7, "SI sendCmd")));
   }
@@ -130,22 +118,22 @@ TEST_F(Handler, ResetKeepsTableStoresAndPidMapping) {
   const SPTSConfiguration before = ask(1, "Uno").at(kGlobalSID);
   EXPECT_EQ(1, before.outputTables.dvbTables.sdt.version);
   EXPECT_TRUE(handler_.sendCmd(0));
-  handler_.setPMT(makePMT(1, 0x101));
-  handler_.setPAT(makePAT({0x100}));
-  handler_.setSDT(makeSDT(1));
+  handler_.setPMT(pmtOf(1, 0x101));
+  handler_.setPAT(patOf({0x100}));
+  handler_.setSDT(sdtOf(1));
   const SPTSConfiguration same = ask(1, "Uno").at(kGlobalSID);
   EXPECT_EQ(before, same);
   EXPECT_EQ(2, ask(1, "Dos").at(kGlobalSID).outputTables.dvbTables.sdt.version);
 }
 
 TEST_F(Handler, PatIsStoredMadeConflictFreeAndNotified) {
-  handler_.setPAT(makePAT({0x100}));
+  handler_.setPAT(patOf({0x100}));
   EXPECT_THAT(lines(), ElementsAre(Pair(7, "Guardo PAT en DB local!"),
                                    Pair(7, "Guardo PAT en DB local!"), Pair(3, kRefused)));
 }
 
 TEST_F(Handler, PmtIsStoredMadeConflictFreeAndNotified) {
-  handler_.setPMT(makePMT(1, 0x101));
+  handler_.setPMT(pmtOf(1, 0x101));
   EXPECT_THAT(lines(),
               ElementsAre(Pair(7, "Guardo PMT en DB local! inputSID [0x0001]"),
                           Pair(7, "iES  PID [00257/0101] oES  PID [00101/0065]"),
@@ -154,24 +142,24 @@ TEST_F(Handler, PmtIsStoredMadeConflictFreeAndNotified) {
 }
 
 TEST_F(Handler, CatIsStoredMadeConflictFreeAndNotified) {
-  handler_.setCAT(tevra::CAT());
+  handler_.setCAT(CAT());
   EXPECT_THAT(lines(), ElementsAre(Pair(7, "Guardo CAT en DB local!"),
                                    Pair(7, "Guardo CAT en DB local!"), Pair(3, kRefused)));
 }
 
 TEST_F(Handler, NitIsOnlyStoredAndItsTraceIsAnError) {
-  EXPECT_TRUE(handler_.setNIT(tevra::NIT()));
+  EXPECT_TRUE(handler_.setNIT(NIT()));
   EXPECT_THAT(lines(), ElementsAre(Pair(3, "setNIT"), Pair(7, "Guardo NIT en DB local!")));
 }
 
 TEST_F(Handler, BatIsOnlyStoredAndItsTraceIsAnError) {
-  EXPECT_TRUE(handler_.setBAT(tevra::BAT()));
+  EXPECT_TRUE(handler_.setBAT(BAT()));
   EXPECT_THAT(lines(), ElementsAre(Pair(3, "setBAT"), Pair(7, "Guardo BAT en DB local!")));
 }
 
 TEST_F(Handler, WithoutMainTaskTablesAreDerivedAllTheSame) {
   feedService();
-  EXPECT_EQ(3U, tevra::fake::logLines(3).size());  // one line per notification
+  EXPECT_EQ(3U, fake::logLines(3).size());  // one line per notification
   const auto answer = ask(1);
   ASSERT_EQ(1U, answer.count(kGlobalSID));
   EXPECT_EQ(3U, answer.at(kGlobalSID).pidItems.size());
@@ -184,7 +172,7 @@ TEST_F(Handler, NimIsNotifiedToTheStartupTargetAndAlwaysTrue) {
 
 TEST_F(Handler, UnknownServiceHasAnEmptyAnswerAndLogsNothing) {
   feedService();
-  tevra::fake::clearLog();
+  fake::clearLog();
   EXPECT_THAT(ask(2), IsEmpty());
   EXPECT_THAT(lines(), IsEmpty());
   EXPECT_FALSE(std::filesystem::exists(tableStorePath()));
@@ -212,9 +200,9 @@ TEST_F(Handler, TableVersionsContinueInTheNextProcess) {
   feedService();
   EXPECT_EQ(1, ask(1).at(kGlobalSID).outputTables.dvbTables.sdt.version);
   SIControlSrvHandler next(0);
-  next.setPAT(makePAT({0x100}));
-  next.setSDT(makeSDT(1));
-  next.setPMT(makePMT(1, 0x101));
+  next.setPAT(patOf({0x100}));
+  next.setSDT(sdtOf(1));
+  next.setPMT(pmtOf(1, 0x101));
   std::map<int32_t, SPTSConfiguration> answer;
   next.getSrvOutputData(answer, outputOf(1, "Uno"));
   EXPECT_EQ(1, answer.at(kGlobalSID).outputTables.dvbTables.sdt.version);
@@ -227,66 +215,65 @@ TEST_F(Handler, TableVersionsContinueInTheNextProcess) {
 TEST_F(Handler, FailedDirectoryIsLoggedAndTheAnswerComplete) {
   feedService();
   platform().createDirectoryResult = 1;
-  tevra::fake::clearLog();
+  fake::clearLog();
   EXPECT_EQ(3U, ask(1).at(kGlobalSID).pidItems.size());
   const auto all = lines();
   ASSERT_LE(3U, all.size());
   EXPECT_THAT(
-      tevra::fake::logLines(3),
-      ElementsAre(
-          tevra::fake::LogLine{3, "", "[MPTS0] Could not create directory: " + path("Tornel")},
-          tevra::fake::LogLine{3, "", "[MPTS0] Error writing tables in file"}));
+      fake::logLines(3),
+      ElementsAre(fake::LogLine{3, "", "[MPTS0] Could not create directory: " + path("Tornel")},
+                  fake::LogLine{3, "", "[MPTS0] Error writing tables in file"}));
   EXPECT_TRUE(logged(7, "[MPTS0] has to save the new tables in a file"));
 }
 
 TEST_F(Handler, FailedTableStoreFileIsTriedAgainAtTheNextSynthesis) {
   feedService();
   std::filesystem::create_directories(tableStorePath());
-  tevra::fake::clearLog();
+  fake::clearLog();
   EXPECT_EQ(1, ask(1).at(kGlobalSID).outputTables.dvbTables.sdt.version);
   EXPECT_TRUE(logged(3, "[MPTS0] Error writing file: " + tableStorePath()));
   EXPECT_TRUE(logged(3, "[MPTS0] Error writing tables in file"));
   std::filesystem::remove(tableStorePath());
-  tevra::fake::clearLog();
+  fake::clearLog();
   EXPECT_EQ(1, ask(1).at(kGlobalSID).outputTables.dvbTables.sdt.version);
-  EXPECT_THAT(tevra::fake::logLines(3), IsEmpty());
+  EXPECT_THAT(fake::logLines(3), IsEmpty());
   EXPECT_EQ(1, savedTableStores().at(1).sdt.version);
 }
 
 TEST_F(NotifyingHandler, PatIsNotifiedConflictFreeAndAtLevelFour) {
-  const tevra::PAT pat = makePAT({0x100, 0x110});
+  const PAT pat = patOf({0x100, 0x110});
   handler_.setPAT(pat);
   EXPECT_THAT(lines().back(), Pair(4, "MainTask notified from SI (new cf PAT)!!!"));
   const Notification notified = notification();
   EXPECT_EQ("notifyPAT", notified.method);
-  tevra::PAT expected = pat;
+  PAT expected = pat;
   expected.programs[0].pid = 101;
   expected.programs[1].pid = 102;
   EXPECT_EQ(expected, notified.pat);
 }
 
 TEST_F(NotifyingHandler, SdtIsNotifiedUnchanged) {
-  handler_.setSDT(makeSDT(1));
+  handler_.setSDT(sdtOf(1));
   EXPECT_THAT(lines(),
               ElementsAre(Pair(7, "Guardo SDT en DB local!"), Pair(7, "Guardo SDT en DB local!"),
                           Pair(7, "MainTask notified from SI (new SDT)!!!")));
   EXPECT_EQ("notifySDT", notification().method);
-  EXPECT_EQ(makeSDT(1), notification().sdt);
+  EXPECT_EQ(sdtOf(1), notification().sdt);
 }
 
 TEST_F(NotifyingHandler, PmtIsNotifiedConflictFree) {
-  tevra::PMT pmt = makePMT(1, 0x101);
+  PMT pmt = pmtOf(1, 0x101);
   pmt.esList.emplace_back().streamType = 0x86;
   handler_.setPMT(pmt);
   EXPECT_THAT(lines().back(), Pair(7, "MainTask notified from SI (new PMT)!!!"));
   EXPECT_EQ("notifyPMT", notification().method);
-  EXPECT_EQ(makePMT(1, 101), notification().pmt);
+  EXPECT_EQ(pmtOf(1, 101), notification().pmt);
 }
 
 TEST_F(NotifyingHandler, CatIsNotifiedConflictFree) {
-  tevra::CAT cat;
+  CAT cat;
   cat.version = 4;
-  tevra::Descriptor& descriptor = cat.descriptors.emplace_back();
+  Descriptor& descriptor = cat.descriptors.emplace_back();
   descriptor.tag = 0x09;
   descriptor.data = std::string("\x01\x00\xE1\x23", 4);
   handler_.setCAT(cat);
@@ -298,17 +285,17 @@ TEST_F(NotifyingHandler, CatIsNotifiedConflictFree) {
 }
 
 TEST_F(NotifyingHandler, NitAndBatAreNeverNotifiedNorMadeConflictFree) {
-  EXPECT_TRUE(handler_.setNIT(tevra::NIT()));
-  EXPECT_TRUE(handler_.setBAT(tevra::BAT()));
+  EXPECT_TRUE(handler_.setNIT(NIT()));
+  EXPECT_TRUE(handler_.setBAT(BAT()));
   EXPECT_THAT(lines(), ElementsAre(Pair(3, "setNIT"), Pair(7, "Guardo NIT en DB local!"),
                                    Pair(3, "setBAT"), Pair(7, "Guardo BAT en DB local!")));
-  handler_.setSDT(makeSDT(1));
+  handler_.setSDT(sdtOf(1));
   ASSERT_TRUE(mainTask_.waitFor(2));
   EXPECT_THAT(mainTask_.methods(), ElementsAre("requestConfiguration", "notifySDT"));
 }
 
 TEST_F(NotifyingHandler, TotIsNotifiedUnchanged) {
-  tevra::TOT tot = totAt(dvbTime(60000, 12, 0, 0));
+  TOT tot = makeTot(dvbTime(60000, 12, 0, 0));
   tot.descriptors.emplace_back().tag = 0x58;
   handler_.setTOT(tot);
   EXPECT_THAT(lines().back(), Pair(7, "MainTask notified from SI (new TOT)!!!"));
@@ -326,28 +313,29 @@ TEST_F(NotifyingHandler, NimCarriesItsValueAndIsLoggedAtLevelFour) {
 TEST_F(NotifyingHandler, CommandsAndRequestsNotifyNothing) {
   EXPECT_TRUE(handler_.sendCmd(0));
   EXPECT_TRUE(handler_.sendCmd(2));
-  handler_.setPMT(makePMT(1, 0x101));
+  handler_.setPMT(pmtOf(1, 0x101));
   std::map<int32_t, SPTSConfiguration> answer;
   handler_.getSrvOutputData(answer, outputOf(1, "Uno"));
-  handler_.setEITSchedule(eitMap({makeEIT(1, 0x50, 0, {})}));
-  handler_.setCAT(tevra::CAT());
+  handler_.setEITSchedule(mapOf({makeEit(1, 0x50, 0, {})}));
+  handler_.setCAT(CAT());
   ASSERT_TRUE(mainTask_.waitFor(3));
   EXPECT_THAT(mainTask_.methods(), ElementsAre("requestConfiguration", "notifyPMT", "notifyCAT"));
 }
 
 TEST_F(NotifyingHandler, PortsSurviveAReset) {
   EXPECT_TRUE(handler_.sendCmd(0));
-  handler_.setSDT(makeSDT(1));
+  handler_.setSDT(sdtOf(1));
   EXPECT_TRUE(handler_.notifyNIM(1));
   ASSERT_TRUE(mainTask_.waitFor(3));
   EXPECT_THAT(mainTask_.methods(), ElementsAre("requestConfiguration", "notifySDT", "notifyNIM"));
 }
 
 TEST_F(NotifyingHandler, SameTableTwiceIsNotifiedTwice) {
-  handler_.setPAT(makePAT({}));
-  handler_.setPAT(makePAT({}));
+  handler_.setPAT(patOf({}));
+  handler_.setPAT(patOf({}));
   ASSERT_TRUE(mainTask_.waitFor(3));
   EXPECT_THAT(mainTask_.methods(), ElementsAre("requestConfiguration", "notifyPAT", "notifyPAT"));
 }
 
 }  // namespace
+}  // namespace tevra::test

@@ -8,24 +8,18 @@
 #include "tests/control/handler_fixture.h"
 #include "tests/fakes/fake_main_task.h"
 
+namespace tevra::test {
 namespace {
 
+using fake::logged;
+using fake::platform;
+using fake::timesLogged;
 using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 using testing::Pair;
 using testing::StartsWith;
-using tevra::SIControlSrvHandler;
-using tevra::fake::logged;
-using tevra::fake::platform;
-using tevra::fake::timesLogged;
-using tevra::test::dvbTime;
-using tevra::test::eitMap;
-using tevra::test::HandlerTest;
-using tevra::test::kRefused;
-using tevra::test::makeEIT;
-using tevra::test::totAt;
 
 constexpr int64_t kMjd = 60000;
 constexpr int64_t kDay = 86400;
@@ -41,24 +35,23 @@ std::string offsetLine(int64_t offset) {
 class TimeOffset : public HandlerTest {
  protected:
   TimeOffset() : handler_(0) {
-    setClock(dvbTime(kMjd, 12, 0, 0));
-    tevra::fake::clearLog();
+    platform().utcTime = dvbTime(kMjd, 12, 0, 0);
+    fake::clearLog();
   }
-
-  static void setClock(int64_t time) { platform().utcTime = static_cast<uint64_t>(time); }
 
   /** A TOT `seconds` ahead of the system clock. */
   void setTOTAhead(int64_t seconds) {
     const int64_t ofDay = 12 * 3600 + seconds;
     const int64_t days = ofDay >= 0 ? ofDay / kDay : (ofDay - kDay + 1) / kDay;
     const auto rest = static_cast<int>(ofDay - days * kDay);
-    handler_.setTOT(totAt(dvbTime(kMjd + days, rest / 3600, rest / 60 % 60, rest % 60)));
+    handler_.setTOT(makeTot(
+        dvbTime(static_cast<uint64_t>(kMjd + days), rest / 3600, rest / 60 % 60, rest % 60)));
   }
 
   /** What an EIT that comes now is told about the offset; "" when it is not restamped. */
   std::string applied() {
-    tevra::fake::clearLog();
-    handler_.setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})}));
+    fake::clearLog();
+    handler_.setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
     for (const auto& [level, text] : lines()) {
       if (level == 7 && text.rfind(kApplyingPrefix, 0) == 0) {
         return text.substr(std::string(kApplyingPrefix).size());
@@ -90,7 +83,7 @@ TEST_F(TimeOffset, OfOneMinuteBehindIsTakenAndLogged) {
 
 TEST_F(TimeOffset, UnderAMinuteIsIgnoredButValid) {
   for (const int64_t seconds : {59, -59, 1, 0}) {
-    tevra::fake::clearLog();
+    fake::clearLog();
     setTOTAhead(seconds);
     EXPECT_THAT(lines(), ElementsAre(Pair(7, "Guardo TOT en DB local!"),
                                      Pair(7, "Guardo TOT en DB local!"), Pair(3, kRefused)));
@@ -145,10 +138,10 @@ TEST_F(TimeOffset, HalfOfTheThirtyTwoBitRangeIsADifference) {
 }
 
 TEST_F(TimeOffset, ExtremeTimesAreTaken) {
-  handler_.setTOT(totAt(-1));
-  handler_.setTOT(totAt(INT64_MIN));
-  handler_.setTOT(totAt(INT64_MAX));
-  handler_.setTOT(totAt(0));
+  handler_.setTOT(makeTot(UINT64_MAX));
+  handler_.setTOT(makeTot(uint64_t{1} << 63));
+  handler_.setTOT(makeTot(INT64_MAX));
+  handler_.setTOT(makeTot(0));
   EXPECT_TRUE(logged(4, offsetLine(-kMjd * kDay - 12 * 3600)));
 }
 
@@ -208,7 +201,7 @@ class TimeOffsetWithEITs : public TimeOffset {
     return count;
   }
 
-  void storeEIT() { handler_.setEITPresentFollowing(eitMap({makeEIT(1, 0x4E, 0, {})})); }
+  void storeEIT() { handler_.setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})})); }
 };
 
 TEST_F(TimeOffsetWithEITs, FirstTOTRestampsThemEvenWhenTheOffsetStaysZero) {
@@ -262,8 +255,8 @@ TEST_F(TimeOffsetWithEITs, AfterAResetTheNextTOTRestampsWhatCameInBetween) {
   storeEIT();
   setTOTAhead(600);
   EXPECT_TRUE(handler_.sendCmd(0));
-  handler_.setEITSchedule(eitMap({makeEIT(2, 0x50, 0, {})}));
-  tevra::fake::clearLog();
+  handler_.setEITSchedule(mapOf({makeEit(2, 0x50, 0, {})}));
+  fake::clearLog();
   setTOTAhead(0);
   EXPECT_EQ(1, restamps());
   EXPECT_TRUE(logged(7, "restampEIT: SID [0x0002] tid [0x50] v[0] nevents [0]"));
@@ -282,9 +275,10 @@ TEST_F(TimeOffsetWithEITs, LostClockKeepsThemAsTheyWere) {
   storeEIT();
   setTOTAhead(0);
   platform().isSystemTimeSetResult = 1;
-  tevra::fake::clearLog();
+  fake::clearLog();
   setTOTAhead(600);
   EXPECT_EQ(0, restamps());
 }
 
 }  // namespace
+}  // namespace tevra::test

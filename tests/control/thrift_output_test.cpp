@@ -6,21 +6,23 @@
 #include "records/global_output.h"
 #include "tests/fakes/fake_platform.h"
 
+namespace tevra::test {
 namespace {
 
+using fake::LogLine;
 using testing::ElementsAre;
-using tevra::fake::LogLine;
 
-using ThriftOutput = tevra::fake::PlatformTest;
+using ThriftOutput = fake::PlatformTest;
 
 TEST_F(ThriftOutput, BecomesLinesOfLevelSevenAndLeavesStandardErrorAlone) {
-  tevra::redirectThriftOutput();
+  redirectThriftOutput();
   testing::internal::CaptureStderr();
-  tevra::globalOutput()("100% gone");
-  tevra::globalOutput().printf("%s died: %d", "TServerTransport", 24);
+  globalOutput()("100% gone");
+  globalOutput().printf("%s died: %d", "TServerTransport", 24);
   EXPECT_EQ("", testing::internal::GetCapturedStderr());
-  EXPECT_THAT(tevra::fake::logLines(), ElementsAre(LogLine{7, "", "100% gone"},
-                                                   LogLine{7, "", "TServerTransport died: 24"}));
+  EXPECT_THAT(fake::logLines(), ElementsAre(LogLine{7, "", "100% gone"},
+                                            LogLine{7, "", "TServerTransport died: 24"}));
 }
 
 }  // namespace
+}  // namespace tevra::test

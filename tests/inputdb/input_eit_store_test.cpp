@@ -7,9 +7,9 @@
 #include "inputdb/input_table_db.h"
 #include "platform/module_utils.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/inputdb/allocation_hook.h"
 #include "tests/records/sample_records.h"
 #include "tests/records/wire.h"
+#include "tests/support/allocation_hook.h"
 
 namespace tevra::test {
 namespace {

@@ -8,9 +8,9 @@
 
 #include "platform/module_utils.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/inputdb/allocation_hook.h"
 #include "tests/records/sample_records.h"
 #include "tests/records/wire.h"
+#include "tests/support/allocation_hook.h"
 
 // PMTs, of which there is one per programme, and clear; single_table_kinds_test.cpp has the others.
 

@@ -12,7 +12,6 @@ struct Kind;
 #define TORNEL_KIND(Table, list)                                                        \
   template <>                                                                           \
   struct Kind<Table> {                                                                  \
-    static constexpr const char* kName = #Table;                                        \
     static constexpr const char* kLine = "Guardo " #Table " en DB local!";              \
     static bool set(InputTableDB& db, const Table& t) { return db.setInput##Table(t); } \
     static bool get(InputTableDB& db, Table& t) { return db.getInput##Table(t); }       \

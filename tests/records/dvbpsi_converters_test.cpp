@@ -5,6 +5,7 @@
 #include "platform/module_utils.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/records/sample_records.h"
+#include "tests/support/tables.h"
 
 // Single tables, member for member; dvbpsi_lists_test.cpp has what concerns their lists.
 
@@ -22,49 +23,33 @@ using thrift::dvb_tables::t2dSDT;
 
 class DvbpsiConverters : public fake::PlatformTest {};
 
-Descriptor descriptor(int32_t tag, const std::string& data) {
-  Descriptor record;
-  record.tag = tag;
-  record.data = data;
-  return record;
-}
-
 /** A PMT with two streams and, in each of its three loops, as many descriptors as its place. */
 PMT samplePMT() {
-  PMT pmt;
-  pmt.programNumber = 3401;
+  PMT pmt =
+      makePmt(3401, 0x1FFE,
+              {makeStream(0x1B, 512, {makeDescriptor(0x52, "\x01"), makeDescriptor(0x28, "")}),
+               makeStream(0x04, 513,
+                          {makeDescriptor(0x0A, "eng\x01"), makeDescriptor(0x0A, "ita"),
+                           makeDescriptor(0x52, "\x02")})});
   pmt.version = 31;
   pmt.currentNext = true;
-  pmt.pcrPid = 0x1FFE;
-  pmt.descriptors = {descriptor(0x09, std::string("\x0B\x00\xE1\x23", 4))};
-  pmt.esList.resize(2);
-  pmt.esList[0].streamType = 0x1B;
-  pmt.esList[0].pid = 512;
-  pmt.esList[0].descriptors = {descriptor(0x52, "\x01"), descriptor(0x28, "")};
-  pmt.esList[1].streamType = 0x04;
-  pmt.esList[1].pid = 513;
-  pmt.esList[1].descriptors = {descriptor(0x0A, "eng\x01"), descriptor(0x0A, "ita"),
-                               descriptor(0x52, "\x02")};
+  pmt.descriptors = {makeCaDescriptor(0x0B00, 0x123)};
   return pmt;
 }
 
 SDT sampleSDT() {
-  SDT sdt;
+  SDT sdt = makeSdt({makeService(0xFFFF),
+                     makeService(2, {makeDescriptor(0x48, std::string("\x01\x00\x03One", 6)),
+                                     makeDescriptor(0x5F, std::string(4, '\0'))}),
+                     makeService(1)});
   sdt.tableId = 0x46;
   sdt.transportStreamId = 905;
   sdt.version = 17;
-  sdt.currentNext = true;
   sdt.originalNetworkId = 0x2000;
-  sdt.services.resize(3);
-  sdt.services[0].serviceId = 0xFFFF;
   sdt.services[0].eitSchedule = true;
   sdt.services[0].runningStatus = 4;
-  sdt.services[1].serviceId = 2;
   sdt.services[1].eitPresentFollowing = true;
   sdt.services[1].runningStatus = 7;
-  sdt.services[1].descriptors = {descriptor(0x48, std::string("\x01\x00\x03One", 6)),
-                                 descriptor(0x5F, std::string(4, '\0'))};
-  sdt.services[2].serviceId = 1;
   sdt.services[2].freeCA = true;
   return sdt;
 }
@@ -100,11 +85,11 @@ TEST_F(DvbpsiConverters, PMTFromDvbpsi) {
   EXPECT_EQ(pmt.version, 31);
   EXPECT_TRUE(pmt.currentNext);
   EXPECT_EQ(pmt.pcrPid, 0x1FFE);
-  EXPECT_EQ(pmt.descriptors, std::vector{descriptor(0x09, std::string("\x0B\x00\xE1\x23", 4))});
+  EXPECT_EQ(pmt.descriptors, std::vector{makeDescriptor(0x09, std::string("\x0B\x00\xE1\x23", 4))});
   ASSERT_EQ(pmt.esList.size(), 2U);
   EXPECT_EQ(pmt.esList[0].streamType, 0x1B);
   EXPECT_EQ(pmt.esList[0].pid, 512);
-  EXPECT_EQ(pmt.esList[0].descriptors, std::vector{descriptor(0x0A, std::string("eng\0", 4))});
+  EXPECT_EQ(pmt.esList[0].descriptors, std::vector{makeDescriptor(0x0A, std::string("eng\0", 4))});
   EXPECT_EQ(pmt.esList[1].streamType, 0x04);
   EXPECT_EQ(pmt.esList[1].pid, 513);
   EXPECT_TRUE(pmt.esList[1].descriptors.empty());
@@ -127,7 +112,7 @@ TEST_F(DvbpsiConverters, SDTFromDvbpsi) {
   EXPECT_EQ(service.serviceId, 7);
   EXPECT_TRUE(service.eitSchedule && !service.eitPresentFollowing && !service.freeCA);
   EXPECT_EQ(service.runningStatus, 4);
-  EXPECT_EQ(service.descriptors, std::vector{descriptor(0x48, std::string("\x01\0\0", 3))});
+  EXPECT_EQ(service.descriptors, std::vector{makeDescriptor(0x48, std::string("\x01\0\0", 3))});
   const SDTService& last = sdt.services[1];
   EXPECT_EQ(last.serviceId, 6);
   EXPECT_TRUE(!last.eitSchedule && last.eitPresentFollowing && last.freeCA);
@@ -190,8 +175,8 @@ TEST_F(DvbpsiConverters, CATToDvbpsi) {
   CAT cat;
   cat.version = 3;
   cat.currentNext = true;
-  cat.descriptors = {descriptor(0x09, std::string("\x01\x00\xE0\x50\x00", 5)),
-                     descriptor(0x09, "")};
+  cat.descriptors = {makeDescriptor(0x09, std::string("\x01\x00\xE0\x50\x00", 5)),
+                     makeDescriptor(0x09, "")};
   const CatPtr table = t2dCAT(cat);
   EXPECT_EQ(table->i_version, 3);
   EXPECT_TRUE(table->b_current_next);
@@ -277,7 +262,7 @@ TEST_F(DvbpsiConverters, WiderValuesAreNarrowedToTheMembersOfTheTable) {
   pmt.programNumber = 0x12345;
   pmt.version = 0x121;
   pmt.pcrPid = -1;
-  pmt.descriptors = {descriptor(0x148, "x")};
+  pmt.descriptors = {makeDescriptor(0x148, "x")};
   pmt.esList.resize(1);
   pmt.esList[0].streamType = -1;
   pmt.esList[0].pid = 0x7FFF0123;
@@ -296,11 +281,12 @@ TEST_F(DvbpsiConverters, NarrowPmtIsTheWayThroughLibdvbpsi) {
   wide.version = 0x123;
   wide.currentNext = true;
   wide.pcrPid = -1;
-  wide.descriptors = {descriptor(0x109, "programme"), descriptor(0x0A, std::string(256, 'x'))};
+  wide.descriptors = {makeDescriptor(0x109, "programme"),
+                      makeDescriptor(0x0A, std::string(256, 'x'))};
   PMTES& stream = wide.esList.emplace_back();
   stream.streamType = 0x11B;
   stream.pid = 0x1FFFF;
-  stream.descriptors = {descriptor(0x52, std::string(255, '\0')), descriptor(-1, "")};
+  stream.descriptors = {makeDescriptor(0x52, std::string(255, '\0')), makeDescriptor(-1, "")};
   wide.esList.emplace_back();
   wide.__isset.version = true;
   wide.esList[0].__isset.pid = true;
@@ -315,7 +301,7 @@ TEST_F(DvbpsiConverters, NarrowPmtIsTheWayThroughLibdvbpsi) {
 
 TEST_F(DvbpsiConverters, NarrowPmtWarnsOfWhatItLeavesOut) {
   PMT pmt;
-  pmt.descriptors = {descriptor(0x4D, std::string(300, 'x'))};
+  pmt.descriptors = {makeDescriptor(0x4D, std::string(300, 'x'))};
   (void)narrowPMT(pmt);
   EXPECT_EQ(fake::logLines(),
             (std::vector<fake::LogLine>{{4, "", "Descriptor [0x4d] of [300] bytes left out"}}));

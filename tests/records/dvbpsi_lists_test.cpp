@@ -5,6 +5,7 @@
 #include "platform/module_utils.h"
 #include "records/dvbpsi_converters.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/tables.h"
 
 namespace tevra::test {
 namespace {
@@ -21,13 +22,6 @@ constexpr int kMost = 65536;
 
 class DvbpsiLists : public fake::PlatformTest {};
 
-Descriptor descriptor(int32_t tag, const std::string& data) {
-  Descriptor record;
-  record.tag = tag;
-  record.data = data;
-  return record;
-}
-
 fake::LogLine leftOut(const std::string& text) {
   return {kLogWarning, "", text};
 }
@@ -43,7 +37,7 @@ TEST_F(DvbpsiLists, EveryByteValueSurvivesInDescriptorData) {
   std::vector<Descriptor> descriptors;
   for (int value = 0; value < 256; ++value) {
     const auto byte = static_cast<char>(value);
-    descriptors.push_back(descriptor(value, std::string({byte, '\0', byte})));
+    descriptors.push_back(makeDescriptor(value, std::string({byte, '\0', byte})));
   }
   EXPECT_EQ(throughLoop(descriptors), descriptors);
   EXPECT_TRUE(fake::logLines().empty());
@@ -52,7 +46,7 @@ TEST_F(DvbpsiLists, EveryByteValueSurvivesInDescriptorData) {
 TEST_F(DvbpsiLists, EveryLengthUpTo255Survives) {
   std::vector<Descriptor> descriptors;
   for (size_t length = 0; length <= kMaxDescriptorPayload; ++length) {
-    descriptors.push_back(descriptor(0x80, std::string(length, static_cast<char>(length))));
+    descriptors.push_back(makeDescriptor(0x80, std::string(length, static_cast<char>(length))));
   }
   EXPECT_EQ(throughLoop(descriptors), descriptors);
   EXPECT_TRUE(fake::logLines().empty());
@@ -60,9 +54,9 @@ TEST_F(DvbpsiLists, EveryLengthUpTo255Survives) {
 
 TEST_F(DvbpsiLists, ADescriptorOver255BytesIsLeftOutWithAWarning) {
   const std::vector<Descriptor> descriptors = {
-      descriptor(0x4D, std::string(256, 'x')), descriptor(0x48, "first"),
-      descriptor(0x7F, std::string(300, 'y')), descriptor(0x49, std::string(255, 'z')),
-      descriptor(0x09, std::string(70000, 'y'))};
+      makeDescriptor(0x4D, std::string(256, 'x')), makeDescriptor(0x48, "first"),
+      makeDescriptor(0x7F, std::string(300, 'y')), makeDescriptor(0x49, std::string(255, 'z')),
+      makeDescriptor(0x09, std::string(70000, 'y'))};
   EXPECT_EQ(throughLoop(descriptors), (std::vector<Descriptor>{descriptors[1], descriptors[3]}));
   EXPECT_EQ(fake::logLines(),
             (std::vector<fake::LogLine>{leftOut("Descriptor [0x4d] of [256] bytes left out"),
@@ -71,8 +65,8 @@ TEST_F(DvbpsiLists, ADescriptorOver255BytesIsLeftOutWithAWarning) {
 }
 
 TEST_F(DvbpsiLists, LongDescriptorsAreLeftOutOfEveryLoop) {
-  const std::vector<Descriptor> descriptors = {descriptor(1, std::string(256, 'x')),
-                                               descriptor(2, "kept")};
+  const std::vector<Descriptor> descriptors = {makeDescriptor(1, std::string(256, 'x')),
+                                               makeDescriptor(2, "kept")};
   CAT cat;
   cat.descriptors = descriptors;
   EXPECT_EQ(descriptorsFromDvbpsi(t2dCAT(cat)->p_first_descriptor), std::vector{descriptors[1]});
@@ -89,36 +83,26 @@ TEST_F(DvbpsiLists, LongDescriptorsAreLeftOutOfEveryLoop) {
 
 TEST_F(DvbpsiLists, ALoopOfNothingButLongDescriptorsIsEmpty) {
   PMT pmt;
-  pmt.descriptors = {descriptor(1, std::string(256, 'x')), descriptor(2, std::string(256, 'x'))};
+  pmt.descriptors = {makeDescriptor(1, std::string(256, 'x')),
+                     makeDescriptor(2, std::string(256, 'x'))};
   EXPECT_EQ(t2dPMT(pmt)->p_first_descriptor, nullptr);
 }
 
 TEST_F(DvbpsiLists, TheRecordKeepsADescriptorThatTheTableLeavesOut) {
   PMT pmt;
-  pmt.descriptors = {descriptor(1, std::string(256, 'x'))};
+  pmt.descriptors = {makeDescriptor(1, std::string(256, 'x'))};
   const PMT before = pmt;
   EXPECT_TRUE(d2tPMT(t2dPMT(pmt).get()).descriptors.empty());
   EXPECT_EQ(pmt, before);
 }
 
-PATProgram program(int32_t number, int32_t pid) {
-  PATProgram record;
-  record.programNumber = number;
-  record.pid = pid;
-  return record;
-}
-
 TEST_F(DvbpsiLists, AProgrammeOnPidZeroIsInTheRecordAndNotInTheTable) {
-  PAT pat;
-  pat.programs = {program(1, 0), program(2, 32), program(3, 0), program(4, 33), program(5, 0)};
-  EXPECT_EQ(d2tPAT(t2dPAT(pat).get()).programs,
-            (std::vector<PATProgram>{program(2, 32), program(4, 33)}));
-  EXPECT_EQ(pat.programs.size(), 5U);
+  const PAT pat = makePat(1, {{1, 0}, {2, 32}, {3, 0}, {4, 33}, {5, 0}});
+  EXPECT_EQ(d2tPAT(t2dPAT(pat).get()), makePat(1, {{2, 32}, {4, 33}}));
 }
 
 TEST_F(DvbpsiLists, AProgrammeOnPidZeroIsNotInTheSection) {
-  PAT pat;
-  pat.programs = {program(1, 0), program(2, 32)};
+  const PAT pat = makePat(1, {{1, 0}, {2, 32}});
   const DvbpsiHandle handle(dvbpsi_new(nullptr, DVBPSI_MSG_NONE));
   const PatPtr table = t2dPAT(pat);
   const SectionsPtr sections(dvbpsi_pat_sections_generate(handle.get(), table.get(), 100));
@@ -129,21 +113,20 @@ TEST_F(DvbpsiLists, AProgrammeOnPidZeroIsNotInTheSection) {
 }
 
 TEST_F(DvbpsiLists, APatOfPidZeroAloneIsEmpty) {
-  PAT pat;
-  pat.programs = {program(1, 0)};
-  EXPECT_EQ(t2dPAT(pat)->p_first_program, nullptr);
+  EXPECT_EQ(t2dPAT(makePat(1, {{1, 0}}))->p_first_program, nullptr);
 }
 
 TEST_F(DvbpsiLists, ProgrammesKeepTheirOrderAndTheirDuplicates) {
-  PAT pat;
-  pat.programs = {program(7, 70), program(1, 10), program(7, 71), program(7, 70)};
+  const PAT pat = makePat(1, {{7, 70}, {1, 10}, {7, 71}, {7, 70}});
   EXPECT_EQ(d2tPAT(t2dPAT(pat).get()), pat);
 }
 
 TEST_F(DvbpsiLists, TheLargestPatComesBackWhole) {
   PAT pat;
   for (int number = 0; number < kMost; ++number) {
-    pat.programs.push_back(program(number, number % 0x1FFF + 1));
+    PATProgram& program = pat.programs.emplace_back();
+    program.programNumber = number;
+    program.pid = number % 0x1FFF + 1;
   }
   EXPECT_EQ(d2tPAT(t2dPAT(pat).get()), pat);
 }
@@ -157,20 +140,20 @@ TEST_F(DvbpsiLists, TheLargestSdtComesBackWhole) {
     service.eitSchedule = id % 2 == 0;
     service.runningStatus = id % 8;
   }
-  sdt.services.back().descriptors = {descriptor(0x48, "last")};
+  sdt.services.back().descriptors = {makeDescriptor(0x48, "last")};
   EXPECT_EQ(d2tSDT(t2dSDT(sdt).get()), sdt);
 }
 
 TEST_F(DvbpsiLists, TheLargestLoopsOfAPmtComeBackWhole) {
   PMT pmt;
   for (int entry = 0; entry < kMost; ++entry) {
-    pmt.descriptors.push_back(descriptor(entry & 0xFF, std::to_string(entry)));
+    pmt.descriptors.push_back(makeDescriptor(entry & 0xFF, std::to_string(entry)));
     PMTES& stream = pmt.esList.emplace_back();
     stream.streamType = entry & 0xFF;
     stream.pid = entry;
   }
-  pmt.esList.front().descriptors = {descriptor(1, "first")};
-  pmt.esList.back().descriptors = {descriptor(2, "last")};
+  pmt.esList.front().descriptors = {makeDescriptor(1, "first")};
+  pmt.esList.back().descriptors = {makeDescriptor(2, "last")};
   EXPECT_EQ(d2tPMT(t2dPMT(pmt).get()), pmt);
 }
 

@@ -78,6 +78,36 @@ void expectInvalidData(const std::function<void()>& read) {
   expectRefusal(TProtocolException::INVALID_DATA, read);
 }
 
+/** The count in the head of a list, of a set or of a map. */
+uint32_t listSize(TProtocol& protocol) {
+  TType type{};
+  uint32_t size = 0;
+  protocol.readListBegin(type, size);
+  return size;
+}
+uint32_t setSize(TProtocol& protocol) {
+  TType type{};
+  uint32_t size = 0;
+  protocol.readSetBegin(type, size);
+  return size;
+}
+uint32_t mapSize(TProtocol& protocol) {
+  TType keyType{};
+  TType valueType{};
+  uint32_t size = 0;
+  protocol.readMapBegin(keyType, valueType, size);
+  return size;
+}
+
+/** The name of the call that a message begins. */
+std::string callOf(TProtocol& protocol) {
+  std::string name;
+  TMessageType type{};
+  int32_t sequenceId = 0;
+  protocol.readMessageBegin(name, type, sequenceId);
+  return name;
+}
+
 /** Types that no protocol has: beyond the last, and negative. */
 constexpr int8_t kUnknownTypes[] = {17, 18, 78, 127, -1, -128};
 
@@ -114,43 +144,29 @@ TEST(FrameProtocol, RefusesAStringOfNegativeSize) {
   EXPECT_THROW(protocol->readString(text), TProtocolException);
 }
 
-TEST(FrameProtocol, ReadsAListThatItsFrameCanHold) {
-  const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) {
-    wire.writeListBegin(T_I32, 2);
-    wire.writeI32(1);
-    wire.writeI32(2);
-  });
-  TType type{};
-  uint32_t size = 0;
-  protocol->readListBegin(type, size);
-  EXPECT_EQ(size, 2U);
-}
-
-TEST(FrameProtocol, RefusesAListWithOneElementMoreThanItsFrameCanHold) {
-  const auto protocol = readingAfterAnInteger([](TBinaryProtocol& wire) {
-    wire.writeListBegin(T_I32, 3);
-    wire.writeI32(1);
-    wire.writeI32(2);
-  });
-  TType type{};
-  uint32_t size = 0;
-  expectSizeLimit([&] { protocol->readListBegin(type, size); });
+TEST(FrameProtocol, ReadsAListThatItsFrameCanHoldAndNoneWithOneElementMore) {
+  const auto claiming = [](uint32_t count) {
+    return readingAfterAnInteger([count](TBinaryProtocol& wire) {
+      wire.writeListBegin(T_I32, count);
+      wire.writeI32(1);
+      wire.writeI32(2);
+    });
+  };
+  EXPECT_EQ(listSize(*claiming(2)), 2U);
+  expectSizeLimit([&] { listSize(*claiming(3)); });
 }
 
 TEST(FrameProtocol, RefusesContainersThatClaimFiveMillionElements) {
   constexpr uint32_t kMany = 5'000'000;
-  TType type{};
-  TType valueType{};
-  uint32_t size = 0;
   const auto list =
       readingAfterAnInteger([](TBinaryProtocol& wire) { wire.writeListBegin(T_STRUCT, kMany); });
-  expectSizeLimit([&] { list->readListBegin(type, size); });
+  expectSizeLimit([&] { listSize(*list); });
   const auto set =
       readingAfterAnInteger([](TBinaryProtocol& wire) { wire.writeSetBegin(T_LIST, kMany); });
-  expectSizeLimit([&] { set->readSetBegin(type, size); });
+  expectSizeLimit([&] { setSize(*set); });
   const auto map = readingAfterAnInteger(
       [](TBinaryProtocol& wire) { wire.writeMapBegin(T_STRING, T_MAP, kMany); });
-  expectSizeLimit([&] { map->readMapBegin(type, valueType, size); });
+  expectSizeLimit([&] { mapSize(*map); });
 }
 
 /** What is said of the head of a container of `count` elements, with 64 bytes of them behind it. */
@@ -175,21 +191,11 @@ std::string refusalOf(std::initializer_list<TType> types, uint32_t count,
 
 TEST(FrameProtocol, RefusesCountsWhoseBytesWrapToLittleIn32Bits) {
   const std::string tooLarge = "larger than the rest of its frame";
-  TType type{};
-  TType valueType{};
-  uint32_t size = 0;
   for (const auto& [element, count] : std::vector<std::pair<TType, uint32_t>>{
            {T_I64, 0x20000001}, {T_I32, 0x40000001}, {T_LIST, 0x33333334}, {T_MAP, 0x2AAAAAAB}}) {
-    EXPECT_EQ(tooLarge, refusalOf({element}, count,
-                                  [&](TProtocol& protocol) { protocol.readListBegin(type, size); }))
-        << element;
-    EXPECT_EQ(tooLarge, refusalOf({element}, count,
-                                  [&](TProtocol& protocol) { protocol.readSetBegin(type, size); }))
-        << element;
-    EXPECT_EQ(tooLarge,
-              refusalOf({element, element}, count / 2 + 1,
-                        [&](TProtocol& protocol) { protocol.readMapBegin(type, valueType, size); }))
-        << element;
+    EXPECT_EQ(tooLarge, refusalOf({element}, count, listSize)) << element;
+    EXPECT_EQ(tooLarge, refusalOf({element}, count, setSize)) << element;
+    EXPECT_EQ(tooLarge, refusalOf({element, element}, count / 2 + 1, mapSize)) << element;
   }
 }
 
@@ -215,11 +221,8 @@ TEST(FrameProtocol, CountsSixteenBytesForAUuid) {
       }
     });
   };
-  TType type{};
-  uint32_t size = 0;
-  ids(32)->readListBegin(type, size);
-  EXPECT_EQ(size, 2U);
-  expectSizeLimit([&] { ids(31)->readListBegin(type, size); });
+  EXPECT_EQ(listSize(*ids(32)), 2U);
+  expectSizeLimit([&] { listSize(*ids(31)); });
 }
 
 TEST(FrameProtocol, RefusesAnOversizedContainerInAFieldThatNobodyKnows) {
@@ -243,18 +246,13 @@ std::shared_ptr<TProtocol> readingEmptyRecords(TType claimedType, uint32_t count
 
 TEST(FrameProtocol, ReadsAsManyElementsAsACallMayHave) {
   const auto protocol = readingEmptyRecords(T_STRUCT, kMaxElementsPerMessage);
-  TType type{};
-  uint32_t size = 0;
-  protocol->readListBegin(type, size);
-  EXPECT_EQ(size, kMaxElementsPerMessage);
+  EXPECT_EQ(listSize(*protocol), kMaxElementsPerMessage);
 }
 
 TEST(FrameProtocol, RefusesMoreElementsThanACallMayHave) {
-  TType type{};
-  uint32_t size = 0;
   for (const TType claimed : {T_STRUCT, apache::thrift::protocol::T_BOOL}) {
     const auto protocol = readingEmptyRecords(claimed, kMaxElementsPerMessage + 1);
-    expectSizeLimit([&] { protocol->readListBegin(type, size); });
+    expectSizeLimit([&] { listSize(*protocol); });
   }
 }
 
@@ -265,12 +263,9 @@ TEST(FrameProtocol, CountsTheElementsOfAllContainersOfACall) {
     wire.writeSetBegin(T_STRUCT, 1);
     wire.writeBinary(std::string(4 * 1024 * 1024, '\0'));
   });
-  TType type{};
-  TType valueType{};
-  uint32_t size = 0;
-  protocol->readListBegin(type, size);
-  protocol->readMapBegin(type, valueType, size);
-  expectSizeLimit([&] { protocol->readSetBegin(type, size); });
+  listSize(*protocol);
+  mapSize(*protocol);
+  expectSizeLimit([&] { setSize(*protocol); });
 }
 
 TEST(FrameProtocol, CountsTheElementsOfEveryCallAnew) {
@@ -284,12 +279,8 @@ TEST(FrameProtocol, CountsTheElementsOfEveryCallAnew) {
   });
   for (int call = 0; call < 3; ++call) {
     std::string text;
-    TMessageType messageType{};
-    int32_t sequenceId = 0;
-    TType type{};
-    uint32_t size = 0;
-    protocol->readMessageBegin(text, messageType, sequenceId);
-    EXPECT_NO_THROW(protocol->readListBegin(type, size));
+    EXPECT_EQ(callOf(*protocol), "setPAT");
+    EXPECT_NO_THROW(listSize(*protocol));
     protocol->readBinary(text);
   }
 }
@@ -314,14 +305,11 @@ TEST(FrameProtocol, RefusesContainersOfUnknownTypes) {
       wire.writeI32(0);
     });
   };
-  TType type{};
-  TType valueType{};
-  uint32_t size = 0;
   for (const int8_t unknown : kUnknownTypes) {
-    expectInvalidData([&] { empty({unknown})->readListBegin(type, size); });
-    expectInvalidData([&] { empty({unknown})->readSetBegin(type, size); });
-    expectInvalidData([&] { empty({unknown, T_I32})->readMapBegin(type, valueType, size); });
-    expectInvalidData([&] { empty({T_I32, unknown})->readMapBegin(type, valueType, size); });
+    expectInvalidData([&] { listSize(*empty({unknown})); });
+    expectInvalidData([&] { setSize(*empty({unknown})); });
+    expectInvalidData([&] { mapSize(*empty({unknown, T_I32})); });
+    expectInvalidData([&] { mapSize(*empty({T_I32, unknown})); });
   }
 }
 
@@ -340,21 +328,18 @@ TEST(FrameProtocol, ReadsTheTypesOfAMapInTheirOrder) {
 }
 
 TEST(FrameProtocol, RefusesMessagesOfUnknownTypes) {
-  std::string name;
-  TMessageType type{};
-  int32_t sequenceId = 0;
   for (const uint8_t unknown : std::initializer_list<uint8_t>{5, 78, 255}) {
     const auto strict = reading([&](TBinaryProtocol& wire) {
       wire.writeI32(
           static_cast<int32_t>(static_cast<uint32_t>(TBinaryProtocol::VERSION_1) | unknown));
       wire.writeString(std::string("setPAT"));
     });
-    expectInvalidData([&] { strict->readMessageBegin(name, type, sequenceId); });
+    expectInvalidData([&] { callOf(*strict); });
     const auto old = reading([&](TBinaryProtocol& wire) {
       wire.writeString(std::string("setPAT"));
       wire.writeByte(static_cast<int8_t>(unknown));
     });
-    expectInvalidData([&] { old->readMessageBegin(name, type, sequenceId); });
+    expectInvalidData([&] { callOf(*old); });
   }
 }
 
@@ -363,9 +348,7 @@ TEST(FrameProtocol, RefusesContainersOfNegativeSize) {
     wire.writeByte(T_STRUCT);
     wire.writeI32(-1);
   });
-  TType type{};
-  uint32_t size = 0;
-  expectRefusal(TProtocolException::NEGATIVE_SIZE, [&] { protocol->readListBegin(type, size); });
+  expectRefusal(TProtocolException::NEGATIVE_SIZE, [&] { listSize(*protocol); });
 }
 
 TEST(FrameProtocol, RefusesAMessageWhoseNameIsLongerThanItsFrame) {
@@ -373,19 +356,13 @@ TEST(FrameProtocol, RefusesAMessageWhoseNameIsLongerThanItsFrame) {
     wire.writeI32(static_cast<int32_t>(TBinaryProtocol::VERSION_1 | T_CALL));
     wire.writeI32(INT32_MAX);
   });
-  std::string name;
-  TMessageType type{};
-  int32_t sequenceId = 0;
-  expectSizeLimit([&] { protocol->readMessageBegin(name, type, sequenceId); });
+  expectSizeLimit([&] { callOf(*protocol); });
 }
 
 TEST(FrameProtocol, RefusesAnUnknownVersion) {
   const auto protocol =
       reading([](TBinaryProtocol& wire) { wire.writeI32(static_cast<int32_t>(0x80770001U)); });
-  std::string name;
-  TMessageType type{};
-  int32_t sequenceId = 0;
-  EXPECT_THROW(protocol->readMessageBegin(name, type, sequenceId), TProtocolException);
+  EXPECT_THROW(callOf(*protocol), TProtocolException);
 }
 
 TEST(FrameProtocol, ReadsMessagesOfStrictAndOfOldClients) {
@@ -406,10 +383,7 @@ TEST(FrameProtocol, ReadsMessagesOfStrictAndOfOldClients) {
 
 TEST(FrameProtocol, RefusesAnOldMessageWhoseNameIsLongerThanItsFrame) {
   const auto protocol = reading([](TBinaryProtocol& wire) { wire.writeI32(0x7FFFFFF0); });
-  std::string name;
-  TMessageType type{};
-  int32_t sequenceId = 0;
-  expectSizeLimit([&] { protocol->readMessageBegin(name, type, sequenceId); });
+  expectSizeLimit([&] { callOf(*protocol); });
 }
 
 TEST(FrameProtocol, ReadsEveryRecordThatFitsItsFrame) {

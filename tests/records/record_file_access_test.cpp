@@ -11,9 +11,9 @@
 
 #include "records/records.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/inputdb/allocation_hook.h"
 #include "tests/records/wire.h"
-#include "tests/store/file_helpers.h"
+#include "tests/support/allocation_hook.h"
+#include "tests/support/files.h"
 
 namespace tevra::test {
 namespace {

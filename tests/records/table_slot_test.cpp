@@ -1,25 +1,19 @@
 #include "records/table_slot.h"
 
-#include <stdexcept>
+#include <chrono>
+#include <future>
+#include <map>
+#include <new>
 
 #include <gtest/gtest.h>
 
 #include "records/records.h"
+#include "tests/fakes/fake_platform.h"
+#include "tests/records/wire.h"
+#include "tests/support/allocation_hook.h"
 
 namespace tevra::test {
 namespace {
-
-/** A table whose copies fail on demand. */
-struct FragileTable {
-  bool copyFails = false;
-
-  explicit FragileTable(bool fails) : copyFails(fails) {}
-  FragileTable(const FragileTable& other) : copyFails(other.copyFails) {
-    if (copyFails) {
-      throw std::runtime_error("copy");
-    }
-  }
-};
 
 PAT pat(int32_t version) {
   PAT table;
@@ -27,58 +21,126 @@ PAT pat(int32_t version) {
   return table;
 }
 
-TEST(TableSlot, ANewSlotHoldsNothing) {
-  const TableSlot<PAT> slot;
+constexpr const char* kLine = "kept";
+
+using TableSlotTest = fake::PlatformTest;
+
+TEST_F(TableSlotTest, ANewSlotHoldsNothing) {
+  TableSlot<PAT> slot;
   PAT out = pat(9);
-  EXPECT_FALSE(copyTable(slot, out));
+  EXPECT_FALSE(slot.copy(out));
   EXPECT_EQ(out, pat(9));
 }
 
-TEST(TableSlot, ReplacingLeavesTheLastTableAlone) {
+TEST_F(TableSlotTest, StoringIsLoggedAndLeavesTheLastTable) {
   TableSlot<PAT> slot;
+  PAT out;
   for (const int32_t version : {5, 31, 2}) {
-    replaceTable(slot, pat(version));
-    ASSERT_EQ(slot.size(), 1U);
-    EXPECT_EQ(slot.front().version, version);
+    EXPECT_TRUE(slot.store(pat(version), kLine));
+    ASSERT_TRUE(slot.copy(out));
+    EXPECT_EQ(out, pat(version));
   }
+  EXPECT_EQ(fake::timesLogged(7, kLine), 3);
 }
 
-TEST(TableSlot, TheCopyIsIndependent) {
+TEST_F(TableSlotTest, TheCopyIsIndependent) {
   TableSlot<PAT> slot;
   PAT source = pat(1);
   source.programs.resize(3);
-  replaceTable(slot, source);
+  slot.store(source, kLine);
   source.programs.clear();
   PAT out;
-  ASSERT_TRUE(copyTable(slot, out));
+  ASSERT_TRUE(slot.copy(out));
   EXPECT_EQ(out.programs.size(), 3U);
   out.programs.clear();
-  EXPECT_EQ(slot.front().programs.size(), 3U);
+  ASSERT_TRUE(slot.copy(out));
+  EXPECT_EQ(out.programs.size(), 3U);
 }
 
-TEST(TableSlot, TheGetterOverwritesEveryMember) {
+TEST_F(TableSlotTest, TheGetterOverwritesEveryMemberAndItsFlag) {
   TableSlot<PAT> slot;
-  replaceTable(slot, pat(1));
+  slot.store(pat(1), kLine);
   PAT out = pat(7);
   out.transportStreamId = 8;
   out.programs.resize(2);
-  ASSERT_TRUE(copyTable(slot, out));
+  out.__isset.programs = true;
+  ASSERT_TRUE(slot.copy(out));
   EXPECT_EQ(out, pat(1));
+  EXPECT_FALSE(out.__isset.programs);
+  slot.store(fromBinary<PAT>(binaryOf(pat(1))), kLine);
+  ASSERT_TRUE(slot.copy(out));
+  EXPECT_TRUE(out.__isset.programs);
 }
 
-TEST(TableSlot, TheGetterReadsTheLastElement) {
-  const TableSlot<PAT> slot = {pat(1), pat(2)};
+/** A PAT whose copy makes one allocation of at least kLargeAllocation bytes. */
+PAT largePat() {
+  PAT table = pat(21);
+  table.programs.resize(50000);
+  return table;
+}
+
+constexpr size_t kLargeAllocation = size_t{256} * 1024;
+
+TEST_F(TableSlotTest, ACopyThatFailsLeavesTheSlotEmptyAndUnlocked) {
+  TableSlot<PAT> slot;
+  slot.store(pat(1), kLine);
+  const PAT large = largePat();
+  {
+    const AllocationHook failing(kLargeAllocation, [] { throw std::bad_alloc(); });
+    EXPECT_THROW(slot.store(large, kLine), std::bad_alloc);
+  }
+  EXPECT_EQ(fake::timesLogged(7, kLine), 2);
   PAT out;
-  ASSERT_TRUE(copyTable(slot, out));
-  EXPECT_EQ(out.version, 2);
+  EXPECT_FALSE(slot.copy(out));
+  slot.store(large, kLine);
+  {
+    const AllocationHook failing(kLargeAllocation, [] { throw std::bad_alloc(); });
+    EXPECT_THROW((void)slot.copy(out), std::bad_alloc);
+  }
+  EXPECT_TRUE(slot.copy(out));
+  EXPECT_EQ(out, large);
 }
 
-TEST(TableSlot, ACopyThatFailsLeavesTheSlotEmpty) {
-  TableSlot<FragileTable> slot;
-  replaceTable(slot, FragileTable(false));
-  ASSERT_EQ(slot.size(), 1U);
-  EXPECT_THROW(replaceTable(slot, FragileTable(true)), std::runtime_error);
-  EXPECT_TRUE(slot.empty());
+TEST_F(TableSlotTest, AReaderWaitsUntilTheSetterIsDone) {
+  TableSlot<PAT> slot;
+  slot.store(pat(1), kLine);
+  const PAT large = largePat();
+  PAT out;
+  std::future<bool> reader;
+  {
+    const AllocationHook copying(kLargeAllocation, [&] {
+      reader = std::async(std::launch::async, [&] { return slot.copy(out); });
+      EXPECT_EQ(reader.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    });
+    slot.store(large, kLine);
+    ASSERT_TRUE(copying.triggered());
+  }
+  EXPECT_TRUE(reader.get());
+  EXPECT_EQ(out, large);
+}
+
+TEST_F(TableSlotTest, ClearedTogetherSlotsAndMapsAreEmpty) {
+  TableSlot<PAT> slot;
+  GuardedTables<std::map<int32_t, PAT>, RecursiveMutex> byNumber;
+  slot.store(pat(1), kLine);
+  {
+    RecursiveMutexLock lock(byNumber);
+    byNumber.tables[3] = pat(2);
+  }
+  clearTogether(slot, byNumber);
+  PAT out;
+  EXPECT_FALSE(slot.copy(out));
+  RecursiveMutexLock lock(byNumber);
+  EXPECT_FALSE(copyTable(byNumber.tables, 3, out));
+}
+
+TEST(CopyTable, GivesWhatIsUnderTheKeyOrLeavesTheOutputAlone) {
+  const std::map<int32_t, PAT> tables = {{3, pat(1)}, {4, pat(2)}};
+  PAT out;
+  EXPECT_TRUE(copyTable(tables, 4, out));
+  EXPECT_EQ(out, pat(2));
+  EXPECT_FALSE(copyTable(tables, 5, out));
+  EXPECT_EQ(out, pat(2));
 }
 
 }  // namespace

@@ -5,33 +5,18 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "platform/module_utils.h"
-#include "store/table_store_files.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/records/sample_records.h"
 #include "tests/records/wire.h"
-#include "tests/store/file_helpers.h"
+#include "tests/store/store_files.h"
+#include "tests/support/files.h"
 
 // Every byte of the two files cut off or changed in turn.
 
 namespace tevra::test {
 namespace {
-
-int load(TableStoreFile& record) {
-  return loadTableStoreFile(record, 0);
-}
-int load(EITTableVersionStoreFile& record) {
-  return loadEITTableVersionStoreFile(record, 0);
-}
-int save(const TableStoreFile& record) {
-  return saveTableStoreFile(record, 0);
-}
-int save(const EITTableVersionStoreFile& record) {
-  return saveEITTableVersionStoreFile(record, 0);
-}
 
 template <class Record>
 class DamagedStoreFile : public fake::PlatformTest {
@@ -41,8 +26,8 @@ class DamagedStoreFile : public fake::PlatformTest {
     for (const int32_t key : {7, 4021, 1100000}) {
       filler_.fill(entriesOf(whole_)[key]);
     }
-    EXPECT_EQ(save(whole_), 0);
-    text_ = contentOf(file());
+    EXPECT_EQ(save(whole_, 0), 0);
+    text_ = readText(file());
     for (const auto& [key, entry] : entriesOf(whole_)) {
       const std::string json = jsonOf(entry);
       const size_t start = text_.find(json);
@@ -51,21 +36,15 @@ class DamagedStoreFile : public fake::PlatformTest {
     }
   }
 
-  static auto& entriesOf(Record& record) { return record.*std::get<0>(Members<Record>::kAll); }
-
-  static std::string file() {
-    return path(Members<Record>::kName == std::string("TableStoreFile")
-                    ? "Tornel/TableStoreFile0"
-                    : "Tornel/EITTableVersionStoreFile0");
-  }
+  static std::string file() { return path(nameOf<Record>(0)); }
 
   /** Loads `content`; the log must say what became of it. */
   int loadContent(const std::string& content) {
     std::filesystem::remove(file());  // a disk may take its time over a file that is truncated
-    writeContent(file(), content);
+    writeText(file(), content);
     fake::clearLog();
     loaded_ = Record();
-    const int result = load(loaded_);
+    const int result = load(loaded_, 0);
     EXPECT_EQ(fake::logLines().size(), 1U);
     EXPECT_EQ(fake::logged(kLogError, "[MPTS0] Error reading file: " + file()), result != 0);
     return result;
@@ -97,10 +76,10 @@ class DamagedStoreFile : public fake::PlatformTest {
     if (offset % 64 != 0) {
       return;
     }
-    ASSERT_EQ(save(loaded_), 0);
-    EXPECT_EQ(contentOf(file()), jsonOf(loaded_));
+    ASSERT_EQ(save(loaded_, 0), 0);
+    EXPECT_EQ(readText(file()), jsonOf(loaded_));
     Record again;
-    EXPECT_EQ(load(again), 0);
+    EXPECT_EQ(load(again, 0), 0);
     EXPECT_EQ(again, loaded_);
   }
 
@@ -113,16 +92,7 @@ class DamagedStoreFile : public fake::PlatformTest {
   std::vector<size_t> ends_;
 };
 
-using Records = ::testing::Types<TableStoreFile, EITTableVersionStoreFile>;
-
-struct RecordName {
-  template <class Record>
-  static std::string GetName(int) {
-    return Members<Record>::kName;
-  }
-};
-
-TYPED_TEST_SUITE(DamagedStoreFile, Records, RecordName);
+TYPED_TEST_SUITE(DamagedStoreFile, StoreFiles, RecordName);
 
 TYPED_TEST(DamagedStoreFile, IsWholeToBeginWith) {
   EXPECT_EQ(this->loadContent(this->text_), 0);
@@ -135,7 +105,7 @@ TYPED_TEST(DamagedStoreFile, CutAnywhereGivesTheEntriesBeforeTheCutAndIsRepaired
     ASSERT_EQ(this->loadContent(this->text_.substr(0, length)), 1);
     const size_t kept = this->endedBy(length);
     ASSERT_TRUE(this->firstAreKept(kept));
-    ASSERT_LE(this->entriesOf(this->loaded_).size(), kept + 1);
+    ASSERT_LE(entriesOf(this->loaded_).size(), kept + 1);
     this->expectRepair(length);
   }
 }

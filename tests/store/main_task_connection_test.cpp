@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include <atomic>
 #include <chrono>
 #include <future>
@@ -13,10 +11,11 @@
 #include "platform/module_utils.h"
 #include "store/main_task_client.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/inputdb/allocation_hook.h"
 #include "tests/records/wire.h"
-#include "tests/store/file_helpers.h"
 #include "tests/store/raw_main_task.h"
+#include "tests/support/allocation_hook.h"
+#include "tests/support/files.h"
+#include "tests/support/raw_socket.h"
 
 // How notifications travel: their bytes, their connections and peers that do not behave.
 
@@ -241,23 +240,14 @@ TEST_F(MainTaskConnection, AMainTaskThatHardlyReadsCostsTheSendTimeOutToo) {
 TEST_F(MainTaskConnection, AMainTaskThatNeverAcceptsCostsTheSendTimeOut) {
   RawMainTask mainTask(0);
   // The kernel completes connections until the backlog is full.
-  std::vector<int> others;
-  for (int count = 0; count < 4; ++count) {
-    others.push_back(startConnecting(mainTask.port()));
-  }
+  const FullBacklog others(mainTask.port(), 4);
   expectToCostTheTimeOutOnce([&] { return notifyPMT(mainTask.port(), PMT()); });
   expectOneFailure();
-  for (const int fd : others) {
-    close(fd);
-  }
 }
 
 TEST_F(MainTaskConnection, WhatConnectingTookIsNotGivenToSendingAgain) {
   RawMainTask mainTask(0);
-  std::vector<int> others;
-  for (int count = 0; count < 4; ++count) {
-    others.push_back(startConnecting(mainTask.port()));
-  }
+  const FullBacklog others(mainTask.port(), 4);
   // There is room for the connection when the kernel asks a second time, after a second.
   std::future<void> room = std::async(std::launch::async, [&] {
     std::this_thread::sleep_for(milliseconds(300));
@@ -269,9 +259,6 @@ TEST_F(MainTaskConnection, WhatConnectingTookIsNotGivenToSendingAgain) {
   EXPECT_LT(Clock::now() - start, kTimeout + milliseconds(700));
   expectOneFailure();
   room.get();
-  for (const int fd : others) {
-    close(fd);
-  }
 }
 
 }  // namespace

@@ -109,11 +109,4 @@ RefusingPort::~RefusingPort() {
   close(socket_);
 }
 
-int startConnecting(uint16_t port) {
-  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-  const sockaddr_in address = loopback(port);
-  (void)connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address));  // in progress
-  return fd;
-}
-
 }  // namespace tevra::test

@@ -56,7 +56,4 @@ class RefusingPort {
   uint16_t port_ = 0;
 };
 
-/** Connects to 127.0.0.1:`port` without waiting for the outcome; the descriptor is the caller's. */
-int startConnecting(uint16_t port);
-
 }  // namespace tevra::test

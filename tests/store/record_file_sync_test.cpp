@@ -5,11 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "store/record_file.h"
-#include "tests/cfdb/sync_recorder.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/records/sample_records.h"
 #include "tests/records/wire.h"
-#include "tests/store/file_helpers.h"
+#include "tests/store/store_files.h"
+#include "tests/support/files.h"
+#include "tests/support/sync_recorder.h"
 
 // When the store files reach the disk.
 
@@ -24,32 +24,12 @@ class RecordFileSync : public fake::PlatformTest {
   RecordFileSync() { clearSyncCalls(); }
 
   [[nodiscard]] static std::string file() { return path("file"); }
-
-  /** Takes several times what the transport holds back. */
-  static Record large() {
-    Record record = sample<Record>();
-    auto& entries = record.*std::get<0>(Members<Record>::kAll);
-    const auto entry = entries.begin()->second;
-    for (int32_t key = 0; key < 100; ++key) {
-      entries[key] = entry;
-    }
-    return record;
-  }
 };
 
-using Records = ::testing::Types<TableStoreFile, EITTableVersionStoreFile>;
-
-struct RecordName {
-  template <class Record>
-  static std::string GetName(int) {
-    return Members<Record>::kName;
-  }
-};
-
-TYPED_TEST_SUITE(RecordFileSync, Records, RecordName);
+TYPED_TEST_SUITE(RecordFileSync, StoreFiles, RecordName);
 
 TYPED_TEST(RecordFileSync, ItsFileSystemIsSyncedBeforeTheLastBufferAndEverythingAfterClosing) {
-  for (const TypeParam& record : {TypeParam(), sample<TypeParam>(), this->large()}) {
+  for (const TypeParam& record : {TypeParam(), sample<TypeParam>(), largeSample<TypeParam>()}) {
     clearSyncCalls();
     ASSERT_EQ(writeRecordToFile(this->file(), record), kRecordFileDone);
     const auto whole = static_cast<off_t>(jsonOf(record).size());
@@ -68,12 +48,12 @@ TYPED_TEST(RecordFileSync, AFileSystemThatCannotBeSyncedIsNoFailure) {
   setSyncfsResult(-1);
   EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kRecordFileDone);
   setSyncfsResult(0);
-  EXPECT_EQ(contentOf(this->file()), jsonOf(TypeParam()));
+  EXPECT_EQ(readText(this->file()), jsonOf(TypeParam()));
   EXPECT_EQ(syncCalls().size(), 2U);
 }
 
 TYPED_TEST(RecordFileSync, WhatCannotBeWrittenIsNotSynced) {
-  EXPECT_EQ(writeRecordToFile("/dev/full", this->large()), kRecordFileFailed);
+  EXPECT_EQ(writeRecordToFile("/dev/full", largeSample<TypeParam>()), kRecordFileFailed);
   EXPECT_EQ(writeRecordToFile(this->path("none/file"), TypeParam()), kRecordFileNotOpened);
   EXPECT_TRUE(syncCalls().empty());
 }
@@ -88,7 +68,7 @@ TYPED_TEST(RecordFileSync, WhatFailsWithItsLastBufferIsNotSyncedAfterwards) {
 TYPED_TEST(RecordFileSync, ReadingSyncsNothing) {
   TypeParam record;
   EXPECT_EQ(readRecordFromFile(this->file(), record), kRecordFileNotOpened);
-  writeContent(this->file(), jsonOf(record));
+  writeText(this->file(), jsonOf(record));
   EXPECT_EQ(readRecordFromFile(this->file(), record), kRecordFileDone);
   EXPECT_TRUE(syncCalls().empty());
 }

@@ -13,7 +13,17 @@ using fake::LogLine;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class AudioLanguages : public fake::PlatformTest {};
+class AudioLanguages : public fake::PlatformTest {
+ protected:
+  static bool exists(std::vector<AudioLanguage> list, const std::string& language) {
+    return languageExists(LanguageList(list), language);
+  }
+
+  static void merge(std::vector<AudioLanguage>& target, const std::vector<AudioLanguage>& source) {
+    LanguageList list(target);
+    mergeLanguages(list, source);
+  }
+};
 
 const LogLine kEngExists{7, "fltr", "Language alredy Exists at langOutList [eng]"};
 
@@ -22,64 +32,64 @@ LogLine adding(const std::string& code) {
 }
 
 TEST_F(AudioLanguages, NothingExistsInAnEmptyList) {
-  EXPECT_FALSE(languageExists({}, "eng"));
-  EXPECT_FALSE(languageExists({}, ""));
+  EXPECT_FALSE(exists({}, "eng"));
+  EXPECT_FALSE(exists({}, ""));
   EXPECT_THAT(fake::logLines(), IsEmpty());
 }
 
 TEST_F(AudioLanguages, AMissIsNotLogged) {
-  EXPECT_FALSE(languageExists(makeLanguages({"spa", "fra"}), "eng"));
+  EXPECT_FALSE(exists(makeLanguages({"spa", "fra"}), "eng"));
   EXPECT_THAT(fake::logLines(), IsEmpty());
 }
 
 TEST_F(AudioLanguages, AMatchIsLoggedUnderTheFilterTag) {
-  EXPECT_TRUE(languageExists(makeLanguages({"spa", "eng", "fra"}), "eng"));
+  EXPECT_TRUE(exists(makeLanguages({"spa", "eng", "fra"}), "eng"));
   EXPECT_THAT(fake::logLines(), ElementsAre(kEngExists));
 }
 
 TEST_F(AudioLanguages, EveryMatchIsLoggedBecauseTheWalkGoesOn) {
-  EXPECT_TRUE(languageExists(makeLanguages({"eng", "spa", "eng", "eng"}), "eng"));
+  EXPECT_TRUE(exists(makeLanguages({"eng", "spa", "eng", "eng"}), "eng"));
   EXPECT_THAT(fake::logLines(), ElementsAre(kEngExists, kEngExists, kEngExists));
 }
 
 TEST_F(AudioLanguages, LanguagesThatDifferInCaseAreDifferent) {
-  EXPECT_FALSE(languageExists(makeLanguages({"ENG", "Eng"}), "eng"));
+  EXPECT_FALSE(exists(makeLanguages({"ENG", "Eng"}), "eng"));
 }
 
 TEST_F(AudioLanguages, LanguagesThatDifferInLengthAreDifferent) {
-  EXPECT_FALSE(languageExists(makeLanguages({"en", "engl", "eng ", ""}), "eng"));
+  EXPECT_FALSE(exists(makeLanguages({"en", "engl", "eng ", ""}), "eng"));
 }
 
 TEST_F(AudioLanguages, BytesAfterAZeroCount) {
   const std::string withZero("en\0x", 4);
-  EXPECT_FALSE(languageExists(makeLanguages({"en", std::string("en\0y", 4)}), withZero));
-  EXPECT_TRUE(languageExists(makeLanguages({withZero}), withZero));
+  EXPECT_FALSE(exists(makeLanguages({"en", std::string("en\0y", 4)}), withZero));
+  EXPECT_TRUE(exists(makeLanguages({withZero}), withZero));
 }
 
 TEST_F(AudioLanguages, MergingIntoAnEmptyListKeepsTheOrder) {
   std::vector<AudioLanguage> target;
-  mergeLanguages(target, makeLanguages({"spa", "eng", "cat"}));
+  merge(target, makeLanguages({"spa", "eng", "cat"}));
   EXPECT_THAT(codesOf(target), ElementsAre("spa", "eng", "cat"));
   EXPECT_THAT(fake::logLines(), ElementsAre(adding("spa"), adding("eng"), adding("cat")));
 }
 
 TEST_F(AudioLanguages, MergingAppendsOnlyWhatIsMissing) {
   std::vector<AudioLanguage> target = makeLanguages({"spa", "eng"});
-  mergeLanguages(target, makeLanguages({"fra", "eng", "ita"}));
+  merge(target, makeLanguages({"fra", "eng", "ita"}));
   EXPECT_THAT(codesOf(target), ElementsAre("spa", "eng", "fra", "ita"));
   EXPECT_THAT(fake::logLines(), ElementsAre(adding("fra"), kEngExists, adding("ita")));
 }
 
 TEST_F(AudioLanguages, ALanguageTwiceInTheSourceIsAddedOnce) {
   std::vector<AudioLanguage> target;
-  mergeLanguages(target, makeLanguages({"eng", "eng"}));
+  merge(target, makeLanguages({"eng", "eng"}));
   EXPECT_THAT(codesOf(target), ElementsAre("eng"));
   EXPECT_THAT(fake::logLines(), ElementsAre(adding("eng"), kEngExists));
 }
 
 TEST_F(AudioLanguages, MergingNothingChangesNothing) {
   std::vector<AudioLanguage> target = makeLanguages({"spa"});
-  mergeLanguages(target, {});
+  merge(target, {});
   EXPECT_THAT(codesOf(target), ElementsAre("spa"));
   EXPECT_THAT(fake::logLines(), IsEmpty());
 }
@@ -88,7 +98,7 @@ TEST_F(AudioLanguages, AMergedEntryIsACopyFlagIncluded) {
   std::vector<AudioLanguage> source = makeLanguages({"spa", "eng"});
   source[1].__isset.language = true;
   std::vector<AudioLanguage> target;
-  mergeLanguages(target, source);
+  merge(target, source);
   source[0].language = "changed";
   ASSERT_THAT(codesOf(target), ElementsAre("spa", "eng"));
   EXPECT_FALSE(target[0].__isset.language);

@@ -8,7 +8,7 @@
 
 #include "records/records.h"
 #include "synth/service_work_record.h"
-#include "tests/cfdb/builders.h"
+#include "tests/support/tables.h"
 
 /** Short ways to write what the synthesis reads. */
 namespace tevra::test {
@@ -28,21 +28,6 @@ inline Descriptor makeLanguageDescriptor(std::initializer_list<std::string> code
 /** service_descriptor (EN 300 468, 6.2.33) without names. */
 inline Descriptor makeServiceDescriptor(uint8_t serviceType) {
   return makeDescriptor(0x48, std::string{static_cast<char>(serviceType), '\0', '\0'});
-}
-
-inline SDTService makeService(int32_t serviceId, std::vector<Descriptor> descriptors = {}) {
-  SDTService service;
-  service.serviceId = serviceId;
-  service.descriptors = std::move(descriptors);
-  return service;
-}
-
-inline SDT makeSdt(std::vector<SDTService> services) {
-  SDT sdt;
-  sdt.tableId = 0x42;
-  sdt.currentNext = true;
-  sdt.services = std::move(services);
-  return sdt;
 }
 
 /** A private descriptor that takes `size` bytes of its loop, 2 to 257. */

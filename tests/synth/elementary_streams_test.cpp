@@ -32,7 +32,8 @@ class ElementaryStreams : public fake::PlatformTest {
 
   bool kept(int32_t type, std::vector<Descriptor> descriptors,
             std::initializer_list<std::string> wanted) {
-    return keepElementaryStream(stream(type, std::move(descriptors)), makeLanguages(wanted));
+    return keepElementaryStream(stream(type, std::move(descriptors)),
+                                WantedLanguages(makeLanguages(wanted)));
   }
 
   /** Whether MPEG-2 audio with these language entries has exactly this language. */

@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "synth/psi_synthesis.h"
-#include "tests/fakes/fake_platform.h"
-#include "tests/synth/builders.h"
-#include "tests/synth/golden_file.h"
-#include "tests/synth/transport_packets.h"
+#include "tests/support/golden_file.h"
+#include "tests/synth/synthesis_fixture.h"
 
 namespace tevra::test {
 namespace {
@@ -12,35 +9,37 @@ namespace {
 /** Packets as they have always been sent, and what a receiver reads in them. */
 class GoldenPackets : public fake::PlatformTest {
  protected:
-  GoldenPackets() {
-    stores_.pat.version = 4;
-    stores_.sdt.version = 30;
-    stores_.pmt.version = 31;
+  /** The table synthesised on top of the stored one, in as many sections, which `decode` reads. */
+  template <class Table, class Decode>
+  void expectGolden(const std::string& name, Table stored, size_t sections, Decode decode) {
+    using Way = Synthesis<Table>;
+    EXPECT_EQ(Way::kRun(work_, stored), 0);
+    const Packets& packets = Way::packets(work_.outputTables);
+    EXPECT_TRUE(matchesGolden(name, packets));
+    EXPECT_EQ(sectionsOf(packets, Way::kPid).size(), sections);
+    EXPECT_EQ(decode(packets), Way::record(work_.outputTables));
   }
 
   void expectPat(const std::string& name) {
-    EXPECT_EQ(synthPAT(work_, stores_.pat), 0);
-    EXPECT_TRUE(matchesGolden(name, work_.outputTables.patPackets));
-    EXPECT_EQ(sectionsOf(work_.outputTables.patPackets, 0).size(), 1U);
-    EXPECT_EQ(decodePat(work_.outputTables.patPackets), work_.outputTables.dvbTables.pat);
+    PAT stored;
+    stored.version = 4;
+    expectGolden(name, stored, 1, decodePat);
   }
 
   void expectSdt(const std::string& name) {
-    EXPECT_EQ(synthSDT(work_, stores_.sdt), 0);
-    EXPECT_TRUE(matchesGolden(name, work_.outputTables.sdtPackets));
-    EXPECT_EQ(sectionsOf(work_.outputTables.sdtPackets, 0x11).size(), 1U);
-    EXPECT_EQ(decodeSdt(work_.outputTables.sdtPackets), work_.outputTables.dvbTables.sdt);
+    SDT stored;
+    stored.version = 30;
+    expectGolden(name, stored, 1, decodeSdt);
   }
 
   void expectPmt(const std::string& name, size_t sections) {
-    EXPECT_EQ(synthPMT(work_, stores_.pmt), 0);
-    EXPECT_TRUE(matchesGolden(name, work_.outputTables.pmtPackets));
-    EXPECT_EQ(sectionsOf(work_.outputTables.pmtPackets, kPmtPid).size(), sections);
-    EXPECT_EQ(decodePmt(work_.outputTables.pmtPackets, 1201), work_.outputTables.dvbTables.pmt);
+    PMT stored;
+    stored.version = 31;
+    expectGolden(name, stored, sections,
+                 [](const Packets& packets) { return decodePmt(packets, 1201); });
   }
 
   ServiceWorkRecord work_ = makeWorkRecord();
-  TableStore stores_;
 };
 
 TEST_F(GoldenPackets, PatOfOneService) {

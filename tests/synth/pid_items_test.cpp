@@ -19,13 +19,6 @@ class PidItems : public fake::PlatformTest {
   PidList list_;
 };
 
-/** A CAT of these descriptors. */
-CAT makeCat(std::vector<Descriptor> descriptors) {
-  CAT cat;
-  cat.descriptors = std::move(descriptors);
-  return cat;
-}
-
 TEST_F(PidItems, AttributesHaveTheirBits) {
   EXPECT_EQ(static_cast<int>(PidAttribute::Pmt), 0x02);
   EXPECT_EQ(static_cast<int>(PidAttribute::Pcr), 0x04);

@@ -1,11 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "synth/psi_synthesis.h"
-#include "tests/fakes/fake_platform.h"
-#include "tests/synth/builders.h"
 #include "tests/synth/fake_table_stores.h"
-#include "tests/synth/transport_packets.h"
+#include "tests/synth/synthesis_fixture.h"
 
 namespace tevra::test {
 namespace {
@@ -15,13 +12,9 @@ using testing::ElementsAre;
 using testing::Key;
 using testing::SizeIs;
 
-const LogLine kOnePacket{7, "", "Numero de paquetes necesarios para la sintesis [1]"};
+const LogLine kOnePacket = packetsMade(1);
 const LogLine kHasToSave{7, "", "[MPTS2] has to save the new tables in a file"};
 const LogLine kCannotSave{3, "", "[MPTS2] Error writing tables in file"};
-
-LogLine saves(const std::string& table) {
-  return {7, "", "Saves a new " + table + " in myTableStores struct"};
-}
 
 class SavedTables : public fake::PlatformTest {
  protected:
@@ -45,8 +38,8 @@ class SavedTables : public fake::PlatformTest {
 
 TEST_F(SavedTables, TheFirstTimeAllThreeTablesAreNew) {
   EXPECT_THAT(versions(), ElementsAre(1, 1, 1));
-  EXPECT_THAT(fake::logLines(), ElementsAre(saves("PAT"), kOnePacket, saves("SDT"), kOnePacket,
-                                            saves("PMT"), kOnePacket, kHasToSave));
+  EXPECT_THAT(fake::logLines(), ElementsAre(saves<PAT>(), kOnePacket, saves<SDT>(), kOnePacket,
+                                            saves<PMT>(), kOnePacket, kHasToSave));
 }
 
 TEST_F(SavedTables, TheEntryIsThatOfTheInputProgramme) {

@@ -1,10 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "synth/psi_synthesis.h"
-#include "tests/fakes/fake_platform.h"
-#include "tests/synth/builders.h"
-#include "tests/synth/transport_packets.h"
+#include "tests/synth/synthesis_fixture.h"
 
 namespace tevra::test {
 namespace {
@@ -13,23 +10,7 @@ using fake::LogLine;
 using testing::ElementsAre;
 using testing::SizeIs;
 
-const LogLine kSaves{7, "", "Saves a new PAT in myTableStores struct"};
-const LogLine kOnePacket{7, "", "Numero de paquetes necesarios para la sintesis [1]"};
-
-class SynthPat : public fake::PlatformTest {
- protected:
-  int synthesise() {
-    fake::clearLog();
-    return synthPAT(work_, stored_);
-  }
-
-  [[nodiscard]] const PAT& output() const { return work_.outputTables.dvbTables.pat; }
-  [[nodiscard]] const Packets& packets() const { return work_.outputTables.patPackets; }
-  [[nodiscard]] std::string section() const { return sectionsOf(packets(), 0).at(0); }
-
-  ServiceWorkRecord work_ = makeWorkRecord();
-  PAT stored_;
-};
+using SynthPat = SynthesisTest<PAT>;
 
 TEST_F(SynthPat, TheFirstPatListsTheOutputServiceAlone) {
   EXPECT_EQ(synthesise(), 0);
@@ -39,7 +20,7 @@ TEST_F(SynthPat, TheFirstPatListsTheOutputServiceAlone) {
   EXPECT_EQ(output(), expected);
   EXPECT_EQ(stored_, expected);
   EXPECT_EQ(decodePat(packets()), expected);
-  EXPECT_THAT(fake::logLines(), ElementsAre(kSaves, kOnePacket));
+  EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
 }
 
 TEST_F(SynthPat, OneProgrammeTakesSixteenBytesAndOnePacket) {
@@ -54,30 +35,29 @@ TEST_F(SynthPat, OneProgrammeTakesSixteenBytesAndOnePacket) {
 
 TEST_F(SynthPat, AnotherTransportStreamPidOrServiceMovesTheVersion) {
   synthesise();
-  work_.transportStreamId = 9;
+  input_.transportStreamId = 9;
   synthesise();
   EXPECT_EQ(output().version, 2);
   EXPECT_EQ(stored_.transportStreamId, 9);
-  work_.pat.programs[0].pid = 0x99;
+  input_.pat.programs[0].pid = 0x99;
   synthesise();
   EXPECT_EQ(output().version, 3);
   EXPECT_EQ(output().programs[0].pid, 0x99);
-  work_.outputSID = 1202;
+  input_.outputSID = 1202;
   synthesise();
   EXPECT_EQ(output().version, 4);
   EXPECT_EQ(stored_.programs[0].programNumber, 1202);
-  EXPECT_THAT(fake::logLines(), ElementsAre(kSaves, kOnePacket));
+  EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
   EXPECT_EQ(decodePat(packets()), stored_);
 }
 
 TEST_F(SynthPat, OtherProgrammesOfTheInputDoNotMatter) {
   synthesise();
-  work_.pat = makePat(4711, {{1, 0x11}, {kInputProgram, kPmtPid}, {2, 0x22}});
-  work_.pat.version = 17;
-  work_.pat.currentNext = true;
+  input_.pat = makePat(4711, {{1, 0x11}, {kInputProgram, kPmtPid}, {2, 0x22}});
+  input_.pat.currentNext = true;
   synthesise();
   EXPECT_EQ(output().version, 1);
-  EXPECT_THAT(fake::logLines(), ElementsAre(kOnePacket));
+  EXPECT_THAT(fake::logLines(), ElementsAre(packetsMade(1)));
 }
 
 TEST_F(SynthPat, StoredProgrammesInExcessAreAChange) {
@@ -88,30 +68,19 @@ TEST_F(SynthPat, StoredProgrammesInExcessAreAChange) {
   EXPECT_THAT(stored_.programs, SizeIs(1));
 }
 
-TEST_F(SynthPat, TheCurrentNextFlagIsHandedOutButMovesNoVersion) {
-  synthesise();
-  work_.pat.currentNext = false;
-  synthesise();
-  EXPECT_THAT(fake::logLines(), ElementsAre(kOnePacket));
-  EXPECT_EQ(output().version, 1);
-  EXPECT_FALSE(output().currentNext);
-  EXPECT_FALSE(currentNextOf(section()));
-  EXPECT_TRUE(stored_.currentNext);  // what is stored changes with the content only
-}
-
 TEST_F(SynthPat, AChangedPatTakesTheFlagOfTheInput) {
   stored_.currentNext = true;
-  work_.pat.currentNext = false;
+  input_.pat.currentNext = false;
   synthesise();
   EXPECT_FALSE(stored_.currentNext);
   EXPECT_FALSE(currentNextOf(section()));
 }
 
 TEST_F(SynthPat, AnAbsentProgrammeHasPidMinusOneInTheRecordAndAllOnesInTheSection) {
-  work_.pat.programs.clear();
+  input_.pat.programs.clear();
   EXPECT_EQ(synthesise(), 0);
   EXPECT_THAT(fake::logLines(),
-              ElementsAre(LogLine{3, "", "ProgramNumber not found."}, kSaves, kOnePacket));
+              ElementsAre(LogLine{3, "", "ProgramNumber not found."}, saves(), packetsMade(1)));
   EXPECT_EQ(output().programs, makePat(7, {{1201, 0xFFFF}}).programs);
   EXPECT_EQ(decodePat(packets()).programs, makePat(7, {{1201, 0x1FFF}}).programs);
   synthesise();
@@ -119,13 +88,13 @@ TEST_F(SynthPat, AnAbsentProgrammeHasPidMinusOneInTheRecordAndAllOnesInTheSectio
 }
 
 TEST_F(SynthPat, OfSeveralProgrammesOfThatNumberTheLastGivesThePid) {
-  work_.pat = makePat(1, {{kInputProgram, 0x11}, {kInputProgram, 0x22}});
+  input_.pat = makePat(1, {{kInputProgram, 0x11}, {kInputProgram, 0x22}});
   synthesise();
   EXPECT_EQ(output().programs, makePat(7, {{1201, 0x22}}).programs);
 }
 
 TEST_F(SynthPat, APmtOnPidZeroIsInTheRecordAndNotInTheSection) {
-  work_.pat.programs[0].pid = 0;
+  input_.pat.programs[0].pid = 0;
   synthesise();
   EXPECT_EQ(output().programs, makePat(7, {{1201, 0}}).programs);
   EXPECT_EQ(stored_.programs, output().programs);
@@ -139,8 +108,8 @@ TEST_F(SynthPat, APmtOnPidZeroIsInTheRecordAndNotInTheSection) {
 }
 
 TEST_F(SynthPat, ValuesTooWideForASectionAreNarrowedOnceAndForAll) {
-  work_.transportStreamId = 0x12345;
-  work_.outputSID = 0x1F001;
+  input_.transportStreamId = 0x12345;
+  input_.outputSID = 0x1F001;
   synthesise();
   EXPECT_EQ(output().transportStreamId, 0x2345);
   EXPECT_EQ(output().programs, makePat(0, {{0xF001, kPmtPid}}).programs);

@@ -1,10 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "synth/psi_synthesis.h"
-#include "tests/fakes/fake_platform.h"
-#include "tests/synth/builders.h"
-#include "tests/synth/transport_packets.h"
+#include "tests/synth/synthesis_fixture.h"
 
 namespace tevra::test {
 namespace {
@@ -13,23 +10,7 @@ using fake::LogLine;
 using testing::ElementsAre;
 using testing::SizeIs;
 
-const LogLine kSaves{7, "", "Saves a new SDT in myTableStores struct"};
-const LogLine kOnePacket{7, "", "Numero de paquetes necesarios para la sintesis [1]"};
-
-class SynthSdt : public fake::PlatformTest {
- protected:
-  int synthesise() {
-    fake::clearLog();
-    return synthSDT(work_, stored_);
-  }
-
-  [[nodiscard]] const SDT& output() const { return work_.outputTables.dvbTables.sdt; }
-  [[nodiscard]] const Packets& packets() const { return work_.outputTables.sdtPackets; }
-  [[nodiscard]] std::string section() const { return sectionsOf(packets(), 0x11).at(0); }
-
-  ServiceWorkRecord work_ = makeWorkRecord();
-  SDT stored_;
-};
+using SynthSdt = SynthesisTest<SDT>;
 
 /** The SDT of the work record as first handed out. */
 SDT firstSdt() {
@@ -47,7 +28,7 @@ TEST_F(SynthSdt, TheFirstSdtDescribesTheOutputServiceAlone) {
   EXPECT_EQ(output(), firstSdt());
   EXPECT_EQ(stored_, firstSdt());
   EXPECT_EQ(decodeSdt(packets()), firstSdt());
-  EXPECT_THAT(fake::logLines(), ElementsAre(kSaves, kOnePacket));
+  EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
 }
 
 TEST_F(SynthSdt, TheSectionIsExactToTheByte) {
@@ -62,70 +43,58 @@ TEST_F(SynthSdt, TheSectionIsExactToTheByte) {
 
 TEST_F(SynthSdt, EveryPartOfTheOutputsIdentityMovesTheVersion) {
   synthesise();
-  work_.serviceName = "Dos";
+  input_.serviceName = "Dos";
   synthesise();
   EXPECT_EQ(output().version, 2);
-  work_.transportStreamId = 17;
+  input_.transportStreamId = 17;
   synthesise();
   EXPECT_EQ(output().version, 3);
-  work_.originalNetworkId = 18;
+  input_.originalNetworkId = 18;
   synthesise();
   EXPECT_EQ(output().version, 4);
-  work_.outputSID = 1202;
+  input_.outputSID = 1202;
   synthesise();
   EXPECT_EQ(output().version, 5);
-  work_.sdt.services[0].descriptors[0] = makeServiceDescriptor(0x02);
+  input_.sdt.services[0].descriptors[0] = makeServiceDescriptor(0x02);
   synthesise();
   EXPECT_EQ(output().version, 6);
-  EXPECT_THAT(fake::logLines(), ElementsAre(kSaves, kOnePacket));
+  EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
   EXPECT_EQ(stored_, output());
   EXPECT_EQ(decodeSdt(packets()), output());
 }
 
 TEST_F(SynthSdt, NothingElseOfTheInputMovesTheVersion) {
   synthesise();
-  SDTService& service = work_.sdt.services[0];
+  SDTService& service = input_.sdt.services[0];
   service.runningStatus = 1;
   service.eitSchedule = true;
   service.eitPresentFollowing = true;
   service.freeCA = true;
   service.descriptors.push_back(makeDescriptor(0x49, "ES"));
-  work_.sdt.services.push_back(makeService(9, {makeServiceDescriptor(1)}));
-  work_.sdt.version = 22;
-  work_.sdt.tableId = 0x46;
-  work_.sdt.transportStreamId = 4711;
+  input_.sdt.services.push_back(makeService(9, {makeServiceDescriptor(1)}));
+  input_.sdt.tableId = 0x46;
+  input_.sdt.transportStreamId = 4711;
   synthesise();
   EXPECT_EQ(output(), firstSdt());
 }
 
-TEST_F(SynthSdt, TheCurrentNextFlagIsHandedOutButMovesNoVersion) {
-  synthesise();
-  work_.sdt.currentNext = false;
-  synthesise();
-  EXPECT_THAT(fake::logLines(), ElementsAre(kOnePacket));
-  EXPECT_EQ(output().version, 1);
-  EXPECT_FALSE(output().currentNext);
-  EXPECT_FALSE(currentNextOf(section()));
-  EXPECT_TRUE(stored_.currentNext);  // what is stored changes with the content only
-}
-
 TEST_F(SynthSdt, AnUnknownServiceIsDescribedWithTypeZero) {
-  work_.sdt = SDT();
+  input_.sdt = SDT();
   EXPECT_EQ(synthesise(), 0);
   EXPECT_THAT(fake::logLines(),
-              ElementsAre(LogLine{4, "", "Service not found in STD!!"}, kSaves, kOnePacket));
+              ElementsAre(LogLine{4, "", "Service not found in STD!!"}, saves(), packetsMade(1)));
   EXPECT_EQ(byteAt(output().services.at(0).descriptors.at(0).data, 0), 0);
 }
 
 TEST_F(SynthSdt, TheTypeIsThatOfTheInputServiceNotOfTheOutputs) {
-  work_.sdt = makeSdt({makeService(1201, {makeServiceDescriptor(0x02)}),
-                       makeService(kInputProgram, {makeServiceDescriptor(0x16)})});
+  input_.sdt = makeSdt({makeService(1201, {makeServiceDescriptor(0x02)}),
+                        makeService(kInputProgram, {makeServiceDescriptor(0x16)})});
   synthesise();
   EXPECT_EQ(byteAt(output().services.at(0).descriptors.at(0).data, 0), 0x16);
 }
 
 TEST_F(SynthSdt, TheLongestNameTakesTwoPackets) {
-  work_.serviceName = std::string(244, 'n');
+  input_.serviceName = std::string(244, 'n');
   synthesise();
   EXPECT_EQ(section().size(), 11U + 5U + 257U + 4U);
   EXPECT_THAT(packets(), SizeIs(2));
@@ -133,9 +102,9 @@ TEST_F(SynthSdt, TheLongestNameTakesTwoPackets) {
 }
 
 TEST_F(SynthSdt, ValuesTooWideForASectionAreNarrowedOnceAndForAll) {
-  work_.transportStreamId = 0x12345;
-  work_.originalNetworkId = -1;
-  work_.outputSID = 0x1F001;
+  input_.transportStreamId = 0x12345;
+  input_.originalNetworkId = -1;
+  input_.outputSID = 0x1F001;
   synthesise();
   EXPECT_EQ(output().transportStreamId, 0x2345);
   EXPECT_EQ(output().originalNetworkId, 0xFFFF);

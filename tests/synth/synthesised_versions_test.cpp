@@ -2,73 +2,27 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
-#include "synth/psi_synthesis.h"
-#include "tests/fakes/fake_platform.h"
-#include "tests/synth/builders.h"
-#include "tests/synth/transport_packets.h"
+#include "tests/synth/synthesis_fixture.h"
 
 // How the version moves is the same for all three tables.
 
 namespace tevra::test {
 namespace {
 
-using fake::LogLine;
 using testing::ElementsAre;
 
-/** How a table is synthesised, and where it is handed out. */
 template <class Table>
-struct Synthesis;
-
-template <>
-struct Synthesis<PAT> {
-  static constexpr auto kRun = synthPAT;
-  static constexpr int kPid = 0;
-  static const PAT& record(const OutputTables& tables) { return tables.dvbTables.pat; }
-  static const Packets& packets(const OutputTables& tables) { return tables.patPackets; }
-};
-
-template <>
-struct Synthesis<SDT> {
-  static constexpr auto kRun = synthSDT;
-  static constexpr int kPid = 0x11;
-  static const SDT& record(const OutputTables& tables) { return tables.dvbTables.sdt; }
-  static const Packets& packets(const OutputTables& tables) { return tables.sdtPackets; }
-};
-
-template <>
-struct Synthesis<PMT> {
-  static constexpr auto kRun = synthPMT;
-  static constexpr int kPid = kPmtPid;
-  static const PMT& record(const OutputTables& tables) { return tables.dvbTables.pmt; }
-  static const Packets& packets(const OutputTables& tables) { return tables.pmtPackets; }
-};
-
-template <class Table>
-class SynthesisedVersion : public fake::PlatformTest {
+class SynthesisedVersion : public SynthesisTest<Table> {
  protected:
-  using Way = Synthesis<Table>;
-
-  int synthesise() {
-    fake::clearLog();
-    work_.pmt = makeWorkRecord().pmt;  // synthPMT gives it the output's number
-    return Way::kRun(work_, stored_);
-  }
-
-  [[nodiscard]] const Table& output() const { return Way::record(work_.outputTables); }
-  [[nodiscard]] const Packets& packets() const { return Way::packets(work_.outputTables); }
-
   void expectVersion(int version) const {
-    EXPECT_EQ(stored_.version, version);
-    EXPECT_EQ(output().version, version);
-    EXPECT_EQ(versionOf(sectionsOf(packets(), Way::kPid).at(0)), version);
+    EXPECT_EQ(this->stored_.version, version);
+    EXPECT_EQ(this->output().version, version);
+    EXPECT_EQ(versionOf(this->section()), version);
   }
-
-  ServiceWorkRecord work_ = makeWorkRecord();
-  Table stored_;
 };
 
 using Tables = testing::Types<PAT, SDT, PMT>;
@@ -83,8 +37,25 @@ TYPED_TEST(SynthesisedVersion, StaysASecondTimeAndNothingIsSaved) {
   EXPECT_EQ(this->stored_, first);
   EXPECT_EQ(this->packets(), firstPackets);
   this->expectVersion(1);
-  EXPECT_THAT(fake::logLines(),
-              ElementsAre(LogLine{7, "", "Numero de paquetes necesarios para la sintesis [1]"}));
+  EXPECT_THAT(fake::logLines(), ElementsAre(packetsMade(1)));
+}
+
+TYPED_TEST(SynthesisedVersion, IsNotMovedByTheCurrentNextFlagWhichIsSentAllTheSame) {
+  this->synthesise();
+  TestFixture::Way::input(this->input_).currentNext = false;
+  this->synthesise();
+  EXPECT_THAT(fake::logLines(), ElementsAre(packetsMade(1)));
+  this->expectVersion(1);
+  EXPECT_FALSE(currentNextOf(this->section()));
+  EXPECT_TRUE(this->stored_.currentNext);  // what is stored changes with the content only
+  // An unchanged PMT is answered as it is stored.
+  EXPECT_EQ(this->output().currentNext, (std::is_same_v<TypeParam, PMT>));
+}
+
+TYPED_TEST(SynthesisedVersion, IsNotTheInputs) {
+  TestFixture::Way::input(this->input_).version = 22;
+  this->synthesise();
+  this->expectVersion(1);
 }
 
 TYPED_TEST(SynthesisedVersion, ThirtyOneIsFollowedByZero) {

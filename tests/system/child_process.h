@@ -10,13 +10,11 @@
 #include <vector>
 
 #include "tests/platform/temporary_directory.h"
+#include "tests/support/patience.h"
 
 namespace tevra::test {
 
 using Environment = std::map<std::string, std::string>;
-
-/** Longer than anything waited for takes on a loaded machine under a sanitizer. */
-inline constexpr std::chrono::seconds kPatience{60};
 
 /** How a process ended. */
 struct ProcessEnd {

@@ -21,11 +21,11 @@
 
 #include "tests/fakes/fake_main_task.h"
 #include "tests/platform/temporary_directory.h"
+#include "tests/support/control_client.h"
+#include "tests/support/raw_socket.h"
 #include "tests/support/sanitizers.h"
-#include "tests/system/control_client.h"
 #include "tests/system/daemon.h"
 #include "tests/system/multiplex.h"
-#include "tests/system/raw_socket.h"
 
 namespace tevra::test {
 namespace {

@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
 
 namespace tevra::test {
 namespace {

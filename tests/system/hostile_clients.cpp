@@ -6,8 +6,8 @@
 #include <thrift/protocol/TBinaryProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
 
-#include "tests/control/messages.h"
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
+#include "tests/support/messages.h"
 #include "tests/system/multiplex.h"
 #include "tests/system/recorded_calls.h"
 

@@ -9,9 +9,9 @@
 #include <thrift/TApplicationException.h>
 
 #include "tests/platform/temporary_directory.h"
+#include "tests/support/raw_socket.h"
 #include "tests/system/daemon.h"
 #include "tests/system/process_figures.h"
-#include "tests/system/raw_socket.h"
 
 namespace tevra::test {
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/control/messages.h"
+#include "tests/support/messages.h"
 #include "tests/system/hostile_clients.h"
 #include "tests/system/recorded_calls.h"
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/control/messages.h"
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
+#include "tests/support/messages.h"
 #include "tests/system/hostile_clients.h"
 #include "tests/system/recorded_calls.h"
 

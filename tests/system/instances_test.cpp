@@ -11,7 +11,7 @@
 
 #include "tests/fakes/fake_main_task.h"
 #include "tests/platform/temporary_directory.h"
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
 #include "tests/system/daemon.h"
 #include "tests/system/multiplex.h"
 #include "tests/system/record_files.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
 #include "tests/system/kill_restart_model.h"
 
 namespace tevra::test {

@@ -11,13 +11,13 @@
 #include <vector>
 
 #include "tests/platform/temporary_directory.h"
+#include "tests/support/control_client.h"
+#include "tests/support/raw_socket.h"
 #include "tests/support/sanitizers.h"
-#include "tests/system/control_client.h"
 #include "tests/system/daemon.h"
 #include "tests/system/faulty_main_task.h"
 #include "tests/system/multiplex.h"
 #include "tests/system/process_figures.h"
-#include "tests/system/raw_socket.h"
 
 // Whatever MainTask does, every control call returns: at most 2 s per notification, each that fails
 // being one line of level 3.

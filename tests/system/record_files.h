@@ -1,12 +1,12 @@
 #pragma once
 
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 
 #include <thrift/protocol/TJSONProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
+
+#include "tests/support/files.h"
 
 namespace tevra::test {
 
@@ -19,15 +19,6 @@ inline std::string tableStoreFile(int32_t mptsIndex) {
 }
 inline std::string eitVersionFile(int32_t mptsIndex) {
   return "Tornel/EITTableVersionStoreFile" + std::to_string(mptsIndex);
-}
-
-inline std::string readText(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-inline void writeText(const std::string& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary) << text;
 }
 
 /** The record in a file of the daemon, through the library's own JSON protocol. Raises Thrift's

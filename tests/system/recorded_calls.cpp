@@ -10,7 +10,7 @@
 #include <thrift/transport/TBufferTransports.h>
 
 #include "im_SIControlSrv.h"
-#include "tests/control/messages.h"
+#include "tests/support/messages.h"
 #include "tests/system/multiplex.h"
 
 namespace tevra::test {

@@ -11,14 +11,14 @@
 #include <thrift/protocol/TBinaryProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
 
-#include "tests/control/messages.h"
 #include "tests/fakes/fake_main_task.h"
 #include "tests/platform/temporary_directory.h"
-#include "tests/synth/golden_file.h"
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
+#include "tests/support/golden_file.h"
+#include "tests/support/messages.h"
+#include "tests/support/raw_socket.h"
 #include "tests/system/daemon.h"
 #include "tests/system/multiplex.h"
-#include "tests/system/raw_socket.h"
 #include "tests/system/record_files.h"
 #include "tests/system/tornelctl.h"
 
@@ -56,8 +56,8 @@ class SameEverywhere : public testing::Test {
   }
 
   /** The answers to every request, packets and records, as they come over the wire. */
-  [[nodiscard]] static Packets answers() {
-    Packets answers;
+  [[nodiscard]] static std::vector<std::string> answers() {
+    std::vector<std::string> answers;
     for (const int32_t service : kServices) {
       const RawConnection connection(kFirstControlPort);
       connection.send(wireRequest(service));
@@ -114,7 +114,8 @@ class SameNotificationsEverywhere : public testing::Test {
   RawListener mainTask_{kFirstNotificationPort};
   TemporaryDirectory root_;
   Daemon daemon_{root_.path()};
-  Packets notifications_ = {mainTask_.takeConnection()};  // the daemon asks for its configuration
+  std::vector<std::string> notifications_ = {
+      mainTask_.takeConnection()};  // the daemon asks for its configuration
   ControlClient client_;
 };
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/fakes/fake_main_task.h"
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
 #include "tests/system/soak_calls.h"
 #include "tests/system/soak_eits.h"
 #include "tests/system/soak_outputs.h"

@@ -12,10 +12,10 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/platform/temporary_directory.h"
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
+#include "tests/support/raw_socket.h"
 #include "tests/system/daemon.h"
 #include "tests/system/multiplex.h"
-#include "tests/system/raw_socket.h"
 #include "tests/system/tornelctl.h"
 
 namespace tevra::test {

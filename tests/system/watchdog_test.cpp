@@ -3,9 +3,9 @@
 #include <chrono>
 
 #include "tests/platform/temporary_directory.h"
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
+#include "tests/support/raw_socket.h"
 #include "tests/system/daemon.h"
-#include "tests/system/raw_socket.h"
 #include "tests/system/service_manager.h"
 
 namespace tevra::test {

@@ -8,7 +8,7 @@
 #include <thrift/transport/TBufferTransports.h>
 #include <thrift/transport/TServerSocket.h>
 
-#include "tests/inputdb/allocation_hook.h"
+#include "tests/support/allocation_hook.h"
 #include "tests/tools/support/fake_daemon_server.h"
 #include "tools/text/tool_error.h"
 

@@ -1,4 +1,4 @@
-#include "cfdb/pid_remap.h"
+#include "cfdb/pid_allocator.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,19 +13,19 @@
 
 #include "cfdb/pid_remap_file.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/inputdb/allocation_hook.h"
+#include "tests/support/allocation_hook.h"
 
-namespace tevra {
+namespace tevra::test {
 namespace {
 
 using fake::logged;
 using fake::LogLine;
 using fake::logLines;
 using fake::platform;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
-class PidRemapTest : public fake::PlatformTest {
+class PidAllocatorTest : public fake::PlatformTest {
  protected:
   /** What chain 0 has saved; default values if nothing. */
   static PIDRemap saved() {
@@ -35,9 +35,9 @@ class PidRemapTest : public fake::PlatformTest {
   }
 
   /** A type-0 module's chain 1 in slot 3: 500 to 899. */
-  static PidRemap poolFrom500() {
+  static PidAllocator poolFrom500() {
     platform().moduleType = 0;
-    return PidRemap(1);
+    return PidAllocator(1);
   }
 };
 
@@ -62,7 +62,7 @@ INSTANTIATE_TEST_SUITE_P(PidPool, KnownModuleType,
                            return "Type" + std::to_string(tested.param.moduleType);
                          });
 
-TEST_F(PidRemapTest, AnUnknownModuleTypeHasNoPoolAndLogsAnError) {
+TEST_F(PidAllocatorTest, AnUnknownModuleTypeHasNoPoolAndLogsAnError) {
   for (const int type : {-1, 1, 2, 3, 4, 7, 99, std::numeric_limits<int>::max()}) {
     fake::clearLog();
     platform().moduleType = type;
@@ -93,7 +93,7 @@ TEST_P(PidPoolOf, TypeSlotAndChainIsFixedAndLogged) {
   const Pool& pool = GetParam();
   platform().moduleType = pool.moduleType;
   platform().moduleSlot = pool.slot;
-  const PidRemap pids(pool.chain);
+  const PidAllocator pids(pool.chain);
   EXPECT_EQ(pids.pidPoolFirst(), pool.first);
   EXPECT_EQ(pids.pidPoolLast(), pool.last);
   EXPECT_THAT(logLines(), ElementsAre(LogLine{4, "",
@@ -110,21 +110,21 @@ INSTANTIATE_TEST_SUITE_P(
                     Pool{5, 4, 3, 1500, 1699}, Pool{0, 4, 1, 1300, 1699}, Pool{6, 5, 0, 1700, 2099},
                     Pool{5, 5, 2, 2100, 2299}, Pool{5, 2, 0, -700, -501}, Pool{0, 2, 1, -300, 99}));
 
-TEST_F(PidRemapTest, ASlotThatNoRackHasIsCountedWithAllTheSame) {
+TEST_F(PidAllocatorTest, ASlotThatNoRackHasIsCountedWithAllTheSame) {
   for (const int slot : {std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
     platform().moduleSlot = slot;
-    PidRemap pids(3);
+    PidAllocator pids(3);
     EXPECT_EQ(pids.pidPoolLast() - int64_t{pids.pidPoolFirst()}, 199);
     EXPECT_EQ(pids.getInputPID(pids.getConflictFreePID(0x100)), 0x100);
   }
 }
 
-TEST_F(PidRemapTest, EveryChainOfAnUnknownModuleTypeStartsAtTheSlotsFirstPid) {
+TEST_F(PidAllocatorTest, EveryChainOfAnUnknownModuleTypeStartsAtTheSlotsFirstPid) {
   platform().moduleType = 2;
   platform().moduleSlot = 4;
   for (const int32_t chain : {0, 1, 2, 3}) {
     fake::clearLog();
-    PidRemap pids(chain);
+    PidAllocator pids(chain);
     EXPECT_THAT(
         logLines(),
         ElementsAre(LogLine{3, "", "[getPIDPollSizePerMPTS] Module type [2] not supported!"},
@@ -135,30 +135,30 @@ TEST_F(PidRemapTest, EveryChainOfAnUnknownModuleTypeStartsAtTheSlotsFirstPid) {
 
 // Allocation
 
-TEST_F(PidRemapTest, FirstPidAfterResetIsPoolFirstPlusOne) {
-  PidRemap pids = poolFrom500();
+TEST_F(PidAllocatorTest, FirstPidAfterResetIsPoolFirstPlusOne) {
+  PidAllocator pids = poolFrom500();
   EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
   EXPECT_EQ(pids.getConflictFreePID(0x200), 502);
   EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
 }
 
-TEST_F(PidRemapTest, AllocatingWithinThePoolLogsNothing) {
-  PidRemap pids = poolFrom500();
+TEST_F(PidAllocatorTest, AllocatingWithinThePoolLogsNothing) {
+  PidAllocator pids = poolFrom500();
   fake::clearLog();
   EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
   EXPECT_THAT(logLines(), IsEmpty());
 }
 
-TEST_F(PidRemapTest, GivesTheInputPidOfAnOutputPid) {
-  PidRemap pids = poolFrom500();
+TEST_F(PidAllocatorTest, GivesTheInputPidOfAnOutputPid) {
+  PidAllocator pids = poolFrom500();
   EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
   EXPECT_EQ(pids.getConflictFreePID(0x200), 502);
   EXPECT_EQ(pids.getInputPID(501), 0x100);
   EXPECT_EQ(pids.getInputPID(502), 0x200);
 }
 
-TEST_F(PidRemapTest, AnOutputPidNeverHandedOutHasNoInputPidAndAllocatesNothing) {
-  PidRemap pids = poolFrom500();
+TEST_F(PidAllocatorTest, AnOutputPidNeverHandedOutHasNoInputPidAndAllocatesNothing) {
+  PidAllocator pids = poolFrom500();
   for (const int32_t unknown : {500, 501, 0, -1, 0x1FFF, 65535, 65536}) {
     EXPECT_EQ(pids.getInputPID(unknown), 65535) << unknown;
   }
@@ -167,8 +167,8 @@ TEST_F(PidRemapTest, AnOutputPidNeverHandedOutHasNoInputPidAndAllocatesNothing) 
   EXPECT_EQ(pids.getInputPID(0x100), 65535);
 }
 
-TEST_F(PidRemapTest, NoInputPidIsSpecial) {
-  PidRemap pids = poolFrom500();
+TEST_F(PidAllocatorTest, NoInputPidIsSpecial) {
+  PidAllocator pids = poolFrom500();
   uint16_t expected = 501;
   for (const int32_t input :
        {0, 1, 0x10, 0x11, 0x1FFE, 0x1FFF, 0x2000, 0xFFFF, 0x10000, -1,
@@ -179,21 +179,21 @@ TEST_F(PidRemapTest, NoInputPidIsSpecial) {
   }
 }
 
-TEST_F(PidRemapTest, AnOutputPidAsInputIsRemappedLikeAnyOther) {
-  PidRemap pids = poolFrom500();
+TEST_F(PidAllocatorTest, AnOutputPidAsInputIsRemappedLikeAnyOther) {
+  PidAllocator pids = poolFrom500();
   EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
   EXPECT_EQ(pids.getConflictFreePID(501), 502);
   EXPECT_EQ(pids.getInputPID(502), 501);
 }
 
-TEST_F(PidRemapTest, LackOfMemoryLeavesBothDirectionsAndTheNextPidAsTheyWere) {
+TEST_F(PidAllocatorTest, LackOfMemoryLeavesBothDirectionsAndTheNextPidAsTheyWere) {
   size_t allowed = 0;
   bool lacking = true;
   while (lacking) {
-    PidRemap pids = poolFrom500();
+    PidAllocator pids = poolFrom500();
     EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
     {
-      const test::AllocationHook failing(
+      const AllocationHook failing(
           1, [] { throw std::bad_alloc(); }, allowed);
       try {
         (void)pids.getConflictFreePID(0x200);
@@ -210,9 +210,9 @@ TEST_F(PidRemapTest, LackOfMemoryLeavesBothDirectionsAndTheNextPidAsTheyWere) {
   EXPECT_EQ(allowed, 3U);  // a node of either map, then none
 }
 
-TEST_F(PidRemapTest, APoolBelowZeroGivesTheLow16Bits) {
+TEST_F(PidAllocatorTest, APoolBelowZeroGivesTheLow16Bits) {
   platform().moduleSlot = 2;  // -700 to -501
-  PidRemap pids(0);
+  PidAllocator pids(0);
   fake::clearLog();
   EXPECT_EQ(pids.getConflictFreePID(0x100), 65536 - 699);
   EXPECT_EQ(pids.getInputPID(65536 - 699), 0x100);
@@ -220,9 +220,9 @@ TEST_F(PidRemapTest, APoolBelowZeroGivesTheLow16Bits) {
   EXPECT_THAT(logLines(), IsEmpty());
 }
 
-TEST_F(PidRemapTest, PidsAbove65535WrapToZero) {
+TEST_F(PidAllocatorTest, PidsAbove65535WrapToZero) {
   platform().moduleSlot = 84;  // 64900 to 65099
-  PidRemap pids(0);
+  PidAllocator pids(0);
   for (int32_t input = 0; input < 65535 - 64900; ++input) {
     ASSERT_EQ(pids.getConflictFreePID(input), 64901 + input);
   }
@@ -235,7 +235,7 @@ TEST_F(PidRemapTest, PidsAbove65535WrapToZero) {
 // Past the pool's end
 
 /** Allocates `count` PIDs for input PIDs from `firstInput` on; the last of them. */
-uint16_t allocate(PidRemap& pids, int32_t firstInput, int32_t count) {
+uint16_t allocate(PidAllocator& pids, int32_t firstInput, int32_t count) {
   uint16_t last = 0;
   for (int32_t input = firstInput; input < firstInput + count; ++input) {
     last = pids.getConflictFreePID(input);
@@ -243,8 +243,8 @@ uint16_t allocate(PidRemap& pids, int32_t firstInput, int32_t count) {
   return last;
 }
 
-TEST_F(PidRemapTest, CountsOnPastThePoolAndSaysSoOnce) {
-  PidRemap pids(0);
+TEST_F(PidAllocatorTest, CountsOnPastThePoolAndSaysSoOnce) {
+  PidAllocator pids(0);
   fake::clearLog();
   EXPECT_EQ(allocate(pids, 0, 199), 299);
   EXPECT_THAT(logLines(), IsEmpty());
@@ -256,8 +256,8 @@ TEST_F(PidRemapTest, CountsOnPastThePoolAndSaysSoOnce) {
   EXPECT_THAT(logLines(), ElementsAre(exhausted));
 }
 
-TEST_F(PidRemapTest, SaysThatThePoolIsExhaustedOncePerReset) {
-  PidRemap pids(2);  // 500 to 699
+TEST_F(PidAllocatorTest, SaysThatThePoolIsExhaustedOncePerReset) {
+  PidAllocator pids(2);  // 500 to 699
   const std::string exhausted = "[ModChain2] PID pool exhausted, PID [700] is beyond [699]";
   EXPECT_EQ(allocate(pids, 0, 250), 750);
   EXPECT_EQ(fake::timesLogged(4, exhausted), 1);
@@ -271,9 +271,9 @@ TEST_F(PidRemapTest, SaysThatThePoolIsExhaustedOncePerReset) {
   EXPECT_EQ(fake::timesLogged(4, exhausted), 3);
 }
 
-TEST_F(PidRemapTest, AnEmptyPoolIsExhaustedByItsFirstPid) {
+TEST_F(PidAllocatorTest, AnEmptyPoolIsExhaustedByItsFirstPid) {
   platform().moduleType = 1;
-  PidRemap pids(3);
+  PidAllocator pids(3);
   fake::clearLog();
   EXPECT_EQ(pids.getConflictFreePID(0x100), 101);
   EXPECT_EQ(pids.getConflictFreePID(0x101), 102);
@@ -283,8 +283,8 @@ TEST_F(PidRemapTest, AnEmptyPoolIsExhaustedByItsFirstPid) {
 
 // Reset and transport streams
 
-TEST_F(PidRemapTest, ResetForgetsBothDirectionsAndRestartsThePool) {
-  PidRemap pids = poolFrom500();
+TEST_F(PidAllocatorTest, ResetForgetsBothDirectionsAndRestartsThePool) {
+  PidAllocator pids = poolFrom500();
   EXPECT_EQ(allocate(pids, 0x100, 3), 503);
   pids.resetPIDRemap();
   for (const int32_t output : {501, 502, 503}) {
@@ -293,8 +293,8 @@ TEST_F(PidRemapTest, ResetForgetsBothDirectionsAndRestartsThePool) {
   EXPECT_EQ(pids.getConflictFreePID(0x102), 501);
 }
 
-TEST_F(PidRemapTest, ResetTakesTheSlotOfTheMomentAndKeepsThePool) {
-  PidRemap pids(0);
+TEST_F(PidAllocatorTest, ResetTakesTheSlotOfTheMomentAndKeepsThePool) {
+  PidAllocator pids(0);
   platform().moduleSlot = 4;
   pids.resetPIDRemap();
   EXPECT_EQ(pids.pidPoolFirst(), 100);
@@ -303,8 +303,8 @@ TEST_F(PidRemapTest, ResetTakesTheSlotOfTheMomentAndKeepsThePool) {
   EXPECT_EQ(saved().moduleSlot, 4);
 }
 
-TEST_F(PidRemapTest, ResetLeavesWhatIsUnsavedUnsaved) {
-  PidRemap pids(0);
+TEST_F(PidAllocatorTest, ResetLeavesWhatIsUnsavedUnsaved) {
+  PidAllocator pids(0);
   EXPECT_EQ(pids.getConflictFreePID(0x100), 101);
   pids.resetPIDRemap();
   pids.saveConflictFreeDB();
@@ -315,15 +315,15 @@ TEST_F(PidRemapTest, ResetLeavesWhatIsUnsavedUnsaved) {
   EXPECT_EQ(saved(), fresh);
 }
 
-TEST_F(PidRemapTest, ResetDoesNotMakeTheMappingUnsaved) {
-  PidRemap pids(0);
+TEST_F(PidAllocatorTest, ResetDoesNotMakeTheMappingUnsaved) {
+  PidAllocator pids(0);
   pids.resetPIDRemap();
   pids.saveConflictFreeDB();
   EXPECT_FALSE(std::filesystem::exists(path("PIDRemap0")));
 }
 
-TEST_F(PidRemapTest, TheSameTransportStreamKeepsTheMapping) {
-  PidRemap pids = poolFrom500();
+TEST_F(PidAllocatorTest, TheSameTransportStreamKeepsTheMapping) {
+  PidAllocator pids = poolFrom500();
   pids.followTransportStream(7);
   EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
   pids.followTransportStream(7);
@@ -331,8 +331,8 @@ TEST_F(PidRemapTest, TheSameTransportStreamKeepsTheMapping) {
   EXPECT_EQ(pids.getConflictFreePID(0x200), 502);
 }
 
-TEST_F(PidRemapTest, AnotherTransportStreamRestartsTheMapping) {
-  PidRemap pids = poolFrom500();
+TEST_F(PidAllocatorTest, AnotherTransportStreamRestartsTheMapping) {
+  PidAllocator pids = poolFrom500();
   pids.followTransportStream(7);
   EXPECT_EQ(allocate(pids, 0x100, 2), 502);
   pids.followTransportStream(8);
@@ -340,15 +340,15 @@ TEST_F(PidRemapTest, AnotherTransportStreamRestartsTheMapping) {
   EXPECT_EQ(pids.getConflictFreePID(0x101), 501);
 }
 
-TEST_F(PidRemapTest, AFreshMappingBelongsToTransportStream65535) {
-  PidRemap pids(0);
+TEST_F(PidAllocatorTest, AFreshMappingBelongsToTransportStream65535) {
+  PidAllocator pids(0);
   EXPECT_EQ(pids.getConflictFreePID(0x100), 101);
   pids.followTransportStream(0xFFFF);
   EXPECT_EQ(pids.getInputPID(101), 0x100);
 }
 
-TEST_F(PidRemapTest, TheTransportStreamIdIsComparedWhole) {
-  PidRemap pids(0);
+TEST_F(PidAllocatorTest, TheTransportStreamIdIsComparedWhole) {
+  PidAllocator pids(0);
   pids.followTransportStream(7);
   EXPECT_EQ(pids.getConflictFreePID(0x100), 101);
   pids.followTransportStream(7 + 0x10000);
@@ -356,4 +356,4 @@ TEST_F(PidRemapTest, TheTransportStreamIdIsComparedWhole) {
 }
 
 }  // namespace
-}  // namespace tevra
+}  // namespace tevra::test

@@ -1,4 +1,4 @@
-#include "tests/control/messages.h"
+#include "tests/support/messages.h"
 
 namespace tevra::test {
 namespace {

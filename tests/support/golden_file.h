@@ -3,8 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
-
-#include "tests/synth/transport_packets.h"
+#include <vector>
 
 namespace tevra::test {
 
@@ -16,7 +15,7 @@ namespace tevra::test {
  * difference before committing it.
  */
 [[nodiscard]] ::testing::AssertionResult matchesGolden(const std::string& name,
-                                                       const Packets& packets);
+                                                       const std::vector<std::string>& packets);
 
 /** The same of `text` and golden/<file>. */
 [[nodiscard]] ::testing::AssertionResult matchesGoldenText(const std::string& file,

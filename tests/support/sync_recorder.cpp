@@ -1,4 +1,4 @@
-#include "tests/cfdb/sync_recorder.h"
+#include "tests/support/sync_recorder.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,16 +1,16 @@
-#include "tests/synth/golden_file.h"
+#include "tests/support/golden_file.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
+
+#include "tests/support/files.h"
 
 namespace tevra::test {
 namespace {
 
 constexpr size_t kBytesPerLine = 16;
 
-std::string toText(const Packets& packets) {
+std::string toText(const std::vector<std::string>& packets) {
   std::string text;
   for (const std::string& packet : packets) {
     text += "packet of " + std::to_string(packet.size()) + " bytes\n";
@@ -24,13 +24,6 @@ std::string toText(const Packets& packets) {
   return text;
 }
 
-std::string contentOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream content;
-  content << file.rdbuf();
-  return content.str();
-}
-
 bool updateWanted() {
   const char* update = std::getenv("TORNEL_UPDATE_GOLDEN");
   return update != nullptr && std::string(update) == "1";
@@ -38,17 +31,18 @@ bool updateWanted() {
 
 }  // namespace
 
-testing::AssertionResult matchesGolden(const std::string& name, const Packets& packets) {
+testing::AssertionResult matchesGolden(const std::string& name,
+                                       const std::vector<std::string>& packets) {
   return matchesGoldenText(name + ".hex", toText(packets));
 }
 
 testing::AssertionResult matchesGoldenText(const std::string& file, const std::string& text) {
   const std::string path = std::string(TORNEL_GOLDEN_DIR) + "/" + file;
   if (updateWanted()) {
-    std::ofstream(path, std::ios::binary) << text;
+    writeText(path, text);
     return testing::AssertionFailure() << path << " rewritten: review it and test again";
   }
-  const std::string golden = contentOf(path);
+  const std::string golden = readText(path);
   if (text == golden) {
     return testing::AssertionSuccess();
   }

@@ -25,6 +25,9 @@ class RawConnection {
    * something. */
   [[nodiscard]] bool closedByPeer() const;
 
+  /** The next `length` bytes of the peer; fewer when it sends no more of them within kPatience. */
+  [[nodiscard]] std::string receive(size_t length) const;
+
   /** Tells the peer that nothing more comes. */
   void finish() const;
 

@@ -1,4 +1,4 @@
-#include "tests/system/raw_socket.h"
+#include "tests/support/raw_socket.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "tests/system/child_process.h"
+#include "tests/support/patience.h"
 
 namespace tevra::test {
 namespace {
@@ -87,6 +87,20 @@ bool RawConnection::closedByPeer() const {
   }
   char byte = 0;
   return recv(socket_, &byte, 1, 0) <= 0;  // 0: closed; -1: reset
+}
+
+std::string RawConnection::receive(size_t length) const {
+  std::string received(length, '\0');
+  size_t taken = 0;
+  while (taken < length && readable(socket_)) {
+    const ssize_t got = recv(socket_, received.data() + taken, length - taken, 0);
+    if (got <= 0) {
+      break;
+    }
+    taken += static_cast<size_t>(got);
+  }
+  received.resize(taken);
+  return received;
 }
 
 void RawConnection::finish() const {

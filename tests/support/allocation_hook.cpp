@@ -1,4 +1,4 @@
-#include "tests/inputdb/allocation_hook.h"
+#include "tests/support/allocation_hook.h"
 
 #include <cstdlib>
 #include <new>

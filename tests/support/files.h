@@ -10,13 +10,14 @@
 
 namespace tevra::test {
 
-inline std::string contentOf(const std::string& path) {
+/** All of it; empty when there is no such file. */
+inline std::string readText(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
-inline void writeContent(const std::string& path, const std::string& content) {
-  std::ofstream(path, std::ios::binary) << content;
+inline void writeText(const std::string& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
 }
 
 /** Permission bits of what lies at `path`, 0 when nothing does. */
@@ -27,8 +28,7 @@ inline mode_t modeOf(const std::string& path) {
 
 /** How many descriptors this process has open. */
 inline std::ptrdiff_t openDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
-                       std::filesystem::directory_iterator());
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 /** Sets the process's umask for its own lifetime. */

@@ -29,11 +29,11 @@ inline constexpr int32_t kUnknownPid = 0xFFFF;
  * Callable from any thread; every operation takes the PID lock, which is recursive. Callers may
  * hold a table lock, never the other way round.
  */
-class PidRemap {
+class PidAllocator {
  public:
   /** Takes the mapping from the file if that was made in this slot; otherwise starts from a reset,
    * silently. */
-  explicit PidRemap(int32_t chainIndex);
+  explicit PidAllocator(int32_t chainIndex);
 
   /** The output PID of `inputPid`, allocated when new. std::bad_alloc leaves the mapping as it was.
    */
@@ -62,7 +62,7 @@ class PidRemap {
   [[nodiscard]] int32_t pidPoolLast() const { return pidPoolLast_; }
 
  private:
-  PidRemap(int32_t chainIndex, int32_t poolSize);
+  PidAllocator(int32_t chainIndex, int32_t poolSize);
   void load();
   void warnIfExhausted(int64_t pid) REQUIRES(mutex_);
 

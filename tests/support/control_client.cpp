@@ -1,11 +1,12 @@
-#include "tests/system/control_client.h"
+#include "tests/support/control_client.h"
+
+#include <poll.h>
 
 #include <thrift/TConfiguration.h>
 #include <thrift/protocol/TBinaryProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
-#include <thrift/transport/TSocket.h>
 
-#include "tests/system/child_process.h"
+#include "tests/support/patience.h"
 
 namespace tevra::test {
 namespace {
@@ -21,11 +22,11 @@ constexpr int kMaxSize = 256 * 1024 * 1024;
 
 ControlClient::ControlClient(int32_t mptsIndex) {
   const auto limits = std::make_shared<TConfiguration>(kMaxSize, kMaxSize);
-  const auto socket = std::make_shared<TSocket>("127.0.0.1", kFirstControlPort + mptsIndex, limits);
+  socket_ = std::make_shared<TSocket>("127.0.0.1", kFirstControlPort + mptsIndex, limits);
   const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(kPatience);
-  socket->setSendTimeout(static_cast<int>(milliseconds.count()));
-  socket->setRecvTimeout(static_cast<int>(milliseconds.count()));
-  transport_ = std::make_shared<TFramedTransport>(socket, limits);
+  socket_->setSendTimeout(static_cast<int>(milliseconds.count()));
+  socket_->setRecvTimeout(static_cast<int>(milliseconds.count()));
+  transport_ = std::make_shared<TFramedTransport>(socket_, limits);
   protocol_ = std::make_shared<TBinaryProtocol>(transport_);
   service_ = std::make_unique<Service>(protocol_);
   transport_->open();
@@ -33,6 +34,11 @@ ControlClient::ControlClient(int32_t mptsIndex) {
 
 ControlClient::~ControlClient() {
   transport_->close();
+}
+
+bool ControlClient::hasAnswerWithin(int milliseconds) {
+  pollfd descriptor = {socket_->getSocketFD(), POLLIN, 0};
+  return poll(&descriptor, 1, milliseconds) == 1;
 }
 
 }  // namespace tevra::test

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <memory>
 
+#include <thrift/transport/TSocket.h>
+
 #include "im_SIControlSrv.h"
 
 namespace tevra::test {
@@ -25,10 +27,17 @@ class ControlClient {
 
   Service* operator->() { return service_.get(); }
 
+  /** Whether bytes of an answer arrive within `milliseconds`. */
+  [[nodiscard]] bool hasAnswerWithin(int milliseconds);
+
+  /** Before its end. */
+  void close() { transport_->close(); }
+
   /** For calls that the service does not know. */
   [[nodiscard]] apache::thrift::protocol::TProtocol& protocol() { return *protocol_; }
 
  private:
+  std::shared_ptr<apache::thrift::transport::TSocket> socket_;
   std::shared_ptr<apache::thrift::transport::TTransport> transport_;
   std::shared_ptr<apache::thrift::protocol::TProtocol> protocol_;
   std::unique_ptr<Service> service_;

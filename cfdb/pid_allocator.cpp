@@ -1,4 +1,4 @@
-#include "cfdb/pid_remap.h"
+#include "cfdb/pid_allocator.h"
 
 #include <map>
 #include <utility>
@@ -44,9 +44,10 @@ int32_t getPIDPollSizePerMPTS() {
   }
 }
 
-PidRemap::PidRemap(int32_t chainIndex) : PidRemap(chainIndex, getPIDPollSizePerMPTS()) {}
+PidAllocator::PidAllocator(int32_t chainIndex)
+    : PidAllocator(chainIndex, getPIDPollSizePerMPTS()) {}
 
-PidRemap::PidRemap(int32_t chainIndex, int32_t poolSize)
+PidAllocator::PidAllocator(int32_t chainIndex, int32_t poolSize)
     : chainIndex_(chainIndex),
       pidPoolFirst_(firstPidOfPool(chainIndex, poolSize)),
       pidPoolLast_(static_cast<int32_t>(int64_t{pidPoolFirst_} + poolSize - 1)),
@@ -57,7 +58,7 @@ PidRemap::PidRemap(int32_t chainIndex, int32_t poolSize)
   load();
 }
 
-void PidRemap::load() {
+void PidAllocator::load() {
   PIDRemap stored;
   if (readPIDRemapFile(path_, stored) != kRecordFileDone ||
       stored.moduleSlot != get_module_slot()) {
@@ -67,7 +68,7 @@ void PidRemap::load() {
   remap_ = std::move(stored);
 }
 
-uint16_t PidRemap::getConflictFreePID(int32_t inputPid) {
+uint16_t PidAllocator::getConflictFreePID(int32_t inputPid) {
   RecursiveMutexLock lock(mutex_);
   const auto known = remap_.inputToOutput.find(inputPid);
   if (known != remap_.inputToOutput.end()) {
@@ -87,7 +88,7 @@ uint16_t PidRemap::getConflictFreePID(int32_t inputPid) {
   return outputPid;
 }
 
-void PidRemap::warnIfExhausted(int64_t pid) {
+void PidAllocator::warnIfExhausted(int64_t pid) {
   if (pid <= pidPoolLast_ || exhaustionLogged_) {
     return;
   }
@@ -96,13 +97,13 @@ void PidRemap::warnIfExhausted(int64_t pid) {
                chainIndex_, static_cast<uint16_t>(pid), pidPoolLast_);
 }
 
-int32_t PidRemap::getInputPID(int32_t outputPid) {
+int32_t PidAllocator::getInputPID(int32_t outputPid) {
   RecursiveMutexLock lock(mutex_);
   const auto known = remap_.outputToInput.find(outputPid);
   return known == remap_.outputToInput.end() ? kUnknownPid : known->second;
 }
 
-void PidRemap::resetPIDRemap() {
+void PidAllocator::resetPIDRemap() {
   RecursiveMutexLock lock(mutex_);
   remap_.transportStreamId = kNoTransportStream;
   remap_.inputToOutput.clear();
@@ -112,7 +113,7 @@ void PidRemap::resetPIDRemap() {
   exhaustionLogged_ = false;
 }
 
-void PidRemap::followTransportStream(int32_t transportStreamId) {
+void PidAllocator::followTransportStream(int32_t transportStreamId) {
   RecursiveMutexLock lock(mutex_);
   if (remap_.transportStreamId == transportStreamId) {
     return;
@@ -121,7 +122,7 @@ void PidRemap::followTransportStream(int32_t transportStreamId) {
   remap_.transportStreamId = transportStreamId;
 }
 
-void PidRemap::saveConflictFreeDB() {
+void PidAllocator::saveConflictFreeDB() {
   RecursiveMutexLock lock(mutex_);
   if (!dirty_) {
     return;
