@@ -52,20 +52,20 @@ void TableDemux::push(const TsPacket& packet) {
     return;
   }
   for (Section& section : gatherer->push(packet)) {
-    if (section.isCurrent() && belongs(pid, section)) {
+    if (section.isCurrent && belongs(pid, section)) {
       take(pid, std::move(section));
     }
   }
 }
 
 bool TableDemux::belongs(int pid, const Section& section) const {
-  switch (section.tableId()) {
+  switch (section.tableId) {
     case kTablePat:
       return pid == kPatPid;
     case kTableCat:
       return pid == kCatPid;
     case kTablePmt:
-      return pmts_.count({pid, section.extension()}) != 0;
+      return pmts_.count({pid, section.extension}) != 0;
     case kTableNitActual:
       return pid == kNitPid;
     case kTableSdtActual:
@@ -79,19 +79,19 @@ bool TableDemux::belongs(int pid, const Section& section) const {
 }
 
 void TableDemux::take(int pid, Section section) {
-  const int tableId = section.tableId();
+  const int tableId = section.tableId;
   std::vector<Section> complete;
   if (tableId == kTableTot) {
     complete.push_back(std::move(section));
   } else {
-    const int extension = isSingle(tableId) ? 0 : section.extension();
+    const int extension = isSingle(tableId) ? 0 : section.extension;
     complete = subTables_[{pid, tableId, extension}].add(std::move(section));
   }
   if (complete.empty()) {
     return;
   }
   sectionsOfTable_ = complete.size();
-  const SiTable table = decodeTable(complete);
+  const SiTable table = tableOf(std::move(complete));
   if (const PAT* pat = std::get_if<PAT>(&table)) {
     follow(*pat);
   }

@@ -18,7 +18,7 @@ std::vector<int> versionsFrom(SectionGatherer& gatherer, const std::vector<TsPac
   std::vector<int> versions;
   for (const TsPacket& packet : packets) {
     for (const Section& section : gatherer.push(packet)) {
-      versions.push_back(section.version());
+      versions.push_back(section.version);
     }
   }
   return versions;
@@ -44,7 +44,11 @@ TEST(SectionGatherer, PutsASectionTogetherFromItsPackets) {
   }
   sections = gatherer.push(packets.back());
   ASSERT_EQ(1U, sections.size());
-  EXPECT_EQ(longPat(7), sections[0].bytes());
+  const PAT& pat = std::get<PAT>(sections[0].content);
+  ASSERT_EQ(200U, pat.programs.size());
+  for (const PATProgram& program : pat.programs) {
+    EXPECT_EQ(program.programNumber + 100, program.pid);
+  }
 }
 
 TEST(SectionGatherer, FindsSeveralSectionsInOnePacket) {

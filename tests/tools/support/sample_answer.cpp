@@ -1,7 +1,7 @@
 #include "tests/tools/support/sample_answer.h"
 
 #include "tests/tools/support/ts_builder.h"
-#include "tools/si/table_decoder.h"
+#include "tools/si/section.h"
 
 namespace tevra::tools::test {
 namespace {
@@ -18,7 +18,7 @@ std::vector<std::string> packetStrings(int pid, const Bytes& section) {
 
 template <class Table>
 Table decoded(const Bytes& section) {
-  return std::get<Table>(decodeTable({Section::parse(section.data(), section.size()).value()}));
+  return std::get<Table>(Section::parse(section.data(), section.size()).value().content);
 }
 
 PIDItem item(int inputPid, int outputPid, int attributes) {

@@ -6,7 +6,7 @@
 #include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptors.h"
 #include "tools/descriptors/name_table.h"
-#include "tools/si/section.h"
+#include "tools/si/section_reader.h"
 #include "tools/text/dvb_text.h"
 #include "tools/text/words.h"
 
@@ -106,7 +106,8 @@ std::vector<CaReference> caReferences(const std::vector<Descriptor>& descriptors
   for (const Descriptor& descriptor : descriptors) {
     if (descriptor.tag == kCaTag && descriptor.data.size() >= 4) {
       const auto* bytes = reinterpret_cast<const uint8_t*>(descriptor.data.data());
-      references.push_back({read16(bytes), read16(bytes + 2) & 0x1FFF});
+      SectionReader reader(bytes, bytes + descriptor.data.size());
+      references.push_back({reader.word(), reader.pid()});
     }
   }
   return references;
