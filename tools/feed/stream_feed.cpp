@@ -25,18 +25,17 @@ StreamFeed::StreamFeed(const std::string& path, thrift::in_module::im_SIControlS
 void StreamFeed::read(ByteSource& source, const std::string& name, const OnPacket& onPacket,
                       const OnTable& onTable) {
   TsPacketReader reader([&](uint8_t* buffer, size_t size) { return source.read(buffer, size); });
-  TableDemux demux([&](const SiTable& table) {
-    feeder_.feed(table, demux.sectionsOfTable());
+  TableDemux demux([&](const SiTable& table, size_t sections) {
+    feeder_.feed(table, sections);
     inventory_.add(table);
-    onTable(table, demux.sectionsOfTable());
+    onTable(table, sections);
   });
   TsPacket packet;
   while (reader.next(packet) && onPacket(packet, feeder_.sent())) {
     demux.push(packet);
   }
   packets_ = reader.packets();
-  statistics_ = demux.statistics();
-  statisticsByPid_ = demux.statisticsByPid();
+  faultsByPid_ = demux.faults();
   if (feeder_.sent() == 0) {
     throw ToolError(source.explainNothing(name, packets_));
   }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -23,7 +22,7 @@ class StreamFeed {
   using OnPacket = std::function<bool(const TsPacket& packet, size_t tablesSent)>;
 
   /** Told of every table, and in how many sections it came, when it has been sent. */
-  using OnTable = std::function<void(const SiTable& table, size_t sections)>;
+  using OnTable = TableDemux::Consumer;
 
   /**
    * Reads `source`, called `name`, to its end; a table is sent as soon as it is complete.
@@ -45,12 +44,10 @@ class StreamFeed {
   [[nodiscard]] const TableFeeder& tables() const { return feeder_; }
   /** Transport stream packets read. */
   [[nodiscard]] uint64_t packets() const { return packets_; }
-  /** What was lost on the way to tables. */
-  [[nodiscard]] const DemuxStatistics& statistics() const { return statistics_; }
-  /** Of every PID on which tables were looked for. */
-  [[nodiscard]] const std::map<int, DemuxStatistics>& statisticsByPid() const {
-    return statisticsByPid_;
-  }
+  /** What was lost on the way to tables, by every PID on which they were looked for. */
+  [[nodiscard]] const FaultsByPid& faultsByPid() const { return faultsByPid_; }
+  /** The same of all PIDs. */
+  [[nodiscard]] SectionFaults statistics() const { return sumOf(faultsByPid_); }
 
   /** For people: what was wrong with the stream, one line per fault. */
   [[nodiscard]] const std::vector<std::string>& faults() const { return faults_; }
@@ -64,8 +61,7 @@ class StreamFeed {
   TableFeeder feeder_;
   StreamInventory inventory_;
   uint64_t packets_ = 0;
-  DemuxStatistics statistics_;
-  std::map<int, DemuxStatistics> statisticsByPid_;
+  FaultsByPid faultsByPid_;
   std::vector<std::string> faults_;
 };
 

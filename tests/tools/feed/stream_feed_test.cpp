@@ -122,7 +122,7 @@ TEST(StreamFeed, TellsOfEveryTableAndItsSectionsWhenItHasBeenSent) {
         EXPECT_TRUE(std::holds_alternative<SDT>(table));
       });
   EXPECT_THAT(told, ElementsAre("setSDT SDT 1 v4, 2 sections"));
-  EXPECT_EQ(0U, feed.statisticsByPid().at(0x11).crcErrors);
+  EXPECT_EQ(0U, feed.faultsByPid().at(0x11).crcErrors);
 }
 
 TEST(StreamFeed, PassesOnWhatTheDaemonRaises) {

@@ -73,8 +73,8 @@ void addCounts(const StreamFeed& stream, const StreamCensus& census, Report& rep
   report.firstClock = census.firstClock();
   report.lastClock = census.lastClock();
   for (auto& [pid, count] : report.pids) {
-    const auto entry = stream.statisticsByPid().find(pid);
-    if (entry != stream.statisticsByPid().end()) {
+    const auto entry = stream.faultsByPid().find(pid);
+    if (entry != stream.faultsByPid().end()) {
       count.crcErrors = entry->second.crcErrors;
       count.otherSections = entry->second.truncatedSections + entry->second.malformedSections;
     }
