@@ -14,7 +14,7 @@
 
 namespace tevra::tools {
 
-/** Hands all tables of one stream to a daemon and keeps account of what the stream holds. */
+/** What came of handing the tables of one stream to a daemon, and what the stream holds. */
 class StreamFeed {
  public:
   /** Told of every packet before its tables are sent, and how many have been; false ends the feed.
@@ -25,18 +25,18 @@ class StreamFeed {
   using OnTable = TableDemux::Consumer;
 
   /**
-   * Reads `source`, called `name`, to its end; a table is sent as soon as it is complete.
+   * Reads `source`, called `name`, to its end, and sends each table as soon as it is complete.
    *
    * Raises ToolError when the source cannot be read, holds no transport stream or none of the
    * tables. Passes on what a call raises.
    */
-  StreamFeed(
+  [[nodiscard]] static StreamFeed feed(
       ByteSource& source, const std::string& name, thrift::in_module::im_SIControlSrvIf& daemon,
       const OnPacket& onPacket,
       const OnTable& onTable = [](const SiTable& /*table*/, size_t /*sections*/) {});
-
-  /** The same of a file, or of standard input for "-". */
-  StreamFeed(const std::string& path, thrift::in_module::im_SIControlSrvIf& daemon);
+  /** The same with a file, or with standard input for "-". */
+  [[nodiscard]] static StreamFeed feedFile(const std::string& path,
+                                           thrift::in_module::im_SIControlSrvIf& daemon);
 
   /** What the stream's services are. */
   [[nodiscard]] const StreamInventory& inventory() const { return inventory_; }
@@ -55,8 +55,7 @@ class StreamFeed {
   void printFaults(std::ostream& out) const;
 
  private:
-  void read(ByteSource& source, const std::string& name, const OnPacket& onPacket,
-            const OnTable& onTable);
+  explicit StreamFeed(thrift::in_module::im_SIControlSrvIf& daemon) : feeder_(daemon) {}
 
   TableFeeder feeder_;
   StreamInventory inventory_;

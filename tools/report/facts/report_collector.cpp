@@ -46,7 +46,7 @@ StreamFeed feed(const std::string& path, Daemon& daemon, Survey& survey) {
       }
     }
   };
-  return {file, path, daemon, onPacket, onTable};
+  return StreamFeed::feed(file, path, daemon, onPacket, onTable);
 }
 
 /** How long the file lasts, by the PCRs of one PID, the same way as extract times its packets. */
