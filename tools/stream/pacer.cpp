@@ -6,9 +6,6 @@
 namespace tevra::tools {
 namespace {
 
-/** PCRs are at most 0.1 s apart (ISO/IEC 13818-1, 2.7.2); beyond this it is a jump. */
-constexpr int64_t kLongestPcrInterval = 5 * kSystemClock;
-
 std::chrono::nanoseconds toTime(int64_t ticks) {
   constexpr int64_t kMicrosecond = kSystemClock / 1'000'000;
   return std::chrono::microseconds(ticks / kMicrosecond);
@@ -36,8 +33,7 @@ void Pacer::pace(const TsPacket& packet) {
     return;
   }
   if (pid_ && !packet.discontinuity()) {
-    const int64_t interval = (*pcr - lastPcr_ + kPcrModulus) % kPcrModulus;
-    elapsed_ += interval <= kLongestPcrInterval ? interval : 0;
+    elapsed_ += pcrInterval(lastPcr_, *pcr);
   }
   pid_ = packet.pid();
   lastPcr_ = *pcr;

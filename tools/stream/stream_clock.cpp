@@ -7,10 +7,6 @@ namespace tevra::tools {
 namespace {
 
 constexpr double kAssumedBitRate = 1e6;
-/**
- * PCRs are at most 0.1 s apart (ISO/IEC 13818-1, 2.7.2); what is much more is a jump of the clock.
- */
-constexpr int64_t kLongestPcrInterval = 5 * kSystemClock;
 
 }  // namespace
 
@@ -37,8 +33,8 @@ void StreamClock::takePcr(size_t index, int64_t pcr, bool discontinuity) {
     anchor_ = Anchor{index, pcr};
     return;
   }
-  const int64_t interval = (pcr - anchor_->pcr + kPcrModulus) % kPcrModulus;
-  if (!discontinuity && interval > 0 && interval <= kLongestPcrInterval) {
+  const int64_t interval = pcrInterval(anchor_->pcr, pcr);
+  if (!discontinuity && interval > 0) {
     ticksPerPacket_ = static_cast<double>(interval) / static_cast<double>(index - anchor_->index);
   }
   release(index);

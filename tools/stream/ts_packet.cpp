@@ -13,8 +13,14 @@ constexpr size_t kPcrFieldSize = 6;
 constexpr uint8_t kDiscontinuityFlag = 0x80;
 constexpr uint8_t kPcrFlag = 0x10;
 constexpr uint8_t kStuffing = 0xFF;
+constexpr int64_t kLongestPcrInterval = 5 * kSystemClock;
 
 }  // namespace
+
+int64_t pcrInterval(int64_t from, int64_t to) {
+  const int64_t interval = (to - from + kPcrModulus) % kPcrModulus;
+  return interval <= kLongestPcrInterval ? interval : 0;
+}
 
 TsPacket::TsPacket(const uint8_t* bytes) {
   std::copy_n(bytes, kTsPacketSize, bytes_.begin());

@@ -29,6 +29,12 @@ inline constexpr int64_t kSystemClock = 27'000'000;
 inline constexpr int64_t kPcrModulus = (int64_t{1} << 33) * 300;
 
 /**
+ * Ticks from one PCR to the next of its PID. They are at most 0.1 s apart (ISO/IEC 13818-1, 2.7.2);
+ * beyond 5 s it is a jump of the clock, and 0.
+ */
+[[nodiscard]] int64_t pcrInterval(int64_t from, int64_t to);
+
+/**
  * One transport stream packet (ISO/IEC 13818-1, 2.4.3.2), with its sync byte.
  *
  * Any bytes are legal; the accessors never look past the packet. Fields keep the standard's

@@ -8,8 +8,6 @@ namespace tevra::tools::report {
 namespace {
 
 constexpr size_t kUtcSize = 5;
-/** As StreamClock has it: what is longer is a jump of the clock. */
-constexpr int64_t kLongestPcrInterval = 5 * kSystemClock;
 
 }  // namespace
 
@@ -40,8 +38,7 @@ void StreamCensus::notePcr(const TsPacket& packet, Pid& pid) {
   }
   ++pid.count.pcrs;
   if (pid.lastPcr && !packet.discontinuity()) {
-    const int64_t interval = (*pcr - *pid.lastPcr + kPcrModulus) % kPcrModulus;
-    pid.pcrIntervals += interval > 0 && interval <= kLongestPcrInterval ? 1 : 0;
+    pid.pcrIntervals += pcrInterval(*pid.lastPcr, *pcr) > 0 ? 1 : 0;
   }
   pid.lastPcr = pcr;
 }
