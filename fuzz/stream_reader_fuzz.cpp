@@ -53,8 +53,8 @@ tools::StreamInventory takeTables(const std::vector<TsPacket>& packets) {
   std::ostringstream tables;
   tools::TablePrinter people(tables, /*json=*/false);
   tools::TablePrinter programs(tables, /*json=*/true);
-  tools::TableDemux demux([&](const tools::SiTable& table) {
-    feeder.feed(table, demux.sectionsOfTable());
+  tools::TableDemux demux([&](const tools::SiTable& table, size_t sections) {
+    feeder.feed(table, sections);
     inventory.add(table);
     people.print(table);
     programs.print(table);

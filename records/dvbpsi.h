@@ -17,10 +17,6 @@
 #include <dvbpsi/pmt.h>
 #include <dvbpsi/cat.h>
 #include <dvbpsi/sdt.h>
-#include <dvbpsi/nit.h>
-#include <dvbpsi/bat.h>
-#include <dvbpsi/tot.h>
-#include <dvbpsi/eit.h>
 #include <dvbpsi/dr.h>
 // clang-format on
 
@@ -40,10 +36,6 @@ struct DvbpsiDeleter {
   void operator()(dvbpsi_pmt_t* table) const { dvbpsi_pmt_delete(table); }
   void operator()(dvbpsi_cat_t* table) const { dvbpsi_cat_delete(table); }
   void operator()(dvbpsi_sdt_t* table) const { dvbpsi_sdt_delete(table); }
-  void operator()(dvbpsi_nit_t* table) const { dvbpsi_nit_delete(table); }
-  void operator()(dvbpsi_bat_t* table) const { dvbpsi_bat_delete(table); }
-  void operator()(dvbpsi_tot_t* table) const { dvbpsi_tot_delete(table); }
-  void operator()(dvbpsi_eit_t* table) const { dvbpsi_eit_delete(table); }
   ///@}
 };
 

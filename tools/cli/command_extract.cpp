@@ -147,7 +147,7 @@ int extract(const ExtractOptions& options, const Console& given) {
   uint64_t packets = 0;
   uint64_t tables = 0;
   withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    const StreamFeed stream(options.file, daemon);
+    const StreamFeed stream = StreamFeed::feedFile(options.file, daemon);
     packets = stream.packets();
     tables = stream.tables().sent();
     printFeed(options, stream, console.out);

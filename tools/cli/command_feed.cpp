@@ -88,7 +88,7 @@ StreamFeed feedStream(const FeedOptions& options, thrift::in_module::im_SIContro
     return !stop.now();
   };
   ByteSource& input = options.loop ? looped : *source;
-  StreamFeed stream(input, options.source, daemon, onPacket);
+  StreamFeed stream = StreamFeed::feed(input, options.source, daemon, onPacket);
   progress.finish();
   return stream;
 }

@@ -52,7 +52,7 @@ int printTables(const TablesOptions& options, const Console& console) {
   TsPacketReader reader([&](uint8_t* buffer, size_t size) { return file.read(buffer, size); });
   TablePrinter printer(console.out, options.json);
   size_t tables = 0;
-  TableDemux demux([&](const SiTable& table) {
+  TableDemux demux([&](const SiTable& table, size_t /*sections*/) {
     ++tables;
     if (isWanted(options, table)) {
       printer.print(table);

@@ -7,43 +7,38 @@
 
 namespace tevra::tools {
 
-StreamFeed::StreamFeed(ByteSource& source, const std::string& name,
-                       thrift::in_module::im_SIControlSrvIf& daemon, const OnPacket& onPacket,
-                       const OnTable& onTable)
-    : feeder_(daemon) {
-  read(source, name, onPacket, onTable);
-}
-
-StreamFeed::StreamFeed(const std::string& path, thrift::in_module::im_SIControlSrvIf& daemon)
-    : feeder_(daemon) {
-  InputFile file(path);
-  read(
-      file, path, [](const TsPacket& /*packet*/, size_t /*tablesSent*/) { return true; },
-      [](const SiTable& /*table*/, size_t /*sections*/) {});
-}
-
-void StreamFeed::read(ByteSource& source, const std::string& name, const OnPacket& onPacket,
-                      const OnTable& onTable) {
+StreamFeed StreamFeed::feed(ByteSource& source, const std::string& name,
+                            thrift::in_module::im_SIControlSrvIf& daemon, const OnPacket& onPacket,
+                            const OnTable& onTable) {
+  StreamFeed stream(daemon);
+  TableFeeder& feeder = stream.feeder_;
   TsPacketReader reader([&](uint8_t* buffer, size_t size) { return source.read(buffer, size); });
-  TableDemux demux([&](const SiTable& table) {
-    feeder_.feed(table, demux.sectionsOfTable());
-    inventory_.add(table);
-    onTable(table, demux.sectionsOfTable());
+  TableDemux demux([&](const SiTable& table, size_t sections) {
+    feeder.feed(table, sections);
+    stream.inventory_.add(table);
+    onTable(table, sections);
   });
   TsPacket packet;
-  while (reader.next(packet) && onPacket(packet, feeder_.sent())) {
+  while (reader.next(packet) && onPacket(packet, feeder.sent())) {
     demux.push(packet);
   }
-  packets_ = reader.packets();
-  statistics_ = demux.statistics();
-  statisticsByPid_ = demux.statisticsByPid();
-  if (feeder_.sent() == 0) {
-    throw ToolError(source.explainNothing(name, packets_));
+  stream.packets_ = reader.packets();
+  if (feeder.sent() == 0) {
+    throw ToolError(source.explainNothing(name, stream.packets_));
   }
-  faults_ = streamFaults(reader, demux, "not sent");
-  if (feeder_.refused() != 0) {
-    faults_.push_back(counted(feeder_.refused(), "table") + " refused by the daemon");
+  stream.faultsByPid_ = demux.faults();
+  stream.faults_ = streamFaults(reader, demux, "not sent");
+  if (feeder.refused() != 0) {
+    stream.faults_.push_back(counted(feeder.refused(), "table") + " refused by the daemon");
   }
+  return stream;
+}
+
+StreamFeed StreamFeed::feedFile(const std::string& path,
+                                thrift::in_module::im_SIControlSrvIf& daemon) {
+  InputFile file(path);
+  return feed(file, path, daemon,
+              [](const TsPacket& /*packet*/, size_t /*tablesSent*/) { return true; });
 }
 
 void StreamFeed::printFaults(std::ostream& out) const {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -15,7 +14,7 @@
 
 namespace tevra::tools {
 
-/** Hands all tables of one stream to a daemon and keeps account of what the stream holds. */
+/** What came of handing the tables of one stream to a daemon, and what the stream holds. */
 class StreamFeed {
  public:
   /** Told of every packet before its tables are sent, and how many have been; false ends the feed.
@@ -23,21 +22,21 @@ class StreamFeed {
   using OnPacket = std::function<bool(const TsPacket& packet, size_t tablesSent)>;
 
   /** Told of every table, and in how many sections it came, when it has been sent. */
-  using OnTable = std::function<void(const SiTable& table, size_t sections)>;
+  using OnTable = TableDemux::Consumer;
 
   /**
-   * Reads `source`, called `name`, to its end; a table is sent as soon as it is complete.
+   * Reads `source`, called `name`, to its end, and sends each table as soon as it is complete.
    *
    * Raises ToolError when the source cannot be read, holds no transport stream or none of the
    * tables. Passes on what a call raises.
    */
-  StreamFeed(
+  [[nodiscard]] static StreamFeed feed(
       ByteSource& source, const std::string& name, thrift::in_module::im_SIControlSrvIf& daemon,
       const OnPacket& onPacket,
       const OnTable& onTable = [](const SiTable& /*table*/, size_t /*sections*/) {});
-
-  /** The same of a file, or of standard input for "-". */
-  StreamFeed(const std::string& path, thrift::in_module::im_SIControlSrvIf& daemon);
+  /** The same with a file, or with standard input for "-". */
+  [[nodiscard]] static StreamFeed feedFile(const std::string& path,
+                                           thrift::in_module::im_SIControlSrvIf& daemon);
 
   /** What the stream's services are. */
   [[nodiscard]] const StreamInventory& inventory() const { return inventory_; }
@@ -45,12 +44,10 @@ class StreamFeed {
   [[nodiscard]] const TableFeeder& tables() const { return feeder_; }
   /** Transport stream packets read. */
   [[nodiscard]] uint64_t packets() const { return packets_; }
-  /** What was lost on the way to tables. */
-  [[nodiscard]] const DemuxStatistics& statistics() const { return statistics_; }
-  /** Of every PID on which tables were looked for. */
-  [[nodiscard]] const std::map<int, DemuxStatistics>& statisticsByPid() const {
-    return statisticsByPid_;
-  }
+  /** What was lost on the way to tables, by every PID on which they were looked for. */
+  [[nodiscard]] const FaultsByPid& faultsByPid() const { return faultsByPid_; }
+  /** The same of all PIDs. */
+  [[nodiscard]] SectionFaults statistics() const { return sumOf(faultsByPid_); }
 
   /** For people: what was wrong with the stream, one line per fault. */
   [[nodiscard]] const std::vector<std::string>& faults() const { return faults_; }
@@ -58,14 +55,12 @@ class StreamFeed {
   void printFaults(std::ostream& out) const;
 
  private:
-  void read(ByteSource& source, const std::string& name, const OnPacket& onPacket,
-            const OnTable& onTable);
+  explicit StreamFeed(thrift::in_module::im_SIControlSrvIf& daemon) : feeder_(daemon) {}
 
   TableFeeder feeder_;
   StreamInventory inventory_;
   uint64_t packets_ = 0;
-  DemuxStatistics statistics_;
-  std::map<int, DemuxStatistics> statisticsByPid_;
+  FaultsByPid faultsByPid_;
   std::vector<std::string> faults_;
 };
 

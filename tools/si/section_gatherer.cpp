@@ -1,152 +1,125 @@
 #include "tools/si/section_gatherer.h"
 
-#include <cstring>
-#include <new>
+#include <utility>
 
-#include "records/dvbpsi.h"
+#include "tools/si/section_reader.h"
 
 namespace tevra::tools {
 namespace {
 
 /** The longest section of any table (EN 300 468, 5.2.4). */
-constexpr int kLongestSection = 4096;
+constexpr size_t kLongestSection = 4096;
+constexpr size_t kStart = 3;         // up to section_length, which counts the rest
+constexpr uint8_t kStuffing = 0xFF;  // in the place of a table_id
 
-/**
- * Whether libdvbpsi can be given the packet: its payload, and the pointer_field if there is one,
- * lie inside.
- */
-bool isSafe(const TsPacket& packet) {
+// Like the TDT without a CRC_32 (EN 300 468, 5.2.7, 5.2.8 and 7.1.1).
+constexpr int kTableRst = 0x71;
+constexpr int kTableSt = 0x72;
+constexpr int kTableDit = 0x7E;
+
+bool isReadable(const TsPacket& packet) {
   const size_t offset = packet.payloadOffset();
-  if (packet.transportError() || packet.scrambled() || offset >= kTsPacketSize) {
-    return false;
+  return !packet.transportError() && !packet.scrambled() && offset < kTsPacketSize &&
+         (!packet.unitStart() || offset + 1 + packet.data()[offset] < kTsPacketSize);
+}
+
+bool hasCrc(const std::vector<uint8_t>& section) {
+  switch (section[0]) {
+    case kTableTdt:
+    case kTableRst:
+    case kTableSt:
+    case kTableDit:
+      return false;
+    default:
+      return section[0] == kTableTot || (section[1] & 0x80) != 0;  // section_syntax_indicator
   }
-  return !packet.unitStart() || offset + 1 + packet.data()[offset] < kTsPacketSize;
+}
+
+/** The CRC_32 of ISO/IEC 13818-1 annex A; 0 over a section that ends with its own. */
+uint32_t crc32(const std::vector<uint8_t>& bytes) {
+  constexpr uint32_t kPolynomial = 0x04C11DB7;
+  uint32_t crc = 0xFFFFFFFF;
+  for (const uint8_t byte : bytes) {
+    crc ^= uint32_t{byte} << 24;
+    for (int bit = 0; bit < 8; ++bit) {
+      crc = (crc << 1) ^ ((crc >> 31) * kPolynomial);
+    }
+  }
+  return crc;
 }
 
 }  // namespace
 
-/** libdvbpsi's own packet-to-section decoder, with a callback that only chains the sections up. */
-class SectionGatherer::Decoder {
- public:
-  Decoder() : handle_(dvbpsi_new(&Decoder::onMessage, DVBPSI_MSG_ERROR)) {
-    if (handle_ == nullptr) {
-      throw std::bad_alloc();
-    }
-    handle_->p_sys = this;
-    handle_->p_decoder = static_cast<dvbpsi_decoder_t*>(dvbpsi_decoder_new(
-        &Decoder::onSection, kLongestSection, /*b_discontinuity=*/false, sizeof(dvbpsi_decoder_t)));
-    if (handle_->p_decoder == nullptr) {
-      throw std::bad_alloc();
-    }
-  }
-
-  ~Decoder() {
-    dvbpsi_decoder_delete(handle_->p_decoder);
-    handle_->p_decoder = nullptr;
-  }
-
-  Decoder(const Decoder&) = delete;
-  Decoder& operator=(const Decoder&) = delete;
-
-  std::vector<Section> push(TsPacket packet) {
-    const int last = handle_->p_decoder->i_continuity_counter;
-    if (packet.continuityCounter() == last) {
-      return {};  // a repeated packet (ISO/IEC 13818-1, 2.4.3.3)
-    }
-    if (packet.continuityCounter() == ((last + 1) & 0x0F)) {
-      dropIfCutShort(packet);
-    }
-    // What it returns is known better from the sections and the messages.
-    (void)dvbpsi_packet_push(handle_.get(), packet.data());
-    const SectionsPtr chain = std::move(chain_);
-    last_ = nullptr;
-    return parseChain(chain.get());
-  }
-
-  uint64_t truncatedSections = 0;
-  uint64_t crcErrors = 0;
-  uint64_t malformedSections = 0;
-  uint64_t discontinuities = 0;
-
- private:
-  static Decoder& self(dvbpsi_t* handle) { return *static_cast<Decoder*>(handle->p_sys); }
-
-  // Runs inside libdvbpsi: must not throw.
-  static void onSection(dvbpsi_t* handle, dvbpsi_psi_section_t* section) {
-    Decoder& decoder = self(handle);
-    section->p_next = nullptr;
-    if (decoder.last_ == nullptr) {
-      decoder.chain_.reset(section);
-    } else {
-      decoder.last_->p_next = section;
-    }
-    decoder.last_ = section;
-  }
-
-  static void onMessage(dvbpsi_t* handle, const dvbpsi_msg_level_t /*level*/, const char* message) {
-    if (std::strstr(message, "CRC_32") != nullptr) {
-      ++self(handle).crcErrors;
-    } else if (std::strstr(message, "discontinuity") != nullptr) {
-      ++self(handle).discontinuities;
-    }
-  }
-
-  /**
-   * Drops the section in work when the next one starts before its end, which libdvbpsi does not
-   * see: it would go on into the next one and lose both.
-   */
-  void dropIfCutShort(const TsPacket& packet) {
-    dvbpsi_decoder_t& decoder = *handle_->p_decoder;
-    if (packet.unitStart() && decoder.p_current_section != nullptr &&
-        decoder.i_need > packet.data()[packet.payloadOffset()]) {
-      dvbpsi_DeletePSISections(decoder.p_current_section);
-      decoder.p_current_section = nullptr;
-      ++truncatedSections;
-    }
-  }
-
-  std::vector<Section> parseChain(const dvbpsi_psi_section_t* chain) {
-    std::vector<Section> sections;
-    for (const auto* node = chain; node != nullptr; node = node->p_next) {
-      if (!Section::isHandled(node->i_table_id)) {
-        continue;
-      }
-      if (auto section = Section::parse(node->p_data, size_t{3} + node->i_length)) {
-        sections.push_back(std::move(*section));
-      } else {
-        ++malformedSections;
-      }
-    }
-    return sections;
-  }
-
-  DvbpsiHandle handle_;
-  SectionsPtr chain_;
-  dvbpsi_psi_section_t* last_ = nullptr;
-};
-
-SectionGatherer::SectionGatherer() : decoder_(std::make_unique<Decoder>()) {}
-
-SectionGatherer::~SectionGatherer() = default;
+SectionFaults& SectionFaults::operator+=(const SectionFaults& more) {
+  truncatedSections += more.truncatedSections;
+  crcErrors += more.crcErrors;
+  malformedSections += more.malformedSections;
+  discontinuities += more.discontinuities;
+  return *this;
+}
 
 std::vector<Section> SectionGatherer::push(const TsPacket& packet) {
-  return isSafe(packet) ? decoder_->push(packet) : std::vector<Section>{};
+  if (!isReadable(packet) || packet.continuityCounter() == counter_) {
+    return {};
+  }
+  noteCounter(packet.continuityCounter());
+  std::vector<Section> sections;
+  const uint8_t* position = packet.data() + packet.payloadOffset();
+  const uint8_t* const end = packet.data() + kTsPacketSize;
+  if (packet.unitStart()) {
+    const uint8_t* const start = position + 1 + *position;
+    if (!bytes_.empty()) {
+      take(position + 1, start, sections);
+    }
+    faults_.truncatedSections += bytes_.empty() ? 0 : 1;
+    bytes_.clear();
+    position = start;
+  } else if (bytes_.empty()) {
+    return {};
+  }
+  while (position != end && (!bytes_.empty() || *position != kStuffing)) {
+    position = take(position, end, sections);
+  }
+  return sections;
 }
 
-uint64_t SectionGatherer::truncatedSections() const {
-  return decoder_->truncatedSections;
+void SectionGatherer::noteCounter(int counter) {
+  if (counter_ >= 0 && counter != ((counter_ + 1) & 0x0F)) {
+    ++faults_.discontinuities;
+    bytes_.clear();
+  }
+  counter_ = counter;
 }
 
-uint64_t SectionGatherer::crcErrors() const {
-  return decoder_->crcErrors;
+const uint8_t* SectionGatherer::take(const uint8_t* begin, const uint8_t* end,
+                                     std::vector<Section>& sections) {
+  for (const uint8_t* position = begin; position != end;) {
+    bytes_.push_back(*position++);
+    if (bytes_.size() < kStart) {
+      continue;
+    }
+    const size_t size = kStart + SectionReader(bytes_.data() + 1, bytes_.data() + kStart).length();
+    if (size > kLongestSection) {
+      bytes_.clear();
+      return end;  // where the next section starts is not known
+    }
+    if (bytes_.size() == size) {
+      finish(sections);
+      return position;
+    }
+  }
+  return end;
 }
 
-uint64_t SectionGatherer::malformedSections() const {
-  return decoder_->malformedSections;
-}
-
-uint64_t SectionGatherer::discontinuities() const {
-  return decoder_->discontinuities;
+void SectionGatherer::finish(std::vector<Section>& sections) {
+  const std::vector<uint8_t> bytes = std::exchange(bytes_, {});
+  if (hasCrc(bytes) && crc32(bytes) != 0) {
+    ++faults_.crcErrors;
+  } else if (auto section = Section::parse(bytes.data(), bytes.size())) {
+    sections.push_back(std::move(*section));
+  } else if (Section::isHandled(bytes[0])) {
+    ++faults_.malformedSections;
+  }
 }
 
 }  // namespace tevra::tools

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "tools/si/section.h"
@@ -9,36 +8,44 @@
 
 namespace tevra::tools {
 
+/** What went wrong on the way from packets to sections. */
+struct SectionFaults {
+  uint64_t truncatedSections = 0;  ///< their end never came
+  uint64_t crcErrors = 0;          ///< sections with a wrong CRC_32
+  uint64_t malformedSections = 0;  ///< a right CRC_32, and lengths that do not add up
+  uint64_t discontinuities = 0;    ///< times that the continuity counter told of lost packets
+
+  /** Adds what went wrong elsewhere. */
+  SectionFaults& operator+=(const SectionFaults& more);
+};
+
 /**
- * Puts the sections of one PID together from its packets, with libdvbpsi.
+ * Puts the sections of one PID together from its packets (ISO/IEC 13818-1, 2.4.4).
  *
- * libdvbpsi checks the continuity counter and the CRC_32. Packets that it would read beyond (bad
- * adaptation field or pointer_field), that are scrambled, flagged as damaged or empty never reach
- * it.
+ * Not with libdvbpsi's packet decoder: it tells what was wrong in texts alone, does not see that
+ * the next section starts before the end of one and then loses both, and reads beyond a packet
+ * whose adaptation field or pointer_field leads there.
  */
 class SectionGatherer {
  public:
-  /** Raises std::bad_alloc when libdvbpsi cannot allocate. */
-  SectionGatherer();
-  ~SectionGatherer();
-  SectionGatherer(const SectionGatherer&) = delete;
-  SectionGatherer& operator=(const SectionGatherer&) = delete;
+  /** Counts into `faults`, which must outlive it. */
+  explicit SectionGatherer(SectionFaults& faults) : faults_(faults) {}
 
-  /** The sections that end in `packet`, in order. */
+  /**
+   * The sections that end in `packet`, in order. Passed over are packets that repeat the last one,
+   * and those that are scrambled, flagged as damaged, empty, or say that they go beyond their end.
+   */
   [[nodiscard]] std::vector<Section> push(const TsPacket& packet);
 
-  /** Sections whose end never came. */
-  [[nodiscard]] uint64_t truncatedSections() const;
-  /** Sections with a wrong CRC_32. */
-  [[nodiscard]] uint64_t crcErrors() const;
-  /** Sections of a handled table with a right CRC_32 whose lengths do not add up. */
-  [[nodiscard]] uint64_t malformedSections() const;
-  /** How often the continuity counter told of lost packets. */
-  [[nodiscard]] uint64_t discontinuities() const;
-
  private:
-  class Decoder;
-  std::unique_ptr<Decoder> decoder_;
+  void noteCounter(int counter);
+  /** Takes what the section in work lacks, as far as it is there; returns where the rest lies. */
+  const uint8_t* take(const uint8_t* begin, const uint8_t* end, std::vector<Section>& sections);
+  void finish(std::vector<Section>& sections);
+
+  SectionFaults& faults_;
+  int counter_ = -1;            // continuity_counter of the last packet; none yet
+  std::vector<uint8_t> bytes_;  // of the section in work
 };
 
 }  // namespace tevra::tools

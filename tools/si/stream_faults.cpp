@@ -37,11 +37,11 @@ std::vector<std::string> streamFaults(const TsPacketReader& reader, const TableD
   };
   note(reader.syncLosses(), "time", " packet synchronisation was lost");
   note(reader.skippedBytes(), "byte", " outside of packets");
-  const DemuxStatistics statistics = demux.statistics();
-  note(statistics.discontinuities, "gap", " in the packets of tables");
-  note(statistics.truncatedSections, "section", " cut short, dropped");
-  note(statistics.crcErrors, "section", " with a wrong CRC, dropped");
-  note(statistics.malformedSections, "section", " with lengths that do not add up, dropped");
+  const SectionFaults sections = sumOf(demux.faults());
+  note(sections.discontinuities, "gap", " in the packets of tables");
+  note(sections.truncatedSections, "section", " cut short, dropped");
+  note(sections.crcErrors, "section", " with a wrong CRC, dropped");
+  note(sections.malformedSections, "section", " with lengths that do not add up, dropped");
   noteIncomplete(faults, demux.incompleteTables(), loss);
   return faults;
 }

@@ -7,8 +7,6 @@ namespace tevra::tools {
 namespace {
 
 constexpr int kSegmentSize = 8;
-/** Where an EIT section's payload holds segment_last_section_number. */
-constexpr int kSegmentLastOffset = 4;
 
 }  // namespace
 
@@ -17,21 +15,21 @@ bool SubTable::Version::operator==(const Version& other) const {
 }
 
 std::vector<Section> SubTable::add(Section section) {
-  const Version version = {section.extension(), section.version()};
+  const Version version = {section.extension, section.version};
   if (delivered_ == version) {
     startOver();  // what was begun of another version did not come to stay
     return {};
   }
-  if (section.number() > section.lastNumber()) {
+  if (section.number > section.lastNumber) {
     return {};
   }
-  if (!(collecting_ == version) || lastNumber_ != section.lastNumber()) {
+  if (!(collecting_ == version) || lastNumber_ != section.lastNumber) {
     startOver();
     collecting_ = version;
-    lastNumber_ = section.lastNumber();
+    lastNumber_ = section.lastNumber;
   }
-  const int tableId = section.tableId();
-  const int number = section.number();
+  const int tableId = section.tableId;
+  const int number = section.number;
   sections_.insert_or_assign(number, std::move(section));
   if (!isComplete(tableId)) {
     return {};
@@ -72,7 +70,7 @@ bool SubTable::hasAllSegments() const {
       return false;
     }
     const int segmentEnd = std::min(first + kSegmentSize - 1, lastNumber_);
-    const int announced = section->second.payload()[kSegmentLastOffset];
+    const int announced = std::get<EIT>(section->second.content).segmentLastSectionNumber;
     // A number from outside the segment says nothing: then the segment has to be full.
     const int last = announced < first || announced > segmentEnd ? segmentEnd : announced;
     if (!hasAll(first, last)) {

@@ -2,192 +2,212 @@
 
 #include <algorithm>
 #include <iterator>
-#include <new>
-
-#include "records/dvbpsi_converters.h"
-#include "tools/si/dvbpsi_records.h"
-#include "tools/si/eit_decoder.h"
+#include <type_traits>
+#include <utility>
 
 namespace tevra::tools {
 namespace {
 
-namespace dvb = thrift::dvb_tables;
+constexpr int kFreeCa = 0x1000;
+constexpr int kLengthMask = 0x0FFF;
+constexpr size_t kTimeSize = 5;
+constexpr size_t kDurationSize = 3;
+constexpr int64_t kNvodStartTime = 0xFFFFF000;
 
-/**
- * What a libdvbpsi decoder calls with the table it has decoded; `slot` is a DvbpsiPtr to keep it
- * in.
- */
 template <class Table>
-void keepTable(void* slot, Table* table) {
-  static_cast<DvbpsiPtr<Table>*>(slot)->reset(table);
-}
-
-void ignoreNewSubTable(dvbpsi_t* /*handle*/, uint8_t /*tableId*/, uint16_t /*extension*/,
-                       void* /*data*/) {}
-
-DvbpsiHandle newHandle() {
-  DvbpsiHandle handle(dvbpsi_new(nullptr, DVBPSI_MSG_NONE));
-  if (handle == nullptr) {
-    throw std::bad_alloc();
-  }
-  return handle;
-}
-
-/** A section as libdvbpsi holds it, posing as the only one of its table. */
-SectionsPtr toDvbpsi(const Section& section) {
-  SectionsPtr copy(dvbpsi_NewPSISection(static_cast<int>(section.bytes().size())));
-  if (copy == nullptr) {
-    throw std::bad_alloc();
-  }
-  std::copy(section.bytes().begin(), section.bytes().end(), copy->p_data);
-  copy->i_table_id = static_cast<uint8_t>(section.tableId());
-  copy->b_syntax_indicator = section.tableId() != kTableTot;
-  copy->i_length = static_cast<uint16_t>(section.bytes().size() - 3);
-  copy->i_extension = static_cast<uint16_t>(section.extension());
-  copy->i_version = static_cast<uint8_t>(section.version());
-  copy->b_current_next = section.isCurrent();
-  copy->p_payload_start = copy->p_data + (section.payload() - section.bytes().data());
-  copy->p_payload_end = copy->p_payload_start + section.payloadSize();
-  return copy;
-}
-
-// The decoders of tables that have a PID of their own take the handle; `attach` is called with it
-// and the rest.
-
-template <class Table, class Attach, class Detach>
-DvbpsiPtr<Table> decodeAlone(const Section& section, Attach attach, Detach detach) {
-  const DvbpsiHandle handle = newHandle();
-  SectionsPtr copy = toDvbpsi(section);
-  DvbpsiPtr<Table> table;
-  if (!attach(handle.get(), &keepTable<Table>, &table)) {
-    throw std::bad_alloc();
-  }
-  handle->p_decoder->pf_gather(handle.get(), copy.release());
-  detach(handle.get());
+Table begun(const Section& header) {
+  Table table;
+  table.version = header.version;
+  table.currentNext = header.isCurrent;
   return table;
 }
 
-// The others are attached to a demultiplexer, which detaches them too.
-
-template <class Table, class Attach>
-DvbpsiPtr<Table> decodeDemuxed(const Section& section, Attach attach) {
-  const DvbpsiHandle handle = newHandle();
-  SectionsPtr copy = toDvbpsi(section);
-  DvbpsiPtr<Table> table;
-  if (!dvbpsi_AttachDemux(handle.get(), &ignoreNewSubTable, nullptr)) {
-    throw std::bad_alloc();
-  }
-  const bool attached = attach(handle.get(), copy->i_table_id, copy->i_extension, &keepTable<Table>,
-                               static_cast<void*>(&table));
-  if (attached) {
-    dvbpsi_Demux(handle.get(), copy.release());
-  }
-  dvbpsi_DetachDemux(handle.get());
-  if (!attached) {
-    throw std::bad_alloc();
-  }
-  return table;
+/** running_status, free_CA_mode and the descriptors, of a service or an event. */
+template <class Entry>
+void readStatusAndDescriptors(SectionReader& reader, Entry& entry) {
+  const int bits = reader.word();
+  entry.runningStatus = bits >> 13;
+  entry.freeCA = (bits & kFreeCa) != 0;
+  entry.descriptors = reader.descriptors(static_cast<size_t>(bits & kLengthMask));
 }
 
-PAT decodePat(const Section& section) {
-  PAT pat =
-      dvb::d2tPAT(decodeAlone<dvbpsi_pat_t>(section, &dvbpsi_pat_attach, &dvbpsi_pat_detach).get());
-  // libdvbpsi hands on no PAT without programmes; it is a legal one.
-  pat.transportStreamId = section.extension();
-  pat.version = section.version();
-  pat.currentNext = section.isCurrent();
+PAT readPat(const Section& header, SectionReader& reader) {
+  PAT pat = begun<PAT>(header);
+  pat.transportStreamId = header.extension;
+  reader.rest([&] {
+    PATProgram program;
+    program.programNumber = reader.word();
+    program.pid = reader.pid();
+    if (program.pid != 0) {
+      pat.programs.push_back(program);
+    }
+  });
   return pat;
 }
 
-CAT decodeCat(const Section& section) {
-  return d2tCAT(decodeAlone<dvbpsi_cat_t>(section, &dvbpsi_cat_attach, &dvbpsi_cat_detach).get());
+CAT readCat(const Section& header, SectionReader& reader) {
+  CAT cat = begun<CAT>(header);
+  cat.descriptors = reader.descriptors();
+  return cat;
 }
 
-PMT decodePmt(const Section& section) {
-  const auto attach = [&section](dvbpsi_t* handle, dvbpsi_pmt_callback callback, void* data) {
-    return dvbpsi_pmt_attach(handle, static_cast<uint16_t>(section.extension()), callback, data);
-  };
-  return dvb::d2tPMT(decodeAlone<dvbpsi_pmt_t>(section, attach, &dvbpsi_pmt_detach).get());
+PMT readPmt(const Section& header, SectionReader& reader) {
+  PMT pmt = begun<PMT>(header);
+  pmt.programNumber = header.extension;
+  pmt.pcrPid = reader.pid();
+  pmt.descriptors = reader.descriptors(reader.length());
+  reader.rest([&] {
+    PMTES& stream = pmt.esList.emplace_back();
+    stream.streamType = reader.byte();
+    stream.pid = reader.pid();
+    stream.descriptors = reader.descriptors(reader.length());
+  });
+  return pmt;
 }
 
-SDT decodeSdt(const Section& section) {
-  return dvb::d2tSDT(decodeDemuxed<dvbpsi_sdt_t>(section, &dvbpsi_sdt_attach).get());
+SDT readSdt(const Section& header, SectionReader& reader) {
+  SDT sdt = begun<SDT>(header);
+  sdt.tableId = header.tableId;
+  sdt.transportStreamId = header.extension;
+  sdt.originalNetworkId = reader.word();
+  reader.skip(1);  // reserved
+  reader.rest([&] {
+    SDTService& service = sdt.services.emplace_back();
+    service.serviceId = reader.word();
+    const int eitFlags = reader.byte();
+    service.eitSchedule = (eitFlags & 0x02) != 0;
+    service.eitPresentFollowing = (eitFlags & 0x01) != 0;
+    readStatusAndDescriptors(reader, service);
+  });
+  return sdt;
 }
 
-NIT decodeNit(const Section& section) {
-  return d2tNIT(decodeDemuxed<dvbpsi_nit_t>(section, &dvbpsi_nit_attach).get());
+/** A NIT or BAT, which are alike in all but the name of their id. */
+template <class Network>
+Network readNetwork(const Section& header, SectionReader& reader) {
+  Network network = begun<Network>(header);
+  network.tableId = header.tableId;
+  network.descriptors = reader.descriptors(reader.length());
+  reader.loop(reader.length(), [&] {
+    auto& stream = network.transportStreams.emplace_back();
+    stream.transportStreamId = reader.word();
+    stream.originalNetworkId = reader.word();
+    stream.descriptors = reader.descriptors(reader.length());
+  });
+  return network;
 }
 
-BAT decodeBat(const Section& section) {
-  return d2tBAT(decodeDemuxed<dvbpsi_bat_t>(section, &dvbpsi_bat_attach).get());
+NIT readNit(const Section& header, SectionReader& reader) {
+  NIT nit = readNetwork<NIT>(header, reader);
+  nit.extension = header.extension;
+  nit.networkId = header.extension;
+  return nit;
 }
 
-TOT decodeTot(const Section& section) {
-  return d2tTOT(decodeDemuxed<dvbpsi_tot_t>(section, &dvbpsi_tot_attach).get());
+BAT readBat(const Section& header, SectionReader& reader) {
+  BAT bat = readNetwork<BAT>(header, reader);
+  bat.bouquetId = header.extension;
+  return bat;
+}
+
+TOT readTot(const Section& header, SectionReader& reader) {
+  TOT tot = begun<TOT>(header);
+  tot.tableId = header.tableId;
+  tot.utcTime = reader.number(kTimeSize);
+  tot.descriptors = reader.descriptors(reader.length());
+  return tot;
+}
+
+EIT readEit(const Section& header, SectionReader& reader) {
+  EIT eit = begun<EIT>(header);
+  eit.tableId = header.tableId;
+  eit.serviceId = header.extension;
+  eit.transportStreamId = reader.word();
+  eit.originalNetworkId = reader.word();
+  eit.segmentLastSectionNumber = reader.byte();
+  eit.lastTableId = reader.byte();
+  reader.rest([&] {
+    EITEvent& event = eit.events.emplace_back();
+    event.eventId = reader.word();
+    event.startTime = reader.number(kTimeSize);
+    event.duration = static_cast<int32_t>(reader.number(kDurationSize));
+    readStatusAndDescriptors(reader, event);
+    event.nvod = (event.startTime & kNvodStartTime) == kNvodStartTime && event.runningStatus == 0;
+  });
+  return eit;
 }
 
 template <class Entry>
-void append(std::vector<Entry>& list, std::vector<Entry>&& more) {
-  list.insert(list.end(), std::make_move_iterator(more.begin()),
-              std::make_move_iterator(more.end()));
+void append(std::vector<Entry>& list, std::vector<Entry>& more) {
+  std::move(more.begin(), more.end(), std::back_inserter(list));
 }
 
-void join(PAT& table, PAT&& next) {
-  append(table.programs, std::move(next.programs));
+void join(PAT& table, PAT& next) {
+  append(table.programs, next.programs);
 }
 
-void join(CAT& table, CAT&& next) {
-  append(table.descriptors, std::move(next.descriptors));
+void join(PMT& table, PMT& next) {
+  append(table.descriptors, next.descriptors);
+  append(table.esList, next.esList);
 }
 
-void join(PMT& table, PMT&& next) {
-  append(table.descriptors, std::move(next.descriptors));
-  append(table.esList, std::move(next.esList));
+void join(SDT& table, SDT& next) {
+  append(table.services, next.services);
 }
 
-void join(SDT& table, SDT&& next) {
-  append(table.services, std::move(next.services));
+void join(EIT& table, EIT& next) {
+  append(table.events, next.events);
 }
 
-void join(NIT& table, NIT&& next) {
-  append(table.descriptors, std::move(next.descriptors));
-  append(table.transportStreams, std::move(next.transportStreams));
-}
-
-void join(BAT& table, BAT&& next) {
-  append(table.descriptors, std::move(next.descriptors));
-  append(table.transportStreams, std::move(next.transportStreams));
-}
-
+/** A CAT or TOT. */
 template <class Table>
-Table decodeAll(const std::vector<Section>& sections, Table (*decode)(const Section&)) {
-  Table table = decode(sections.front());
-  std::for_each(std::next(sections.begin()), sections.end(),
-                [&](const Section& section) { join(table, decode(section)); });
-  return table;
+void join(Table& table, Table& next) {
+  append(table.descriptors, next.descriptors);
+}
+
+void join(NIT& table, NIT& next) {
+  append(table.descriptors, next.descriptors);
+  append(table.transportStreams, next.transportStreams);
+}
+
+void join(BAT& table, BAT& next) {
+  append(table.descriptors, next.descriptors);
+  append(table.transportStreams, next.transportStreams);
 }
 
 }  // namespace
 
-SiTable decodeTable(const std::vector<Section>& sections) {
-  switch (sections.front().tableId()) {
+SiTable readContent(const Section& header, SectionReader& reader) {
+  switch (header.tableId) {
     case kTablePat:
-      return decodeAll(sections, &decodePat);
+      return readPat(header, reader);
     case kTableCat:
-      return decodeAll(sections, &decodeCat);
+      return readCat(header, reader);
     case kTablePmt:
-      return decodeAll(sections, &decodePmt);
+      return readPmt(header, reader);
     case kTableSdtActual:
-      return decodeAll(sections, &decodeSdt);
+      return readSdt(header, reader);
     case kTableNitActual:
-      return decodeAll(sections, &decodeNit);
+      return readNit(header, reader);
     case kTableBat:
-      return decodeAll(sections, &decodeBat);
+      return readBat(header, reader);
     case kTableTot:
-      return decodeTot(sections.front());
+      return readTot(header, reader);
     default:
-      return decodeEit(sections);
+      return readEit(header, reader);
   }
+}
+
+SiTable tableOf(std::vector<Section> sections) {
+  SiTable table = std::move(sections.front().content);
+  std::for_each(std::next(sections.begin()), sections.end(), [&table](Section& next) {
+    std::visit(
+        [&next](auto& record) {
+          join(record, std::get<std::decay_t<decltype(record)>>(next.content));
+        },
+        table);
+  });
+  return table;
 }
 
 }  // namespace tevra::tools

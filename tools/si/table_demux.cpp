@@ -23,49 +23,48 @@ bool isSingle(int tableId) {
          tableId == kTableNitActual;
 }
 
-void add(DemuxStatistics& sum, const SectionGatherer& gatherer) {
-  sum.truncatedSections += gatherer.truncatedSections();
-  sum.crcErrors += gatherer.crcErrors();
-  sum.malformedSections += gatherer.malformedSections();
-  sum.discontinuities += gatherer.discontinuities();
-}
-
-void add(DemuxStatistics& sum, const DemuxStatistics& more) {
-  sum.truncatedSections += more.truncatedSections;
-  sum.crcErrors += more.crcErrors;
-  sum.malformedSections += more.malformedSections;
-  sum.discontinuities += more.discontinuities;
+template <class Map, class Goes>
+void eraseIf(Map& map, const Goes& goes) {
+  for (auto entry = map.begin(); entry != map.end();) {
+    entry = goes(entry->first) ? map.erase(entry) : std::next(entry);
+  }
 }
 
 }  // namespace
 
-TableDemux::TableDemux(Consumer consumer) : consumer_(std::move(consumer)), gatherers_(kPidCount) {
-  for (const int pid : kFixedPids) {
-    gatherers_[static_cast<size_t>(pid)] = std::make_unique<SectionGatherer>();
+SectionFaults sumOf(const FaultsByPid& faults) {
+  SectionFaults sum;
+  for (const auto& entry : faults) {
+    sum += entry.second;
   }
+  return sum;
+}
+
+TableDemux::TableDemux(Consumer consumer) : consumer_(std::move(consumer)) {
+  std::for_each(kFixedPids.begin(), kFixedPids.end(), [this](int pid) { lookAt(pid); });
 }
 
 void TableDemux::push(const TsPacket& packet) {
   const int pid = packet.pid();
-  SectionGatherer* gatherer = gatherers_[static_cast<size_t>(pid)].get();
-  if (gatherer == nullptr) {
+  const auto gatherer = gatherers_.find(pid);
+  if (gatherer == gatherers_.end()) {
     return;
   }
-  for (Section& section : gatherer->push(packet)) {
-    if (section.isCurrent() && belongs(pid, section)) {
+  for (Section& section : gatherer->second.push(packet)) {
+    if (section.isCurrent && belongs(pid, section)) {
       take(pid, std::move(section));
     }
   }
 }
 
 bool TableDemux::belongs(int pid, const Section& section) const {
-  switch (section.tableId()) {
+  switch (section.tableId) {
     case kTablePat:
       return pid == kPatPid;
     case kTableCat:
       return pid == kCatPid;
     case kTablePmt:
-      return pmts_.count({pid, section.extension()}) != 0;
+      return pmts_.count({pid, section.extension}) != 0;
     case kTableNitActual:
       return pid == kNitPid;
     case kTableSdtActual:
@@ -79,23 +78,23 @@ bool TableDemux::belongs(int pid, const Section& section) const {
 }
 
 void TableDemux::take(int pid, Section section) {
-  const int tableId = section.tableId();
+  const int tableId = section.tableId;
   std::vector<Section> complete;
   if (tableId == kTableTot) {
     complete.push_back(std::move(section));
   } else {
-    const int extension = isSingle(tableId) ? 0 : section.extension();
+    const int extension = isSingle(tableId) ? 0 : section.extension;
     complete = subTables_[{pid, tableId, extension}].add(std::move(section));
   }
   if (complete.empty()) {
     return;
   }
-  sectionsOfTable_ = complete.size();
-  const SiTable table = decodeTable(complete);
+  const size_t sections = complete.size();
+  const SiTable table = tableOf(std::move(complete));
   if (const PAT* pat = std::get_if<PAT>(&table)) {
     follow(*pat);
   }
-  consumer_(table);
+  consumer_(table, sections);
 }
 
 void TableDemux::follow(const PAT& pat) {
@@ -114,46 +113,21 @@ void TableDemux::follow(const PAT& pat) {
   }
   dropUnreferencedPmts();
   for (const auto& pmt : pmts_) {
-    auto& gatherer = gatherers_[static_cast<size_t>(pmt.first)];
-    if (gatherer == nullptr) {
-      gatherer = std::make_unique<SectionGatherer>();
-    }
+    lookAt(pmt.first);
   }
+}
+
+bool TableDemux::isPmtPid(int pid) const {
+  const auto first = pmts_.lower_bound({pid, 0});
+  return first != pmts_.end() && first->first == pid;
 }
 
 void TableDemux::dropUnreferencedPmts() {
-  for (auto entry = subTables_.begin(); entry != subTables_.end();) {
-    const auto [pid, tableId, extension] = entry->first;
-    const bool stays = tableId != kTablePmt || pmts_.count({pid, extension}) != 0;
-    entry = stays ? std::next(entry) : subTables_.erase(entry);
-  }
-  for (int pid = 0; pid < kPidCount; ++pid) {
-    const auto first = pmts_.lower_bound({pid, 0});
-    const bool named = first != pmts_.end() && first->first == pid;
-    auto& gatherer = gatherers_[static_cast<size_t>(pid)];
-    if (gatherer != nullptr && !named && !isFixed(pid)) {
-      add(closed_[pid], *gatherer);
-      gatherer.reset();
-    }
-  }
-}
-
-DemuxStatistics TableDemux::statistics() const {
-  DemuxStatistics sum;
-  for (const auto& [pid, statistics] : statisticsByPid()) {
-    add(sum, statistics);
-  }
-  return sum;
-}
-
-std::map<int, DemuxStatistics> TableDemux::statisticsByPid() const {
-  std::map<int, DemuxStatistics> byPid = closed_;
-  for (int pid = 0; pid < kPidCount; ++pid) {
-    if (const auto& gatherer = gatherers_[static_cast<size_t>(pid)]) {
-      add(byPid[pid], *gatherer);
-    }
-  }
-  return byPid;
+  eraseIf(subTables_, [this](const Key& key) {
+    const auto [pid, tableId, extension] = key;
+    return tableId == kTablePmt && pmts_.count({pid, extension}) == 0;
+  });
+  eraseIf(gatherers_, [this](int pid) { return !isFixed(pid) && !isPmtPid(pid); });
 }
 
 std::vector<IncompleteTable> TableDemux::incompleteTables() const {

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <set>
 #include <tuple>
@@ -17,13 +16,10 @@
 
 namespace tevra::tools {
 
-/** What happened on the way from packets to tables. */
-struct DemuxStatistics {
-  uint64_t truncatedSections = 0;  ///< their end never came
-  uint64_t crcErrors = 0;          ///< sections with a wrong CRC_32
-  uint64_t malformedSections = 0;  ///< a right CRC_32, and lengths that do not add up
-  uint64_t discontinuities = 0;    ///< times that the continuity counter told of lost packets
-};
+/** By PID. */
+using FaultsByPid = std::map<int, SectionFaults>;
+/** Of all PIDs. */
+[[nodiscard]] SectionFaults sumOf(const FaultsByPid& faults);
 
 /** A sub-table of which not all sections had come. */
 struct IncompleteTable {
@@ -45,41 +41,40 @@ struct IncompleteTable {
  */
 class TableDemux {
  public:
-  /** May throw; push then passes the exception on. */
-  using Consumer = std::function<void(const SiTable& table)>;
+  /** The table came in so many sections. May throw; push then passes the exception on. */
+  using Consumer = std::function<void(const SiTable& table, size_t sections)>;
 
   /** `consumer` is given every table. */
   explicit TableDemux(Consumer consumer);
+  TableDemux(const TableDemux&) = delete;
+  TableDemux& operator=(const TableDemux&) = delete;
 
   /** The next packet of the stream. */
   void push(const TsPacket& packet);
 
-  /** Of how many sections the table is that the consumer has just been given. */
-  [[nodiscard]] size_t sectionsOfTable() const { return sectionsOfTable_; }
-
-  /** Of all PIDs, up to now. */
-  [[nodiscard]] DemuxStatistics statistics() const;
-  /** The same by PID, of all PIDs that have been looked at. */
-  [[nodiscard]] std::map<int, DemuxStatistics> statisticsByPid() const;
+  /** Up to now, of all PIDs that have been looked at. */
+  [[nodiscard]] const FaultsByPid& faults() const { return faults_; }
   /** By PID, then table_id, then extension. */
   [[nodiscard]] std::vector<IncompleteTable> incompleteTables() const;
 
  private:
   using Key = std::tuple<int, int, int>;  // PID, table_id, table_id_extension
 
+  void lookAt(int pid) { gatherers_.try_emplace(pid, faults_[pid]); }
   void take(int pid, Section section);
   /** Whether the table belongs on this PID. */
   [[nodiscard]] bool belongs(int pid, const Section& section) const;
+  /** Whether the current PAT names the PID. */
+  [[nodiscard]] bool isPmtPid(int pid) const;
   void follow(const PAT& pat);
   void dropUnreferencedPmts();
 
   Consumer consumer_;
-  std::vector<std::unique_ptr<SectionGatherer>> gatherers_;  // by PID; null where nothing is wanted
+  FaultsByPid faults_;
+  std::map<int, SectionGatherer> gatherers_;  // by PID; they count into faults_
   std::map<Key, SubTable> subTables_;
   std::set<std::pair<int, int>> pmts_;  // PID and programme number, of the current PAT
   std::optional<int> transportStreamId_;
-  size_t sectionsOfTable_ = 0;
-  std::map<int, DemuxStatistics> closed_;  // by PID, of gatherers that are gone
 };
 
 }  // namespace tevra::tools

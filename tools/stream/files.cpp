@@ -18,16 +18,12 @@ std::FILE* open(const std::string& path, const char* mode, std::FILE* standard) 
   return file;
 }
 
-void closeUnlessStandard(std::FILE* file) {
+}  // namespace
+
+void FileCloser::operator()(std::FILE* file) const {
   if (file != stdin && file != stdout) {
     std::fclose(file);
   }
-}
-
-}  // namespace
-
-void InputFile::Close::operator()(std::FILE* file) const {
-  closeUnlessStandard(file);
 }
 
 InputFile::InputFile(const std::string& path) : path_(path), file_(open(path, "rb", stdin)) {}
@@ -57,10 +53,6 @@ bool isSameFile(const std::string& a, const std::string& b) {
   struct stat second {};
   return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
-void OutputFile::Close::operator()(std::FILE* file) const {
-  closeUnlessStandard(file);
 }
 
 OutputFile::OutputFile(const std::string& path) : path_(path), file_(open(path, "wb", stdout)) {}

@@ -10,6 +10,11 @@
 
 namespace tevra::tools {
 
+/** Closes a file, but neither standard input nor standard output. */
+struct FileCloser {
+  void operator()(std::FILE* file) const;  ///< `file` is not null
+};
+
 /** A file that is read from front to end; "-" is standard input. */
 class InputFile : public ByteSource {
  public:
@@ -22,12 +27,8 @@ class InputFile : public ByteSource {
   [[nodiscard]] bool rewind() override;
 
  private:
-  struct Close {
-    void operator()(std::FILE* file) const;
-  };
-
   std::string path_;
-  std::unique_ptr<std::FILE, Close> file_;
+  std::unique_ptr<std::FILE, FileCloser> file_;
 };
 
 /** Whether both paths lead to the same existing file. */
@@ -45,14 +46,10 @@ class OutputFile {
   void close();
 
  private:
-  struct Close {
-    void operator()(std::FILE* file) const;
-  };
-
   [[noreturn]] void fail() const;
 
   std::string path_;
-  std::unique_ptr<std::FILE, Close> file_;
+  std::unique_ptr<std::FILE, FileCloser> file_;
 };
 
 }  // namespace tevra::tools

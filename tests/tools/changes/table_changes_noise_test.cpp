@@ -26,7 +26,7 @@ std::vector<SiTable> tablesOf(const std::string& path) {
   std::vector<SiTable> tables;
   InputFile file(path);
   TsPacketReader reader([&](uint8_t* buffer, size_t size) { return file.read(buffer, size); });
-  TableDemux demux([&](const SiTable& table) { tables.push_back(table); });
+  TableDemux demux([&](const SiTable& table, size_t /*sections*/) { tables.push_back(table); });
   TsPacket packet;
   while (reader.next(packet)) {
     demux.push(packet);

@@ -6,50 +6,20 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/tools/support/table_makers.h"
+
 namespace tevra::tools {
 namespace {
 
-SDTService sdtService(int serviceId, const std::string& descriptor) {
-  SDTService service;
-  service.serviceId = serviceId;
-  service.descriptors.emplace_back();
-  service.descriptors[0].tag = 0x48;
-  service.descriptors[0].data = descriptor;
-  return service;
-}
-
-PATProgram program(int number, int pid) {
-  PATProgram record;
-  record.programNumber = number;
-  record.pid = pid;
-  return record;
-}
-
-PMTES audio(const std::string& language) {
-  PMTES stream;
-  stream.streamType = 0x04;
-  if (!language.empty()) {
-    stream.descriptors.emplace_back();
-    stream.descriptors[0].tag = 0x0A;
-    stream.descriptors[0].data = language + std::string(1, '\0');
-  }
-  return stream;
-}
-
 StreamInventory makeInventory() {
-  PAT pat;
-  pat.transportStreamId = 11;
-  pat.programs = {program(0, 16), program(102, 0x200), program(101, 0x100)};
-  SDT sdt;
-  sdt.originalNetworkId = 22;
-  sdt.services = {sdtService(101, "\x01\x02RT\x03Uno"), sdtService(103, "\x02\x02RT\x05Radio")};
-  PMT pmt;
-  pmt.programNumber = 101;
-  pmt.esList = {PMTES(), audio("spa"), audio("")};
+  SDT sdt = test::sdtRecord({test::serviceRecord(101, "Uno"), test::serviceRecord(103, "Radio")});
+  sdt.services[1].descriptors = {test::serviceDescriptor(0x02, "Radio")};
   StreamInventory inventory;
-  inventory.add(pat);
+  inventory.add(test::patRecord({{0, 16}, {102, 0x200}, {101, 0x100}}));
   inventory.add(sdt);
-  inventory.add(pmt);
+  inventory.add(
+      test::pmtRecord({PMTES(), test::streamRecord(0x04, 600, {test::languageDescriptor("spa")}),
+                       test::streamRecord(0x04, 601)}));
   inventory.add(TOT());
   return inventory;
 }
@@ -70,11 +40,11 @@ TEST(StreamInventory, KnowsNothingOfAnEmptyStream) {
 
 TEST(StreamInventory, JoinsWhatPatSdtAndPmtSayOfAService) {
   const StreamInventory inventory = makeInventory();
-  EXPECT_EQ(11, inventory.transportStreamId());
-  EXPECT_EQ(22, inventory.originalNetworkId());
+  EXPECT_EQ(1, inventory.transportStreamId());
+  EXPECT_EQ(2, inventory.originalNetworkId());
   const ServiceSummary service = inventory.service(101);
   EXPECT_EQ("Uno", service.name);
-  EXPECT_EQ("RT", service.provider);
+  EXPECT_EQ("Maker", service.provider);
   EXPECT_EQ(1, service.type);
   EXPECT_EQ(0x100, service.pmtPid);
   EXPECT_TRUE(service.hasPmt);
@@ -88,8 +58,8 @@ TEST(StreamInventory, NamesTheCommonServiceTypes) {
       {0x11, "HD TV"},    {0x19, "HD TV"}, {0x1F, "HEVC TV"}, {0x16, "SD TV (advanced codec)"},
       {0x04, "type 0x04"}};
   for (const auto& [type, name] : names) {
-    SDT sdt;
-    sdt.services = {sdtService(101, std::string(1, type) + std::string(2, '\0'))};
+    SDT sdt = test::sdtRecord({test::serviceRecord(101, "")});
+    sdt.services[0].descriptors = {test::serviceDescriptor(type, "")};
     StreamInventory inventory;
     inventory.add(sdt);
     std::ostringstream out;
@@ -110,9 +80,7 @@ TEST(StreamInventory, ListsTheServicesOfPatAndSdtInOrder) {
 
 TEST(StreamInventory, ForgetsThePmtOfAProgrammeThatLeftThePat) {
   StreamInventory inventory = makeInventory();
-  PAT pat;
-  pat.programs = {program(102, 0x200)};
-  inventory.add(pat);
+  inventory.add(test::patRecord({{102, 0x200}}));
   EXPECT_FALSE(inventory.service(101).hasPmt);
   EXPECT_EQ("none", inventory.servicesWithPmt());
 }
@@ -122,9 +90,9 @@ TEST(StreamInventory, PrintsATableForPeople) {
   makeInventory().print(out);
   EXPECT_EQ(
       "  service  name   provider  kind   PMT PID  streams  audio\n"
-      "  101      Uno    RT        TV     256      3        spa -\n"
+      "  101      Uno    Maker     TV     256      3        spa -\n"
       "  102                       ?      512      no PMT\n"
-      "  103      Radio  RT        radio  -        no PMT\n",
+      "  103      Radio  Maker     radio  -        no PMT\n",
       out.str());
 }
 

@@ -13,16 +13,29 @@ using test::PacketWriter;
 
 constexpr int kPid = 0x0020;
 
-/** Pushes all and returns the versions of the sections that come out. */
-std::vector<int> versionsFrom(SectionGatherer& gatherer, const std::vector<TsPacket>& packets) {
-  std::vector<int> versions;
-  for (const TsPacket& packet : packets) {
-    for (const Section& section : gatherer.push(packet)) {
-      versions.push_back(section.version());
+using Versions = std::vector<int>;
+
+class SectionGathererTest : public testing::Test {
+ protected:
+  /** The versions of the sections that the packets make. */
+  Versions versionsOf(const std::vector<TsPacket>& packets) {
+    Versions versions;
+    for (const TsPacket& packet : packets) {
+      for (const Section& section : gatherer_.push(packet)) {
+        versions.push_back(section.version);
+      }
     }
+    return versions;
   }
-  return versions;
-}
+  /** The same of the packets that the writer makes of sections, one behind the other. */
+  Versions versionsOf(const Bytes& sections) {
+    return versionsOf(writer_.sections(kPid, sections));
+  }
+
+  PacketWriter writer_;
+  SectionFaults faults_;
+  SectionGatherer gatherer_{faults_};
+};
 
 /** A PAT that takes several packets. */
 Bytes longPat(int version) {
@@ -33,88 +46,95 @@ Bytes longPat(int version) {
   return makePat(1, version, programs);
 }
 
-TEST(SectionGatherer, PutsASectionTogetherFromItsPackets) {
-  PacketWriter writer;
-  SectionGatherer gatherer;
-  const std::vector<TsPacket> packets = writer.section(kPid, longPat(7));
+/** A section that leaves two bytes of its packet to what is behind it. */
+Bytes fillingAllButTwoBytes(int version) {
+  return test::makeSection({0x01, 0, version}, test::descriptor(0x80, Bytes(167, 0)));
+}
+
+TEST_F(SectionGathererTest, PutsASectionTogetherFromItsPackets) {
+  const std::vector<TsPacket> packets = writer_.section(kPid, longPat(7));
   ASSERT_EQ(5U, packets.size());
-  std::vector<Section> sections;
   for (size_t i = 0; i + 1 < packets.size(); ++i) {
-    EXPECT_TRUE(gatherer.push(packets[i]).empty());
+    EXPECT_TRUE(gatherer_.push(packets[i]).empty());
   }
-  sections = gatherer.push(packets.back());
+  const std::vector<Section> sections = gatherer_.push(packets.back());
   ASSERT_EQ(1U, sections.size());
-  EXPECT_EQ(longPat(7), sections[0].bytes());
+  const PAT& pat = std::get<PAT>(sections[0].content);
+  ASSERT_EQ(200U, pat.programs.size());
+  for (const PATProgram& program : pat.programs) {
+    EXPECT_EQ(program.programNumber + 100, program.pid);
+  }
 }
 
-TEST(SectionGatherer, FindsSeveralSectionsInOnePacket) {
-  PacketWriter writer;
-  SectionGatherer gatherer;
+TEST_F(SectionGathererTest, FindsSeveralSectionsInOnePacket) {
   const Bytes bytes = test::joined({makePat(1, 1, {}), makePat(1, 2, {}), makePat(1, 3, {})});
-  EXPECT_EQ((std::vector<int>{1, 2, 3}), versionsFrom(gatherer, writer.sections(kPid, bytes)));
+  EXPECT_EQ((Versions{1, 2, 3}), versionsOf(bytes));
 }
 
-TEST(SectionGatherer, DropsASectionWithAWrongCrc) {
-  PacketWriter writer;
-  SectionGatherer gatherer;
+TEST_F(SectionGathererTest, DropsASectionWithAWrongCrc) {
   Bytes broken = makePat(1, 1, {{5, 50}});
   broken[9] ^= 1;
-  EXPECT_TRUE(versionsFrom(gatherer, writer.section(kPid, broken)).empty());
-  EXPECT_EQ(1U, gatherer.crcErrors());
-  EXPECT_EQ((std::vector<int>{2}), versionsFrom(gatherer, writer.section(kPid, makePat(1, 2, {}))));
-  EXPECT_EQ(1U, gatherer.crcErrors());
+  EXPECT_TRUE(versionsOf(broken).empty());
+  EXPECT_EQ(1U, faults_.crcErrors);
+  EXPECT_EQ((Versions{2}), versionsOf(makePat(1, 2, {})));
+  EXPECT_EQ(1U, faults_.crcErrors);
 }
 
-TEST(SectionGatherer, DropsASectionWithAWrongCrcAndTakesTheNextInThePacket) {
-  PacketWriter writer;
-  SectionGatherer gatherer;
+TEST_F(SectionGathererTest, DropsASectionWithAWrongCrcAndTakesTheNextInThePacket) {
   Bytes broken = makePat(1, 1, {{5, 50}});
   broken.back() ^= 1;
   const Bytes bytes = test::joined({broken, makePat(1, 2, {})});
-  EXPECT_EQ((std::vector<int>{2}), versionsFrom(gatherer, writer.sections(kPid, bytes)));
+  EXPECT_EQ((Versions{2}), versionsOf(bytes));
 }
 
-TEST(SectionGatherer, DropsASectionThatMissesAPacket) {
-  PacketWriter writer;
-  SectionGatherer gatherer;
-  std::vector<TsPacket> packets = writer.section(kPid, longPat(1));
+TEST_F(SectionGathererTest, DropsASectionThatMissesAPacket) {
+  std::vector<TsPacket> packets = writer_.section(kPid, longPat(1));
   packets.erase(packets.begin() + 2);
-  EXPECT_TRUE(versionsFrom(gatherer, packets).empty());
-  EXPECT_EQ(1U, gatherer.discontinuities());
-  EXPECT_EQ((std::vector<int>{2}), versionsFrom(gatherer, writer.section(kPid, longPat(2))));
+  EXPECT_TRUE(versionsOf(packets).empty());
+  EXPECT_EQ(1U, faults_.discontinuities);
+  EXPECT_EQ((Versions{2}), versionsOf(longPat(2)));
 }
 
-TEST(SectionGatherer, PassesOverRepeatedPacketsEvenBehindAGap) {
-  PacketWriter writer;
-  SectionGatherer gatherer;
-  EXPECT_EQ((std::vector<int>{1}), versionsFrom(gatherer, writer.section(kPid, makePat(1, 1, {}))));
-  writer.lose(kPid, 3);
+TEST_F(SectionGathererTest, PassesOverRepeatedPacketsEvenBehindAGap) {
+  EXPECT_EQ((Versions{1}), versionsOf(makePat(1, 1, {})));
+  writer_.lose(kPid, 3);
   std::vector<TsPacket> twice;
-  for (const TsPacket& packet : writer.section(kPid, longPat(2))) {
+  for (const TsPacket& packet : writer_.section(kPid, longPat(2))) {
     twice.push_back(packet);
     twice.push_back(packet);
   }
-  EXPECT_EQ((std::vector<int>{2}), versionsFrom(gatherer, twice));
+  EXPECT_EQ((Versions{2}), versionsOf(twice));
 }
 
-TEST(SectionGatherer, TakesTheNextSectionWhenOneIsCutShort) {
-  PacketWriter writer;
-  SectionGatherer gatherer;
-  std::vector<TsPacket> packets = writer.section(kPid, longPat(1));
+TEST_F(SectionGathererTest, TakesTheNextSectionWhenOneIsCutShort) {
+  std::vector<TsPacket> packets = writer_.section(kPid, longPat(1));
   packets.resize(2);
   for (int i = 0; i < 2; ++i) {
-    packets.push_back(writer.section(kPid, makePat(1, 2 + i, {}))[0]);
+    packets.push_back(writer_.section(kPid, makePat(1, 2 + i, {}))[0]);
     packets.back().setContinuityCounter(2 + i);  // nothing is missing by the counter
   }
-  EXPECT_EQ((std::vector<int>{2, 3}), versionsFrom(gatherer, packets));
-  EXPECT_EQ(1U, gatherer.truncatedSections());
-  EXPECT_EQ(0U, gatherer.crcErrors());
+  EXPECT_EQ((Versions{2, 3}), versionsOf(packets));
+  EXPECT_EQ(1U, faults_.truncatedSections);
+  EXPECT_EQ(0U, faults_.crcErrors);
 }
 
-TEST(SectionGatherer, EndsASectionBeforeThePointerAndStartsTheNextBehindIt) {
-  PacketWriter writer;
-  SectionGatherer gatherer;
-  std::vector<TsPacket> packets = writer.section(kPid, longPat(1));
+TEST_F(SectionGathererTest, TakesTheNextSectionWhenOneIsCutShortInItsHeader) {
+  auto packets =
+      writer_.sections(kPid, test::joined({fillingAllButTwoBytes(1), makePat(1, 2, {})}));
+  packets.at(1) = PacketWriter().section(kPid, makePat(1, 3, {}))[0];
+  packets[1].setContinuityCounter(1);
+  EXPECT_EQ((Versions{1, 3}), versionsOf(packets));
+  EXPECT_EQ(1U, faults_.truncatedSections);
+}
+
+TEST_F(SectionGathererTest, TakesStuffingForNoSection) {
+  EXPECT_EQ((Versions{1}), versionsOf(fillingAllButTwoBytes(1)));
+  EXPECT_EQ((Versions{2}), versionsOf(makePat(1, 2, {})));
+  EXPECT_EQ(0U, faults_.truncatedSections);
+}
+
+TEST_F(SectionGathererTest, EndsASectionBeforeThePointerAndStartsTheNextBehindIt) {
+  std::vector<TsPacket> packets = writer_.section(kPid, longPat(1));
   TsPacket& last = packets.back();
   const size_t rest = longPat(1).size() - 183 - 3 * 184;
   const Bytes next = makePat(1, 2, {});
@@ -124,11 +144,11 @@ TEST(SectionGatherer, EndsASectionBeforeThePointerAndStartsTheNextBehindIt) {
   last.data()[4] = static_cast<uint8_t>(rest);
   std::copy(tail.begin(), tail.end(), last.data() + 5);
   std::copy(next.begin(), next.end(), last.data() + 5 + rest);
-  EXPECT_EQ((std::vector<int>{1, 2}), versionsFrom(gatherer, packets));
-  EXPECT_EQ(0U, gatherer.truncatedSections());
+  EXPECT_EQ((Versions{1, 2}), versionsOf(packets));
+  EXPECT_EQ(0U, faults_.truncatedSections);
 }
 
-TEST(SectionGatherer, PassesOverPacketsItCannotRead) {
+TEST_F(SectionGathererTest, PassesOverPacketsItCannotRead) {
   const TsPacket good = PacketWriter().section(kPid, makePat(1, 1, {}))[0];
   const auto with = [&good](size_t index, uint8_t value) {
     TsPacket packet = good;
@@ -136,35 +156,48 @@ TEST(SectionGatherer, PassesOverPacketsItCannotRead) {
     return packet;
   };
   const uint8_t flags = good.data()[1];
-  SectionGatherer gatherer;
-  EXPECT_TRUE(gatherer.push(with(1, flags | 0x80)).empty()) << "transport error";
-  EXPECT_TRUE(gatherer.push(with(3, 0x90)).empty()) << "scrambled";
-  EXPECT_TRUE(gatherer.push(with(3, 0x00)).empty()) << "neither payload nor adaptation field";
+  EXPECT_TRUE(gatherer_.push(with(1, flags | 0x80)).empty()) << "transport error";
+  EXPECT_TRUE(gatherer_.push(with(3, 0x90)).empty()) << "scrambled";
+  EXPECT_TRUE(gatherer_.push(with(3, 0x00)).empty()) << "neither payload nor adaptation field";
   TsPacket adaptationField = with(3, 0x30);
   adaptationField.data()[4] = 0xFF;
-  EXPECT_TRUE(gatherer.push(adaptationField).empty()) << "adaptation field beyond the packet";
-  EXPECT_TRUE(gatherer.push(with(4, 0xFF)).empty()) << "pointer_field beyond the packet";
-  EXPECT_TRUE(gatherer.push(with(4, 183)).empty()) << "pointer_field at the packet's end";
-  EXPECT_EQ(1U, gatherer.push(good).size());
+  EXPECT_TRUE(gatherer_.push(adaptationField).empty()) << "adaptation field beyond the packet";
+  EXPECT_TRUE(gatherer_.push(with(4, 0xFF)).empty()) << "pointer_field beyond the packet";
+  EXPECT_TRUE(gatherer_.push(with(4, 183)).empty()) << "pointer_field at the packet's end";
+  EXPECT_EQ(1U, gatherer_.push(good).size());
 }
 
-TEST(SectionGatherer, CountsSectionsWhoseLengthsDoNotAddUp) {
-  PacketWriter writer;
-  SectionGatherer gatherer;
+TEST_F(SectionGathererTest, CountsSectionsWhoseLengthsDoNotAddUp) {
   const Bytes malformed = test::makeSection({0x02, 1}, {0xE1, 0x00, 0xFF, 0xFF});
-  EXPECT_TRUE(versionsFrom(gatherer, writer.section(kPid, malformed)).empty());
-  EXPECT_EQ(1U, gatherer.malformedSections());
+  EXPECT_TRUE(versionsOf(malformed).empty());
+  EXPECT_EQ(1U, faults_.malformedSections);
   const Bytes unwanted = test::makeSection({0xC0, 1}, {0xE1, 0x00, 0xFF, 0xFF});
-  EXPECT_TRUE(versionsFrom(gatherer, writer.section(kPid, unwanted)).empty());
-  EXPECT_EQ(1U, gatherer.malformedSections());
+  EXPECT_TRUE(versionsOf(unwanted).empty());
+  EXPECT_EQ(1U, faults_.malformedSections);
 }
 
-TEST(SectionGatherer, TakesSectionsOfNoLength) {
-  PacketWriter writer;
-  SectionGatherer gatherer;
+TEST_F(SectionGathererTest, WantsNoCrcOfTablesThatHaveNone) {
+  Bytes section = {0x00, 0xF0, 5, 0, 0, 0, 0, 0};
+  for (const int tableId : {0x70, 0x71, 0x72, 0x7E}) {
+    section[0] = static_cast<uint8_t>(tableId);
+    EXPECT_TRUE(versionsOf(section).empty());
+    EXPECT_EQ(0U, faults_.crcErrors) << tableId;
+  }
+  section[0] = 0x4F;
+  EXPECT_TRUE(versionsOf(section).empty());
+  EXPECT_EQ(1U, faults_.crcErrors) << "an EIT that nobody asked for has one";
+}
+
+TEST_F(SectionGathererTest, TakesALengthThatNoSectionHasForNoSection) {
+  EXPECT_TRUE(versionsOf(Bytes{0x42, 0xFF, 0xFE, 0}).empty());
+  EXPECT_EQ((Versions{4}), versionsOf(makePat(1, 4, {})));
+  EXPECT_EQ(0U, faults_.truncatedSections);
+}
+
+TEST_F(SectionGathererTest, TakesSectionsOfNoLength) {
   const Bytes empty(170, 0x00);  // table_id 0, section_length 0, over and over
-  EXPECT_TRUE(versionsFrom(gatherer, writer.sections(kPid, empty)).empty());
-  EXPECT_EQ((std::vector<int>{4}), versionsFrom(gatherer, writer.section(kPid, makePat(1, 4, {}))));
+  EXPECT_TRUE(versionsOf(empty).empty());
+  EXPECT_EQ((Versions{4}), versionsOf(makePat(1, 4, {})));
 }
 
 }  // namespace

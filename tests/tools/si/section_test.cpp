@@ -21,25 +21,25 @@ Bytes section(int tableId, const Bytes& payload) {
 }
 
 TEST(Section, ReadsTheLongHeader) {
-  const auto parsed = parse(makeSection({0x4E, 0x1234, 31, 3, 7, false}, Bytes(6, 0)));
+  const auto parsed = parse(makeSection({0x4E, 0x1234, 31, 3, 7, false}, {0, 1, 0, 2, 3, 0x4E}));
   ASSERT_TRUE(parsed.has_value());
-  EXPECT_EQ(0x4E, parsed->tableId());
-  EXPECT_EQ(0x1234, parsed->extension());
-  EXPECT_EQ(31, parsed->version());
-  EXPECT_FALSE(parsed->isCurrent());
-  EXPECT_EQ(3, parsed->number());
-  EXPECT_EQ(7, parsed->lastNumber());
-  EXPECT_EQ(6U, parsed->payloadSize());
+  EXPECT_EQ(0x4E, parsed->tableId);
+  EXPECT_EQ(0x1234, parsed->extension);
+  EXPECT_EQ(31, parsed->version);
+  EXPECT_FALSE(parsed->isCurrent);
+  EXPECT_EQ(3, parsed->number);
+  EXPECT_EQ(7, parsed->lastNumber);
+  EXPECT_EQ(1, std::get<EIT>(parsed->content).transportStreamId) << "what lies behind the header";
 }
 
 TEST(Section, ReadsTheShortHeaderOfATot) {
   const auto parsed = parse(test::makeTot(0xC0FFEE0102, descriptor(0x58, Bytes(13, 1))));
   ASSERT_TRUE(parsed.has_value());
-  EXPECT_EQ(0, parsed->extension());
-  EXPECT_EQ(0, parsed->version());
-  EXPECT_TRUE(parsed->isCurrent());
-  EXPECT_EQ(0, parsed->lastNumber());
-  EXPECT_EQ(5U + 2U + 15U, parsed->payloadSize());
+  EXPECT_EQ(0, parsed->extension);
+  EXPECT_EQ(0, parsed->version);
+  EXPECT_TRUE(parsed->isCurrent);
+  EXPECT_EQ(0, parsed->lastNumber);
+  EXPECT_EQ(0xC0FFEE0102, std::get<TOT>(parsed->content).utcTime) << "what lies behind the header";
 }
 
 TEST(Section, RefusesTablesThatNobodyAskedFor) {

@@ -24,7 +24,7 @@ Section eit(int version, int number, int lastNumber, int segmentLast, int tableI
 std::vector<int> numbersOf(const std::vector<Section>& sections) {
   std::vector<int> numbers;
   for (const Section& section : sections) {
-    numbers.push_back(section.number());
+    numbers.push_back(section.number);
   }
   return numbers;
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/tools/support/table_makers.h"
 #include "tests/tools/support/ts_builder.h"
 
 namespace tevra::tools {
@@ -9,6 +10,7 @@ namespace {
 
 using test::Bytes;
 using test::descriptor;
+using test::descriptorRecord;
 using test::makeSection;
 
 /** Decodes the sections and takes the table for what it has to be. */
@@ -18,18 +20,11 @@ Table decoded(const std::vector<Bytes>& sections) {
   for (const Bytes& bytes : sections) {
     parsed.push_back(Section::parse(bytes.data(), bytes.size()).value());
   }
-  return std::get<Table>(decodeTable(parsed));
-}
-
-Descriptor makeDescriptor(int tag, const std::string& data) {
-  Descriptor record;
-  record.tag = tag;
-  record.data = data;
-  return record;
+  return std::get<Table>(tableOf(std::move(parsed)));
 }
 
 const Bytes kEnglish = descriptor(0x0A, {'e', 'n', 'g', 0});
-const Descriptor kEnglishRecord = makeDescriptor(0x0A, std::string("eng\0", 4));
+const Descriptor kEnglishRecord = descriptorRecord(0x0A, std::string("eng\0", 4));
 
 TEST(TableDecoder, DecodesAPatOfTwoSections) {
   const PAT pat = decoded<PAT>({test::makePat(0x1234, 30, {{0, 0x10}, {1, 0x100}}, 0, 1),
@@ -65,7 +60,7 @@ TEST(TableDecoder, DecodesACat) {
   EXPECT_EQ(5, cat.version);
   EXPECT_TRUE(cat.currentNext);
   const std::vector<Descriptor> expected = {
-      makeDescriptor(0x09, std::string("\x00\x71\xE7\x01", 4)), kEnglishRecord};
+      descriptorRecord(0x09, std::string("\x00\x71\xE7\x01", 4)), kEnglishRecord};
   EXPECT_EQ(expected, cat.descriptors);
 }
 
@@ -83,7 +78,7 @@ TEST(TableDecoder, DecodesAPmt) {
   EXPECT_EQ(31, pmt.version);
   EXPECT_TRUE(pmt.currentNext);
   EXPECT_EQ(0x101, pmt.pcrPid);
-  EXPECT_EQ(std::vector<Descriptor>{makeDescriptor(0x09, "")}, pmt.descriptors);
+  EXPECT_EQ(std::vector<Descriptor>{descriptorRecord(0x09, "")}, pmt.descriptors);
   ASSERT_EQ(2U, pmt.esList.size());
   EXPECT_EQ(0x1B, pmt.esList[0].streamType);
   EXPECT_EQ(0x101, pmt.esList[0].pid);
@@ -106,7 +101,7 @@ TEST(TableDecoder, DecodesAnSdtOfTwoSections) {
   EXPECT_TRUE(sdt.services[0].eitPresentFollowing);
   EXPECT_EQ(4, sdt.services[0].runningStatus);
   EXPECT_FALSE(sdt.services[0].freeCA);
-  EXPECT_EQ(std::vector<Descriptor>{makeDescriptor(0x48, std::string("\x01\x00\x03Two", 6))},
+  EXPECT_EQ(std::vector<Descriptor>{descriptorRecord(0x48, std::string("\x01\x00\x03Two", 6))},
             sdt.services[1].descriptors);
 }
 
@@ -121,7 +116,7 @@ TEST(TableDecoder, DecodesANit) {
   EXPECT_EQ(0x2001, nit.networkId);
   EXPECT_EQ(9, nit.version);
   EXPECT_TRUE(nit.currentNext);
-  EXPECT_EQ(std::vector<Descriptor>{makeDescriptor(0x40, "Net")}, nit.descriptors);
+  EXPECT_EQ(std::vector<Descriptor>{descriptorRecord(0x40, "Net")}, nit.descriptors);
   ASSERT_EQ(2U, nit.transportStreams.size());
   EXPECT_EQ(11, nit.transportStreams[0].transportStreamId);
   EXPECT_EQ(12, nit.transportStreams[0].originalNetworkId);
@@ -152,7 +147,7 @@ Bytes networkPayload(const std::string& name, int transportStreamId) {
 /** What `table` has of the two payloads above, in order. */
 template <class Table>
 void expectBothParts(const Table& table) {
-  EXPECT_EQ((std::vector<Descriptor>{makeDescriptor(0x40, "One"), makeDescriptor(0x40, "Two")}),
+  EXPECT_EQ((std::vector<Descriptor>{descriptorRecord(0x40, "One"), descriptorRecord(0x40, "Two")}),
             table.descriptors);
   ASSERT_EQ(2U, table.transportStreams.size());
   EXPECT_EQ(11, table.transportStreams[0].transportStreamId);
@@ -179,7 +174,7 @@ TEST(TableDecoder, JoinsTheSectionsOfAPmt) {
   };
   const PMT pmt = decoded<PMT>({makeSection({0x02, 101, 2, 0, 1}, payload("One", 2)),
                                 makeSection({0x02, 101, 2, 1, 1}, payload("Two", 4))});
-  EXPECT_EQ((std::vector<Descriptor>{makeDescriptor(0x05, "One"), makeDescriptor(0x05, "Two")}),
+  EXPECT_EQ((std::vector<Descriptor>{descriptorRecord(0x05, "One"), descriptorRecord(0x05, "Two")}),
             pmt.descriptors);
   ASSERT_EQ(2U, pmt.esList.size());
   EXPECT_EQ(2, pmt.esList[0].streamType);
@@ -187,13 +182,15 @@ TEST(TableDecoder, JoinsTheSectionsOfAPmt) {
 }
 
 TEST(TableDecoder, DecodesATot) {
-  const TOT tot = decoded<TOT>({test::makeTot(0xEC1F235959, kEnglish)});
+  const TOT tot = decoded<TOT>(
+      {test::makeTot(0xEC1F235959, test::joined({kEnglish, descriptor(0x80, {'a'})}))});
   EXPECT_EQ(0x73, tot.tableId);
   EXPECT_EQ(0, tot.extension);
   EXPECT_EQ(0, tot.version);
   EXPECT_TRUE(tot.currentNext);
   EXPECT_EQ(0xEC1F235959, tot.utcTime);
-  EXPECT_EQ(std::vector<Descriptor>{kEnglishRecord}, tot.descriptors);
+  EXPECT_EQ((std::vector<Descriptor>{kEnglishRecord, descriptorRecord(0x80, "a")}),
+            tot.descriptors);
 }
 
 TEST(TableDecoder, DecodesAnEit) {

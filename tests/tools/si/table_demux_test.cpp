@@ -28,7 +28,8 @@ class TableDemuxTest : public testing::Test {
 
   test::PacketWriter writer_;
   Briefs tables_;
-  TableDemux demux_{[this](const SiTable& table) { tables_.push_back(test::brief(table)); }};
+  TableDemux demux_{
+      [this](const SiTable& table, size_t /*sections*/) { tables_.push_back(test::brief(table)); }};
 };
 
 const Bytes kNitPayload = test::joined({test::loop(0xF, {}), test::loop(0xF, {})});
@@ -87,7 +88,7 @@ TEST_F(TableDemuxTest, SkipsSectionsWithAWrongCrc) {
   Bytes broken = makePat(1, 2, {{101, 0x100}});
   broken[10] ^= 0x20;
   EXPECT_EQ(Briefs{}, send(0x00, broken));
-  EXPECT_EQ(1U, demux_.statistics().crcErrors);
+  EXPECT_EQ(1U, sumOf(demux_.faults()).crcErrors);
   EXPECT_EQ(Briefs{"PAT 1 v2"}, send(0x00, makePat(1, 2, {{101, 0x100}})));
 }
 
@@ -166,17 +167,17 @@ TEST_F(TableDemuxTest, CountsFaultsByPidThatOfAPmtPidThatIsGoneIncluded) {
   broken[10] ^= 1;
   (void)send(0x11, broken);
   (void)send(0x00, makePat(1, 3, {{101, 0x200}}));
-  auto byPid = demux_.statisticsByPid();
+  FaultsByPid byPid = demux_.faults();
   EXPECT_EQ(1U, byPid[0x100].crcErrors);
   EXPECT_EQ(1U, byPid[0x11].crcErrors);
   EXPECT_EQ(0U, byPid[0x00].crcErrors);
   EXPECT_EQ(1U, byPid.count(0x200));
-  EXPECT_EQ(2U, demux_.statistics().crcErrors);
+  EXPECT_EQ(2U, sumOf(demux_.faults()).crcErrors);
 }
 
 TEST_F(TableDemuxTest, PassesOnWhatTheConsumerThrowsAndStaysUsable) {
   int calls = 0;
-  TableDemux demux([&calls](const SiTable&) {
+  TableDemux demux([&calls](const SiTable&, size_t) {
     if (++calls == 1) {
       throw std::runtime_error("no");
     }

@@ -1,6 +1,7 @@
 #include "tests/tools/support/sample_answer.h"
 
-#include "tools/si/table_decoder.h"
+#include "tests/tools/support/ts_builder.h"
+#include "tools/si/section.h"
 
 namespace tevra::tools::test {
 namespace {
@@ -9,7 +10,7 @@ constexpr int kPmtPid = 501;
 
 template <class Table>
 Table decoded(const Bytes& section) {
-  return std::get<Table>(decodeTable({Section::parse(section.data(), section.size()).value()}));
+  return std::get<Table>(Section::parse(section.data(), section.size()).value().content);
 }
 
 }  // namespace

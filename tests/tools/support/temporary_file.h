@@ -12,6 +12,12 @@
 
 namespace tevra::tools::test {
 
+/** All that a file holds. */
+[[nodiscard]] inline std::string contentOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
 /** A file of the running test's own, removed at the end. */
 class TemporaryFile {
  public:
@@ -40,10 +46,7 @@ class TemporaryFile {
         .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   }
 
-  [[nodiscard]] std::string read() const {
-    std::ifstream file(path_, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  }
+  [[nodiscard]] std::string read() const { return contentOf(path_); }
 
   [[nodiscard]] std::vector<TsPacket> readPackets() const {
     const std::string bytes = read();

@@ -172,4 +172,13 @@ TsPacket PacketWriter::next(int pid) {
   return packet;
 }
 
+void StreamBuilder::add(int pid, const Bytes& section) {
+  const auto more = writer_.section(pid, section);
+  packets_.insert(packets_.end(), more.begin(), more.end());
+}
+
+void StreamBuilder::add(int pid, std::optional<int64_t> pcr) {
+  packets_.push_back(writer_.stream(pid, 0, pcr));
+}
+
 }  // namespace tevra::tools::test

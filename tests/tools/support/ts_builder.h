@@ -79,4 +79,18 @@ class PacketWriter {
   std::map<int, int> counters_;
 };
 
+/** Packets of several PIDs in the order in which they are added. */
+class StreamBuilder {
+ public:
+  /** A section in packets of its own. */
+  void add(int pid, const Bytes& section);
+  /** A packet of a stream, with a PCR if one is given. */
+  void add(int pid, std::optional<int64_t> pcr = std::nullopt);
+  [[nodiscard]] const std::vector<TsPacket>& packets() const { return packets_; }
+
+ private:
+  PacketWriter writer_;
+  std::vector<TsPacket> packets_;
+};
+
 }  // namespace tevra::tools::test

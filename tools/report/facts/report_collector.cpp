@@ -43,7 +43,7 @@ StreamFeed feed(const std::string& path, Daemon& daemon, Survey& survey) {
       }
     }
   };
-  return {file, path, daemon, onPacket, onTable};
+  return StreamFeed::feed(file, path, daemon, onPacket, onTable);
 }
 
 /** How long the file lasts, by the PCRs of one PID, the same way as extract times its packets. */
@@ -70,8 +70,8 @@ void addCounts(const StreamFeed& stream, const StreamCensus& census, Report& rep
   report.firstClock = census.firstClock();
   report.lastClock = census.lastClock();
   for (auto& [pid, count] : report.pids) {
-    const auto entry = stream.statisticsByPid().find(pid);
-    if (entry != stream.statisticsByPid().end()) {
+    const auto entry = stream.faultsByPid().find(pid);
+    if (entry != stream.faultsByPid().end()) {
       count.crcErrors = entry->second.crcErrors;
       count.otherSections = entry->second.truncatedSections + entry->second.malformedSections;
     }

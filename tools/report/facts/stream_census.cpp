@@ -1,21 +1,12 @@
 #include "tools/report/facts/stream_census.h"
 
 #include "tools/si/section.h"
+#include "tools/si/section_reader.h"
 
 namespace tevra::tools::report {
 namespace {
 
-constexpr int kTableTdt = 0x70;
-constexpr size_t kSectionHeader = 3;
 constexpr size_t kUtcSize = 5;
-
-int64_t read40(const uint8_t* bytes) {
-  int64_t value = 0;
-  for (size_t i = 0; i < kUtcSize; ++i) {
-    value = (value << 8) | bytes[i];
-  }
-  return value;
-}
 
 }  // namespace
 
@@ -81,20 +72,16 @@ void StreamCensus::noteClock(StreamTime time) {
 
 /** Looks for TDTs, which have no CRC_32 (EN 300 468, 5.2.5), among the sections in the packet. */
 void StreamCensus::readClock(const TsPacket& packet) {
-  const uint8_t* bytes = packet.data();
-  size_t position = packet.payloadOffset();
-  if (position >= kTsPacketSize) {
-    return;
-  }
-  position += size_t{1} + bytes[position];
-  while (position + kSectionHeader + kUtcSize <= kTsPacketSize) {
-    const size_t length = read12(bytes + position + 1);
-    if (bytes[position] == kTableTdt && length == kUtcSize) {
-      if (const auto time = streamTime(read40(bytes + position + kSectionHeader))) {
-        noteClock(*time);
-      }
+  SectionReader reader(packet.data() + packet.payloadOffset(), packet.data() + kTsPacketSize);
+  reader.skip(static_cast<size_t>(reader.byte()));  // behind the pointer_field
+  while (!reader.atEnd()) {
+    const int tableId = reader.byte();
+    const size_t length = reader.length();
+    if (tableId != kTableTdt || length != kUtcSize) {
+      reader.skip(length);
+    } else if (const auto time = streamTime(reader.number(kUtcSize)); time && reader.ok()) {
+      noteClock(*time);
     }
-    position += kSectionHeader + length;
   }
 }
 

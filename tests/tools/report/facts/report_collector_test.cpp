@@ -146,33 +146,18 @@ TEST_F(ReportOfTheSample, SaysWhereTheDaemonGivesNoOutput) {
       << "what cannot be carried";
 }
 
-/** Packets, written into a file of the test's. */
-class Stream {
- public:
-  void add(int pid, const test::Bytes& section) {
-    const auto more = writer_.section(pid, section);
-    packets_.insert(packets_.end(), more.begin(), more.end());
-  }
-  void add(int pid, std::optional<int64_t> pcr = std::nullopt) {
-    packets_.push_back(writer_.stream(pid, 0, pcr));
-  }
-
-  Report report() {
-    const TemporaryFile file("ts");
-    file.write(packets_);
-    RecordingDaemon daemon;
-    return collectReport(file.path(), daemon).report;
-  }
-
- private:
-  test::PacketWriter writer_;
-  std::vector<TsPacket> packets_;
-};
+/** The report of a file of these packets. */
+Report reportOf(const test::StreamBuilder& stream) {
+  const TemporaryFile file("ts");
+  file.write(stream.packets());
+  RecordingDaemon daemon;
+  return collectReport(file.path(), daemon).report;
+}
 
 TEST(ReportCollector, KnowsNoTimeWithoutPcrs) {
-  Stream stream;
+  test::StreamBuilder stream;
   stream.add(0x00, test::makePat(1, 1, {}));
-  const Report report = stream.report();
+  const Report report = reportOf(stream);
   EXPECT_FALSE(report.seconds.has_value());
   EXPECT_FALSE(report.bitRate(1).has_value());
   EXPECT_EQ(1.0, report.share(1));
@@ -181,10 +166,10 @@ TEST(ReportCollector, KnowsNoTimeWithoutPcrs) {
 }
 
 TEST(ReportCollector, ShowsAServiceWhosePmtNeverComes) {
-  Stream stream;
+  test::StreamBuilder stream;
   stream.add(0x00, test::makePat(1, 1, {{101, 0x100}}));
   stream.add(0x100);
-  const Report report = stream.report();
+  const Report report = reportOf(stream);
   ASSERT_EQ(1U, report.services.size());
   EXPECT_FALSE(report.services[0].hasPmt);
   EXPECT_FALSE(report.services[0].output.has_value());
@@ -192,13 +177,13 @@ TEST(ReportCollector, ShowsAServiceWhosePmtNeverComes) {
 }
 
 TEST(ReportCollector, GivesPcrsOnAPidOfTheirOwnAPlace) {
-  Stream stream;
+  test::StreamBuilder stream;
   stream.add(0x00, test::makePat(1, 1, {{101, 0x100}}));
   stream.add(0x100, test::makePmt(101, 1, 0x1FE, {{2, 0x101, {}}, {2, 0x101, {}}}));
   stream.add(0x1FE, 0);
   stream.add(0x300);
   stream.add(0x1FE, kSystemClock / 10);
-  const Report report = stream.report();
+  const Report report = reportOf(stream);
   EXPECT_THAT(pidsOf(report.services.at(0).streams), ElementsAre(0x100, 0x101, 0x1FE));
   EXPECT_TRUE(report.services[0].streams[2].hasPcr);
   EXPECT_EQ(StreamKind::kUnreferenced, streamOn(report.others, 0x300).kind);
@@ -206,23 +191,23 @@ TEST(ReportCollector, GivesPcrsOnAPidOfTheirOwnAPlace) {
 }
 
 TEST(ReportCollector, TellsTheNetworkPidOfThePatFromUnreferencedOnes) {
-  Stream stream;
+  test::StreamBuilder stream;
   stream.add(0x00, test::makePat(1, 1, {{0, 0x50}}));
   stream.add(0x50);
   stream.add(0x51);
-  const Report report = stream.report();
+  const Report report = reportOf(stream);
   EXPECT_EQ("NIT", streamOn(report.others, 0x50).description);
   EXPECT_EQ(StreamKind::kTables, streamOn(report.others, 0x50).kind);
   EXPECT_EQ("unreferenced", streamOn(report.others, 0x51).description);
 }
 
 TEST(ReportCollector, CountsFaultsByPid) {
-  Stream stream;
+  test::StreamBuilder stream;
   stream.add(0x00, test::makePat(1, 1, {}));
   test::Bytes broken = test::makeSdt(1, 5, 101, "Two");
   broken[20] ^= 1;
   stream.add(0x11, broken);
-  const Report report = stream.report();
+  const Report report = reportOf(stream);
   EXPECT_EQ(1U, report.countOf(0x11).crcErrors);
   EXPECT_EQ(0U, report.countOf(0x00).crcErrors);
   EXPECT_THAT(report.faults, ElementsAre("1 section with a wrong CRC, dropped"));
@@ -266,10 +251,7 @@ TEST(ReportCollector, FailsAsFeedDoes) {
 
 // Any file must become a page or an error; the sanitizers watch.
 TEST(ReportCollector, SurvivesDamagedStreams) {
-  const std::string whole = [] {
-    std::ifstream file(test::sample(), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-  }();
+  const std::string whole = test::contentOf(test::sample());
   std::mt19937 random(3);
   for (int round = 0; round < 5; ++round) {
     std::string bytes = whole.substr(random() % 200'000, 300'000);
