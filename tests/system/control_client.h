@@ -25,12 +25,8 @@ class ControlClient {
 
   Service* operator->() { return service_.get(); }
 
-  /** For calls that the service does not know. */
-  [[nodiscard]] apache::thrift::protocol::TProtocol& protocol() { return *protocol_; }
-
  private:
   std::shared_ptr<apache::thrift::transport::TTransport> transport_;
-  std::shared_ptr<apache::thrift::protocol::TProtocol> protocol_;
   std::unique_ptr<Service> service_;
 };
 
