@@ -5,6 +5,8 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <utility>
+#include <vector>
 
 namespace tevra {
 namespace {
@@ -32,26 +34,16 @@ class ConfigurationRootDeathTest : public testing::Test {
   ConfigurationRootDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-TEST_F(ConfigurationRootDeathTest, IsTheDevicesOwnWithoutTheVariable) {
-  EXPECT_EXIT(printRoot(nullptr), testing::ExitedWithCode(0), testing::StrEq("/etc/tevra/conf"));
-}
-
-TEST_F(ConfigurationRootDeathTest, IsTheDevicesOwnForAnEmptyVariable) {
-  EXPECT_EXIT(printRoot(""), testing::ExitedWithCode(0), testing::StrEq("/etc/tevra/conf"));
-}
-
-TEST_F(ConfigurationRootDeathTest, IsTheValueOfTheVariable) {
-  EXPECT_EXIT(printRoot("/srv/head end"), testing::ExitedWithCode(0),
-              testing::StrEq("/srv/head end"));
-}
-
-TEST_F(ConfigurationRootDeathTest, LosesTrailingSlashes) {
-  EXPECT_EXIT(printRoot("/srv//headend///"), testing::ExitedWithCode(0),
-              testing::StrEq("/srv//headend"));
-}
-
-TEST_F(ConfigurationRootDeathTest, IsEmptyForTheRootOfTheFileSystem) {
-  EXPECT_EXIT(printRoot("/"), testing::ExitedWithCode(0), testing::StrEq(""));
+TEST_F(ConfigurationRootDeathTest, IsTheVariableWithoutTrailingSlashesElseTheDevicesOwn) {
+  const std::vector<std::pair<const char*, const char*>> roots = {
+      {nullptr, "/etc/tevra/conf"},
+      {"", "/etc/tevra/conf"},
+      {"/srv/head end", "/srv/head end"},
+      {"/srv//headend///", "/srv//headend"},
+      {"/", ""}};  // stands for the root of the file system
+  for (const auto& [variable, root] : roots) {
+    EXPECT_EXIT(printRoot(variable), testing::ExitedWithCode(0), testing::StrEq(root));
+  }
 }
 
 TEST_F(ConfigurationRootDeathTest, StaysWhatItWasAtTheFirstCall) {

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <utility>
+#include <vector>
 
 #include "platform/module_utils.h"
 #include "tests/platform/scoped_environment.h"
@@ -21,16 +23,12 @@ TEST(Module, TypeIsThatOfFourMptsWithoutTheVariable) {
   EXPECT_EQ(moduleType(), kModuleTypeFourMpts);
 }
 
-TEST(Module, TypeIsTheNumberInTheVariable) {
-  const ScopedEnvironment environment("TEVRA_MODULE_TYPE", "6");
-  EXPECT_EQ(moduleType(), 6);
-}
-
-TEST(Module, TypeMayBeZeroOrNegative) {
-  const ScopedEnvironment zero("TEVRA_MODULE_TYPE", "0");
-  EXPECT_EQ(moduleType(), 0);
-  const ScopedEnvironment negative("TEVRA_MODULE_TYPE", "-2");
-  EXPECT_EQ(moduleType(), -2);
+TEST(Module, TypeIsTheNumberThatTheVariableHoldsAtTheTime) {
+  for (const auto& [text, type] :
+       std::vector<std::pair<const char*, int>>{{"6", 6}, {"0", 0}, {"-2", -2}}) {
+    const ScopedEnvironment environment("TEVRA_MODULE_TYPE", text);
+    EXPECT_EQ(moduleType(), type);
+  }
 }
 
 TEST(Module, TypeIsTheDefaultForWhatIsNoNumber) {
@@ -40,22 +38,11 @@ TEST(Module, TypeIsTheDefaultForWhatIsNoNumber) {
   }
 }
 
-TEST(Module, TypeFollowsTheVariable) {
-  const ScopedEnvironment first("TEVRA_MODULE_TYPE", "0");
-  EXPECT_EQ(moduleType(), 0);
-  const ScopedEnvironment second("TEVRA_MODULE_TYPE", "6");
-  EXPECT_EQ(moduleType(), 6);
-}
-
-TEST(Module, TypeIsAlsoStoredForTheCaller) {
+TEST(Module, TypeIsAlsoStoredForACallerThatHasAPlaceForIt) {
   const ScopedEnvironment environment("TEVRA_MODULE_TYPE", "6");
   int stored = 255;
   EXPECT_EQ(get_module_id(&stored), 6);
   EXPECT_EQ(stored, 6);
-}
-
-TEST(Module, TypeNeedsNoPlaceToBeStored) {
-  const ScopedEnvironment environment("TEVRA_MODULE_TYPE", "6");
   EXPECT_EQ(get_module_id(nullptr), 6);
 }
 

@@ -169,10 +169,6 @@ std::string RawListener::takeConnection() const {
   return received;
 }
 
-void RawListener::resetConnections() {
-  resetConnectionsAfter(0);
-}
-
 void RawListener::resetConnectionsAfter(size_t bytes) {
   thread_ = std::thread([this, bytes] { serve(bytes); });
 }

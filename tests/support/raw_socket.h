@@ -59,10 +59,8 @@ class RawListener {
    * unless it was reset. Empty when none comes within kPatience. */
   [[nodiscard]] std::string takeConnection() const;
 
-  /** From now on takes connections on a thread of its own and resets each at once. */
-  void resetConnections();
-
-  /** From now on takes connections, reads `bytes` of each and then resets it. */
+  /** From now on takes connections on a thread of its own, reads `bytes` of each and then resets
+   * it. */
   void resetConnectionsAfter(size_t bytes);
 
  private:

@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
@@ -8,16 +7,10 @@
 #include <ctime>
 #include <fstream>
 #include <future>
-#include <initializer_list>
 #include <memory>
-#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include <thrift/TApplicationException.h>
-#include <thrift/protocol/TBinaryProtocol.h>
-#include <thrift/transport/TBufferTransports.h>
 
 #include "tests/fakes/fake_main_task.h"
 #include "tests/platform/temporary_directory.h"
@@ -30,15 +23,7 @@
 namespace tevra::test {
 namespace {
 
-using apache::thrift::TApplicationException;
-using apache::thrift::protocol::TBinaryProtocol;
-using apache::thrift::protocol::TMessageType;
-using apache::thrift::transport::TMemoryBuffer;
 using fake::FakeMainTask;
-using testing::AllOf;
-using testing::Contains;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 class DaemonConnections : public testing::Test {
  protected:
@@ -46,11 +31,6 @@ class DaemonConnections : public testing::Test {
   TemporaryDirectory root_;
   Daemon daemon_{root_.path()};
 };
-
-void expectService() {
-  ControlClient client;
-  EXPECT_TRUE(client->sendCmd(7));
-}
 
 TEST_F(DaemonConnections, AreServedOneAfterTheOther) {
   auto first = std::make_unique<ControlClient>();
@@ -61,13 +41,6 @@ TEST_F(DaemonConnections, AreServedOneAfterTheOther) {
   EXPECT_TRUE((*first)->sendCmd(7));  // the first is still served
   first.reset();
   EXPECT_TRUE(answer.get());
-}
-
-TEST_F(DaemonConnections, MayComeAndGo) {
-  for (int connection = 0; connection < 300; ++connection) {
-    const RawConnection passing(kFirstControlPort);
-  }
-  expectService();
 }
 
 /** Adds the timers that established connections to `local` run, by the kernel's account in `file`.
@@ -105,130 +78,6 @@ TEST_F(DaemonConnections, AreProbedWhenTheyAreSilent) {
       eventually([] { return timersOf(kFirstControlPort) == std::vector<int>{kKeepAliveTimer}; }));
 }
 
-TEST_F(DaemonConnections, CarryAnyNumberOfCalls) {
-  ControlClient client;
-  for (int call = 0; call < 2000; ++call) {
-    ASSERT_TRUE(client->sendCmd(7)) << call;
-  }
-}
-
-TEST_F(DaemonConnections, SurviveAnUnknownMethod) {
-  ControlClient client;
-  auto& protocol = client.protocol();
-  protocol.writeMessageBegin("noSuchMethod", apache::thrift::protocol::T_CALL, 41);
-  protocol.writeStructBegin("noSuchMethod_args");
-  protocol.writeFieldStop();
-  protocol.writeStructEnd();
-  protocol.writeMessageEnd();
-  protocol.getTransport()->flush();
-  std::string name;
-  TMessageType type{};
-  int32_t sequence = 0;
-  protocol.readMessageBegin(name, type, sequence);
-  EXPECT_EQ(name, "noSuchMethod");
-  EXPECT_EQ(type, apache::thrift::protocol::T_EXCEPTION);
-  EXPECT_EQ(sequence, 41);
-  TApplicationException exception;
-  exception.read(&protocol);
-  protocol.readMessageEnd();
-  EXPECT_EQ(exception.getType(), TApplicationException::UNKNOWN_METHOD);
-  EXPECT_TRUE(client->sendCmd(7));
-}
-
-struct Garbage {
-  const char* name;
-  std::string bytes;
-};
-
-void PrintTo(const Garbage& garbage, std::ostream* out) {
-  *out << garbage.name;
-}
-
-class DaemonGarbage : public DaemonConnections, public testing::WithParamInterface<Garbage> {};
-
-TEST_P(DaemonGarbage, ClosesItsOwnConnectionOnly) {
-  const RawConnection connection(kFirstControlPort);
-  connection.send(GetParam().bytes);
-  EXPECT_TRUE(connection.closedByPeer());
-  EXPECT_TRUE(daemon_.running());
-  expectService();
-}
-
-std::string bytes(std::initializer_list<int> values) {
-  std::string text;
-  for (const int value : values) {
-    text.push_back(static_cast<char>(value));
-  }
-  return text;
-}
-
-/** A frame's length and its message. */
-std::string frame(const std::string& message) {
-  const auto length = static_cast<int>(message.size());
-  return bytes({length >> 24 & 0xFF, length >> 16 & 0xFF, length >> 8 & 0xFF, length & 0xFF}) +
-         message;
-}
-
-/** A call's beginning, up to its argument structure. */
-std::string callOf(const std::string& method) {
-  return bytes({0x80, 0x01, 0, 1, 0, 0, 0, static_cast<int>(method.size())}) + method +
-         bytes({0, 0, 0, 1});
-}
-
-/** Structures within structures, as an unknown field. */
-std::string nested(int depth) {
-  std::string message = callOf("setPAT");
-  for (int level = 0; level < depth; ++level) {
-    message += bytes({0x0C, 0, 9});
-  }
-  return message + std::string(static_cast<size_t>(depth) + 1, '\0');
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    All, DaemonGarbage,
-    testing::Values(Garbage{"HttpRequest", "GET / HTTP/1.1\r\nHost: localhost\r\n\r\n"},
-                    Garbage{"NegativeLength", bytes({0xFF, 0xFF, 0xFF, 0xFF, 1, 2, 3})},
-                    Garbage{"LengthAboveTheLimit", bytes({0x04, 0x00, 0x00, 0x01})},
-                    Garbage{"WrongVersion", frame(bytes({0x80, 0x02, 0, 1, 0, 0, 0, 0}))},
-                    Garbage{"Noise", frame("\x91\xEE tornel? \x01\xFF\x7F")},
-                    Garbage{"EmptyFrameThenNoise", frame("") + frame("\xFF\xFF\xFF\xFF\xFF")},
-                    Garbage{"DeepNesting", frame(nested(1000))}),
-    [](const auto& garbage) { return std::string(garbage.param.name); });
-
-TEST_F(DaemonConnections, CutInTheMiddleOfACallDoNoHarm) {
-  const std::string nameBeyondTheFrame = frame(bytes({0x80, 1, 0, 1, 0, 0, 1, 0, 's'}));
-  for (const std::string& start : {frame(callOf("sendCmd")).substr(0, 9), bytes({0, 0}),
-                                   frame(callOf("setPAT")), nameBeyondTheFrame}) {
-    RawConnection(kFirstControlPort).send(start);
-  }
-  expectService();
-  EXPECT_TRUE(daemon_.running());
-}
-
-TEST_F(DaemonConnections, LeftBeforeTheAnswerDoNoHarm) {
-  const std::string call = frame(callOf("sendCmd") + bytes({8, 0, 1, 0, 0, 0, 7, 0}));
-  for (int client = 0; client < 50; ++client) {
-    RawConnection(kFirstControlPort).send(call + call + call);
-  }
-  expectService();
-  EXPECT_TRUE(daemon_.running());
-}
-
-TEST_F(DaemonConnections, ThatClaimAnEndlessListAreClosed) {
-  // setEITSchedule: map of one service, of one table, whose ninth member is a list of 2^31-1
-  // structures.
-  const std::string header =
-      bytes({13, 0, 1, 8, 13, 0, 0,    0,  1, 0, 0,  0,    100,  8,    12,  0,
-             0,  0, 1, 0, 0,  0, 0x50, 15, 0, 9, 12, 0x7F, 0xFF, 0xFF, 0xFF});
-  const RawConnection connection(kFirstControlPort);
-  connection.send(frame(callOf("setEITSchedule") + header));
-  EXPECT_TRUE(connection.closedByPeer());
-  EXPECT_TRUE(daemon_.running());
-  expectService();
-  EXPECT_THAT(daemon_.logLines(),
-              Contains(AllOf(StartsWith("7 "), HasSubstr("larger than the rest of its frame"))));
-}
-
 /** About 30 MB of schedule: `services` services with 16 tables of 60 kB each. */
 EITMap largeSchedule(int32_t services) {
   EITMap map;
@@ -256,15 +105,6 @@ TEST_F(DaemonConnections, Carry30MegabytesOfScheduleAndAllOfItsNotifications) {
   EIT last = schedule.at(kServices).at(0x5F);
   last.version = 1;
   EXPECT_EQ(received.back().eit, last);
-}
-
-TEST_F(DaemonConnections, AreNotWornOutBy120Megabytes) {
-  const EITMap schedule = largeSchedule(32);
-  ControlClient client;
-  for (int call = 0; call < 4; ++call) {
-    client->setEITSchedule(schedule);
-  }
-  EXPECT_TRUE(client->sendCmd(7));
 }
 
 /** A daemon that gets no further descriptor. */

@@ -147,6 +147,17 @@ Lines DiskFaults::saveErrors(StoreFile file, bool freshPids) const {
                           : "3 [MPTS0] Error writing EIT table version in file"};
 }
 
+Lines DiskFaults::noDirectoryErrors() const {
+  const std::string noDirectory = "3 [MPTS0] Could not create directory: " + directory_;
+  return {noDirectory, saveErrors(kTables)[1], noDirectory, saveErrors(kVersions)[1]};
+}
+
+void DiskFaults::expectGoodRound(const Served& expected) {
+  EXPECT_EQ(serve(), expected);
+  EXPECT_EQ(roundErrors_, Lines());
+  expectFilesHold(expected);
+}
+
 void DiskFaults::expectFilesHold(const Served& last) const {
   const auto tables = readRecord<TableStoreFile>(pathOf(kTables)).tableStores.at(kTelevision);
   EXPECT_EQ(tables.pat.version, last.pat);
@@ -177,6 +188,14 @@ Served expectedWithout(StoreFile lost, int32_t round) {
   std::array<bool, 3> all = {};
   all.at(lost) = true;
   return expectedAfter(all, round);
+}
+
+Lines together(std::initializer_list<Lines> parts) {
+  Lines all;
+  for (const Lines& part : parts) {
+    all.insert(all.end(), part.begin(), part.end());
+  }
+  return all;
 }
 
 bool operator==(const Served& a, const Served& b) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string>
 
@@ -85,8 +86,14 @@ class DiskFaults : public testing::Test {
    * too. */
   [[nodiscard]] Lines saveErrors(StoreFile file, bool freshPids = true) const;
 
+  /** The same of a round that can save neither tables nor versions, for lack of their directory. */
+  [[nodiscard]] Lines noDirectoryErrors() const;
+
   /** Files that hold just what was handed out with `last`. */
   void expectFilesHold(const Served& last) const;
+
+  /** A round that gives what is expected, without an error and with files that hold it. */
+  void expectGoodRound(const Served& expected);
 
   fake::FakeMainTask mainTask_;
   TemporaryDirectory parent_;
@@ -107,6 +114,9 @@ class DiskFaults : public testing::Test {
  * `round` counts from 1 since then. */
 [[nodiscard]] Served expectedAfter(const std::array<bool, 3>& lost, int32_t round);
 [[nodiscard]] Served expectedWithout(StoreFile lost, int32_t round);
+
+/** All of `parts`, one after the other. */
+[[nodiscard]] Lines together(std::initializer_list<Lines> parts);
 
 bool operator==(const Served& a, const Served& b);
 void PrintTo(const Served& served, std::ostream* out);

@@ -87,9 +87,7 @@ TEST_P(InPlaceOfOneFile, CostsThatFileUntilItIsGone) {
   EXPECT_EQ(serve(), expectedWithout(file, 1));
   EXPECT_THAT(roundErrors_, ElementsAreArray(saveErrors(file)));
   fs::remove(pathOf(file));
-  EXPECT_EQ(serve(), expectedWithout(file, 2));
-  EXPECT_THAT(roundErrors_, IsEmpty());
-  expectFilesHold(expectedWithout(file, 2));
+  expectGoodRound(expectedWithout(file, 2));
   start();
   EXPECT_THAT(errors(), IsEmpty());
   EXPECT_EQ(serve(), expectedWithout(file, 3));
@@ -108,8 +106,7 @@ TEST_F(DaemonFiles, AreContinuedWhenTheyAreGood) {
   writeGoodFiles();
   start();
   EXPECT_THAT(errors(), IsEmpty());
-  EXPECT_EQ(serve(), expectedAfter({}, 1));
-  expectFilesHold(expectedAfter({}, 1));
+  expectGoodRound(expectedAfter({}, 1));
 }
 
 TEST_F(DaemonFiles, AreFollowedThroughALinkToWhereNothingLiesYet) {
@@ -118,8 +115,7 @@ TEST_F(DaemonFiles, AreFollowedThroughALinkToWhereNothingLiesYet) {
     fs::create_symlink(parent_ / nameOf(file), pathOf(file));
   }
   start();
-  EXPECT_THAT(errors(), ElementsAre(loadErrors(kTables)[0], loadErrors(kTables)[1],
-                                    loadErrors(kVersions)[0], loadErrors(kVersions)[1]));
+  EXPECT_EQ(errors(), together({loadErrors(kTables), loadErrors(kVersions)}));
   const Served served = serve();
   EXPECT_THAT(roundErrors_, IsEmpty());
   expectFilesHold(served);
@@ -180,25 +176,8 @@ const Obstacle kNoDirectories[] = {
 
 class InPlaceOfADirectory : public DiskFaults, public testing::WithParamInterface<Obstacle> {
  protected:
-  [[nodiscard]] Lines noDirectory(StoreFile file) const {
-    return {"3 [MPTS0] Could not create directory: " + directory_, saveErrors(file)[1]};
-  }
-
-  /** What a round logs that can save neither tables nor versions. */
-  [[nodiscard]] Lines noTornelDirectory() const {
-    Lines lines = noDirectory(kTables);
-    for (const std::string& line : noDirectory(kVersions)) {
-      lines.push_back(line);
-    }
-    return lines;
-  }
-
   [[nodiscard]] Lines bothUnreadable() const {
-    Lines lines = loadErrors(kTables);
-    for (const std::string& line : loadErrors(kVersions)) {
-      lines.push_back(line);
-    }
-    return lines;
+    return together({loadErrors(kTables), loadErrors(kVersions)});
   }
 };
 
@@ -209,11 +188,9 @@ TEST_P(InPlaceOfADirectory, WithinTheRootCostsTheTwoFilesInItUntilItIsGone) {
   start();
   EXPECT_THAT(errors(), ElementsAreArray(bothUnreadable()));
   EXPECT_EQ(serve(), expectedAfter({false, true, true}, 1));
-  EXPECT_THAT(roundErrors_, ElementsAreArray(noTornelDirectory()));
+  EXPECT_THAT(roundErrors_, ElementsAreArray(noDirectoryErrors()));
   fs::remove(directory_);
-  EXPECT_EQ(serve(), expectedAfter({false, true, true}, 2));
-  EXPECT_THAT(roundErrors_, IsEmpty());
-  expectFilesHold(expectedAfter({false, true, true}, 2));
+  expectGoodRound(expectedAfter({false, true, true}, 2));
 }
 
 TEST_P(InPlaceOfADirectory, AsTheRootCostsAllFilesUntilItIsGone) {
@@ -221,18 +198,12 @@ TEST_P(InPlaceOfADirectory, AsTheRootCostsAllFilesUntilItIsGone) {
   start();
   EXPECT_THAT(errors(), ElementsAreArray(bothUnreadable()));
   EXPECT_EQ(serve(), expectedAfter({true, true, true}, 1));
-  Lines expected = saveErrors(kPids);
-  for (const std::string& line : noTornelDirectory()) {
-    expected.push_back(line);
-  }
-  EXPECT_THAT(roundErrors_, ElementsAreArray(expected));
+  EXPECT_EQ(roundErrors_, together({saveErrors(kPids), noDirectoryErrors()}));
   fs::remove(root_);
   // The root is made with the tables, so that the PIDs are too early this once.
   EXPECT_EQ(serve(), expectedAfter({true, true, true}, 2));
   EXPECT_THAT(roundErrors_, ElementsAre(kPidsNotSaved));
-  EXPECT_EQ(serve(), expectedAfter({true, true, true}, 3));
-  EXPECT_THAT(roundErrors_, IsEmpty());
-  expectFilesHold(expectedAfter({true, true, true}, 3));
+  expectGoodRound(expectedAfter({true, true, true}, 3));
   start();
   EXPECT_THAT(errors(), IsEmpty());
   EXPECT_EQ(serve(), expectedAfter({true, true, true}, 4));
@@ -260,9 +231,7 @@ TEST_F(DaemonFiles, MayVanishWithTheRootBetweenTwoSaves) {
   fs::remove_all(root_);
   EXPECT_EQ(serve(), expectedAfter({}, 2));
   EXPECT_THAT(roundErrors_, ElementsAre(kPidsNotSaved));
-  EXPECT_EQ(serve(), expectedAfter({}, 3));
-  EXPECT_THAT(roundErrors_, IsEmpty());
-  expectFilesHold(expectedAfter({}, 3));
+  expectGoodRound(expectedAfter({}, 3));
 }
 
 }  // namespace

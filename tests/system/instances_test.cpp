@@ -96,19 +96,6 @@ TEST_F(DaemonInstances, KeepFilesOfTheirOwn) {
   EXPECT_EQ(names.size(), 3U * kInstances + 1U);  // and the directory
 }
 
-TEST_F(DaemonInstances, NotifyTheirOwnMainTask) {
-  for (int32_t index = 0; index < kInstances; ++index) {
-    ControlClient client(index);
-    client->setPAT(multiplexPat(100 + index));
-  }
-  for (int32_t index = 0; index < kInstances; ++index) {
-    auto& mainTask = *mainTasks_[static_cast<size_t>(index)];
-    ASSERT_TRUE(mainTask.waitFor(2));
-    EXPECT_THAT(mainTask.methods(), ElementsAre("requestConfiguration", "notifyPAT"));
-    EXPECT_EQ(mainTask.received()[1].pat.transportStreamId, 100 + index);
-  }
-}
-
 TEST_F(DaemonInstances, AreServedSideBySide) {
   std::vector<std::unique_ptr<ControlClient>> clients;
   for (int32_t index = 0; index < kInstances; ++index) {
@@ -137,6 +124,9 @@ TEST_F(DaemonInstances, ASecondOneOfTheSameMptsAborts) {
   const auto end = second->waitForEnd();
   ASSERT_TRUE(end);
   EXPECT_EQ(end->signal, SIGABRT);
+  EXPECT_THAT(second->standardError(),
+              testing::HasSubstr("4 [MPTS2] Tornel listening on port [9226]\n"));
+  EXPECT_THAT(second->standardError(), testing::Not(testing::HasSubstr("started ...")));
   ControlClient client(2);
   EXPECT_TRUE(client->sendCmd(7));
 }

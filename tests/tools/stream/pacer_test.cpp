@@ -55,5 +55,14 @@ TEST_F(PacerTest, DoesNotWaitWhereTheClockJumps) {
             waits_);
 }
 
+TEST_F(PacerTest, DoesNotWaitForATimeThatAPacketAnnouncesAsAnotherClocks) {
+  pace(0x100, 0);
+  TsPacket packet = writer_.stream(0x100, 0, 40 * kMillisecond);
+  packet.data()[5] |= 0x80;  // discontinuity_indicator
+  pacer_.pace(packet);
+  pace(0x100, 50 * kMillisecond);
+  EXPECT_EQ((std::vector<nanoseconds>{milliseconds(0), milliseconds(0), milliseconds(10)}), waits_);
+}
+
 }  // namespace
 }  // namespace tevra::tools
