@@ -27,8 +27,7 @@ ControlClient::ControlClient(int32_t mptsIndex) {
   socket_->setSendTimeout(static_cast<int>(milliseconds.count()));
   socket_->setRecvTimeout(static_cast<int>(milliseconds.count()));
   transport_ = std::make_shared<TFramedTransport>(socket_, limits);
-  protocol_ = std::make_shared<TBinaryProtocol>(transport_);
-  service_ = std::make_unique<Service>(protocol_);
+  service_ = std::make_unique<Service>(std::make_shared<TBinaryProtocol>(transport_));
   transport_->open();
 }
 

@@ -33,13 +33,9 @@ class ControlClient {
   /** Before its end. */
   void close() { transport_->close(); }
 
-  /** For calls that the service does not know. */
-  [[nodiscard]] apache::thrift::protocol::TProtocol& protocol() { return *protocol_; }
-
  private:
   std::shared_ptr<apache::thrift::transport::TSocket> socket_;
   std::shared_ptr<apache::thrift::transport::TTransport> transport_;
-  std::shared_ptr<apache::thrift::protocol::TProtocol> protocol_;
   std::unique_ptr<Service> service_;
 };
 
