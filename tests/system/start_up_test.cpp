@@ -6,8 +6,8 @@
 
 #include "tests/fakes/fake_main_task.h"
 #include "tests/platform/temporary_directory.h"
+#include "tests/support/raw_socket.h"
 #include "tests/system/daemon.h"
-#include "tests/system/raw_socket.h"
 #include "tests/system/service_manager.h"
 
 namespace tevra::test {
