@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -23,6 +24,11 @@ namespace tevra::test {
 namespace {
 
 using fake::logged;
+using fake::LogLine;
+using testing::AllOf;
+using testing::Contains;
+using testing::Field;
+using testing::HasSubstr;
 
 class ControlServerLimits : public ControlServerTest {
  protected:
@@ -88,6 +94,16 @@ TEST_F(ControlServerLimits, WhatIsNoCallClosesOnlyItsConnection) {
     }
     EXPECT_TRUE(nextClientIsServed()) << what;
   }
+}
+
+TEST_F(ControlServerLimits, WhyAConnectionWasClosedIsALineForDebugging) {
+  const RawConnection connection(kFirstControlPort);
+  connection.send(framed(hugeListMessage(0x7FFFFFFF)));
+  EXPECT_TRUE(connection.closedByPeer());
+  EXPECT_THAT(
+      fake::logLines(),
+      Contains(AllOf(Field(&LogLine::level, 7),
+                     Field(&LogLine::text, HasSubstr("larger than the rest of its frame")))));
 }
 
 TEST_F(ControlServerLimits, ClientThatLeavesInTheMiddleHindersNobody) {

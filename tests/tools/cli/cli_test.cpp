@@ -120,6 +120,10 @@ TEST(Cli, HelpListsTheCommandsAndExplainsEach) {
   EXPECT_EQ(run({"--help"}).out, help);
 }
 
+TEST(Cli, HelpSaysWhichLanguageCodesAreMeant) {
+  EXPECT_THAT(run({"output", "--help"}).out, HasSubstr("fre and ger, not fra"));
+}
+
 TEST(Cli, RefusesArgumentsThatMakeNoSense) {
   const std::vector<std::pair<Arguments, std::string>> wrong = {
       {{}, "a command is missing"},

@@ -32,13 +32,23 @@ TEST(OutputJson, HoldsTheTablesAsTheTablesCommandPrintsThem) {
   const json tables = json::parse(outputJson(answer)).at("1201").at("outputTables");
   EXPECT_EQ(77, tables.at("outputParam1"));
   EXPECT_EQ(0, tables.at("outputParam2"));
-  const DVBOutputTables& made = answer.at(1201).outputTables.dvbTables;
-  EXPECT_EQ(json::parse(tableJson(tableFields(made.pat))), tables.at("pat"));
-  EXPECT_EQ(json::parse(tableJson(tableFields(made.sdt))), tables.at("sdt"));
-  EXPECT_EQ(json::parse(tableJson(tableFields(made.pmt))), tables.at("pmt"));
-  EXPECT_EQ(
-      "Uno",
-      tables.at("sdt").at("services").at(0).at("descriptors").at(0).at("fields").at("serviceName"));
+  EXPECT_EQ(json::parse(tableJson(tableFields(answer.at(1201).outputTables.dvbTables.pat))),
+            tables.at("pat"));
+  EXPECT_EQ(json::parse(R"({"table": "SDT", "tableId": 66, "transportStreamId": 9, "version": 4,
+    "currentNext": true, "originalNetworkId": 65281, "services": [{"serviceId": 1201,
+      "runningStatus": 4, "runningStatusName": "running", "eitSchedule": false,
+      "eitPresentFollowing": true, "freeCA": false, "descriptors": [{"tag": 72,
+        "name": "service_descriptor", "data": "010003556e6f", "fields": {
+          "serviceType": 1, "serviceTypeName": "digital television",
+          "providerName": "", "serviceName": "Uno"}}]}]})"),
+            tables.at("sdt"));
+  EXPECT_EQ(json::parse(R"({"table": "PMT", "tableId": 2, "programNumber": 1201, "version": 5,
+    "currentNext": true, "pcrPid": 502, "descriptors": [], "esList": [
+      {"pid": 502, "streamType": 2, "streamTypeName": "MPEG-2 video", "descriptors": []},
+      {"pid": 503, "streamType": 4, "streamTypeName": "MPEG-2 audio", "descriptors": [
+        {"tag": 10, "name": "ISO_639_language_descriptor", "data": "656e6700", "fields": {
+          "languages": [{"language": "eng", "audioType": 0, "audioTypeName": "undefined"}]}}]}]})"),
+            tables.at("pmt"));
 }
 
 TEST(OutputJson, HoldsThePacketsAsHexadecimalDigits) {
