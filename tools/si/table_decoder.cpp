@@ -85,7 +85,7 @@ SDT readSdt(const Section& header, SectionReader& reader) {
 /** A NIT or BAT, which are alike in all but the name of their id. */
 template <class Network>
 Network readNetwork(const Section& header, SectionReader& reader) {
-  Network network = begun<Network>(header);
+  auto network = begun<Network>(header);
   network.tableId = header.tableId;
   network.descriptors = reader.descriptors(reader.length());
   reader.loop(reader.length(), [&] {
