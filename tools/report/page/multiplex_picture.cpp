@@ -4,8 +4,8 @@
 #include <string>
 
 #include "tools/report/page/card.h"
-#include "tools/report/page/input_side.h"
 #include "tools/report/page/multiplex_layout.h"
+#include "tools/report/page/multiplex_sides.h"
 #include "tools/report/page/output_side.h"
 #include "tools/report/page/page_words.h"
 #include "tools/report/page/pid_links.h"

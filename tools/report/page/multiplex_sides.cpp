@@ -1,4 +1,4 @@
-#include "tools/report/page/input_side.h"
+#include "tools/report/page/multiplex_sides.h"
 
 #include <algorithm>
 #include <string>
