@@ -1,4 +1,4 @@
-#include "tools/report/page/page_schedule.h"
+#include "tools/report/page/page_sections.h"
 
 #include <algorithm>
 #include <string>

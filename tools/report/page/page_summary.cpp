@@ -1,4 +1,4 @@
-#include "tools/report/page/page_summary.h"
+#include "tools/report/page/page_sections.h"
 
 #include <map>
 #include <vector>
