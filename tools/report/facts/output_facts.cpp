@@ -1,7 +1,6 @@
 #include "tools/report/facts/output_facts.h"
 
 #include <algorithm>
-#include <string>
 
 #include "tools/descriptors/descriptor_values.h"
 #include "tools/outputs/pid_attributes.h"

@@ -1,6 +1,5 @@
 #include "tools/report/facts/report_collector.h"
 
-#include <map>
 #include <utility>
 
 #include "tools/descriptors/code_names.h"

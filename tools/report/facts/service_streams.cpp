@@ -99,6 +99,7 @@ std::vector<InputStream> otherStreams(const std::map<int, PidCount>& pids,
     }
   }
   std::vector<InputStream> streams;
+  streams.reserve(rest.size());
   for (const int pid : rest) {
     streams.push_back(otherStream(pid, named));
   }
