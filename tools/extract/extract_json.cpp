@@ -15,31 +15,27 @@ Json pidsJson(const std::map<int, uint64_t>& pidPackets) {
 }
 
 Json fileJson(const SptsFile& file) {
-  Json json;
-  json["globalSID"] = file.output.resolvedGlobalSid();
-  json["inputSID"] = file.output.inputSid;
-  json["outputSID"] = file.output.resolvedOutputSid();
-  json["serviceName"] = file.output.resolvedName();
-  json["file"] = file.file;
-  json["streamPackets"] = file.streamPackets;
-  json["tablePackets"] = file.tablePackets;
-  json["seconds"] = file.seconds;
-  json["pidItems"] = pidItemsJson(file.configuration.pidItems);
-  json["pids"] = pidsJson(file.pidPackets);
-  json["warnings"] = file.warnings;
-  return json;
+  return {{"globalSID", file.output.resolvedGlobalSid()},
+          {"inputSID", file.output.inputSid},
+          {"outputSID", file.output.resolvedOutputSid()},
+          {"serviceName", file.output.resolvedName()},
+          {"file", file.file},
+          {"streamPackets", file.streamPackets},
+          {"tablePackets", file.tablePackets},
+          {"seconds", file.seconds},
+          {"pidItems", pidItemsJson(file.configuration.pidItems)},
+          {"pids", pidsJson(file.pidPackets)},
+          {"warnings", file.warnings}};
 }
 
 }  // namespace
 
 std::string extractJson(const std::string& source, uint64_t packets, uint64_t tablesSent,
                         const std::vector<SptsFile>& outputs) {
-  Json json;
-  json["source"] = source;
-  json["packets"] = packets;
-  json["tablesSent"] = tablesSent;
-  json["outputs"] = jsonList(outputs, fileJson);
-  return indentedJson(json);
+  return indentedJson({{"source", source},
+                       {"packets", packets},
+                       {"tablesSent", tablesSent},
+                       {"outputs", jsonList(outputs, fileJson)}});
 }
 
 }  // namespace tevra::tools

@@ -1,6 +1,6 @@
 #include "tools/extract/spts_files.h"
 
-#include <memory>
+#include <list>
 
 #include "tools/extract/spts_writer.h"
 #include "tools/stream/files.h"
@@ -39,20 +39,16 @@ class OpenSpts {
 
 void writeSptsFiles(const std::string& input, std::vector<SptsFile>& outputs) {
   InputFile file(input);
-  std::vector<std::unique_ptr<OpenSpts>> writers;
-  writers.reserve(outputs.size());
-  for (SptsFile& output : outputs) {
-    writers.push_back(std::make_unique<OpenSpts>(output));
-  }
+  std::list<OpenSpts> writers(outputs.begin(), outputs.end());
   TsPacketReader reader([&](uint8_t* buffer, size_t size) { return file.read(buffer, size); });
   TsPacket packet;
   while (reader.next(packet)) {
-    for (const auto& writer : writers) {
-      writer->push(packet);
+    for (OpenSpts& writer : writers) {
+      writer.push(packet);
     }
   }
-  for (const auto& writer : writers) {
-    writer->finish();
+  for (OpenSpts& writer : writers) {
+    writer.finish();
   }
 }
 

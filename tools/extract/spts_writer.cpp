@@ -52,13 +52,7 @@ SptsWriter::SptsWriter(const SPTSConfiguration& configuration, Sink sink)
 void SptsWriter::take(const TsPacket& packet, int64_t time, int64_t horizon) {
   insertTables(time, horizon);
   duration_ = time;
-  const std::optional<PidRoute>& route = routes_.of(packet.pid());
-  if (!route) {
-    return;
-  }
-  if (route->pcrOnly) {
-    carryPcr(packet, *route);
-  } else {
+  if (const std::optional<PidRoute>& route = routes_.of(packet.pid())) {
     carry(packet, *route);
   }
 }
@@ -84,25 +78,16 @@ void SptsWriter::insert(const Packets& table) {
 }
 
 void SptsWriter::carry(const TsPacket& packet, const PidRoute& route) {
-  TsPacket copy = packet;
-  copy.setPid(route.outputPid);
-  if (route.renumbers) {
-    const bool counts = copy.hasPayload();
-    const int last = counters_[static_cast<size_t>(route.outputPid)] - 1;
-    copy.setContinuityCounter(counts ? nextCounter(route.outputPid) : last);
-  }
-  sink_(copy);
-  ++streamPackets_;
-}
-
-void SptsWriter::carryPcr(const TsPacket& packet, const PidRoute& route) {
-  if (!packet.pcr()) {
+  if (route.pcrOnly && !packet.pcr()) {
     return;
   }
-  TsPacket copy = packet.withoutPayload();
+  TsPacket copy = route.pcrOnly ? packet.withoutPayload() : packet;
   copy.setPid(route.outputPid);
-  // A packet without payload repeats the counter of the one before (ISO/IEC 13818-1, 2.4.3.3).
-  copy.setContinuityCounter(counters_[static_cast<size_t>(route.outputPid)] - 1);
+  if (route.pcrOnly || route.renumbers) {
+    // A packet without payload repeats the counter of the one before (ISO/IEC 13818-1, 2.4.3.3).
+    const int last = counters_[static_cast<size_t>(route.outputPid)] - 1;
+    copy.setContinuityCounter(copy.hasPayload() ? nextCounter(route.outputPid) : last);
+  }
   sink_(copy);
   ++streamPackets_;
 }

@@ -57,7 +57,6 @@ class SptsWriter {
   void insertTables(int64_t time, int64_t horizon);
   void insert(const Packets& table);
   void carry(const TsPacket& packet, const PidRoute& route);
-  void carryPcr(const TsPacket& packet, const PidRoute& route);
   /** The continuity counter that the next packet with a payload on the PID gets. */
   [[nodiscard]] int nextCounter(int pid);
 

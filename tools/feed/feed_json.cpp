@@ -6,49 +6,38 @@ namespace tevra::tools {
 namespace {
 
 Json tableJson(const TableFeeder::Sent& sent) {
-  Json json;
-  json["table"] = sent.kind;
-  json["of"] = sent.what;
-  json["last"] = sent.last;
-  json["sections"] = sent.sections;
-  json["sent"] = sent.count;
-  return json;
+  return {{"table", sent.kind},
+          {"of", sent.what},
+          {"last", sent.last},
+          {"sections", sent.sections},
+          {"sent", sent.count}};
 }
 
 Json serviceJson(const ServiceSummary& service) {
-  Json json;
-  json["serviceId"] = service.serviceId;
-  json["type"] = service.type;
-  json["name"] = service.name;
-  json["provider"] = service.provider;
-  json["pmtPid"] = orNull(service.pmtPid);
-  json["hasPmt"] = service.hasPmt;
-  json["streams"] = service.streams;
-  json["audioLanguages"] = service.audioLanguages;
-  return json;
+  return {{"serviceId", service.serviceId},
+          {"type", service.type},
+          {"name", service.name},
+          {"provider", service.provider},
+          {"pmtPid", orNull(service.pmtPid)},
+          {"hasPmt", service.hasPmt},
+          {"streams", service.streams},
+          {"audioLanguages", service.audioLanguages}};
 }
 
 }  // namespace
 
 std::string feedJson(const std::string& source, const StreamFeed& stream) {
-  Json json;
-  json["source"] = source;
-  json["packets"] = stream.packets();
-  json["tablesSent"] = stream.tables().sent();
-  json["tablesRefused"] = stream.tables().refused();
-  json["discontinuities"] = stream.statistics().discontinuities;
-  json["crcErrors"] = stream.statistics().crcErrors;
-  json["truncatedSections"] = stream.statistics().truncatedSections;
-  json["malformedSections"] = stream.statistics().malformedSections;
-  json["tables"] = Json::array();
-  for (const TableFeeder::Sent& sent : stream.tables().account()) {
-    json["tables"].push_back(tableJson(sent));
-  }
-  json["services"] = Json::array();
-  for (const ServiceSummary& service : stream.inventory().services()) {
-    json["services"].push_back(serviceJson(service));
-  }
-  return indentedJson(json);
+  const SectionFaults faults = stream.statistics();
+  return indentedJson({{"source", source},
+                       {"packets", stream.packets()},
+                       {"tablesSent", stream.tables().sent()},
+                       {"tablesRefused", stream.tables().refused()},
+                       {"discontinuities", faults.discontinuities},
+                       {"crcErrors", faults.crcErrors},
+                       {"truncatedSections", faults.truncatedSections},
+                       {"malformedSections", faults.malformedSections},
+                       {"tables", jsonList(stream.tables().account(), tableJson)},
+                       {"services", jsonList(stream.inventory().services(), serviceJson)}});
 }
 
 }  // namespace tevra::tools

@@ -1,6 +1,9 @@
 #include "tools/feed/stream_inventory.h"
 
+#include <array>
+
 #include "tools/descriptors/descriptor_values.h"
+#include "tools/descriptors/name_table.h"
 #include "tools/text/text_table.h"
 #include "tools/text/words.h"
 
@@ -9,25 +12,18 @@ namespace {
 
 /** The commonest of EN 300 468, table 89. */
 std::string typeName(int serviceType) {
-  switch (serviceType) {
-    case 0x00:
-      return "?";
-    case 0x01:
-      return "TV";
-    case 0x02:
-      return "radio";
-    case 0x0A:
-      return "radio (advanced codec)";
-    case 0x11:
-    case 0x19:
-      return "HD TV";
-    case 0x16:
-      return "SD TV (advanced codec)";
-    case 0x1F:
-      return "HEVC TV";
-    default:
-      return "type " + hex(serviceType, 2);
-  }
+  static constexpr std::array<NamedCode, 8> kNames = {{
+      {0x00, "?"},
+      {0x01, "TV"},
+      {0x02, "radio"},
+      {0x0A, "radio (advanced codec)"},
+      {0x11, "HD TV"},
+      {0x16, "SD TV (advanced codec)"},
+      {0x19, "HD TV"},
+      {0x1F, "HEVC TV"},
+  }};
+  const std::string name = nameIn(kNames, serviceType);
+  return name.empty() ? "type " + hex(serviceType, 2) : name;
 }
 
 void describe(const PMT& pmt, ServiceSummary& service) {

@@ -49,10 +49,6 @@ void TableFeeder::feed(const SiTable& table, size_t sections) {
   std::visit(call, table);
   ++sent_;
   refused_ += call.isTaken ? 0 : 1;
-  note(table, sections);
-}
-
-void TableFeeder::note(const SiTable& table, size_t sections) {
   const TableIdentity identity = identityOf(table);
   Sent& account = accounts_[identity.place()];
   account.kind = namesOf(identity.kind).whole;

@@ -38,8 +38,6 @@ class TableFeeder {
   void print(std::ostream& out) const;
 
  private:
-  void note(const SiTable& table, size_t sections);
-
   thrift::in_module::im_SIControlSrvIf& daemon_;
   std::map<TablePlace, Sent> accounts_;
   size_t sent_ = 0;

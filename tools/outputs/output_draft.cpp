@@ -42,24 +42,6 @@ void requireConsistent(const OutputDraft& draft) {
   }
 }
 
-/** The places that outputs take in an answer, and who takes them. */
-class TakenIds {
- public:
-  void take(std::optional<int32_t> globalSid, const OutputDraft& draft) {
-    const auto [place, isNew] = takers_.emplace(globalSid, &draft);
-    if (isNew || place->second == &draft) {
-      return;
-    }
-    const std::string id = globalSid ? "global service id " + std::to_string(*globalSid)
-                                     : "the global service id of the same service";
-    fail(draft,
-         id + " is taken by " + place->second->origin + ": give each output its own with gsid=N");
-  }
-
- private:
-  std::map<std::optional<int32_t>, const OutputDraft*> takers_;
-};
-
 }  // namespace
 
 std::optional<int32_t> OutputDraft::globalSid() const {
@@ -76,11 +58,19 @@ void requireConsistent(const std::vector<OutputDraft>& drafts) {
 }
 
 void requireDistinct(const std::vector<OutputDraft>& drafts) {
-  TakenIds ids;
+  std::map<std::optional<int32_t>, const OutputDraft*> takers;
+  const auto take = [&takers](std::optional<int32_t> globalSid, const OutputDraft& draft) {
+    const OutputDraft* taker = takers.emplace(globalSid, &draft).first->second;
+    if (taker != &draft) {
+      const std::string id = globalSid ? "global service id " + std::to_string(*globalSid)
+                                       : "the global service id of the same service";
+      fail(draft, id + " is taken by " + taker->origin + ": give each output its own with gsid=N");
+    }
+  };
   for (const OutputDraft& draft : drafts) {
-    ids.take(draft.globalSid(), draft);
+    take(draft.globalSid(), draft);
     for (const ListedNode& node : draft.output.listedNodes) {
-      ids.take(node.globalSid, draft);
+      take(node.globalSid, draft);
     }
   }
 }

@@ -9,26 +9,22 @@ namespace tevra::tools {
 namespace {
 
 Json tablesJson(const OutputTables& tables) {
-  Json json;
-  json["outputParam1"] = tables.outputParam1;
-  json["outputParam2"] = tables.outputParam2;
-  json["pat"] = tableFieldsJson(tableFields(tables.dvbTables.pat));
-  json["sdt"] = tableFieldsJson(tableFields(tables.dvbTables.sdt));
-  json["pmt"] = tableFieldsJson(tableFields(tables.dvbTables.pmt));
-  json["patPackets"] = jsonList(tables.patPackets, hexDigits);
-  json["sdtPackets"] = jsonList(tables.sdtPackets, hexDigits);
-  json["pmtPackets"] = jsonList(tables.pmtPackets, hexDigits);
-  json["otherPackets"] = jsonList(tables.otherPackets, hexDigits);
-  return json;
+  return {{"outputParam1", tables.outputParam1},
+          {"outputParam2", tables.outputParam2},
+          {"pat", tableFieldsJson(tableFields(tables.dvbTables.pat))},
+          {"sdt", tableFieldsJson(tableFields(tables.dvbTables.sdt))},
+          {"pmt", tableFieldsJson(tableFields(tables.dvbTables.pmt))},
+          {"patPackets", jsonList(tables.patPackets, hexDigits)},
+          {"sdtPackets", jsonList(tables.sdtPackets, hexDigits)},
+          {"pmtPackets", jsonList(tables.pmtPackets, hexDigits)},
+          {"otherPackets", jsonList(tables.otherPackets, hexDigits)}};
 }
 
 Json itemJson(const PIDItem& item) {
-  Json json;
-  json["inputPid"] = item.inputPid;
-  json["outputPid"] = item.outputPid;
-  json["attributes"] = item.attributes;
-  json["attributeNames"] = pidAttributeNames(item.attributes);
-  return json;
+  return {{"inputPid", item.inputPid},
+          {"outputPid", item.outputPid},
+          {"attributes", item.attributes},
+          {"attributeNames", pidAttributeNames(item.attributes)}};
 }
 
 }  // namespace
@@ -36,9 +32,8 @@ Json itemJson(const PIDItem& item) {
 std::string outputJson(const std::map<int32_t, SPTSConfiguration>& answer) {
   Json json = Json::object();
   for (const auto& [globalSid, configuration] : answer) {
-    Json& entry = json[std::to_string(globalSid)];
-    entry["pidItems"] = pidItemsJson(configuration.pidItems);
-    entry["outputTables"] = tablesJson(configuration.outputTables);
+    json[std::to_string(globalSid)] = {{"pidItems", pidItemsJson(configuration.pidItems)},
+                                       {"outputTables", tablesJson(configuration.outputTables)}};
   }
   return indentedJson(json);
 }

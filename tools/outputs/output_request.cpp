@@ -102,9 +102,7 @@ std::optional<ListedNode> parseListedNode(const std::string& text) {
   if (!globalSid || !uniqueSid || parts.size() > 3) {
     return std::nullopt;
   }
-  ListedNode node;
-  node.globalSid = *globalSid;
-  node.uniqueSid = *uniqueSid;
+  ListedNode node = {*globalSid, *uniqueSid, std::nullopt};
   if (parts.size() == 3) {
     node.audio = parseLanguages(parts[2]);
     if (!node.audio) {

@@ -39,8 +39,6 @@ void printStreams(std::ostream& out, const PMT& pmt) {
   }
 }
 
-}  // namespace
-
 void printPids(std::ostream& out, const SPTSConfiguration& configuration) {
   TextTable table({"input PID", "output PID", "carries"});
   for (const PIDItem& item : configuration.pidItems) {
@@ -68,6 +66,8 @@ void printTables(std::ostream& out, const SPTSConfiguration& configuration) {
       << pmt.programNumber << ", PCR on PID " << pmt.pcrPid << "\n";
   printStreams(out, pmt);
 }
+
+}  // namespace
 
 void printOutput(std::ostream& out, int32_t globalSid, const SPTSConfiguration& configuration) {
   out << "output with global service id " << globalSid << ", unique service id "

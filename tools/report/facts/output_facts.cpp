@@ -1,7 +1,6 @@
 #include "tools/report/facts/output_facts.h"
 
 #include <algorithm>
-#include <string>
 
 #include "tools/descriptors/descriptor_values.h"
 #include "tools/outputs/pid_attributes.h"
@@ -12,46 +11,38 @@
 namespace tevra::tools::report {
 namespace {
 
+/** The PID of a table that the daemon makes. */
 OutputStream madeStream(int pid, const char* description) {
-  OutputStream stream;
-  stream.outputPid = pid;
-  stream.kind = StreamKind::kTables;
-  stream.description = description;
-  stream.made = true;
-  return stream;
+  return {std::nullopt, pid, StreamKind::kTables, description, {}, {}, /*made=*/true};
 }
 
 /** What the output's own PMT says of the stream, or else the attributes. */
-void describe(const PIDItem& item, const PMT& pmt, OutputStream& stream) {
-  const auto listed = std::find_if(pmt.esList.begin(), pmt.esList.end(),
-                                   [&](const PMTES& entry) { return entry.pid == item.outputPid; });
-  if ((item.attributes & kPidPmt) != 0) {
-    stream.kind = StreamKind::kTables;
-    stream.description = "PMT";
-    stream.made = true;
-  } else if (listed != pmt.esList.end()) {
-    StreamTraits traits = traitsOf(*listed);
-    stream.kind = traits.kind;
-    stream.description = std::move(traits.description);
-    stream.languages = std::move(traits.languages);
-  } else if ((item.attributes & (kPidEcm | kPidEmm)) != 0) {
-    stream.kind = StreamKind::kConditionalAccess;
-    stream.description = (item.attributes & kPidEcm) != 0 ? "ECM" : "EMM";
-  } else {
-    stream.kind = StreamKind::kData;
-    stream.description = (item.attributes & kPidPcr) != 0 ? "PCR alone" : "not in the PMT";
+StreamTraits traitsOf(const PIDItem& item, const PMT& pmt) {
+  const auto has = [&item](int32_t attributes) { return (item.attributes & attributes) != 0; };
+  if (has(kPidPmt)) {
+    return {StreamKind::kTables, "PMT", {}};
   }
+  for (const PMTES& stream : pmt.esList) {
+    if (stream.pid == item.outputPid) {
+      return report::traitsOf(stream);
+    }
+  }
+  if (has(kPidEcm | kPidEmm)) {
+    return {StreamKind::kConditionalAccess, has(kPidEcm) ? "ECM" : "EMM", {}};
+  }
+  return {StreamKind::kData, has(kPidPcr) ? "PCR alone" : "not in the PMT", {}};
 }
 
 OutputStream carriedStream(const PIDItem& item, const PMT& pmt) {
-  OutputStream stream;
-  if (item.inputPid != kUnknownPid) {
-    stream.inputPid = item.inputPid;
-  }
-  stream.outputPid = item.outputPid;
-  stream.attributes = pidAttributeNames(item.attributes);
-  describe(item, pmt, stream);
-  return stream;
+  const StreamTraits traits = traitsOf(item, pmt);
+  const bool isKnown = item.inputPid != kUnknownPid;
+  return {isKnown ? std::optional<int>(item.inputPid) : std::nullopt,
+          item.outputPid,
+          traits.kind,
+          traits.description,
+          traits.languages,
+          pidAttributeNames(item.attributes),
+          /*made=*/(item.attributes & kPidPmt) != 0};
 }
 
 int pmtPidOf(const PAT& pat) {

@@ -1,6 +1,5 @@
 #include "tools/report/facts/report_collector.h"
 
-#include <map>
 #include <utility>
 
 #include "tools/descriptors/code_names.h"
@@ -23,23 +22,19 @@ namespace {
 
 using Daemon = thrift::in_module::im_SIControlSrvIf;
 
-/** What one reading of the file tells. */
-struct Survey {
-  StreamCensus census;
-  TableJournal journal;
-};
-
-StreamFeed feed(const std::string& path, Daemon& daemon, Survey& survey) {
+/** Has `census` and `journal` look at what is read. */
+StreamFeed feed(const std::string& path, Daemon& daemon, StreamCensus& census,
+                TableJournal& journal) {
   InputFile file(path);
-  const auto onPacket = [&survey](const TsPacket& packet, size_t /*tablesSent*/) {
-    survey.census.push(packet);
+  const auto onPacket = [&census](const TsPacket& packet, size_t /*tablesSent*/) {
+    census.push(packet);
     return true;
   };
-  const auto onTable = [&survey](const SiTable& table, size_t sections) {
-    survey.journal.add(table, sections);
+  const auto onTable = [&](const SiTable& table, size_t sections) {
+    journal.add(table, sections);
     if (const TOT* tot = std::get_if<TOT>(&table)) {
       if (const auto time = streamTime(tot->utcTime)) {
-        survey.census.noteClock(*time);
+        census.noteClock(*time);
       }
     }
   };
@@ -138,26 +133,27 @@ std::optional<Output> ask(Daemon& daemon, const Service& service, Report& report
 }  // namespace
 
 Collected collectReport(const std::string& file, Daemon& daemon) {
-  Survey survey;
-  const StreamFeed stream = feed(file, daemon, survey);
+  StreamCensus census;
+  TableJournal journal;
+  const StreamFeed stream = feed(file, daemon, census, journal);
   Collected collected;
   Report& report = collected.report;
   report.file = file;
-  addCounts(stream, survey.census, report);
-  addIdentity(stream, survey.journal, report);
-  report.tables = survey.journal.facts();
+  addCounts(stream, census, report);
+  addIdentity(stream, journal, report);
+  report.tables = journal.facts();
   collected.refused = stream.tables().refused();
   for (const ServiceSummary& summary : stream.inventory().services()) {
-    Service service = serviceOf(summary, survey.journal, report.lastClock);
+    Service service = serviceOf(summary, journal, report.lastClock);
     if (service.hasPmt) {
       service.output = ask(daemon, service, report);
       collected.refused += service.output ? 0 : 1;
     }
     report.services.push_back(std::move(service));
   }
-  report.others = otherStreams(report.pids, report.services, survey.journal);
-  if (survey.census.clockPid() != kNullPid) {
-    const double seconds = secondsOf(file, survey.census.clockPid());
+  report.others = otherStreams(report.pids, report.services, journal);
+  if (census.clockPid() != kNullPid) {
+    const double seconds = secondsOf(file, census.clockPid());
     if (seconds > 0) {  // else it is no file that can be read twice
       report.seconds = seconds;
     }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "records/control_service.h"
 #include "tools/report/facts/report_data.h"

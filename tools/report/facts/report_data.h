@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -146,6 +145,8 @@ struct Report {
   [[nodiscard]] double share(uint64_t packetCount) const;
   /** How many services have an output. */
   [[nodiscard]] size_t outputs() const;
+  /** What is wrong, a line each, for people: what packets show first, then `faults`. */
+  [[nodiscard]] std::vector<std::string> faultLines() const;
 };
 
 }  // namespace tevra::tools::report

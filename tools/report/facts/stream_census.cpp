@@ -1,5 +1,7 @@
 #include "tools/report/facts/stream_census.h"
 
+#include <algorithm>
+
 #include "tools/si/section.h"
 #include "tools/si/section_reader.h"
 
@@ -36,8 +38,8 @@ void StreamCensus::notePcr(const TsPacket& packet, Pid& pid) {
     return;
   }
   ++pid.count.pcrs;
-  if (pid.lastPcr && !packet.discontinuity()) {
-    pid.pcrIntervals += pcrInterval(*pid.lastPcr, *pcr) > 0 ? 1 : 0;
+  if (pid.lastPcr && !packet.discontinuity() && pcrInterval(*pid.lastPcr, *pcr) > 0) {
+    ++pid.pcrIntervals;
   }
   pid.lastPcr = pcr;
 }
@@ -55,14 +57,10 @@ void StreamCensus::checkContinuity(const TsPacket& packet, Pid& pid) {
     pid.count.continuityErrors += counter == last ? 0 : 1;
     return;
   }
-  if (counter == ((last + 1) & 0x0F)) {
-    pid.repeatable = true;
-  } else if (counter == last && pid.repeatable) {
-    pid.repeatable = false;
-  } else {
-    ++pid.count.continuityErrors;
-    pid.repeatable = true;
-  }
+  const bool isNext = counter == ((last + 1) & 0x0F);
+  const bool repeats = !isNext && counter == last && pid.repeatable;
+  pid.count.continuityErrors += isNext || repeats ? 0 : 1;
+  pid.repeatable = !repeats;
 }
 
 void StreamCensus::noteClock(StreamTime time) {
@@ -97,16 +95,10 @@ std::map<int, PidCount> StreamCensus::pids() const {
 }
 
 int StreamCensus::clockPid() const {
-  int best = kNullPid;
-  uint64_t most = 0;
-  for (int pid = 0; pid < kPidCount; ++pid) {
-    const uint64_t intervals = pids_[static_cast<size_t>(pid)].pcrIntervals;
-    if (intervals > most) {
-      best = pid;
-      most = intervals;
-    }
-  }
-  return best;
+  const auto best = std::max_element(pids_.begin(), pids_.end(), [](const Pid& a, const Pid& b) {
+    return a.pcrIntervals < b.pcrIntervals;
+  });
+  return best->pcrIntervals == 0 ? kNullPid : static_cast<int>(best - pids_.begin());
 }
 
 }  // namespace tevra::tools::report

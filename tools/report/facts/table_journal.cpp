@@ -16,16 +16,14 @@ constexpr std::array<int, 9> kPids = {kPatPid, kCatPid, 0,       kSdtPid, kNitPi
 
 TableFact tableFact(const SiTable& table, size_t sections, int pid) {
   const TableIdentity identity = identityOf(table);
-  TableFact fact;
-  fact.table = table;
-  fact.kind = namesOf(identity.kind).whole;
-  fact.tableId = identity.tableId;
-  fact.of = identity.subject();
-  fact.version = versionOf(table);
-  fact.sections = sections;
-  fact.pid = pid;
-  fact.times = 1;
-  return fact;
+  return {table,
+          namesOf(identity.kind).whole,
+          identity.tableId,
+          identity.subject(),
+          versionOf(table),
+          sections,
+          pid,
+          /*times=*/1};
 }
 
 void TableJournal::add(const SiTable& table, size_t sections) {

@@ -28,8 +28,6 @@ class Markup {
     ~Element() { markup_.end(name_); }
     Element(const Element&) = delete;
     Element& operator=(const Element&) = delete;
-    Element(Element&&) = delete;
-    Element& operator=(Element&&) = delete;
 
    private:
     Markup& markup_;

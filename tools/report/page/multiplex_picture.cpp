@@ -1,14 +1,13 @@
-#include "tools/report/page/multiplex_picture.h"
+#include "tools/report/page/page_sections.h"
 
 #include <algorithm>
 #include <string>
 
+#include "tools/report/facts/stream_traits.h"
 #include "tools/report/page/card.h"
-#include "tools/report/page/input_side.h"
 #include "tools/report/page/multiplex_layout.h"
-#include "tools/report/page/output_side.h"
+#include "tools/report/page/multiplex_sides.h"
 #include "tools/report/page/page_words.h"
-#include "tools/report/page/pid_links.h"
 #include "tools/report/page/svg.h"
 #include "tools/text/words.h"
 
@@ -69,6 +68,25 @@ void drawKey(const Report& report, const MultiplexLayout& layout, Svg& svg) {
   }
 }
 
+/** What leads from a PID of the input to one of an output; dashed where no packets do. */
+void drawLink(const Report& report, const MultiplexLayout& layout, const Link& link, Svg& svg) {
+  const Band& fromBand = layout.bands[link.fromBand];
+  const Box& from = fromBand.inputRows[link.fromRow];
+  const Box& to = layout.bands[link.toBand].outputRows[link.toRow];
+  const InputStream& source = inputStreams(report, fromBand)[link.fromRow];
+  const OutputStream& target = report.services[link.toBand].output->streams[link.toRow];
+  const uint64_t packets = report.countOf(source.pid).packets;
+  const std::string dashed = target.made || packets == 0 ? " dashed" : "";
+  const auto group = svg.group({{"class", "link part k-" + kindWord(source.kind) + dashed},
+                                {"data-s", std::to_string(link.toBand)},
+                                {"data-from", std::to_string(source.pid)},
+                                {"data-to", std::to_string(target.outputPid)}});
+  svg.title("Input PID " + std::to_string(source.pid) + " to output PID " +
+            std::to_string(target.outputPid) + "\n" +
+            (target.made ? "rewritten by the daemon" : amountText(report, packets)));
+  svg.ribbon(from.right(), from.middle(), to.x, to.middle(), link.thickness);
+}
+
 /** A picture of its own, so that a page of paper may end below it. Links leave it. */
 void drawBand(const Report& report, const MultiplexLayout& layout, size_t place, Svg& svg) {
   const Band& band = layout.bands[place];
@@ -87,7 +105,16 @@ void drawBand(const Report& report, const MultiplexLayout& layout, size_t place,
 
 }  // namespace
 
-void drawMultiplex(const Report& report, Markup& markup) {
+void multiplexSection(const Report& report, Markup& markup) {
+  const auto section = markup.open("section", {{"class", "multiplex-section"}});
+  markup.leaf("h2", {}, "Multiplex");
+  if (report.services.empty()) {
+    markup.leaf("p", {{"class", "note"}}, "Neither PAT nor SDT of this stream lists a service.");
+  } else {
+    markup.leaf("p", {{"class", "note choice"}},
+                "Choose a service to light up its PIDs; choose it again, or press Escape, to see "
+                "all.");
+  }
   const MultiplexLayout layout = layoutMultiplex(report);
   const auto scroller = markup.scroller("The multiplex");
   const auto bands = markup.open(

@@ -1,4 +1,4 @@
-#include "tools/report/page/page_schedule.h"
+#include "tools/report/page/page_sections.h"
 
 #include <algorithm>
 #include <string>
@@ -24,60 +24,48 @@ std::string spanOf(const Event& event) {
          durationText(event.duration);
 }
 
-/** Draws rows of one service. */
-class RowPicture {
- public:
-  RowPicture(const std::vector<Event>& events, std::optional<StreamTime> clock, Markup& markup)
-      : events_(events), clock_(clock), svg_(markup) {}
+void drawBlock(const EventBlock& block, const Event& event, Svg& svg) {
+  const auto group = svg.group({{"class", "event " + placeOf(event)}});
+  svg.title(nameOf(event) + "\n" + dayText(event.start) + " " + spanOf(event) + "\nevent " +
+            std::to_string(event.eventId) + ", " + placeOf(event) +
+            (block.began ? "\nbegan before" : "") + (block.goesOn ? "\ngoes on" : ""));
+  svg.rect(block.box, "block", 3);
+  svg.text(block.box.x + kBlockPadding, block.box.y + kBlockBaseLine, "event-name",
+           fitted(nameOf(event), block.box.width - 2 * kBlockPadding, kFont));
+}
 
-  /** `isSameDay`: as the row before. */
-  void draw(const TimelineRow& row, bool isSameDay) {
-    const std::string label = dayText(row.start) + " " + clockText(row.start) + ", " +
-                              counted(row.blocks.size(), "event");
-    const auto picture = svg_.picture(
-        {{"class", "timeline"}, {"role", "img"}, {"aria-label", label}}, 0, row.height);
-    const Box field = {kRowLabelWidth, kHoursHeight, kPictureWidth - kRowLabelWidth - 4,
-                       row.height - kHoursHeight - 5};
-    svg_.text(0, field.y + kBlockBaseLine, isSameDay ? "date again" : "date", dayText(row.start));
-    svg_.rect(field, "field", 3);
-    for (const HourMark& hour : row.hours) {
-      svg_.line(hour.x, kHourBaseLine, hour.x, field.bottom(), "hour");
-      svg_.text(hour.x + 4, kHourBaseLine, "hour-text", clockText(hour.time));
-    }
-    if (row.clock) {
-      drawClock(*row.clock, field.bottom());  // behind the names
-    }
-    for (const EventBlock& block : row.blocks) {
-      drawBlock(block);
-    }
-    if (row.crowdedOut != 0) {
-      svg_.text(0, field.bottom() - 4, "muted", std::to_string(row.crowdedOut) + " more");
-    }
+void drawClock(StreamTime clock, double x, double bottom, Svg& svg) {
+  const auto group = svg.group({{"class", "clock"}});
+  svg.title("The stream's clock at its end: " + dateAndTime(clock) + " UTC");
+  svg.line(x, 8, x, bottom + 3, "now");
+  svg.circle(x, 8, 3.5, "now-dot");
+}
+
+/** `isSameDay`: as the row before. */
+void drawRow(const TimelineRow& row, const std::vector<Event>& events,
+             std::optional<StreamTime> clock, bool isSameDay, Svg& svg) {
+  const std::string label =
+      dayText(row.start) + " " + clockText(row.start) + ", " + counted(row.blocks.size(), "event");
+  const auto picture =
+      svg.picture({{"class", "timeline"}, {"role", "img"}, {"aria-label", label}}, 0, row.height);
+  const Box field = {kRowLabelWidth, kHoursHeight, kPictureWidth - kRowLabelWidth - 4,
+                     row.height - kHoursHeight - 5};
+  svg.text(0, field.y + kBlockBaseLine, isSameDay ? "date again" : "date", dayText(row.start));
+  svg.rect(field, "field", 3);
+  for (const HourMark& hour : row.hours) {
+    svg.line(hour.x, kHourBaseLine, hour.x, field.bottom(), "hour");
+    svg.text(hour.x + 4, kHourBaseLine, "hour-text", clockText(hour.time));
   }
-
- private:
-  void drawBlock(const EventBlock& block) {
-    const Event& event = events_[block.event];
-    const auto group = svg_.group({{"class", "event " + placeOf(event)}});
-    svg_.title(nameOf(event) + "\n" + dayText(event.start) + " " + spanOf(event) + "\nevent " +
-               std::to_string(event.eventId) + ", " + placeOf(event) +
-               (block.began ? "\nbegan before" : "") + (block.goesOn ? "\ngoes on" : ""));
-    svg_.rect(block.box, "block", 3);
-    svg_.text(block.box.x + kBlockPadding, block.box.y + kBlockBaseLine, "event-name",
-              fitted(nameOf(event), block.box.width - 2 * kBlockPadding, kFont));
+  if (clock && row.clock) {
+    drawClock(*clock, *row.clock, field.bottom(), svg);  // behind the names
   }
-
-  void drawClock(double x, double bottom) {
-    const auto group = svg_.group({{"class", "clock"}});
-    svg_.title("The stream's clock at its end: " + dateAndTime(*clock_) + " UTC");
-    svg_.line(x, 8, x, bottom + 3, "now");
-    svg_.circle(x, 8, 3.5, "now-dot");
+  for (const EventBlock& block : row.blocks) {
+    drawBlock(block, events[block.event], svg);
   }
-
-  const std::vector<Event>& events_;
-  std::optional<StreamTime> clock_;
-  Svg svg_;
-};
+  if (row.crowdedOut != 0) {
+    svg.text(0, field.bottom() - 4, "muted", std::to_string(row.crowdedOut) + " more");
+  }
+}
 
 bool hasEvents(const Service& service) {
   return !service.events.empty() || service.timelessEvents != 0;
@@ -90,11 +78,11 @@ void note(Markup& markup, const std::string& text) {
 /** Every row is a picture of its own, so that a page of paper may end between any two. */
 void drawTimeline(const Service& service, std::optional<StreamTime> clock, Markup& markup) {
   const auto scroller = markup.scroller("Events of " + serviceText(service.serviceId));
-  RowPicture picture(service.events, clock, markup);
+  Svg svg(markup);
   std::string day;
   for (const TimelineRow& row : layoutTimeline(service.events, clock)) {
     const std::string before = std::exchange(day, dayText(row.start));
-    picture.draw(row, before == day);
+    drawRow(row, service.events, clock, /*isSameDay=*/before == day, svg);
   }
 }
 

@@ -1,9 +1,8 @@
-#include "tools/report/page/page_summary.h"
+#include "tools/report/page/page_sections.h"
 
 #include <map>
 #include <vector>
 
-#include "tools/report/facts/fault_lines.h"
 #include "tools/report/facts/stream_traits.h"
 #include "tools/report/page/figures.h"
 #include "tools/report/page/page_words.h"
@@ -59,7 +58,7 @@ void figures(const Report& report, Markup& markup) {
 }
 
 void faults(const Report& report, Markup& markup) {
-  const std::vector<std::string> lines = faultLines(report);
+  const std::vector<std::string> lines = report.faultLines();
   if (lines.empty()) {
     markup.leaf("p", {{"class", "sound"}},
                 "No fault seen: no continuity error, no CRC error, no scrambled packet.");

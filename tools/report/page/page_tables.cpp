@@ -1,4 +1,4 @@
-#include "tools/report/page/page_tables.h"
+#include "tools/report/page/page_sections.h"
 
 #include <string>
 #include <string_view>

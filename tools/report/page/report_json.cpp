@@ -12,122 +12,102 @@ Json clockJson(const std::optional<StreamTime>& time) {
 }
 
 Json pidJson(int pid, const PidCount& count, const Report& report) {
-  Json json;
-  json["pid"] = pid;
-  json["packets"] = count.packets;
-  json["share"] = report.share(count.packets);
-  json["bitRate"] = orNull(report.bitRate(count.packets));
-  json["continuityErrors"] = count.continuityErrors;
-  json["scrambledPackets"] = count.scrambled;
-  json["damagedPackets"] = count.transportErrors;
-  json["pcrs"] = count.pcrs;
-  json["crcErrors"] = count.crcErrors;
-  json["damagedSections"] = count.otherSections;
-  return json;
+  return {{"pid", pid},
+          {"packets", count.packets},
+          {"share", report.share(count.packets)},
+          {"bitRate", orNull(report.bitRate(count.packets))},
+          {"continuityErrors", count.continuityErrors},
+          {"scrambledPackets", count.scrambled},
+          {"damagedPackets", count.transportErrors},
+          {"pcrs", count.pcrs},
+          {"crcErrors", count.crcErrors},
+          {"damagedSections", count.otherSections}};
 }
 
 Json streamJson(const InputStream& stream) {
-  Json json;
-  json["pid"] = stream.pid;
-  json["kind"] = kindWord(stream.kind);
-  json["description"] = stream.description;
-  json["languages"] = stream.languages;
-  json["hasPcr"] = stream.hasPcr;
-  return json;
+  return {{"pid", stream.pid},
+          {"kind", kindWord(stream.kind)},
+          {"description", stream.description},
+          {"languages", stream.languages},
+          {"hasPcr", stream.hasPcr}};
 }
 
 Json outputStreamJson(const OutputStream& stream) {
-  Json json;
-  json["inputPid"] = orNull(stream.inputPid);
-  json["outputPid"] = stream.outputPid;
-  json["kind"] = kindWord(stream.kind);
-  json["description"] = stream.description;
-  json["languages"] = stream.languages;
-  json["attributes"] = stream.attributes;
-  json["made"] = stream.made;
-  return json;
+  return {{"inputPid", orNull(stream.inputPid)},
+          {"outputPid", stream.outputPid},
+          {"kind", kindWord(stream.kind)},
+          {"description", stream.description},
+          {"languages", stream.languages},
+          {"attributes", stream.attributes},
+          {"made", stream.made}};
 }
 
 Json inputTableJson(const TableFact& fact) {
-  Json json;
-  json["pid"] = fact.pid;
-  json["sections"] = fact.sections;
-  json["times"] = fact.times;
-  json["table"] = tableFieldsJson(tableFields(fact.table));
-  return json;
+  return {{"pid", fact.pid},
+          {"sections", fact.sections},
+          {"times", fact.times},
+          {"table", tableFieldsJson(tableFields(fact.table))}};
 }
 
 Json outputTableJson(const TableFact& fact) {
-  Json json;
-  json["pid"] = fact.pid;
-  json["packets"] = fact.sections;
-  json["table"] = tableFieldsJson(tableFields(fact.table));
-  return json;
+  return {{"pid", fact.pid},
+          {"packets", fact.sections},
+          {"table", tableFieldsJson(tableFields(fact.table))}};
 }
 
 Json outputJson(const Output& output) {
-  Json json;
-  json["serviceId"] = output.serviceId;
-  json["name"] = output.name;
-  json["transportStreamId"] = output.transportStreamId;
-  json["originalNetworkId"] = output.originalNetworkId;
-  json["streams"] = jsonList(output.streams, outputStreamJson);
-  json["tables"] = jsonList(output.tables, outputTableJson);
-  return json;
+  return {{"serviceId", output.serviceId},
+          {"name", output.name},
+          {"transportStreamId", output.transportStreamId},
+          {"originalNetworkId", output.originalNetworkId},
+          {"streams", jsonList(output.streams, outputStreamJson)},
+          {"tables", jsonList(output.tables, outputTableJson)}};
 }
 
 Json eventJson(const Event& event) {
-  Json json;
-  json["eventId"] = event.eventId;
-  json["start"] = dateAndTime(event.start);
-  json["seconds"] = event.duration;
-  json["name"] = event.name;
-  json["scheduled"] = event.isScheduled;
-  json["present"] = event.isPresent;
-  json["following"] = event.isFollowing;
-  return json;
+  return {{"eventId", event.eventId},       {"start", dateAndTime(event.start)},
+          {"seconds", event.duration},      {"name", event.name},
+          {"scheduled", event.isScheduled}, {"present", event.isPresent},
+          {"following", event.isFollowing}};
 }
 
 Json serviceJson(const Service& service) {
-  Json json;
-  json["serviceId"] = service.serviceId;
-  json["type"] = service.typeName;
-  json["name"] = service.name;
-  json["provider"] = service.provider;
-  json["pmtPid"] = orNull(service.pmtPid);
-  json["hasPmt"] = service.hasPmt;
-  json["streams"] = jsonList(service.streams, streamJson);
-  json["output"] = service.output ? outputJson(*service.output) : Json(nullptr);
-  json["events"] = jsonList(service.events, eventJson);
-  json["eventsWithoutTime"] = service.timelessEvents;
-  return json;
+  return {{"serviceId", service.serviceId},
+          {"type", service.typeName},
+          {"name", service.name},
+          {"provider", service.provider},
+          {"pmtPid", orNull(service.pmtPid)},
+          {"hasPmt", service.hasPmt},
+          {"streams", jsonList(service.streams, streamJson)},
+          {"output", service.output ? outputJson(*service.output) : Json(nullptr)},
+          {"events", jsonList(service.events, eventJson)},
+          {"eventsWithoutTime", service.timelessEvents}};
 }
 
 }  // namespace
 
 std::string reportJson(const Report& report) {
-  Json json;
-  json["file"] = report.file;
-  json["title"] = report.title;
-  json["packets"] = report.packets;
-  json["seconds"] = orNull(report.seconds);
-  json["bitRate"] = orNull(report.bitRate(report.packets));
-  json["transportStreamId"] = orNull(report.transportStreamId);
-  json["originalNetworkId"] = orNull(report.originalNetworkId);
-  json["networkId"] = orNull(report.networkId);
-  json["networkName"] = report.networkName;
-  json["firstClock"] = clockJson(report.firstClock);
-  json["lastClock"] = clockJson(report.lastClock);
-  json["tablesSent"] = report.tablesSent;
-  json["faults"] = report.faults;
-  json["pids"] = Json::array();
+  Json pids = Json::array();
   for (const auto& [pid, count] : report.pids) {
-    json["pids"].push_back(pidJson(pid, count, report));
+    pids.push_back(pidJson(pid, count, report));
   }
-  json["services"] = jsonList(report.services, serviceJson);
-  json["others"] = jsonList(report.others, streamJson);
-  json["tables"] = jsonList(report.tables, inputTableJson);
-  return indentedJson(json);
+  return indentedJson({{"file", report.file},
+                       {"title", report.title},
+                       {"packets", report.packets},
+                       {"seconds", orNull(report.seconds)},
+                       {"bitRate", orNull(report.bitRate(report.packets))},
+                       {"transportStreamId", orNull(report.transportStreamId)},
+                       {"originalNetworkId", orNull(report.originalNetworkId)},
+                       {"networkId", orNull(report.networkId)},
+                       {"networkName", report.networkName},
+                       {"firstClock", clockJson(report.firstClock)},
+                       {"lastClock", clockJson(report.lastClock)},
+                       {"tablesSent", report.tablesSent},
+                       {"faults", report.faults},
+                       {"pids", pids},
+                       {"services", jsonList(report.services, serviceJson)},
+                       {"others", jsonList(report.others, streamJson)},
+                       {"tables", jsonList(report.tables, inputTableJson)}});
 }
 
 }  // namespace tevra::tools::report

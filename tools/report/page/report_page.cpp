@@ -3,10 +3,7 @@
 #include <filesystem>
 
 #include "tools/report/page/markup.h"
-#include "tools/report/page/multiplex_picture.h"
-#include "tools/report/page/page_schedule.h"
-#include "tools/report/page/page_summary.h"
-#include "tools/report/page/page_tables.h"
+#include "tools/report/page/page_sections.h"
 #include "tools/report/page/report_assets.h"
 
 namespace tevra::tools::report {
@@ -27,19 +24,6 @@ void head(const std::string& title, Markup& markup) {
   markup.raw("<style>\n");
   markup.raw(kStyleSheet);
   markup.raw("</style>\n");
-}
-
-void multiplexSection(const Report& report, Markup& markup) {
-  const auto section = markup.open("section", {{"class", "multiplex-section"}});
-  markup.leaf("h2", {}, "Multiplex");
-  if (report.services.empty()) {
-    markup.leaf("p", {{"class", "note"}}, "Neither PAT nor SDT of this stream lists a service.");
-  } else {
-    markup.leaf("p", {{"class", "note choice"}},
-                "Choose a service to light up its PIDs; choose it again, or press Escape, to see "
-                "all.");
-  }
-  drawMultiplex(report, markup);
 }
 
 }  // namespace

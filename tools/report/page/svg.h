@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "tools/report/page/geometry.h"
 #include "tools/report/page/markup.h"
