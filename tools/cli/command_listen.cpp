@@ -11,10 +11,10 @@
 #include "tools/cli/command.h"
 #include "tools/cli/stop_signals.h"
 #include "tools/listen/listen_watch.h"
-#include "tools/listen/notification_json_printer.h"
+#include "tools/listen/notification_json.h"
 #include "tools/listen/notification_receiver.h"
 #include "tools/listen/notification_server.h"
-#include "tools/listen/notification_text_printer.h"
+#include "tools/listen/notification_text.h"
 #include "tools/listen/table_facts.h"
 #include "tools/text/tool_error.h"
 

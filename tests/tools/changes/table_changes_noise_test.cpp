@@ -10,8 +10,8 @@
 
 #include "tests/tools/support/temporary_file.h"
 #include "tools/changes/table_changes.h"
-#include "tools/listen/notification_json_printer.h"
-#include "tools/listen/notification_text_printer.h"
+#include "tools/listen/notification_json.h"
+#include "tools/listen/notification_text.h"
 #include "tools/si/table_demux.h"
 #include "tools/stream/files.h"
 #include "tools/stream/ts_packet_reader.h"

@@ -1,4 +1,4 @@
-#include "tools/listen/notification_json_printer.h"
+#include "tools/listen/notification_json.h"
 
 #include <sstream>
 

@@ -1,4 +1,4 @@
-#include "tools/listen/notification_text_printer.h"
+#include "tools/listen/notification_text.h"
 
 #include <algorithm>
 #include <vector>
