@@ -12,7 +12,6 @@
 #include "tools/cli/stop_signals.h"
 #include "tools/listen/listen_watch.h"
 #include "tools/listen/notification_json.h"
-#include "tools/listen/notification_receiver.h"
 #include "tools/listen/notification_server.h"
 #include "tools/listen/notification_text.h"
 #include "tools/listen/table_facts.h"
@@ -86,10 +85,10 @@ class Listener {
 
   int run() {
     const int port = options_.endpoint.resolvedPort(kFirstNotificationPort);
-    const auto receiver = std::make_shared<NotificationReceiver>(
-        [this](const Notification& notification) { take(notification); });
-    server_ = std::make_unique<NotificationServer>(options_.endpoint.host, port, receiver,
-                                                   [this](int bound) { start(bound); });
+    server_ = std::make_unique<NotificationServer>(
+        options_.endpoint.host, port,
+        [this](const Notification& notification) { take(notification); },
+        [this](int bound) { start(bound); });
     server_->serve();
     watch_.reset();
     signals_.reset();
