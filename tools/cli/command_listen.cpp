@@ -47,18 +47,13 @@ bool isColourTerminal(const ListenOptions& options, const Console& console) {
          !isDumb;
 }
 
-std::unique_ptr<NotificationPrinter> makePrinter(const ListenOptions& options,
-                                                 const Console& console) {
-  const Zone zone = options.utc ? Zone::kUtc : Zone::kLocal;
-  if (options.json) {
-    return std::make_unique<NotificationJsonPrinter>(console.out, zone);
-  }
-  NotificationTextPrinter::Options text;
+NotificationTextOptions textOptions(const ListenOptions& options, const Console& console) {
+  NotificationTextOptions text;
   text.inColour = options.colour == "always" ||
                   (options.colour == "auto" && isColourTerminal(options, console));
   text.all = options.all;
-  text.zone = zone;
-  return std::make_unique<NotificationTextPrinter>(console.out, text);
+  text.zone = options.utc ? Zone::kUtc : Zone::kLocal;
+  return text;
 }
 
 /** A write to a pipe that nobody reads fails instead of ending the process. */
@@ -81,7 +76,7 @@ std::optional<std::chrono::seconds> secondsOf(std::optional<int> count) {
 class Listener {
  public:
   Listener(const ListenOptions& options, const Console& console)
-      : options_(options), console_(console), printer_(makePrinter(options, console)) {}
+      : options_(options), console_(console), text_(textOptions(options, console)) {}
 
   int run() {
     const int port = options_.endpoint.resolvedPort(kFirstNotificationPort);
@@ -134,10 +129,19 @@ class Listener {
       }
       news = history_.add(*notified);
     }
-    printer_->print(notification, news);
+    print(notification, news);
     if (isDone()) {
       server_->stop();
     }
+  }
+
+  void print(const Notification& notification, const TableNews& news) const {
+    if (options_.json) {
+      console_.out << notificationJson(notification, news, text_.zone) << "\n";
+    } else {
+      console_.out << notificationText(notification, news, text_);
+    }
+    console_.out << std::flush;
   }
 
   [[nodiscard]] bool isDone() const {
@@ -146,7 +150,7 @@ class Listener {
 
   const ListenOptions& options_;
   const Console& console_;
-  std::unique_ptr<NotificationPrinter> printer_;
+  const NotificationTextOptions text_;
   TableHistory history_;
   int taken_ = 0;
   std::atomic<bool> isSilent_{false};

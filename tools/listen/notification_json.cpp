@@ -1,7 +1,6 @@
 #include "tools/listen/notification_json.h"
 
 #include <array>
-#include <string>
 
 #include "tools/fields/fields_json.h"
 #include "tools/listen/table_facts.h"
@@ -103,9 +102,9 @@ void appendTable(Json& json, const SiTable& table, const TableNews& news, Clock:
 
 }  // namespace
 
-void NotificationJsonPrinter::print(const Notification& notification, const TableNews& news) {
+std::string notificationJson(const Notification& notification, const TableNews& news, Zone zone) {
   Json json;
-  json["time"] = isoTimeStamp(notification.time, zone_);
+  json["time"] = isoTimeStamp(notification.time, zone);
   if (const auto* notified = std::get_if<NotifiedTable>(&notification.content)) {
     json["kind"] = namesOf(notified->kind).call;
     appendTable(json, notified->table, news, notification.time);
@@ -115,7 +114,7 @@ void NotificationJsonPrinter::print(const Notification& notification, const Tabl
   } else {
     json["kind"] = "requestConfiguration";
   }
-  out_ << jsonLine(json) << "\n" << std::flush;
+  return jsonLine(json);
 }
 
 }  // namespace tevra::tools
