@@ -90,12 +90,6 @@ constexpr std::array<NamedCode, 4> kTsGsModes = {{
     {3, "transport stream"},
 }};
 
-/** A code of any number of bits with its name out of a table. */
-template <const auto& table>
-std::string nameOf(int code) {
-  return nameIn(table, code);
-}
-
 void satelliteFrequency(FieldReader& in, const std::string& name) {
   in.decimalDigits(name, 8, 10'000, [](int64_t hertz) { return scaledText(hertz, 9, "GHz"); });
 }
