@@ -33,12 +33,11 @@ RoundTrips measure(const PingOptions& options) {
 }
 
 void printJson(std::ostream& out, size_t calls, const RoundTripSummary& summary) {
-  Json json;
-  json["calls"] = calls;
-  json["minMs"] = summary.shortest;
-  json["medianMs"] = summary.median;
-  json["maxMs"] = summary.longest;
-  out << jsonLine(json) << "\n";
+  out << jsonLine({{"calls", calls},
+                   {"minMs", summary.shortest},
+                   {"medianMs", summary.median},
+                   {"maxMs", summary.longest}})
+      << "\n";
 }
 
 int ping(const PingOptions& options, const Console& console) {

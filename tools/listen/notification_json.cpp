@@ -25,14 +25,7 @@ struct SideJson {
 };
 
 Json idJson(const std::vector<Fields>& ids) {
-  if (ids.size() == 1) {
-    return valueOrObject(ids.front());
-  }
-  Json array = Json::array();
-  for (const Fields& id : ids) {
-    array.push_back(valueOrObject(id));
-  }
-  return array;
+  return ids.size() == 1 ? valueOrObject(ids.front()) : jsonList(ids, &valueOrObject);
 }
 
 std::string whatOf(const Change& change) {
@@ -93,10 +86,7 @@ void appendTable(Json& json, const SiTable& table, const TableNews& news, Clock:
     json["systemClockSeconds"] = *seconds;
   }
   json["state"] = stateOf(news);
-  Json& changes = json["changes"] = Json::array();
-  for (const Change& change : news.changes) {
-    changes.push_back(changeJson(change));
-  }
+  json["changes"] = jsonList(news.changes, &changeJson);
   json["table"] = tableFieldsJson(tableFields(table));
 }
 
