@@ -3,7 +3,6 @@
 #include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_syntax.h"
 #include "tools/descriptors/name_table.h"
-#include "tools/text/dvb_text.h"
 
 namespace tevra::tools {
 namespace {
