@@ -1,7 +1,5 @@
 #pragma once
 
-#include <vector>
-
 #include "tools/changes/change.h"
 
 namespace tevra::tools {

@@ -1,6 +1,7 @@
 #include "tools/cli/cli.h"
 
 #include <exception>
+#include <memory>
 
 #include "tools/cli/command.h"
 #include "tools/text/words.h"
@@ -11,6 +12,16 @@ namespace {
 int fail(const Console& console, const std::exception& error, int status) {
   console.err << "tornelctl: " << oneLine(error.what()) << "\n";
   return status;
+}
+
+void addHelpCommand(CommandLine& line) {
+  const auto name = std::make_shared<std::string>();
+  Command command = line.command("help", "Explain a command, or list them all");
+  command.option("COMMAND", *name, "The command to explain");
+  command.action([&line, name](const Console& console) {
+    console.out << line.help(*name);
+    return kExitDone;
+  });
 }
 
 }  // namespace

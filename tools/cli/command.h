@@ -18,7 +18,6 @@ void addTablesCommand(CommandLine& line);
 void addReportCommand(CommandLine& line);
 void addResetCommand(CommandLine& line);
 void addPingCommand(CommandLine& line);
-void addHelpCommand(CommandLine& line);
 ///@}
 
 /** The options that say where the daemon, or its stand-in for MainTask, is reached. */

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -19,6 +20,8 @@
 namespace tevra::tools {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 struct FeedOptions {
   EndpointOptions endpoint;
   std::string source;
@@ -26,25 +29,6 @@ struct FeedOptions {
   std::optional<std::string> rate;
   std::optional<int> seconds;
   bool json = false;
-};
-
-/** Says when to end: interrupted, or after the time that was asked for. */
-class Stop {
- public:
-  explicit Stop(std::optional<int> seconds) {
-    if (seconds) {
-      end_ = Clock::now() + std::chrono::seconds(*seconds);
-    }
-  }
-
-  void interrupt() { interrupted_ = true; }
-  [[nodiscard]] bool now() const { return interrupted_ || (end_ && Clock::now() >= *end_); }
-
- private:
-  using Clock = std::chrono::steady_clock;
-
-  std::atomic<bool> interrupted_{false};
-  std::optional<Clock::time_point> end_;
 };
 
 Progress makeProgress(const ByteSource& source, const FeedOptions& options,
@@ -72,8 +56,8 @@ void report(const FeedOptions& options, const StreamFeed& stream, const Console&
 
 /** Feeds until the end of the stream, or until stopped. */
 StreamFeed feedStream(const FeedOptions& options, thrift::in_module::im_SIControlSrvIf& daemon,
-                      const Stop& stop, const Console& console) {
-  const LiveOptions live = {options.endpoint.timeoutSeconds, [&stop] { return stop.now(); }};
+                      const std::function<bool()>& stopped, const Console& console) {
+  const LiveOptions live = {options.endpoint.timeoutSeconds, stopped};
   const auto source = openSource(options.source, live);
   LoopedSource looped(*source);
   Progress progress = makeProgress(*source, options, console);
@@ -85,7 +69,7 @@ StreamFeed feedStream(const FeedOptions& options, thrift::in_module::im_SIContro
     if (options.rate == "realtime") {
       pacer.pace(packet);
     }
-    return !stop.now();
+    return !stopped();
   };
   ByteSource& input = options.loop ? looped : *source;
   StreamFeed stream = StreamFeed::feed(input, options.source, daemon, onPacket);
@@ -98,10 +82,12 @@ int feed(const FeedOptions& options, const Console& console) {
     throw ArgumentError("--loop needs a file: " + options.source + " cannot begin again");
   }
   int status = kExitDone;
-  Stop stop(options.seconds);
-  const StopSignals signals([&stop] { stop.interrupt(); });
+  std::atomic<bool> isInterrupted{false};
+  const StopSignals signals([&isInterrupted] { isInterrupted = true; });
+  const auto end = Clock::now() + std::chrono::seconds(options.seconds.value_or(0));
+  const auto stopped = [&] { return isInterrupted || (options.seconds && Clock::now() >= end); };
   withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    const StreamFeed stream = feedStream(options, daemon, stop, console);
+    const StreamFeed stream = feedStream(options, daemon, stopped, console);
     report(options, stream, console);
     status = stream.tables().refused() == 0 ? kExitDone : kExitFailed;
   });

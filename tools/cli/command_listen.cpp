@@ -11,10 +11,9 @@
 #include "tools/cli/command.h"
 #include "tools/cli/stop_signals.h"
 #include "tools/listen/listen_watch.h"
-#include "tools/listen/notification_json_printer.h"
-#include "tools/listen/notification_receiver.h"
+#include "tools/listen/notification_json.h"
 #include "tools/listen/notification_server.h"
-#include "tools/listen/notification_text_printer.h"
+#include "tools/listen/notification_text.h"
 #include "tools/listen/table_facts.h"
 #include "tools/text/tool_error.h"
 
@@ -48,18 +47,13 @@ bool isColourTerminal(const ListenOptions& options, const Console& console) {
          !isDumb;
 }
 
-std::unique_ptr<NotificationPrinter> makePrinter(const ListenOptions& options,
-                                                 const Console& console) {
-  const Zone zone = options.utc ? Zone::kUtc : Zone::kLocal;
-  if (options.json) {
-    return std::make_unique<NotificationJsonPrinter>(console.out, zone);
-  }
-  NotificationTextPrinter::Options text;
+NotificationTextOptions textOptions(const ListenOptions& options, const Console& console) {
+  NotificationTextOptions text;
   text.inColour = options.colour == "always" ||
                   (options.colour == "auto" && isColourTerminal(options, console));
   text.all = options.all;
-  text.zone = zone;
-  return std::make_unique<NotificationTextPrinter>(console.out, text);
+  text.zone = options.utc ? Zone::kUtc : Zone::kLocal;
+  return text;
 }
 
 /** A write to a pipe that nobody reads fails instead of ending the process. */
@@ -82,14 +76,14 @@ std::optional<std::chrono::seconds> secondsOf(std::optional<int> count) {
 class Listener {
  public:
   Listener(const ListenOptions& options, const Console& console)
-      : options_(options), console_(console), printer_(makePrinter(options, console)) {}
+      : options_(options), console_(console), text_(textOptions(options, console)) {}
 
   int run() {
     const int port = options_.endpoint.resolvedPort(kFirstNotificationPort);
-    const auto receiver = std::make_shared<NotificationReceiver>(
-        [this](const Notification& notification) { take(notification); });
-    server_ = std::make_unique<NotificationServer>(options_.endpoint.host, port, receiver,
-                                                   [this](int bound) { start(bound); });
+    server_ = std::make_unique<NotificationServer>(
+        options_.endpoint.host, port,
+        [this](const Notification& notification) { take(notification); },
+        [this](int bound) { start(bound); });
     server_->serve();
     watch_.reset();
     signals_.reset();
@@ -135,10 +129,19 @@ class Listener {
       }
       news = history_.add(*notified);
     }
-    printer_->print(notification, news);
+    print(notification, news);
     if (isDone()) {
       server_->stop();
     }
+  }
+
+  void print(const Notification& notification, const TableNews& news) const {
+    if (options_.json) {
+      console_.out << notificationJson(notification, news, text_.zone) << "\n";
+    } else {
+      console_.out << notificationText(notification, news, text_);
+    }
+    console_.out << std::flush;
   }
 
   [[nodiscard]] bool isDone() const {
@@ -147,7 +150,7 @@ class Listener {
 
   const ListenOptions& options_;
   const Console& console_;
-  std::unique_ptr<NotificationPrinter> printer_;
+  const NotificationTextOptions text_;
   TableHistory history_;
   int taken_ = 0;
   std::atomic<bool> isSilent_{false};

@@ -5,6 +5,7 @@
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
 #include "tools/cli/round_trips.h"
+#include "tools/text/decimals.h"
 #include "tools/text/json_text.h"
 #include "tools/text/words.h"
 
@@ -32,15 +33,11 @@ RoundTrips measure(const PingOptions& options) {
 }
 
 void printJson(std::ostream& out, size_t calls, const RoundTripSummary& summary) {
-  const auto milliseconds = [](std::chrono::nanoseconds time) {
-    return std::chrono::duration<double, std::milli>(time).count();
-  };
-  Json json;
-  json["calls"] = calls;
-  json["minMs"] = milliseconds(summary.shortest);
-  json["medianMs"] = milliseconds(summary.median);
-  json["maxMs"] = milliseconds(summary.longest);
-  out << jsonLine(json) << "\n";
+  out << jsonLine({{"calls", calls},
+                   {"minMs", summary.shortest},
+                   {"medianMs", summary.median},
+                   {"maxMs", summary.longest}})
+      << "\n";
 }
 
 int ping(const PingOptions& options, const Console& console) {
@@ -50,9 +47,8 @@ int ping(const PingOptions& options, const Console& console) {
     printJson(console.out, times.size(), summary);
   } else {
     console.out << counted(times.size(), "call") << " of getSIData: min "
-                << millisecondsText(summary.shortest) << " ms, median "
-                << millisecondsText(summary.median) << " ms, max "
-                << millisecondsText(summary.longest) << " ms\n";
+                << fixedText(summary.shortest, 3) << " ms, median " << fixedText(summary.median, 3)
+                << " ms, max " << fixedText(summary.longest, 3) << " ms\n";
   }
   return kExitDone;
 }

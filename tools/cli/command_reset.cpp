@@ -16,14 +16,6 @@ struct ResetOptions {
   bool json = false;
 };
 
-void printJson(std::ostream& out, const DaemonAddress& address) {
-  Json json;
-  json["reset"] = true;
-  json["host"] = address.host;
-  json["port"] = address.port;
-  out << jsonLine(json) << "\n";
-}
-
 int reset(const ResetOptions& options, const Console& console) {
   const DaemonAddress address = daemonAddress(options.endpoint);
   withDaemon(address, [](thrift::in_module::im_SIControlSrvIf& daemon) {
@@ -32,7 +24,8 @@ int reset(const ResetOptions& options, const Console& console) {
     }
   });
   if (options.json) {
-    printJson(console.out, address);
+    console.out << jsonLine({{"reset", true}, {"host", address.host}, {"port", address.port}})
+                << "\n";
   } else {
     console.out << "The daemon has forgotten the tables it was fed; PIDs and versions go on.\n";
   }

@@ -32,17 +32,13 @@ bool isWanted(const TablesOptions& options, const SiTable& table) {
 }
 
 /** Ends with an error where nothing was printed, so that scripts notice. */
-void requireTables(const TablesOptions& options, uint64_t packets, size_t tables, size_t printed) {
-  if (packets == 0) {
-    throw ToolError(options.file +
-                    " holds no transport stream: no packets of 188, 192 or 204 bytes");
-  }
+void requireTables(const std::string& name, const InputFile& file, uint64_t packets, size_t tables,
+                   size_t printed) {
   if (tables == 0) {
-    throw ToolError(options.file + " holds " + counted(packets, "packet") +
-                    ", but no complete table");
+    throw ToolError(file.explainNothing(name, packets));
   }
   if (printed == 0) {
-    throw ToolError(options.file + " holds " + counted(tables, "table") +
+    throw ToolError(name + " holds " + counted(tables, "table") +
                     ", but none that was asked for; leave out --table and --service to see all");
   }
 }
@@ -69,7 +65,7 @@ int printTables(const TablesOptions& options, const Console& console) {
   for (const std::string& fault : streamFaults(reader, demux, "not shown")) {
     console.err << fault << "\n";
   }
-  requireTables(options, reader.packets(), tables, printer.printed());
+  requireTables(options.file, file, reader.packets(), tables, printer.printed());
   return kExitDone;
 }
 

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "tools/text/decimals.h"
-
 namespace tevra::tools {
 
 RoundTripSummary summarise(RoundTrips times) {
@@ -11,11 +9,10 @@ RoundTripSummary summarise(RoundTrips times) {
     return {};
   }
   std::sort(times.begin(), times.end());
-  return {times.front(), times[(times.size() - 1) / 2], times.back()};
-}
-
-std::string millisecondsText(std::chrono::nanoseconds time) {
-  return fixedText(std::chrono::duration<double, std::milli>(time).count(), 3);
+  const auto milliseconds = [&times](size_t place) {
+    return std::chrono::duration<double, std::milli>(times[place]).count();
+  };
+  return {milliseconds(0), milliseconds((times.size() - 1) / 2), milliseconds(times.size() - 1)};
 }
 
 }  // namespace tevra::tools

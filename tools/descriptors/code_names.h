@@ -12,33 +12,11 @@ namespace tevra::tools {
 [[nodiscard]] std::string streamTypeName(int streamType);
 /** The same, or "stream type 0x86" of one without a name. */
 [[nodiscard]] std::string streamTypeText(int streamType);
-/** ISO/IEC 13818-1, 2.6.19. */
-[[nodiscard]] std::string audioTypeName(int audioType);
-/** ISO/IEC 13818-1, table 2-50: hierarchy_type. */
-[[nodiscard]] std::string hierarchyTypeName(int hierarchyType);
 
 /** EN 300 468, table 6: of a service or an event. */
 [[nodiscard]] std::string runningStatusName(int runningStatus);
 /** EN 300 468, 6.2.33: service_type. */
 [[nodiscard]] std::string serviceTypeName(int serviceType);
-/** EN 300 468, 6.2.19: linkage_type. */
-[[nodiscard]] std::string linkageTypeName(int linkageType);
-/** EN 300 468, 6.2.19: hand-over_type. */
-[[nodiscard]] std::string handOverTypeName(int handOverType);
-/** EN 300 468, 6.2.43: teletext_type. */
-[[nodiscard]] std::string teletextTypeName(int teletextType);
-/** EN 300 468, 6.2.47: data_service_id. */
-[[nodiscard]] std::string vbiServiceName(int dataServiceId);
-/** EN 300 468, 6.2.28: the minimum age that a rating stands for. */
-[[nodiscard]] std::string parentalRatingName(int rating);
-/** ETSI TS 101 162: data_broadcast_id. */
-[[nodiscard]] std::string dataBroadcastName(int dataBroadcastId);
-/** ETSI TS 102 323, 12.1: crid_type. */
-[[nodiscard]] std::string cridTypeName(int cridType);
-/** ETSI TS 102 809, 5.3.5.1: application_type. */
-[[nodiscard]] std::string applicationTypeName(int applicationType);
-/** ETSI TS 101 162: private_data_specifier. */
-[[nodiscard]] std::string privateDataSpecifierName(int specifier);
 /** EN 300 468, table 29: content_nibble_level_1 in the upper, level_2 in the lower four bits. */
 [[nodiscard]] std::string contentName(int nibbles);
 /** EN 300 468, table 26: stream_content (with its extension above it) and component_type. */

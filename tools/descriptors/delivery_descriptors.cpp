@@ -90,23 +90,18 @@ constexpr std::array<NamedCode, 4> kTsGsModes = {{
     {3, "transport stream"},
 }};
 
-/** A code of any number of bits with its name out of a table. */
-template <const auto& table>
-std::string nameOf(int code) {
-  return nameIn(table, code);
+void satelliteFrequency(FieldReader& in) {
+  in.decimalDigits("frequency", 8, 10'000,
+                   [](int64_t hertz) { return scaledText(hertz, 9, "GHz"); });
 }
 
-void satelliteFrequency(FieldReader& in, const std::string& name) {
-  in.decimalDigits(name, 8, 10'000, [](int64_t hertz) { return scaledText(hertz, 9, "GHz"); });
+void cableFrequency(FieldReader& in) {
+  in.decimalDigits("frequency", 8, 100, [](int64_t hertz) { return scaledText(hertz, 6, "MHz"); });
 }
 
-void cableFrequency(FieldReader& in, const std::string& name) {
-  in.decimalDigits(name, 8, 100, [](int64_t hertz) { return scaledText(hertz, 6, "MHz"); });
-}
-
-void terrestrialFrequency(FieldReader& in, const std::string& name) {
+void terrestrialFrequency(FieldReader& in) {
   const auto hertz = static_cast<int64_t>(in.bits(32)) * 10;
-  in.keep({name, Number{hertz, scaledText(hertz, 6, "MHz"), {}}});
+  in.keep({"frequency", Number{hertz, scaledText(hertz, 6, "MHz"), {}}});
 }
 
 void symbolRate(FieldReader& in) {
@@ -115,7 +110,7 @@ void symbolRate(FieldReader& in) {
 }
 
 void satellite(FieldReader& in) {
-  satelliteFrequency(in, "frequency");
+  satelliteFrequency(in);
   in.decimalDigits("orbitalPosition", 4, 1,
                    [](int64_t tenths) { return scaledText(tenths, 1, "degrees"); });
   in.word("east", "east", "west");
@@ -132,7 +127,7 @@ void satellite(FieldReader& in) {
 }
 
 void cable(FieldReader& in) {
-  cableFrequency(in, "frequency");
+  cableFrequency(in);
   in.skip(12);
   in.choice("outerFec", 4, &nameOf<kOuterFecs>);
   in.choice("modulation", 8, &nameOf<kCableModulations>);
@@ -141,7 +136,7 @@ void cable(FieldReader& in) {
 }
 
 void terrestrial(FieldReader& in) {
-  terrestrialFrequency(in, "frequency");
+  terrestrialFrequency(in);
   in.choice("bandwidth", 3, &nameOf<kBandwidths>);
   in.word("highPriority", "high priority or non-hierarchical", "low priority");
   in.word("noTimeSlicing", "no time slicing", "time slicing");
@@ -162,11 +157,11 @@ void frequencyList(FieldReader& in) {
   const int coding = in.choice("codingType", 2, &nameOf<kCodingTypes>);
   in.list("frequencies", [&in, coding] {
     if (coding == 1) {
-      satelliteFrequency(in, "frequency");
+      satelliteFrequency(in);
     } else if (coding == 2) {
-      cableFrequency(in, "frequency");
+      cableFrequency(in);
     } else if (coding == 3) {
-      terrestrialFrequency(in, "frequency");
+      terrestrialFrequency(in);
     } else {
       in.code("frequency", 32);
     }

@@ -2,10 +2,36 @@
 
 #include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_syntax.h"
+#include "tools/descriptors/name_table.h"
 #include "tools/text/dvb_time.h"
 
 namespace tevra::tools {
 namespace {
+
+constexpr std::array<NamedCode, 4> kCridTypes = {{
+    {0x00, "undefined"},
+    {0x01, "programme"},
+    {0x02, "series"},
+    {0x03, "recommendation"},
+}};
+
+constexpr int kFirstPrivateCridType = 0x20;
+constexpr int kYoungestRating = 0x01;
+constexpr int kOldestRating = 0x0F;
+
+/** ETSI TS 102 323, 12.1: crid_type. */
+std::string cridTypeName(int cridType) {
+  return cridType >= kFirstPrivateCridType ? "user private" : nameIn(kCridTypes, cridType);
+}
+
+/** EN 300 468, 6.2.28: the minimum age that a rating stands for. */
+std::string parentalRatingName(int rating) {
+  if (rating == 0) {
+    return "undefined";
+  }
+  const bool isAge = rating >= kYoungestRating && rating <= kOldestRating;
+  return isAge ? "from age " + std::to_string(rating + 3) : "defined by the broadcaster";
+}
 
 void shortEvent(FieldReader& in) {
   in.letters("language");

@@ -23,16 +23,12 @@ uint64_t FieldReader::bits(int count) {
   return value;
 }
 
-int64_t FieldReader::number(const std::string& name, int bitCount) {
-  const auto value = static_cast<int64_t>(bits(bitCount));
-  keep(decimalField(name, value));
-  return value;
+void FieldReader::number(const std::string& name, int bitCount) {
+  keep(decimalField(name, static_cast<int64_t>(bits(bitCount))));
 }
 
-int FieldReader::id(const std::string& name, int bitCount) {
-  const auto value = static_cast<int>(bits(bitCount));
-  keep(idField(name, value));
-  return value;
+void FieldReader::id(const std::string& name, int bitCount) {
+  keep(idField(name, static_cast<int>(bits(bitCount))));
 }
 
 int64_t FieldReader::code(const std::string& name, int bitCount, NameOf nameOf) {

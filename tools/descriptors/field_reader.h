@@ -28,12 +28,12 @@ class FieldReader {
   /** Whole bytes that are left. */
   [[nodiscard]] size_t left() const { return hasFailed() ? 0 : (end_ - position_) / 8; }
 
-  // Read and keep; the numbers are returned too.
+  // Read and keep; what others depend on is returned too.
 
   /** A quantity: shown in decimal. */
-  int64_t number(const std::string& name, int bitCount);
+  void number(const std::string& name, int bitCount);
   /** An identifier: shown in decimal and hexadecimal. */
-  int id(const std::string& name, int bitCount);
+  void id(const std::string& name, int bitCount);
   /** A code: shown in hexadecimal, with its name where there is one. */
   int64_t code(const std::string& name, int bitCount, NameOf nameOf = nullptr);
   /** A 32-bit code that mostly is four characters. */

@@ -1,6 +1,5 @@
 // Descriptors of ISO/IEC 13818-1, 2.6, and of ISO/IEC 13818-6 as ETSI TR 101 202 uses them.
 
-#include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_syntax.h"
 #include "tools/descriptors/name_table.h"
 
@@ -26,21 +25,29 @@ constexpr std::array<NamedCode, 4> kAlignments = {{
 }};
 constexpr std::array<NamedCode, 3> kAspectRatios = {
     {{1, "square pixels"}, {2, "4:3"}, {3, "16:9"}}};
+/** ISO/IEC 13818-1, 2.6.19. */
+constexpr std::array<NamedCode, 4> kAudioTypes = {{
+    {0x00, "undefined"},
+    {0x01, "clean effects"},
+    {0x02, "hearing impaired"},
+    {0x03, "visual impaired commentary"},
+}};
+/** ISO/IEC 13818-1, table 2-50: hierarchy_type. */
+constexpr std::array<NamedCode, 11> kHierarchyTypes = {{
+    {1, "spatial scalability"},
+    {2, "SNR scalability"},
+    {3, "temporal scalability"},
+    {4, "data partitioning"},
+    {5, "extension bitstream"},
+    {6, "private stream"},
+    {7, "multi-view profile"},
+    {8, "combined scalability or MV-HEVC"},
+    {9, "MVC or MVCD sub-bitstream"},
+    {10, "auxiliary picture layer"},
+    {15, "base layer"},
+}};
 /** ISO/IEC 13818-1, 2.6.27 and 2.6.31: rates come in units of 50 bytes per second. */
 constexpr int64_t kBitsPerRateUnit = 400;
-
-std::string frameRateName(int code) {
-  return nameIn(kFrameRates, code);
-}
-std::string chromaFormatName(int format) {
-  return nameIn(kChromaFormats, format);
-}
-std::string alignmentName(int type) {
-  return nameIn(kAlignments, type);
-}
-std::string aspectRatioName(int ratio) {
-  return nameIn(kAspectRatios, ratio);
-}
 
 /** A 22-bit rate in units of 400 bit/s. */
 void rate(FieldReader& in, const std::string& name) {
@@ -50,14 +57,14 @@ void rate(FieldReader& in, const std::string& name) {
 
 void videoStream(FieldReader& in) {
   in.flag("multipleFrameRate");
-  in.choice("frameRateCode", 4, &frameRateName);
+  in.choice("frameRateCode", 4, &nameOf<kFrameRates>);
   const bool isMpeg1 = in.bits(1) != 0;
   in.keep(wordField("mpeg1Only", isMpeg1, "MPEG-1 only", "not only MPEG-1"));
   in.flag("constrainedParameter");
   in.flag("stillPicture");
   if (!isMpeg1) {
     in.code("profileAndLevel", 8);
-    in.choice("chromaFormat", 2, &chromaFormatName);
+    in.choice("chromaFormat", 2, &nameOf<kChromaFormats>);
     in.flag("frameRateExtension");
     in.skip(5);
   }
@@ -73,7 +80,7 @@ void audioStream(FieldReader& in) {
 
 void hierarchy(FieldReader& in) {
   in.skip(4);  // which kinds of scalability there are not: reserved at first
-  in.choice("hierarchyType", 4, &hierarchyTypeName);
+  in.choice("hierarchyType", 4, &nameOf<kHierarchyTypes>);
   in.skip(2);
   in.number("layerIndex", 6);
   in.skip(2);
@@ -88,13 +95,13 @@ void registration(FieldReader& in) {
 }
 
 void dataStreamAlignment(FieldReader& in) {
-  in.choice("alignmentType", 8, &alignmentName);
+  in.choice("alignmentType", 8, &nameOf<kAlignments>);
 }
 
 void targetBackgroundGrid(FieldReader& in) {
   in.number("horizontalSize", 14);
   in.number("verticalSize", 14);
-  in.choice("aspectRatio", 4, &aspectRatioName);
+  in.choice("aspectRatio", 4, &nameOf<kAspectRatios>);
 }
 
 void videoWindow(FieldReader& in) {
@@ -113,7 +120,7 @@ void conditionalAccess(FieldReader& in) {
 void language(FieldReader& in) {
   in.list("languages", [&in] {
     in.letters("language");
-    in.choice("audioType", 8, &audioTypeName);
+    in.choice("audioType", 8, &nameOf<kAudioTypes>);
   });
 }
 

@@ -23,4 +23,10 @@ template <size_t size>
   return {};
 }
 
+/** The same with the table named before: a NameOf. */
+template <const auto& table>
+[[nodiscard]] std::string nameOf(int code) {
+  return nameIn(table, code);
+}
+
 }  // namespace tevra::tools

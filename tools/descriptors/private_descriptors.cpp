@@ -21,10 +21,6 @@ constexpr std::array<NamedCode, 5> kCueStreamTypes = {{
     {4, "tiered segmentation"},
 }};
 
-std::string cueStreamTypeName(int type) {
-  return nameIn(kCueStreamTypes, type);
-}
-
 void channels(FieldReader& in, int reservedBits, int numberBits) {
   in.list("channels", [&in, reservedBits, numberBits] {
     in.id("serviceId", 16);
@@ -79,7 +75,7 @@ void captionService(FieldReader& in) {
 }
 
 void cue(FieldReader& in) {
-  in.choice("cueStreamType", 8, &cueStreamTypeName);
+  in.choice("cueStreamType", 8, &nameOf<kCueStreamTypes>);
 }
 
 std::optional<PrivateDescriptor> channelSyntax(std::optional<uint32_t> specifier) {

@@ -3,10 +3,40 @@
 #include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_syntax.h"
 #include "tools/descriptors/name_table.h"
-#include "tools/text/dvb_text.h"
 
 namespace tevra::tools {
 namespace {
+
+/** EN 300 468, 6.2.19: linkage_type. */
+constexpr std::array<NamedCode, 14> kLinkageTypes = {{
+    {0x01, "information service"},
+    {0x02, "EPG service"},
+    {0x03, "CA replacement service"},
+    {0x04, "transport stream with complete network or bouquet SI"},
+    {0x05, "service replacement service"},
+    {0x06, "data broadcast service"},
+    {0x07, "RCS Map"},
+    {0x08, "mobile hand-over"},
+    {0x09, "system software update service"},
+    {0x0A, "transport stream with SSU BAT or NIT"},
+    {0x0B, "IP/MAC notification service"},
+    {0x0C, "transport stream with INT BAT or NIT"},
+    {0x0D, "event linkage"},
+    {0x0E, "extended event linkage"},
+}};
+
+/** EN 300 468, 6.2.19: hand-over_type. */
+constexpr std::array<NamedCode, 3> kHandOverTypes = {{
+    {1, "identical service in a neighbouring country"},
+    {2, "local variation of the same service"},
+    {3, "associated service"},
+}};
+
+/** ETSI TS 101 162: private_data_specifier. */
+constexpr std::array<NamedCode, 2> kPrivateDataSpecifiers = {{
+    {0x28, "EACEM"},
+    {0x29, "NorDig"},
+}};
 
 constexpr int kMobileHandOver = 0x08;
 constexpr int kEventLinkage = 0x0D;
@@ -54,7 +84,7 @@ void countryAvailability(FieldReader& in) {
 }
 
 void mobileHandOver(FieldReader& in) {
-  const int type = in.choice("handOverType", 4, &handOverTypeName);
+  const int type = in.choice("handOverType", 4, &nameOf<kHandOverTypes>);
   in.skip(3);
   const bool isFromSdt = in.bits(1) != 0;
   in.keep(wordField("originIsSdt", isFromSdt, "from an SDT", "from a NIT"));
@@ -77,7 +107,7 @@ void linkage(FieldReader& in) {
   in.id("transportStreamId", 16);
   in.id("originalNetworkId", 16);
   in.id("serviceId", 16);
-  const int64_t type = in.code("linkageType", 8, &linkageTypeName);
+  const int64_t type = in.code("linkageType", 8, &nameOf<kLinkageTypes>);
   if (type == kMobileHandOver) {
     mobileHandOver(in);
   } else if (type == kEventLinkage) {
@@ -103,7 +133,7 @@ void caIdentifier(FieldReader& in) {
 }
 
 void privateDataSpecifier(FieldReader& in) {
-  in.code("specifier", 32, &privateDataSpecifierName);
+  in.code("specifier", 32, &nameOf<kPrivateDataSpecifiers>);
 }
 
 void serviceIdentifier(FieldReader& in) {

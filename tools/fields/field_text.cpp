@@ -8,6 +8,17 @@ namespace {
 /** Bytes that fit into a line with other fields. */
 constexpr size_t kFewBytes = 8;
 
+/** "257 (0x0101)" and "PMT" make "257 (0x0101, PMT)". */
+std::string withMeaning(const Number& number) {
+  if (number.meaning.empty()) {
+    return number.shown;
+  }
+  if (number.shown.back() == ')') {
+    return number.shown.substr(0, number.shown.size() - 1) + ", " + number.meaning + ")";
+  }
+  return number.shown + " (" + number.meaning + ")";
+}
+
 /** A value in a line; none of a value that stands in lines of its own. */
 struct InLine {
   std::string operator()(const Number& number) const { return withMeaning(number); }
@@ -24,16 +35,6 @@ struct InLine {
 };
 
 }  // namespace
-
-std::string withMeaning(const Number& number) {
-  if (number.meaning.empty()) {
-    return number.shown;
-  }
-  if (number.shown.back() == ')') {
-    return number.shown.substr(0, number.shown.size() - 1) + ", " + number.meaning + ")";
-  }
-  return number.shown + " (" + number.meaning + ")";
-}
 
 std::string spacedDigits(const std::string& bytes) {
   std::string text;

@@ -7,9 +7,6 @@
 
 namespace tevra::tools {
 
-/** "257 (0x0101)" and "PMT" make "257 (0x0101, PMT)". */
-[[nodiscard]] std::string withMeaning(const Number& number);
-
 /** Bytes as pairs of digits with blanks between: "1a 2b". */
 [[nodiscard]] std::string spacedDigits(const std::string& bytes);
 

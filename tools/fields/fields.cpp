@@ -36,34 +36,22 @@ std::string wordOf(const std::string& part) {
   return word;
 }
 
-// What stands in the stream of each value.
-int64_t said(const Number& number) {
-  return number.value;
-}
-bool said(const Flag& flag) {
-  return flag.value;
-}
-const std::string& said(const Text& text) {
-  return text.utf8;
-}
-const std::string& said(const Time& time) {
-  return time.shown;
-}
-const std::string& said(const Bytes& bytes) {
-  return bytes.data;
-}
-const std::vector<Fields>& said(const List& list) {
-  return list.entries;
-}
-const std::vector<DescriptorFields>& said(const DescriptorLoop& loop) {
-  return loop.entries;
-}
+/** What stands in the stream of a value. */
+struct Said {
+  int64_t operator()(const Number& number) const { return number.value; }
+  bool operator()(const Flag& flag) const { return flag.value; }
+  const std::string& operator()(const Text& text) const { return text.utf8; }
+  const std::string& operator()(const Time& time) const { return time.shown; }
+  const std::string& operator()(const Bytes& bytes) const { return bytes.data; }
+  const auto& operator()(const List& list) const { return list.entries; }
+  const auto& operator()(const DescriptorLoop& loop) const { return loop.entries; }
+};
 
 /** Compares two values of one type. */
 template <class Compare>
 bool compared(const Field& a, const Field& b, Compare compare) {
   const auto compareWithB = [&](const auto& value) {
-    return compare(said(value), said(std::get<std::decay_t<decltype(value)>>(b.value)));
+    return compare(Said()(value), Said()(std::get<std::decay_t<decltype(value)>>(b.value)));
   };
   return std::visit(compareWithB, a.value);
 }

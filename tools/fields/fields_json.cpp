@@ -20,17 +20,9 @@ class ValueAppender {
   void operator()(const Text& text) const { object_[name_] = text.utf8; }
   void operator()(const Time& time) const { object_[name_] = time.shown; }
   void operator()(const Bytes& bytes) const { object_[name_] = hexDigits(bytes.data); }
-  void operator()(const List& list) const {
-    Json& array = object_[name_] = Json::array();
-    for (const Fields& entry : list.entries) {
-      array.push_back(fieldsJson(entry));
-    }
-  }
+  void operator()(const List& list) const { object_[name_] = jsonList(list.entries, &fieldsJson); }
   void operator()(const DescriptorLoop& loop) const {
-    Json& array = object_[name_] = Json::array();
-    for (const DescriptorFields& descriptor : loop.entries) {
-      array.push_back(descriptorJson(descriptor));
-    }
+    object_[name_] = jsonList(loop.entries, &descriptorJson);
   }
 
  private:
@@ -53,10 +45,8 @@ Json fieldsJson(const Fields& fields) {
 }
 
 Json descriptorJson(const DescriptorFields& descriptor) {
-  Json json;
-  json["tag"] = descriptor.tag;
-  json["name"] = descriptor.name;
-  json["data"] = hexDigits(descriptor.payload);
+  Json json = {
+      {"tag", descriptor.tag}, {"name", descriptor.name}, {"data", hexDigits(descriptor.payload)}};
   if (descriptor.isDecoded) {
     json["fields"] = fieldsJson(descriptor.fields);
   } else if (!descriptor.problem.empty()) {

@@ -6,7 +6,7 @@
 
 #include <thrift/server/TServer.h>
 
-#include "im_SINotifySrv.h"
+#include "tools/listen/notification.h"
 
 namespace tevra::tools {
 
@@ -16,15 +16,14 @@ namespace tevra::tools {
  */
 class NotificationServer {
  public:
-  /** A connection from which nothing comes is given up after this. */
-  static constexpr int kReceiveTimeoutSeconds = 10;
+  /** Is given each notification on serve's thread. What it raises is lost: the calls are oneway. */
+  using Consumer = std::function<void(const Notification& notification)>;
 
   /**
    * Port 0 is any free one. `onListening` is called on serve's thread with the port once
    * connections are accepted.
    */
-  NotificationServer(const std::string& host, int port,
-                     std::shared_ptr<thrift::in_module::im_SINotifySrvIf> handler,
+  NotificationServer(const std::string& host, int port, Consumer consumer,
                      std::function<void(int port)> onListening);
 
   /**

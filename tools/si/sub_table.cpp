@@ -1,7 +1,6 @@
 #include "tools/si/sub_table.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace tevra::tools {
 namespace {
@@ -9,10 +8,6 @@ namespace {
 constexpr int kSegmentSize = 8;
 
 }  // namespace
-
-bool SubTable::Version::operator==(const Version& other) const {
-  return extension == other.extension && number == other.number;
-}
 
 std::vector<Section> SubTable::add(Section section) {
   const Version version = {section.extension, section.version};
@@ -23,7 +18,7 @@ std::vector<Section> SubTable::add(Section section) {
   if (section.number > section.lastNumber) {
     return {};
   }
-  if (!(collecting_ == version) || lastNumber_ != section.lastNumber) {
+  if (collecting_ != version || lastNumber_ != section.lastNumber) {
     startOver();
     collecting_ = version;
     lastNumber_ = section.lastNumber;

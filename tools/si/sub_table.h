@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "tools/si/section.h"
@@ -31,12 +32,7 @@ class SubTable {
   [[nodiscard]] size_t pendingSections() const { return sections_.size(); }
 
  private:
-  struct Version {
-    int extension;
-    int number;
-
-    [[nodiscard]] bool operator==(const Version& other) const;
-  };
+  using Version = std::pair<int, int>;  // table_id_extension and version_number
 
   [[nodiscard]] bool isComplete(int tableId) const;
   [[nodiscard]] bool hasAll(int first, int last) const;

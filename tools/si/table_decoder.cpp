@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <type_traits>
 #include <utility>
 
 namespace tevra::tools {
@@ -137,43 +136,29 @@ EIT readEit(const Section& header, SectionReader& reader) {
   return eit;
 }
 
-template <class Entry>
-void append(std::vector<Entry>& list, std::vector<Entry>& more) {
-  std::move(more.begin(), more.end(), std::back_inserter(list));
-}
+/** Moves the lists of the next section's table behind those of a table. */
+struct Joiner {
+  SiTable& next;
 
-void join(PAT& table, PAT& next) {
-  append(table.programs, next.programs);
-}
+  void operator()(PAT& table) const { join(table, &PAT::programs); }
+  void operator()(CAT& table) const { join(table, &CAT::descriptors); }
+  void operator()(PMT& table) const { join(table, &PMT::descriptors, &PMT::esList); }
+  void operator()(SDT& table) const { join(table, &SDT::services); }
+  void operator()(NIT& table) const { join(table, &NIT::descriptors, &NIT::transportStreams); }
+  void operator()(BAT& table) const { join(table, &BAT::descriptors, &BAT::transportStreams); }
+  void operator()(TOT& table) const { join(table, &TOT::descriptors); }
+  void operator()(EIT& table) const { join(table, &EIT::events); }
 
-void join(PMT& table, PMT& next) {
-  append(table.descriptors, next.descriptors);
-  append(table.esList, next.esList);
-}
-
-void join(SDT& table, SDT& next) {
-  append(table.services, next.services);
-}
-
-void join(EIT& table, EIT& next) {
-  append(table.events, next.events);
-}
-
-/** A CAT or TOT. */
-template <class Table>
-void join(Table& table, Table& next) {
-  append(table.descriptors, next.descriptors);
-}
-
-void join(NIT& table, NIT& next) {
-  append(table.descriptors, next.descriptors);
-  append(table.transportStreams, next.transportStreams);
-}
-
-void join(BAT& table, BAT& next) {
-  append(table.descriptors, next.descriptors);
-  append(table.transportStreams, next.transportStreams);
-}
+ private:
+  template <class Table, class... Lists>
+  void join(Table& table, Lists... lists) const {
+    auto& more = std::get<Table>(next);
+    const auto append = [](auto& list, auto& rest) {
+      std::move(rest.begin(), rest.end(), std::back_inserter(list));
+    };
+    (append(table.*lists, more.*lists), ...);
+  }
+};
 
 }  // namespace
 
@@ -200,13 +185,8 @@ SiTable readContent(const Section& header, SectionReader& reader) {
 
 SiTable tableOf(std::vector<Section> sections) {
   SiTable table = std::move(sections.front().content);
-  std::for_each(std::next(sections.begin()), sections.end(), [&table](Section& next) {
-    std::visit(
-        [&next](auto& record) {
-          join(record, std::get<std::decay_t<decltype(record)>>(next.content));
-        },
-        table);
-  });
+  std::for_each(std::next(sections.begin()), sections.end(),
+                [&table](Section& next) { std::visit(Joiner{next.content}, table); });
   return table;
 }
 

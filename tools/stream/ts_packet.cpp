@@ -1,7 +1,6 @@
 #include "tools/stream/ts_packet.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace tevra::tools {
 namespace {

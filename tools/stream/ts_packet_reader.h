@@ -34,8 +34,6 @@ class TsPacketReader {
   [[nodiscard]] uint64_t syncLosses() const { return syncLosses_; }
   /** Bytes that belong to no packet, the last packet's missing tail included. */
   [[nodiscard]] uint64_t skippedBytes() const { return skippedBytes_; }
-  /** Distance of the packets: 188, 192 or 204; 0 before the first. */
-  [[nodiscard]] size_t packetDistance() const { return distance_; }
 
  private:
   [[nodiscard]] size_t available() const { return end_ - position_; }
@@ -55,8 +53,8 @@ class TsPacketReader {
   bool sourceEnded_ = false;
 
   bool synchronised_ = false;
-  size_t distance_ = 0;
-  size_t gap_ = 0;  // bytes between the last packet and the next one's sync byte
+  size_t distance_ = 0;  // of the packets; none yet
+  size_t gap_ = 0;       // bytes between the last packet and the next one's sync byte
 
   uint64_t packets_ = 0;
   uint64_t syncLosses_ = 0;

@@ -112,32 +112,32 @@ std::string convertSingleByte(const std::string& text, const Table& table) {
   return result + converter.convert(std::move(piece));
 }
 
-/** Whether the character at `place` is a C0 control, DEL or, in two bytes, a C1 control. */
-bool isControlAt(const std::string& utf8, size_t place) {
-  const auto byte = static_cast<unsigned char>(utf8[place]);
-  const bool isC1 = byte == 0xC2 && place + 1 < utf8.size() &&
-                    static_cast<unsigned char>(utf8[place + 1]) <= 0x9F;
-  return byte < 0x20 || byte == 0x7F || isC1;
+/** The text with `replacement` for each C0 control, DEL and, in two bytes, C1 control. */
+std::string withoutControls(const std::string& utf8, const std::string& replacement) {
+  std::string result;
+  for (size_t i = 0; i < utf8.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(utf8[i]);
+    const bool isC1 =
+        byte == 0xC2 && i + 1 < utf8.size() && static_cast<unsigned char>(utf8[i + 1]) <= 0x9F;
+    if (byte < 0x20 || byte == 0x7F || isC1) {
+      result += replacement;
+      i += isC1 ? 1 : 0;
+    } else {
+      result += utf8[i];
+    }
+  }
+  return result;
 }
 
-size_t controlSizeAt(const std::string& utf8, size_t place) {
-  return utf8[place] == '\xC2' ? 2 : 1;
-}
-
-/**
- * Leaves out the control codes as the other tables have them, U+E080 to U+E09F, and those of
- * Unicode.
- */
+/** Leaves out the control codes as the other tables have them, U+E080 to U+E09F. */
 std::string withoutControlCodes(const std::string& utf8) {
   std::string result;
   for (size_t i = 0; i < utf8.size(); ++i) {
-    const bool isPrivate = utf8.compare(i, 2, "\xEE\x82") == 0 && i + 2 < utf8.size() &&
+    const bool isControl = utf8.compare(i, 2, "\xEE\x82") == 0 && i + 2 < utf8.size() &&
                            static_cast<unsigned char>(utf8[i + 2]) <= 0x9F;
-    if (isPrivate) {
+    if (isControl) {
       result += static_cast<unsigned char>(utf8[i + 2]) == kLineBreak ? " " : "";
       i += 2;
-    } else if (isControlAt(utf8, i)) {
-      i += controlSizeAt(utf8, i) - 1;
     } else {
       result += utf8[i];
     }
@@ -156,21 +156,11 @@ std::string utf8FromDvbText(const std::string& text) {
     return convertSingleByte(text, table);
   }
   const Utf8Converter converter(table.iconvName.c_str());
-  return withoutControlCodes(converter.convert(text.substr(table.start)));
+  return withoutControls(withoutControlCodes(converter.convert(text.substr(table.start))), "");
 }
 
 std::string printable(const std::string& text) {
-  const std::string utf8 = Utf8Converter("UTF-8").convert(text);
-  std::string result;
-  for (size_t i = 0; i < utf8.size(); ++i) {
-    if (isControlAt(utf8, i)) {
-      result += kReplacement;
-      i += controlSizeAt(utf8, i) - 1;
-    } else {
-      result += utf8[i];
-    }
-  }
-  return result;
+  return withoutControls(Utf8Converter("UTF-8").convert(text), kReplacement);
 }
 
 }  // namespace tevra::tools

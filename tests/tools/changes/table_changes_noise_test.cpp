@@ -3,15 +3,14 @@
 
 #include <functional>
 #include <random>
-#include <sstream>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include "tests/tools/support/temporary_file.h"
 #include "tools/changes/table_changes.h"
-#include "tools/listen/notification_json_printer.h"
-#include "tools/listen/notification_text_printer.h"
+#include "tools/listen/notification_json.h"
+#include "tools/listen/notification_text.h"
 #include "tools/si/table_demux.h"
 #include "tools/stream/files.h"
 #include "tools/stream/ts_packet_reader.h"
@@ -122,18 +121,16 @@ struct Shake {
   }
 };
 
-/** Both printers' output is well-formed whatever the table. */
+/** JSON and text are well-formed whatever the table. */
 void expectPrintable(const SiTable& table, const TableNews& news) {
   const Notification notification = {{}, NotifiedTable{TableKind::kEitSchedule, table}};
-  std::ostringstream json;
-  NotificationJsonPrinter(json, Zone::kUtc).print(notification, news);
-  EXPECT_TRUE(nlohmann::json::accept(json.str())) << json.str();
-  NotificationTextPrinter::Options options;
+  const std::string json = notificationJson(notification, news, Zone::kUtc);
+  EXPECT_TRUE(nlohmann::json::accept(json)) << json;
+  NotificationTextOptions options;
   options.all = true;
-  std::ostringstream text;
-  NotificationTextPrinter(text, options).print(notification, news);
-  for (const char c : text.str()) {
-    ASSERT_TRUE(c == '\n' || static_cast<unsigned char>(c) >= 0x20) << text.str();
+  const std::string text = notificationText(notification, news, options);
+  for (const char c : text) {
+    ASSERT_TRUE(c == '\n' || static_cast<unsigned char>(c) >= 0x20) << text;
   }
 }
 

@@ -16,8 +16,8 @@ TEST_F(PingCommand, CallsAsOftenAsTold) {
   EXPECT_EQ(kExitDone, result.status) << result.err;
   EXPECT_THAT(server_.daemon().calls, testing::ElementsAre("getSIData", "getSIData", "getSIData"));
   EXPECT_THAT(result.out,
-              testing::MatchesRegex("3 calls of getSIData: min [0-9.]+ ms, median [0-9.]+ ms, max "
-                                    "[0-9.]+ ms\n"));
+              testing::MatchesRegex("3 calls of getSIData: min [0-9]+[.][0-9]{3} ms, median "
+                                    "[0-9]+[.][0-9]{3} ms, max [0-9]+[.][0-9]{3} ms\n"));
 }
 
 TEST_F(PingCommand, PrintsItsFiguresAsJson) {

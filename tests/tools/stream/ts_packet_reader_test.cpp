@@ -64,7 +64,6 @@ TEST(TsPacketReader, FindsNothingInAnEmptySource) {
   EXPECT_FALSE(reader.next(packet));
   EXPECT_FALSE(reader.next(packet)) << "the end stays the end";
   EXPECT_EQ(0U, reader.packets());
-  EXPECT_EQ(0U, reader.packetDistance());
 }
 
 TEST(TsPacketReader, FindsNothingInLessThanAPacket) {
@@ -84,7 +83,6 @@ TEST(TsPacketReader, TakesPackets188BytesApartInPiecesOfAnySize) {
   for (const size_t piece : {size_t{1}, size_t{187}, size_t{188}, size_t{100'000}}) {
     TsPacketReader reader(sourceOf(packetBytes(0, 60), piece));
     EXPECT_EQ(range(0, 60), numbersOf(reader)) << "pieces of " << piece;
-    EXPECT_EQ(188U, reader.packetDistance());
     EXPECT_EQ(60U, reader.packets());
     EXPECT_EQ(0U, reader.skippedBytes());
     EXPECT_EQ(0U, reader.syncLosses());
@@ -94,14 +92,12 @@ TEST(TsPacketReader, TakesPackets188BytesApartInPiecesOfAnySize) {
 TEST(TsPacketReader, TakesPacketsWithReedSolomonParity) {
   TsPacketReader reader(sourceOf(packetBytes(0, 30, 0, 16)));
   EXPECT_EQ(range(0, 30), numbersOf(reader));
-  EXPECT_EQ(204U, reader.packetDistance());
   EXPECT_EQ(0U, reader.skippedBytes());
 }
 
 TEST(TsPacketReader, TakesPacketsBehindTimeStamps) {
   TsPacketReader reader(sourceOf(packetBytes(0, 30, 4, 0)));
   EXPECT_EQ(range(0, 30), numbersOf(reader));
-  EXPECT_EQ(192U, reader.packetDistance());
   EXPECT_EQ(0U, reader.skippedBytes());
   EXPECT_EQ(0U, reader.syncLosses());
 }
@@ -141,7 +137,6 @@ TEST(TsPacketReader, LosesOnePacketWhoseSyncByteIsWrong) {
 TEST(TsPacketReader, FindsThePacketsAgainWhenTheirDistanceChanges) {
   TsPacketReader reader(sourceOf(test::joined({packetBytes(0, 10), packetBytes(10, 10, 0, 16)})));
   EXPECT_EQ(range(0, 20), numbersOf(reader));
-  EXPECT_EQ(204U, reader.packetDistance());
 }
 
 TEST(TsPacketReader, CountsATruncatedLastPacketAsSkipped) {

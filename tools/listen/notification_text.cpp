@@ -1,8 +1,8 @@
-#include "tools/listen/notification_text_printer.h"
+#include "tools/listen/notification_text.h"
 
-#include <algorithm>
 #include <vector>
 
+#include "tools/changes/change_text.h"
 #include "tools/listen/table_facts.h"
 #include "tools/text/dvb_text.h"
 #include "tools/text/dvb_time.h"
@@ -12,9 +12,11 @@ namespace tevra::tools {
 namespace {
 
 using Clock = std::chrono::system_clock;
+using Options = NotificationTextOptions;
 using Texts = std::vector<std::string>;
 
 constexpr size_t kKindWidth = 14;
+constexpr size_t kMostLines = 12;
 
 // Select Graphic Rendition sequences of ECMA-48, 8.3.117.
 constexpr const char* kReset = "\x1b[0m";
@@ -105,48 +107,53 @@ Texts headline(const SiTable& table, const TableNews& news, Clock::time_point no
   return parts;
 }
 
-}  // namespace
-
-std::string NotificationTextPrinter::painted(const char* colour, const std::string& text) const {
+/** `text` made harmless, in a colour if there are colours. */
+std::string painted(const Options& options, const char* colour, const std::string& text) {
   const std::string harmless = printable(text);
-  const bool isPainted = options_.inColour && *colour != '\0';
+  const bool isPainted = options.inColour && *colour != '\0';
   return isPainted ? colour + harmless + kReset : harmless;
 }
 
-void NotificationTextPrinter::print(const Notification& notification, const TableNews& news) {
-  const std::string stamp = painted(kFaint, timeStamp(notification.time, options_.zone)) + "  ";
-  if (const auto* notified = std::get_if<NotifiedTable>(&notification.content)) {
-    const auto lines = changeLines(news.changes);
-    const Texts parts = headline(notified->table, news, notification.time, !lines.empty());
-    const bool isUnchanged = news.last && lines.empty() && !hasNewVersion(notified->table, news);
-    out_ << stamp << painted(isUnchanged ? kFaint : kBold, padded(namesOf(notified->kind).brief))
-         << painted(isUnchanged ? kFaint : kPlain, joined(parts, ", ")) << "\n";
-    printChanges(stamp, lines);
-  } else if (const auto* nim = std::get_if<NimValue>(&notification.content)) {
-    out_ << stamp << painted(kBold, padded("NIM")) << "value " << nim->value << "\n";
-  } else {
-    out_ << stamp << painted(kBoldMagenta, "configuration requested") << "\n";
-  }
-  out_ << std::flush;
-}
-
-void NotificationTextPrinter::printChanges(const std::string& stamp,
-                                           const std::vector<ChangeLine>& lines) {
-  const std::string indent(kKindWidth, ' ');
+std::string changesText(const Options& options, const std::string& stamp,
+                        const std::vector<ChangeLine>& lines) {
+  const std::string start = stamp + std::string(kKindWidth, ' ');
   // A line that says "1 more" would take the place of the one it speaks of.
-  const bool isCut = !options_.all && lines.size() > kMostLines + 1;
+  const bool isCut = !options.all && lines.size() > kMostLines + 1;
   const size_t shown = isCut ? kMostLines : lines.size();
+  std::string text;
   for (size_t i = 0; i < shown; ++i) {
-    out_ << stamp << indent
-         << painted(colourOf(lines[i].sign), std::string(1, lines[i].sign) + " " + lines[i].text)
-         << "\n";
+    const auto& [sign, change] = lines[i];
+    text += start + painted(options, colourOf(sign), sign + (" " + change)) + "\n";
   }
   if (isCut) {
-    out_ << stamp << indent
-         << painted(kYellow,
-                    "... and " + std::to_string(lines.size() - shown) + " more (--all shows them)")
-         << "\n";
+    const std::string rest = std::to_string(lines.size() - shown);
+    text +=
+        start + painted(options, kYellow, "... and " + rest + " more (--all shows them)") + "\n";
   }
+  return text;
+}
+
+}  // namespace
+
+std::string notificationText(const Notification& notification, const TableNews& news,
+                             const NotificationTextOptions& options) {
+  const std::string stamp =
+      painted(options, kFaint, timeStamp(notification.time, options.zone)) + "  ";
+  if (const auto* nim = std::get_if<NimValue>(&notification.content)) {
+    const std::string value = std::to_string(nim->value);
+    return stamp + painted(options, kBold, padded("NIM")) + "value " + value + "\n";
+  }
+  const auto* notified = std::get_if<NotifiedTable>(&notification.content);
+  if (notified == nullptr) {
+    return stamp + painted(options, kBoldMagenta, "configuration requested") + "\n";
+  }
+  const auto& [kind, table] = *notified;
+  const auto lines = changeLines(news.changes);
+  const Texts parts = headline(table, news, notification.time, !lines.empty());
+  const bool isUnchanged = news.last && lines.empty() && !hasNewVersion(table, news);
+  return stamp + painted(options, isUnchanged ? kFaint : kBold, padded(namesOf(kind).brief)) +
+         painted(options, isUnchanged ? kFaint : kPlain, joined(parts, ", ")) + "\n" +
+         changesText(options, stamp, lines);
 }
 
 }  // namespace tevra::tools

@@ -1,5 +1,3 @@
-#include "tools/changes/event_shifts.h"
-
 #include <gmock/gmock.h>
 
 #include "tests/tools/support/table_makers.h"

@@ -1,6 +1,6 @@
-#include "tools/listen/notification_json_printer.h"
+#include "tools/listen/notification_json.h"
 
-#include <sstream>
+#include <algorithm>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -17,26 +17,22 @@ using test::pmtRecord;
 using test::sdtRecord;
 using test::serviceRecord;
 using test::timeAt;
-using testing::EndsWith;
 using testing::HasSubstr;
 using Kind = TableKind;
 
-class NotificationJsonPrinterTest : public testing::Test {
+class NotificationJsonTest : public testing::Test {
  protected:
   std::string printedLine(const Notification::Content& content) {
     constexpr std::chrono::milliseconds kNow(750516310250);
     const auto* notified = std::get_if<NotifiedTable>(&content);
-    std::ostringstream out;
-    NotificationJsonPrinter(out, Zone::kUtc)
-        .print({std::chrono::system_clock::time_point(kNow), content},
-               notified == nullptr ? TableNews() : history_.add(*notified));
-    return out.str();
+    return notificationJson({std::chrono::system_clock::time_point(kNow), content},
+                            notified == nullptr ? TableNews() : history_.add(*notified),
+                            Zone::kUtc);
   }
 
   json printed(const Notification::Content& content) {
     const std::string line = printedLine(content);
-    EXPECT_EQ(1, std::count(line.begin(), line.end(), '\n')) << line;
-    EXPECT_THAT(line, EndsWith("}\n"));
+    EXPECT_EQ(0, std::count(line.begin(), line.end(), '\n')) << line;
     return json::parse(line);
   }
   json printed(Kind kind, const SiTable& table) { return printed(NotifiedTable{kind, table}); }
@@ -52,7 +48,7 @@ class NotificationJsonPrinterTest : public testing::Test {
   TableHistory history_;
 };
 
-TEST_F(NotificationJsonPrinterTest, GivesTimeKindIdsVersionAndTable) {
+TEST_F(NotificationJsonTest, GivesTimeKindIdsVersionAndTable) {
   const json object = printed(Kind::kSdt, sdtRecord({serviceRecord(101, "Uno")}));
   EXPECT_EQ("1993-10-13T12:45:10.250Z", object.at("time"));
   EXPECT_EQ("SDT", object.at("kind"));
@@ -65,7 +61,7 @@ TEST_F(NotificationJsonPrinterTest, GivesTimeKindIdsVersionAndTable) {
   EXPECT_EQ(101, object.at("table").at("services").at(0).at("serviceId"));
 }
 
-TEST_F(NotificationJsonPrinterTest, NamesEveryKindAsTheInterfaceDoes) {
+TEST_F(NotificationJsonTest, NamesEveryKindAsTheInterfaceDoes) {
   EXPECT_EQ(json({{"kind", "NIM"}, {"value", 7}, {"time", "1993-10-13T12:45:10.250Z"}}),
             printed(NimValue{7}));
   EXPECT_EQ("PAT", printed(Kind::kPat, PAT()).at("kind"));
@@ -83,7 +79,7 @@ TEST_F(NotificationJsonPrinterTest, NamesEveryKindAsTheInterfaceDoes) {
   EXPECT_FALSE(tot.contains("version"));
 }
 
-TEST_F(NotificationJsonPrinterTest, ComparesTheClockOfATotWithTheMachinesAndTheLast) {
+TEST_F(NotificationJsonTest, ComparesTheClockOfATotWithTheMachinesAndTheLast) {
   const json first = printed(Kind::kTot, test::totRecord(timeAt(0x124500)));
   EXPECT_EQ(10, first.at("systemClockSeconds"));
   const json second = printed(Kind::kTot, test::totRecord(timeAt(0x124512)));
@@ -94,14 +90,14 @@ TEST_F(NotificationJsonPrinterTest, ComparesTheClockOfATotWithTheMachinesAndTheL
   EXPECT_FALSE(printed(Kind::kTot, test::totRecord(0xFFFFFFFFFF)).contains("systemClockSeconds"));
 }
 
-TEST_F(NotificationJsonPrinterTest, SaysThatATableIsUnchanged) {
+TEST_F(NotificationJsonTest, SaysThatATableIsUnchanged) {
   (void)printed(Kind::kPmt, pmtRecord({}));
   const json object = printed(Kind::kPmt, pmtRecord({}));
   EXPECT_EQ("unchanged", object.at("state"));
   EXPECT_EQ(json::array(), object.at("changes"));
 }
 
-TEST_F(NotificationJsonPrinterTest, GivesFieldsThatChangedWithBothValues) {
+TEST_F(NotificationJsonTest, GivesFieldsThatChangedWithBothValues) {
   SDT after = sdtRecord({serviceRecord(101, "Due")});
   after.version = 4;
   after.services[0].runningStatus = 1;
@@ -113,7 +109,7 @@ TEST_F(NotificationJsonPrinterTest, GivesFieldsThatChangedWithBothValues) {
             changes(Kind::kSdt, sdtRecord({serviceRecord(101, "Uno")}), after));
 }
 
-TEST_F(NotificationJsonPrinterTest, GivesEntriesThatCameOrWentAsInTheTable) {
+TEST_F(NotificationJsonTest, GivesEntriesThatCameOrWentAsInTheTable) {
   const json list = changes(Kind::kSdt, sdtRecord({serviceRecord(1, "Uno")}),
                             sdtRecord({serviceRecord(2, "Due")}));
   ASSERT_EQ(2U, list.size());
@@ -128,7 +124,7 @@ TEST_F(NotificationJsonPrinterTest, GivesEntriesThatCameOrWentAsInTheTable) {
   EXPECT_FALSE(list[1].contains("from"));
 }
 
-TEST_F(NotificationJsonPrinterTest, GivesDescriptorsThatCameOrWent) {
+TEST_F(NotificationJsonTest, GivesDescriptorsThatCameOrWent) {
   PMT after = pmtRecord({test::streamRecord(4, 504, {test::languageDescriptor("spa")})});
   after.descriptors = {test::caDescriptor(0x0500, 600)};
   const json list = changes(Kind::kPmt, pmtRecord({test::streamRecord(4, 504)}), after);
@@ -143,7 +139,7 @@ TEST_F(NotificationJsonPrinterTest, GivesDescriptorsThatCameOrWent) {
   EXPECT_EQ("ISO_639_language_descriptor", list[1].at("to").at("name"));
 }
 
-TEST_F(NotificationJsonPrinterTest, GivesAllIdsOfEventsThatMovedEqually) {
+TEST_F(NotificationJsonTest, GivesAllIdsOfEventsThatMovedEqually) {
   const auto schedule = [](int64_t first, int64_t second) {
     return eitRecord({eventRecord(7, timeAt(first), "A"), eventRecord(8, timeAt(second), "B")});
   };
@@ -153,7 +149,7 @@ TEST_F(NotificationJsonPrinterTest, GivesAllIdsOfEventsThatMovedEqually) {
       changes(Kind::kEitSchedule, schedule(0x120000, 0x130000), schedule(0x120005, 0x130005)));
 }
 
-TEST_F(NotificationJsonPrinterTest, GivesTwoIdsAsAnObjectAndAnotherOrderWithoutAny) {
+TEST_F(NotificationJsonTest, GivesTwoIdsAsAnObjectAndAnotherOrderWithoutAny) {
   NIT after;
   after.transportStreams.emplace_back().transportStreamId = 4;
   const json list = changes(Kind::kNit, NIT(), after);
@@ -163,7 +159,7 @@ TEST_F(NotificationJsonPrinterTest, GivesTwoIdsAsAnObjectAndAnotherOrderWithoutA
                     sdtRecord({serviceRecord(2, "B"), serviceRecord(1, "A")})));
 }
 
-TEST_F(NotificationJsonPrinterTest, NeverCutsShort) {
+TEST_F(NotificationJsonTest, NeverCutsShort) {
   SDT after = sdtRecord({});
   for (int i = 0; i < 100; ++i) {
     after.services.push_back(serviceRecord(i, "X"));
@@ -171,11 +167,11 @@ TEST_F(NotificationJsonPrinterTest, NeverCutsShort) {
   EXPECT_EQ(100U, changes(Kind::kSdt, sdtRecord({}), after).size());
 }
 
-TEST_F(NotificationJsonPrinterTest, WritesNoControlByteAndNoInvalidUtf8) {
+TEST_F(NotificationJsonTest, WritesNoControlByteAndNoInvalidUtf8) {
   const std::string line = printedLine(NotifiedTable{
       Kind::kPmt, pmtRecord({test::streamRecord(4, 5, {test::languageDescriptor("\x1B\xFF\n")})})});
   EXPECT_THAT(line, HasSubstr("\xEF\xBF\xBD"));
-  for (const char c : line.substr(0, line.size() - 1)) {
+  for (const char c : line) {
     EXPECT_GE(static_cast<unsigned char>(c), 0x20) << line;
   }
 }

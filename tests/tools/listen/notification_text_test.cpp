@@ -1,4 +1,4 @@
-#include "tools/listen/notification_text_printer.h"
+#include "tools/listen/notification_text.h"
 
 #include <sstream>
 
@@ -19,7 +19,7 @@ using test::timeAt;
 using testing::HasSubstr;
 using testing::Not;
 using Kind = TableKind;
-using Options = NotificationTextPrinter::Options;
+using Options = NotificationTextOptions;
 
 /** 1993-10-13 12:45:10.250 UTC */
 constexpr std::chrono::milliseconds kNow(750516310250);
@@ -30,7 +30,7 @@ Options inUtc() {
   return options;
 }
 
-class NotificationTextPrinterTest : public testing::Test {
+class NotificationTextTest : public testing::Test {
  protected:
   /** What is printed of a notification, each line without its time stamp, which is checked. */
   std::string printed(const Notification::Content& content, const Options& options = inUtc()) {
@@ -49,17 +49,14 @@ class NotificationTextPrinterTest : public testing::Test {
 
   std::string printedRaw(const Notification::Content& content, const Options& options) {
     const auto* notified = std::get_if<NotifiedTable>(&content);
-    std::ostringstream out;
-    NotificationTextPrinter(out, options)
-        .print({std::chrono::system_clock::time_point(kNow), content},
-               notified == nullptr ? TableNews() : history_.add(*notified));
-    return out.str();
+    return notificationText({std::chrono::system_clock::time_point(kNow), content},
+                            notified == nullptr ? TableNews() : history_.add(*notified), options);
   }
 
   TableHistory history_;
 };
 
-TEST_F(NotificationTextPrinterTest, SumsUpTheFirstTableOfAKind) {
+TEST_F(NotificationTextTest, SumsUpTheFirstTableOfAKind) {
   EXPECT_EQ("PAT           transport stream 1, version 3, 2 programmes\n",
             printed(Kind::kPat, patRecord({{0, 16}, {1, 256}})));
   EXPECT_EQ("SDT           transport stream 1, version 3, 1 service\n",
@@ -78,7 +75,7 @@ TEST_F(NotificationTextPrinterTest, SumsUpTheFirstTableOfAKind) {
             printed(Kind::kSdt, other));
 }
 
-TEST_F(NotificationTextPrinterTest, PrintsNotificationsThatTheDaemonNeverSendsToo) {
+TEST_F(NotificationTextTest, PrintsNotificationsThatTheDaemonNeverSendsToo) {
   EXPECT_EQ("NIM           value 12\n", printed(NimValue{12}));
   EXPECT_EQ("NIT           network 0, version 0, 0 transport streams\n",
             printed(Kind::kNit, NIT()));
@@ -86,17 +83,17 @@ TEST_F(NotificationTextPrinterTest, PrintsNotificationsThatTheDaemonNeverSendsTo
             printed(Kind::kBat, BAT()));
 }
 
-TEST_F(NotificationTextPrinterTest, PrintsTheStartUpRequest) {
+TEST_F(NotificationTextTest, PrintsTheStartUpRequest) {
   EXPECT_EQ("configuration requested\n", printed(ConfigurationRequest()));
 }
 
-TEST_F(NotificationTextPrinterTest, SaysThatATableIsUnchanged) {
+TEST_F(NotificationTextTest, SaysThatATableIsUnchanged) {
   (void)printed(Kind::kPmt, pmtRecord({}));
   EXPECT_EQ("PMT           service 101, version 3, 0 streams, PCR on PID 502, unchanged\n",
             printed(Kind::kPmt, pmtRecord({})));
 }
 
-TEST_F(NotificationTextPrinterTest, SaysThatTheVersionAloneIsAnother) {
+TEST_F(NotificationTextTest, SaysThatTheVersionAloneIsAnother) {
   (void)printed(Kind::kPat, patRecord({}));
   PAT after = patRecord({});
   after.version = 4;
@@ -104,7 +101,7 @@ TEST_F(NotificationTextPrinterTest, SaysThatTheVersionAloneIsAnother) {
             printed(Kind::kPat, after));
 }
 
-TEST_F(NotificationTextPrinterTest, PrintsTheDifferencesBelowTheTable) {
+TEST_F(NotificationTextTest, PrintsTheDifferencesBelowTheTable) {
   (void)printed(Kind::kSdt, sdtRecord({serviceRecord(1, "Uno"), serviceRecord(2, "Due")}));
   SDT after = sdtRecord({serviceRecord(1, "Uno HD"), serviceRecord(3, "Tre")});
   after.version = 4;
@@ -116,7 +113,7 @@ TEST_F(NotificationTextPrinterTest, PrintsTheDifferencesBelowTheTable) {
       printed(Kind::kSdt, after));
 }
 
-TEST_F(NotificationTextPrinterTest, PointsOutChangesWithoutANewVersion) {
+TEST_F(NotificationTextTest, PointsOutChangesWithoutANewVersion) {
   (void)printed(Kind::kPat, patRecord({}));
   EXPECT_EQ(
       "PAT           transport stream 1, version 3, 1 programme, changed with the same version\n"
@@ -124,7 +121,7 @@ TEST_F(NotificationTextPrinterTest, PointsOutChangesWithoutANewVersion) {
       printed(Kind::kPat, patRecord({{1, 256}})));
 }
 
-TEST_F(NotificationTextPrinterTest, ComparesTheClockOfATotWithTheMachines) {
+TEST_F(NotificationTextTest, ComparesTheClockOfATotWithTheMachines) {
   TOT tot = test::totRecord(timeAt(0x124500));
   tot.descriptors = {
       test::descriptorRecord(0x58, std::string("ESP\x02\x01\x00\xC0\x79\x01\x00\x00\x02\x00", 13))};
@@ -149,7 +146,7 @@ PAT patOf(int count) {
   return patRecord(programs);
 }
 
-TEST_F(NotificationTextPrinterTest, CutsManyDifferencesShortUnlessAllAreAskedFor) {
+TEST_F(NotificationTextTest, CutsManyDifferencesShortUnlessAllAreAskedFor) {
   (void)printed(Kind::kPat, patOf(0));
   const std::string cut = printed(Kind::kPat, patOf(20));
   EXPECT_EQ(14, std::count(cut.begin(), cut.end(), '\n'));
@@ -165,14 +162,14 @@ TEST_F(NotificationTextPrinterTest, CutsManyDifferencesShortUnlessAllAreAskedFor
   EXPECT_THAT(whole, Not(HasSubstr("more")));
 }
 
-TEST_F(NotificationTextPrinterTest, DoesNotCutASingleDifference) {
+TEST_F(NotificationTextTest, DoesNotCutASingleDifference) {
   (void)printed(Kind::kPat, patOf(0));
   const std::string text = printed(Kind::kPat, patOf(13));
   EXPECT_EQ(14, std::count(text.begin(), text.end(), '\n'));
   EXPECT_THAT(text, HasSubstr("programme 13:"));
 }
 
-TEST_F(NotificationTextPrinterTest, WritesNoEscapeByteWithoutColours) {
+TEST_F(NotificationTextTest, WritesNoEscapeByteWithoutColours) {
   const std::string name =
       "\x15"
       "evil\x1B[2J\x1B]0;x\x07\xC2\x9B"
@@ -188,7 +185,7 @@ TEST_F(NotificationTextPrinterTest, WritesNoEscapeByteWithoutColours) {
   EXPECT_THAT(text, Not(HasSubstr("\xC2\x9B")));
 }
 
-TEST_F(NotificationTextPrinterTest, ColoursWhatComesWhatGoesAndWhatChanges) {
+TEST_F(NotificationTextTest, ColoursWhatComesWhatGoesAndWhatChanges) {
   Options options = inUtc();
   options.inColour = true;
   const NotifiedTable before = {Kind::kSdt,
@@ -208,7 +205,7 @@ TEST_F(NotificationTextPrinterTest, ColoursWhatComesWhatGoesAndWhatChanges) {
             printedRaw(ConfigurationRequest(), options));
 }
 
-TEST_F(NotificationTextPrinterTest, ColoursDoNotLetTheStreamsEscapeSequencesThrough) {
+TEST_F(NotificationTextTest, ColoursDoNotLetTheStreamsEscapeSequencesThrough) {
   Options options = inUtc();
   options.inColour = true;
   (void)printedRaw(NotifiedTable{Kind::kPmt, pmtRecord({})}, options);

@@ -1,14 +1,16 @@
 #pragma once
 
-#include <ostream>
+#include <string>
 
-#include "tools/listen/notification_printer.h"
+#include "tools/listen/notification.h"
+#include "tools/listen/table_history.h"
 #include "tools/text/time_stamp.h"
 
 namespace tevra::tools {
 
 /**
- * One JSON object a line, for programs: member names and their order do not change.
+ * A notification as a JSON object on one line, for programs: member names and their order do not
+ * change. `news` are of its table; without one they are as constructed.
  *
  *   { "time": "2026-11-21T20:41:07.123+01:00",
  *     "kind": "NIM", "PAT", "SDT", "PMT", "NIT", "TOT", "BAT", "CAT", "EITPresentFollowing",
@@ -33,16 +35,7 @@ namespace tevra::tools {
  * equally; "seconds" says by how much they did, or a TOT's clock went on. "from" and "to" are
  * values, entries or descriptors as in "table"; one is missing of what was added or removed.
  */
-class NotificationJsonPrinter : public NotificationPrinter {
- public:
-  /** `out` must outlive the printer. */
-  NotificationJsonPrinter(std::ostream& out, Zone zone) : out_(out), zone_(zone) {}
-
-  void print(const Notification& notification, const TableNews& news) override;
-
- private:
-  std::ostream& out_;
-  Zone zone_;
-};
+[[nodiscard]] std::string notificationJson(const Notification& notification, const TableNews& news,
+                                           Zone zone);
 
 }  // namespace tevra::tools

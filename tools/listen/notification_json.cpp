@@ -1,7 +1,6 @@
-#include "tools/listen/notification_json_printer.h"
+#include "tools/listen/notification_json.h"
 
 #include <array>
-#include <string>
 
 #include "tools/fields/fields_json.h"
 #include "tools/listen/table_facts.h"
@@ -26,14 +25,7 @@ struct SideJson {
 };
 
 Json idJson(const std::vector<Fields>& ids) {
-  if (ids.size() == 1) {
-    return valueOrObject(ids.front());
-  }
-  Json array = Json::array();
-  for (const Fields& id : ids) {
-    array.push_back(valueOrObject(id));
-  }
-  return array;
+  return ids.size() == 1 ? valueOrObject(ids.front()) : jsonList(ids, &valueOrObject);
 }
 
 std::string whatOf(const Change& change) {
@@ -94,18 +86,15 @@ void appendTable(Json& json, const SiTable& table, const TableNews& news, Clock:
     json["systemClockSeconds"] = *seconds;
   }
   json["state"] = stateOf(news);
-  Json& changes = json["changes"] = Json::array();
-  for (const Change& change : news.changes) {
-    changes.push_back(changeJson(change));
-  }
+  json["changes"] = jsonList(news.changes, &changeJson);
   json["table"] = tableFieldsJson(tableFields(table));
 }
 
 }  // namespace
 
-void NotificationJsonPrinter::print(const Notification& notification, const TableNews& news) {
+std::string notificationJson(const Notification& notification, const TableNews& news, Zone zone) {
   Json json;
-  json["time"] = isoTimeStamp(notification.time, zone_);
+  json["time"] = isoTimeStamp(notification.time, zone);
   if (const auto* notified = std::get_if<NotifiedTable>(&notification.content)) {
     json["kind"] = namesOf(notified->kind).call;
     appendTable(json, notified->table, news, notification.time);
@@ -115,7 +104,7 @@ void NotificationJsonPrinter::print(const Notification& notification, const Tabl
   } else {
     json["kind"] = "requestConfiguration";
   }
-  out_ << jsonLine(json) << "\n" << std::flush;
+  return jsonLine(json);
 }
 
 }  // namespace tevra::tools
