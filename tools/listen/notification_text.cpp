@@ -123,7 +123,9 @@ std::string changesText(const Options& options, const std::string& stamp,
   std::string text;
   for (size_t i = 0; i < shown; ++i) {
     const auto& [sign, change] = lines[i];
-    text += start + painted(options, colourOf(sign), sign + (" " + change)) + "\n";
+    text += start;
+    text += painted(options, colourOf(sign), sign + (" " + change));
+    text += "\n";
   }
   if (isCut) {
     const std::string rest = std::to_string(lines.size() - shown);
