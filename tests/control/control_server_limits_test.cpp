@@ -4,8 +4,9 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
-#include <memory>
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -154,12 +155,6 @@ class DescriptorShortage {
     }
   }
 
-  /** Room for one descriptor more. */
-  void spareOne() {
-    close(held_.back());
-    held_.pop_back();
-  }
-
  private:
   rlimit former_ = {};
   std::vector<int> held_;
@@ -169,26 +164,29 @@ TEST_F(ControlServerLimits, ClientThatCouldNotBeAcceptedIsServedLater) {
   if (kAddressSanitized) {
     GTEST_SKIP() << "the undefined behaviour sanitizer that comes along needs descriptors itself";
   }
-  std::unique_ptr<RawConnection> waiting;
+  // Servers of earlier tests end their connections when they will: what they free lets a
+  // connection be accepted, and is taken before the next connects.
+  std::array<RawConnection, 20> clients;
+  size_t connected = 0;
   {
-    DescriptorShortage shortage;
-    // Servers of earlier tests end their connections when they will: what they free lets the
-    // connection be accepted, and is taken before the next.
     constexpr const char* kStopped = "Control server stopped accepting, starting it again";
-    for (int attempt = 0; attempt < 20 && !logged(3, kStopped); ++attempt) {
-      waiting.reset();
+    DescriptorShortage shortage;
+    while (connected < clients.size() && !logged(3, kStopped)) {
       shortage.takeAll();
-      shortage.spareOne();
-      waiting = std::make_unique<RawConnection>(kFirstControlPort);  // takes the spared one
+      clients[connected++].connect(kFirstControlPort);
       std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
     EXPECT_TRUE(waitForLine(3, kStopped));
   }
-  waiting->send(framed(callMessage("sendCmd")));
-  EXPECT_EQ(4U, waiting->receive(4).size());
+  const RawConnection& waiting = clients[connected - 1];
+  for (size_t accepted = 0; accepted + 1 < connected; ++accepted) {
+    clients[accepted].finish();  // one client is served at a time
+  }
+  waiting.send(framed(callMessage("sendCmd")));
+  EXPECT_EQ(4U, waiting.receive(4).size());
   EXPECT_TRUE(logged(7, "SI sendCmd"));
   EXPECT_TRUE(waitForLine(7, "TServerTransport died: "));
-  waiting.reset();
+  waiting.finish();
   EXPECT_TRUE(nextClientIsServed());
 }
 

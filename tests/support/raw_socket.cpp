@@ -22,15 +22,14 @@ sockaddr_in loopback(int port) {
   return address;
 }
 
-/** -1 when nobody listens. */
-int connectTo(int port) {
-  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+int tcpSocket() {
+  return socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+}
+
+/** False when nobody listens. */
+bool connectTo(int port, int fd) {
   const sockaddr_in address = loopback(port);
-  if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
-    close(fd);
-    return -1;
-  }
-  return fd;
+  return connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
 }
 
 bool readable(int fd) {
@@ -58,15 +57,25 @@ void readUpTo(int fd, size_t bytes) {
 
 }  // namespace
 
-RawConnection::RawConnection(int port) : socket_(connectTo(port)) {
+RawConnection::RawConnection(int port) : RawConnection() {
+  connect(port);
+}
+
+RawConnection::RawConnection() : socket_(tcpSocket()) {
   if (socket_ < 0) {
-    throw std::runtime_error("nobody listens on port " + std::to_string(port));
+    throw std::runtime_error("no file descriptor left for a connection");
   }
 }
 
 RawConnection::~RawConnection() {
   if (socket_ >= 0) {
     close(socket_);
+  }
+}
+
+void RawConnection::connect(int port) const {
+  if (!connectTo(port, socket_)) {
+    throw std::runtime_error("nobody listens on port " + std::to_string(port));
   }
 }
 
@@ -126,16 +135,13 @@ void RawConnection::reset() {
 }
 
 bool isListening(int port) {
-  const int fd = connectTo(port);
-  if (fd < 0) {
-    return false;
-  }
+  const int fd = tcpSocket();
+  const bool listens = connectTo(port, fd);
   close(fd);
-  return true;
+  return listens;
 }
 
-RawListener::RawListener(int port, int backlog)
-    : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+RawListener::RawListener(int port, int backlog) : socket_(tcpSocket()) {
   const int on = 1;
   setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
   const sockaddr_in address = loopback(port);

@@ -14,9 +14,14 @@ class RawConnection {
  public:
   /** Raises std::runtime_error when nobody listens. */
   explicit RawConnection(int port);
+  /** Has its file descriptor, and needs no other one to connect. */
+  RawConnection();
   ~RawConnection();
   RawConnection(const RawConnection&) = delete;
   RawConnection& operator=(const RawConnection&) = delete;
+
+  /** Once, of one that is not connected; raises std::runtime_error when nobody listens. */
+  void connect(int port) const;
 
   /** Sends all of it; what the peer no longer takes is lost. */
   void send(const std::string& bytes) const;
