@@ -53,5 +53,12 @@ TEST(TableIdentity, OfAnEitIsOneOfTwoKindsByItsTableId) {
   EXPECT_EQ("EIT present/following 78" + ids, identityText(eit));
 }
 
+TEST(TableIdentity, GoesWithAVersionButThatOfATot) {
+  PMT pmt = test::pmtRecord({});
+  pmt.version = 5;
+  EXPECT_EQ(5, versionOf(pmt));
+  EXPECT_FALSE(versionOf(test::totRecord(5)).has_value());
+}
+
 }  // namespace
 }  // namespace tevra::tools

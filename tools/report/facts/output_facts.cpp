@@ -5,7 +5,6 @@
 #include "tools/descriptors/descriptor_values.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/report/facts/stream_traits.h"
-#include "tools/report/facts/table_journal.h"
 #include "tools/stream/ts_packet.h"
 
 namespace tevra::tools::report {
@@ -54,9 +53,9 @@ int pmtPidOf(const PAT& pat) {
 
 std::vector<TableFact> madeTables(const OutputTables& tables) {
   const DVBOutputTables& made = tables.dvbTables;
-  return {tableFact(made.pat, tables.patPackets.size(), kPatPid),
-          tableFact(made.sdt, tables.sdtPackets.size(), kSdtPid),
-          tableFact(made.pmt, tables.pmtPackets.size(), pmtPidOf(made.pat))};
+  return {{made.pat, tables.patPackets.size(), kPatPid},
+          {made.sdt, tables.sdtPackets.size(), kSdtPid},
+          {made.pmt, tables.pmtPackets.size(), pmtPidOf(made.pat)}};
 }
 
 }  // namespace

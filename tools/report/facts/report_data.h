@@ -68,16 +68,12 @@ struct OutputStream {
   bool made = false;                            ///< the daemon makes the packets: PAT, SDT and PMT
 };
 
-/** A table in a place of its own: what feed would print as a line. */
+/** A table in a place of its own. */
 struct TableFact {
-  SiTable table;               ///< its last version
-  std::string kind;            ///< "PMT", "EIT schedule"
-  int tableId = 0;             ///< table_id
-  std::string of;              ///< "service 101"; empty for CAT and TOT
-  std::optional<int> version;  ///< a TOT has none
-  size_t sections = 0;         ///< packets for an output
-  int pid = 0;       ///< of a PMT as the PAT says; where it does not, 0 (input) or 8191 (output)
-  size_t times = 0;  ///< how often a new version was complete, of the input
+  SiTable table;        ///< its last version
+  size_t sections = 0;  ///< packets for an output
+  int pid = 0;          ///< of a PMT as the PAT says; where it does not, 0 (input) or 8191 (output)
+  size_t times = 0;     ///< how often a new version was complete, of the input
 };
 
 /** The single-programme stream that the daemon makes of a service. */

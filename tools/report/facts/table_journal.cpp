@@ -14,24 +14,10 @@ constexpr std::array<int, 9> kPids = {kPatPid, kCatPid, 0,       kSdtPid, kNitPi
 
 }  // namespace
 
-TableFact tableFact(const SiTable& table, size_t sections, int pid) {
-  const TableIdentity identity = identityOf(table);
-  return {table,
-          namesOf(identity.kind).whole,
-          identity.tableId,
-          identity.subject(),
-          versionOf(table),
-          sections,
-          pid,
-          /*times=*/1};
-}
-
 void TableJournal::add(const SiTable& table, size_t sections) {
   keep(table);
   TableFact& known = facts_[identityOf(table).place()];
-  const size_t times = known.times + 1;
-  known = tableFact(table, sections, pidOf(table));
-  known.times = times;
+  known = {table, sections, pidOf(table), known.times + 1};
 }
 
 void TableJournal::keep(const SiTable& table) {

@@ -10,9 +10,6 @@
 
 namespace tevra::tools::report {
 
-/** Of one that came once, in so many sections or packets. */
-[[nodiscard]] TableFact tableFact(const SiTable& table, size_t sections, int pid);
-
 /** The last of every table of a stream, and an account of them for people. */
 class TableJournal {
  public:

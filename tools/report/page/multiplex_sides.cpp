@@ -7,6 +7,8 @@
 #include "tools/report/page/card.h"
 #include "tools/report/page/figures.h"
 #include "tools/report/page/page_words.h"
+#include "tools/si/table_identity.h"
+#include "tools/tables/table_fields.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {
@@ -104,7 +106,8 @@ void drawServiceHead(const Report& report, uint64_t packets, const Service& serv
 CardHead headOf(const Output& output) {
   std::vector<std::string> versions;
   for (const TableFact& table : output.tables) {
-    versions.push_back(table.kind + " " + std::to_string(table.version.value_or(0)));
+    versions.push_back(tableName(table.table) + " " +
+                       std::to_string(versionOf(table.table).value_or(0)));
   }
   const std::string facts = serviceText(output.serviceId) + " · transport stream " +
                             std::to_string(output.transportStreamId);

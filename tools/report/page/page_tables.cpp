@@ -6,6 +6,7 @@
 
 #include "tools/report/page/figures.h"
 #include "tools/report/page/page_words.h"
+#include "tools/si/table_identity.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {
@@ -42,10 +43,12 @@ void faultCell(Markup& markup, uint64_t count) {
 
 /** What is said of a table of either side; `sections` and what comes behind differ. */
 void factCells(const TableFact& fact, Markup& markup) {
-  cell(markup, fact.kind);
-  figureCell(markup, hex(fact.tableId, 2));
-  cell(markup, fact.of);
-  figureCell(markup, fact.version ? std::to_string(*fact.version) : "–");
+  const TableIdentity identity = identityOf(fact.table);
+  const auto version = versionOf(fact.table);
+  cell(markup, namesOf(identity.kind).whole);
+  figureCell(markup, hex(identity.tableId, 2));
+  cell(markup, identity.subject());
+  figureCell(markup, version ? std::to_string(*version) : "–");
   figureCell(markup, std::to_string(fact.sections));
 }
 

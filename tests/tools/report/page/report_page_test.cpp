@@ -27,7 +27,6 @@ Report hostileReport() {
     service.events[0].name = kHostile;
     service.output->name = kHostile;
     service.output->tables.resize(1);
-    service.output->tables[0].of = kHostile;
     for (InputStream& stream : service.streams) {
       stream.description = kHostile;
       stream.languages = {kHostile};
@@ -41,7 +40,6 @@ Report hostileReport() {
     stream.description = kHostile;
   }
   report.tables.resize(1);
-  report.tables[0].kind = report.tables[0].of = kHostile;
   return report;
 }
 
