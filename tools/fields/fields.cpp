@@ -80,7 +80,7 @@ bool operator<(const DescriptorFields& a, const DescriptorFields& b) {
 }
 
 Field idField(const std::string& name, int value) {
-  return {name, Number{value, std::to_string(value) + " (" + hex(value, 4) + ")", {}}};
+  return {name, Number{value, idText(value), {}}};
 }
 
 Field decimalField(const std::string& name, int64_t value) {

@@ -86,7 +86,7 @@ struct Field {
 [[nodiscard]] bool operator<(const DescriptorFields& a, const DescriptorFields& b);
 ///@}
 
-/** A table_id, identifier or PID in decimal and hexadecimal: "257 (0x0101)". */
+/** A table_id, identifier or PID, shown as idText has it. */
 [[nodiscard]] Field idField(const std::string& name, int value);
 /** A quantity in decimal. */
 [[nodiscard]] Field decimalField(const std::string& name, int64_t value);

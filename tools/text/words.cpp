@@ -25,6 +25,10 @@ std::string hex(int64_t value, int digits) {
   return text.str();
 }
 
+std::string idText(int id) {
+  return std::to_string(id) + " (" + hex(id, 4) + ")";
+}
+
 std::string hexDigits(const std::string& bytes) {
   static constexpr std::string_view kDigits = "0123456789abcdef";
   std::string text;

@@ -22,6 +22,8 @@ namespace tevra::tools {
 
 /** "0x" and at least `digits` hexadecimal digits; `value` is not negative. */
 [[nodiscard]] std::string hex(int64_t value, int digits);
+/** A PID or another 16-bit id in both ways to write it: "257 (0x0101)". */
+[[nodiscard]] std::string idText(int id);
 
 /** Two lower-case hexadecimal digits per byte. */
 [[nodiscard]] std::string hexDigits(const std::string& bytes);

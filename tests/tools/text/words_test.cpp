@@ -17,6 +17,10 @@ TEST(Words, WriteHexadecimalDigits) {
   EXPECT_EQ("0x004E", hex(0x4E, 4));
 }
 
+TEST(Words, WriteAnIdInBothWays) {
+  EXPECT_EQ("257 (0x0101)", idText(257));
+}
+
 TEST(Words, WriteBytesAsPairsOfDigits) {
   EXPECT_EQ("", hexDigits(""));
   EXPECT_EQ("00ff1a", hexDigits(std::string("\0\xFF\x1A", 3)));

@@ -27,10 +27,6 @@ std::string serviceText(int serviceId) {
   return "service " + std::to_string(serviceId);
 }
 
-std::string idText(int id) {
-  return std::to_string(id) + " (" + hex(id, 4) + ")";
-}
-
 std::string rateText(const Report& report, uint64_t packets) {
   const auto rate = report.bitRate(packets);
   return rate ? bitRateText(*rate) : std::string();

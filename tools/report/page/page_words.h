@@ -16,8 +16,6 @@ namespace tevra::tools::report {
 [[nodiscard]] std::string placeOf(const Event& event);
 /** "service 101": the words between others. */
 [[nodiscard]] std::string serviceText(int serviceId);
-/** A PID or another 16-bit id in both ways to write it: "257 (0x0101)". */
-[[nodiscard]] std::string idText(int id);
 /** "1.60 Mbit/s"; empty without a clock. */
 [[nodiscard]] std::string rateText(const Report& report, uint64_t packets);
 /** "1.60 Mbit/s, 38.3 %, 10013 packets"; without a clock there is no bit rate. */
