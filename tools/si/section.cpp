@@ -8,11 +8,8 @@
 namespace tevra::tools {
 namespace {
 
-constexpr size_t kStart = 3;  // up to section_length, which counts the rest
 constexpr size_t kCrc = 4;
-/** section_length of every table but the EIT is at most 1021, the EIT's 4093 (EN 300 468, 5.2). */
-constexpr size_t kLongestSection = 1024;
-constexpr size_t kLongestEitSection = 4096;
+constexpr size_t kLongestButEit = 1024;  // section_length is at most 1021 (EN 300 468, 5.2)
 
 }  // namespace
 
@@ -32,7 +29,7 @@ bool Section::isHandled(int tableId) {
 }
 
 std::optional<Section> Section::parse(const uint8_t* bytes, size_t size) {
-  if (size < kStart + kCrc || !isHandled(bytes[0])) {
+  if (size < kSectionStart + kCrc || !isHandled(bytes[0])) {
     return std::nullopt;
   }
   SectionReader reader(bytes, bytes + size - kCrc);
@@ -42,8 +39,8 @@ std::optional<Section> Section::parse(const uint8_t* bytes, size_t size) {
   const bool isLong = (flagsAndLength & 0x8000) != 0;
   // A TOT's section_syntax_indicator is 0 by the standard; nothing else may have a short header.
   if (isLong == (section.tableId == kTableTot) ||
-      size > (isEit(section.tableId) ? kLongestEitSection : kLongestSection) ||
-      size != kStart + static_cast<size_t>(flagsAndLength & 0x0FFF)) {
+      size > (isEit(section.tableId) ? kLongestSection : kLongestButEit) ||
+      size != kSectionStart + static_cast<size_t>(flagsAndLength & 0x0FFF)) {
     return std::nullopt;
   }
   if (isLong) {

@@ -24,6 +24,9 @@ inline constexpr int kTableTot = 0x73;
 /** table_id of a TDT, which has no CRC_32 (EN 300 468, 5.2.5) and is not handled as a section. */
 inline constexpr int kTableTdt = 0x70;
 
+inline constexpr size_t kSectionStart = 3;       ///< up to section_length, which counts the rest
+inline constexpr size_t kLongestSection = 4096;  ///< of any table: an EIT's (EN 300 468, 5.2.4)
+
 /** A schedule of the actual transport stream. */
 [[nodiscard]] inline bool isEitSchedule(int tableId) {
   return tableId >= kTableEitScheduleFirst && tableId <= kTableEitScheduleLast;

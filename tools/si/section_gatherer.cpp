@@ -7,9 +7,6 @@
 namespace tevra::tools {
 namespace {
 
-/** The longest section of any table (EN 300 468, 5.2.4). */
-constexpr size_t kLongestSection = 4096;
-constexpr size_t kStart = 3;         // up to section_length, which counts the rest
 constexpr uint8_t kStuffing = 0xFF;  // in the place of a table_id
 
 // Like the TDT without a CRC_32 (EN 300 468, 5.2.7, 5.2.8 and 7.1.1).
@@ -95,10 +92,11 @@ const uint8_t* SectionGatherer::take(const uint8_t* begin, const uint8_t* end,
                                      std::vector<Section>& sections) {
   for (const uint8_t* position = begin; position != end;) {
     bytes_.push_back(*position++);
-    if (bytes_.size() < kStart) {
+    if (bytes_.size() < kSectionStart) {
       continue;
     }
-    const size_t size = kStart + SectionReader(bytes_.data() + 1, bytes_.data() + kStart).length();
+    const size_t size =
+        kSectionStart + SectionReader(bytes_.data() + 1, bytes_.data() + kSectionStart).length();
     if (size > kLongestSection) {
       bytes_.clear();
       return end;  // where the next section starts is not known
