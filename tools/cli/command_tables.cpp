@@ -45,7 +45,7 @@ void requireTables(const std::string& name, const InputFile& file, uint64_t pack
 
 int printTables(const TablesOptions& options, const Console& console) {
   InputFile file(options.file);
-  TsPacketReader reader([&](uint8_t* buffer, size_t size) { return file.read(buffer, size); });
+  TsPacketReader reader(file);
   TablePrinter printer(console.out, options.json);
   size_t tables = 0;
   TableDemux demux([&](const SiTable& table, size_t /*sections*/) {

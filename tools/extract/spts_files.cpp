@@ -40,7 +40,7 @@ class OpenSpts {
 void writeSptsFiles(const std::string& input, std::vector<SptsFile>& outputs) {
   InputFile file(input);
   std::list<OpenSpts> writers(outputs.begin(), outputs.end());
-  TsPacketReader reader([&](uint8_t* buffer, size_t size) { return file.read(buffer, size); });
+  TsPacketReader reader(file);
   TsPacket packet;
   while (reader.next(packet)) {
     for (OpenSpts& writer : writers) {

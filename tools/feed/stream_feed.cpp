@@ -12,7 +12,7 @@ StreamFeed StreamFeed::feed(ByteSource& source, const std::string& name,
                             const OnTable& onTable) {
   StreamFeed stream(daemon);
   TableFeeder& feeder = stream.feeder_;
-  TsPacketReader reader([&](uint8_t* buffer, size_t size) { return source.read(buffer, size); });
+  TsPacketReader reader(source);
   TableDemux demux([&](const SiTable& table, size_t sections) {
     feeder.feed(table, sections);
     stream.inventory_.add(table);

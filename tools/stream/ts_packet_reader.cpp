@@ -20,6 +20,10 @@ constexpr size_t kBufferSize = size_t{64} * 1024;
 
 TsPacketReader::TsPacketReader(Source source) : source_(std::move(source)), buffer_(kBufferSize) {}
 
+TsPacketReader::TsPacketReader(ByteSource& source)
+    : TsPacketReader(
+          [&source](uint8_t* buffer, size_t size) { return source.read(buffer, size); }) {}
+
 bool TsPacketReader::next(TsPacket& packet) {
   for (;;) {
     if (!synchronised_ && !synchronise()) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <vector>
 
+#include "tools/stream/byte_source.h"
 #include "tools/stream/ts_packet.h"
 
 namespace tevra::tools {
@@ -24,6 +25,8 @@ class TsPacketReader {
 
   /** Nothing is read before the first next(), which passes on what `source` raises. */
   explicit TsPacketReader(Source source);
+  /** The same of a source that outlives it. */
+  explicit TsPacketReader(ByteSource& source);
 
   /** Reads the next packet. False at the end of the source, with `packet` untouched. */
   [[nodiscard]] bool next(TsPacket& packet);

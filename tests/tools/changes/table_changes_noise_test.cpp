@@ -24,7 +24,7 @@ using Random = std::mt19937;
 std::vector<SiTable> tablesOf(const std::string& path) {
   std::vector<SiTable> tables;
   InputFile file(path);
-  TsPacketReader reader([&](uint8_t* buffer, size_t size) { return file.read(buffer, size); });
+  TsPacketReader reader(file);
   TableDemux demux([&](const SiTable& table, size_t /*sections*/) { tables.push_back(table); });
   TsPacket packet;
   while (reader.next(packet)) {

@@ -44,7 +44,7 @@ StreamFeed feed(const std::string& path, Daemon& daemon, StreamCensus& census,
 /** How long the file lasts, by the PCRs of one PID, the same way as extract times its packets. */
 double secondsOf(const std::string& path, int clockPid) {
   InputFile file(path);
-  TsPacketReader reader([&](uint8_t* buffer, size_t size) { return file.read(buffer, size); });
+  TsPacketReader reader(file);
   int64_t lastTime = 0;
   StreamClock clock(clockPid, [&](const TsPacket& /*packet*/, int64_t time, int64_t /*horizon*/) {
     lastTime = time;
