@@ -5,8 +5,7 @@
 
 namespace tevra::tools {
 
-/** Adds the fields to an object's members, in their order; table_json.h says how each is written.
- */
+/** Adds the fields to an object, in their order; table_json.h says how each is written. */
 void appendFields(Json& object, const Fields& fields);
 
 /** An object of the fields alone. */

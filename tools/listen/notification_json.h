@@ -30,10 +30,10 @@ namespace tevra::tools {
  * ("version"), a kind of entry ("service"), a field of one ("service.runningStatus"), or a
  * descriptor of either ("descriptor", "service.descriptor"), which "descriptor" then names, with
  * "caSystemId" of a CA descriptor; a value that stands in a descriptor is called like a field of
- * the entry ("service.serviceName"). "id" is
- * the entry's, an object where it takes two, and an array of those of several events that moved
- * equally; "seconds" says by how much they did, or a TOT's clock went on. "from" and "to" are
- * values, entries or descriptors as in "table"; one is missing of what was added or removed.
+ * the entry ("service.serviceName"). "id" is the entry's, an object where it takes two, and an
+ * array of those of several events that moved equally; "seconds" says by how much they did, or a
+ * TOT's clock went on. "from" and "to" are values, entries or descriptors as in "table"; one is
+ * missing of what was added or removed.
  */
 [[nodiscard]] std::string notificationJson(const Notification& notification, const TableNews& news,
                                            Zone zone);

@@ -67,8 +67,7 @@ class Json {
 };
 
 ///@{
-/** The value as text: over several lines, or on one. No newline at the end. What is not UTF-8
- * becomes U+FFFD. */
+/** Over several lines or on one, without a newline at the end. What is not UTF-8 becomes U+FFFD. */
 [[nodiscard]] std::string indentedJson(const Json& json);
 [[nodiscard]] std::string jsonLine(const Json& json);
 ///@}
