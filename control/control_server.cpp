@@ -11,7 +11,7 @@
 #include "control/control_server_socket.h"
 #include "control/control_transport.h"
 #include "control/mpts_index.h"
-#include "control/restarting_server.h"
+#include "control/serve_for_ever.h"
 #include "control/start_observer.h"
 #include "control/thrift_output.h"
 #include "platform/module_utils.h"

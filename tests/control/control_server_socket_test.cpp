@@ -13,7 +13,7 @@
 #include <string>
 #include <utility>
 
-#include "control/restarting_server.h"
+#include "control/serve_for_ever.h"
 #include "control/start_observer.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/support/raw_socket.h"

@@ -1,4 +1,4 @@
-#include "control/restarting_server.h"
+#include "control/serve_for_ever.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
