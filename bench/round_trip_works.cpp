@@ -13,7 +13,7 @@
 #include "bench/work.h"
 #include "control/control_processor.h"
 #include "control/control_transport.h"
-#include "control/start_observer.h"
+#include "control/serve_for_ever.h"
 #include "im_SIControlSrv.h"
 #include "records/frame_protocol.h"
 

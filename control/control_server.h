@@ -3,16 +3,13 @@
 #include <cstdint>
 #include <memory>
 
-#include <thrift/concurrency/Thread.h>
 #include <thrift/server/TServer.h>
-
-#include "control/si_control_handler.h"
 
 namespace tevra {
 
 /**
  * A running control server; empty when the MPTS index was not valid. Kept for the life of the
- * process: nothing stops the server. Destroying it joins the thread, which returns at once as the
+ * process: nothing stops the server. Destroying it logs that, at level 6, and no more: the server's
  * thread is detached and keeps what it uses.
  */
 class ThreadedSimpleServer {
@@ -28,8 +25,6 @@ class ThreadedSimpleServer {
  private:
   friend ThreadedSimpleServer startControlServer(int32_t mptsIndex);
 
-  std::shared_ptr<SIControlSrvHandler> handler_;
-  std::shared_ptr<apache::thrift::concurrency::Thread> thread_;
   std::shared_ptr<apache::thrift::server::TServer> server_;
 };
 

@@ -2,39 +2,47 @@
 
 #include <unistd.h>
 
+#include <cassert>
 #include <exception>
-#include <utility>
 
 #include "platform/module_utils.h"
 
 namespace tevra {
-namespace {
 
-constexpr unsigned kPauseSeconds = 1;
+using apache::thrift::concurrency::Synchronized;
 
-}  // namespace
+void thrift::TStartObserver::preServe() {
+  Synchronized lock(monitor_);
+  started_ = true;
+  monitor_.notifyAll();
+}
 
-RestartingServer::RestartingServer(std::shared_ptr<apache::thrift::server::TServer> server,
-                                   std::shared_ptr<thrift::TStartObserver> observer)
-    : server_(std::move(server)), observer_(std::move(observer)) {}
-
-void RestartingServer::run() {
-  for (;;) {
-    serveOnce();
-    sleep(kPauseSeconds);
+void thrift::TStartObserver::waitUntilStarted() {
+  Synchronized lock(monitor_);
+  while (!started_) {
+    monitor_.waitForever();
   }
 }
 
-void RestartingServer::serveOnce() {
-  try {
-    server_->serve();
-    log_function(kLogError, kNoTag, "Control server stopped accepting, starting it again");
-  } catch (const std::exception& exception) {
-    if (!observer_->started()) {
-      throw;
+bool thrift::TStartObserver::started() {
+  Synchronized lock(monitor_);
+  return started_;
+}
+
+void serveForEver(apache::thrift::server::TServer& server, thrift::TStartObserver& observer) {
+  constexpr unsigned kPauseSeconds = 1;
+  assert(server.getEventHandler().get() == &observer);
+  for (;; sleep(kPauseSeconds)) {
+    try {
+      server.serve();
+      log_function(kLogError, kNoTag, "Control server stopped accepting, starting it again");
+    } catch (const std::exception& exception) {
+      if (!observer.started()) {
+        throw;
+      }
+      log_function(kLogError, kNoTag, "Control server failed, starting it again. EXCEPTION: %s",
+                   exception.what());
     }
-    log_function(kLogError, kNoTag, "Control server failed, starting it again. EXCEPTION: %s",
-                 exception.what());
   }
 }
 

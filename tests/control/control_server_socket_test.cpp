@@ -14,7 +14,6 @@
 #include <utility>
 
 #include "control/serve_for_ever.h"
-#include "control/start_observer.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/support/raw_socket.h"
 
@@ -100,7 +99,7 @@ TEST_F(ControlServerOnItsSocket, LackOfMemoryForAConnectionCostsThatConnectionAl
   socket->listen();
   RawConnection unlucky(socket->getPort());
   const RawConnection waiting(socket->getPort());
-  EXPECT_THROW(RestartingServer(server, observer).run(), Leave);
+  EXPECT_THROW(serveForEver(*server, *observer), Leave);
   EXPECT_TRUE(unlucky.closedByPeer());
   EXPECT_THAT(fake::logLines(), ElementsAre(LogLine{3, "",
                                                     "Control server failed, starting it "

@@ -14,7 +14,6 @@
 #include <thread>
 #include <vector>
 
-#include "control/start_observer.h"
 #include "tests/fakes/fake_platform.h"
 
 namespace tevra::test {
@@ -47,15 +46,17 @@ class FakeServer : public apache::thrift::server::TServer {
   std::vector<std::chrono::steady_clock::time_point> times;
 };
 
-class Restarting : public fake::PlatformTest {
+class ServeForEver : public fake::PlatformTest {
  protected:
-  void run() { RestartingServer(server_, observer_).run(); }
+  ServeForEver() { server_->setServerEventHandler(observer_); }
+
+  void run() { serveForEver(*server_, *observer_); }
 
   std::shared_ptr<FakeServer> server_ = std::make_shared<FakeServer>();
   std::shared_ptr<TStartObserver> observer_ = std::make_shared<TStartObserver>();
 };
 
-TEST_F(Restarting, ServesAgainASecondAfterServingEnded) {
+TEST_F(ServeForEver, ServesAgainASecondAfterServingEnded) {
   server_->turns = {[&] { observer_->preServe(); }};
   EXPECT_THROW(run(), Leave);
   ASSERT_EQ(2U, server_->times.size());
@@ -64,7 +65,7 @@ TEST_F(Restarting, ServesAgainASecondAfterServingEnded) {
               ElementsAre(LogLine{3, "", "Control server stopped accepting, starting it again"}));
 }
 
-TEST_F(Restarting, ServesAgainAfterAnExceptionOfAServerThatHadStarted) {
+TEST_F(ServeForEver, ServesAgainAfterAnExceptionOfAServerThatHadStarted) {
   observer_->preServe();
   server_->turns = {[] { throw TTransportException("no descriptors"); },
                     [] { throw std::bad_alloc(); }};
@@ -75,7 +76,7 @@ TEST_F(Restarting, ServesAgainAfterAnExceptionOfAServerThatHadStarted) {
                                       LogLine{3, "", failed + "std::bad_alloc"}));
 }
 
-TEST_F(Restarting, KeepsServingHoweverOftenItFails) {
+TEST_F(ServeForEver, KeepsServingHoweverOftenItFails) {
   observer_->preServe();
   server_->turns = {[] {}, [] { throw TTransportException("again"); }, [] {}};
   EXPECT_THROW(run(), Leave);
@@ -83,7 +84,7 @@ TEST_F(Restarting, KeepsServingHoweverOftenItFails) {
   EXPECT_EQ(3U, logLines(3).size());
 }
 
-TEST_F(Restarting, ExceptionsBeforeTheFirstStartPass) {
+TEST_F(ServeForEver, ExceptionsBeforeTheFirstStartPass) {
   server_->turns = {[] { throw TTransportException("port in use"); },
                     [] { throw std::bad_alloc(); }};
   EXPECT_THROW(run(), TTransportException);
