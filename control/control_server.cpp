@@ -14,9 +14,9 @@
 #include "control/mpts_index.h"
 #include "control/serve_for_ever.h"
 #include "control/si_control_handler.h"
-#include "control/thrift_output.h"
 #include "platform/module_utils.h"
 #include "records/frame_protocol.h"
+#include "records/global_output.h"
 
 namespace tevra {
 namespace {
@@ -27,6 +27,11 @@ using Work = std::function<void()>;
 
 constexpr int kFirstControlPort = 9224;
 constexpr size_t kServerStackSize = size_t{1024} * 1024;
+
+void redirectThriftOutput() {
+  globalOutput().setOutputFunction(
+      [](const char* message) { log_function(kLogDebug, kNoTag, "%s", message); });
+}
 
 std::shared_ptr<TServer> makeServer(const std::shared_ptr<SIControlSrvHandler>& handler, int port) {
   return std::make_shared<TSimpleServer>(

@@ -32,6 +32,9 @@ class ThreadedSimpleServer {
  * Builds the handler and serves im_SIControlSrv for one MPTS on TCP 9224 + index, one connection at
  * a time, on a thread of its own. Returns once that thread listens. An index outside 0 to 3 is
  * logged and gives an empty result. A port in use ends the process.
+ *
+ * From then on what Thrift's runtime would print on standard error are lines of level 7: its
+ * callers already log what matters. No other thread may use Thrift meanwhile.
  */
 [[nodiscard]] ThreadedSimpleServer startControlServer(int32_t mptsIndex);
 

@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "control/thrift_output.h"
 #include "platform/module_utils.h"
+#include "records/global_output.h"
 
 namespace tevra::fuzz {
 namespace {
@@ -52,7 +52,7 @@ const std::string& configurationRoot() {
 void isolate() {
   setenv("TEVRA_CONF_ROOT", configurationRoot().c_str(), 1);
   log_setup(kLogDebug, kLogWithoutConsole);
-  redirectThriftOutput();
+  globalOutput().setOutputFunction([](const char*) {});
 }
 
 void emptyConfigurationRoot() {

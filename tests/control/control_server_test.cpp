@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "records/global_output.h"
 #include "tests/control/control_server_fixture.h"
 #include "tests/control/tables.h"
 #include "tests/fakes/fake_main_task.h"
@@ -131,6 +132,16 @@ TEST(StartingControlServerDeathTest, PortInUseEndsTheProcess) {
         (void)startControlServer(3);
       },
       KilledBySignal(SIGABRT), "");
+}
+
+TEST_F(ControlServer, ThriftsOwnOutputBecomesLinesOfLevelSevenAndLeavesStandardErrorAlone) {
+  testing::internal::CaptureStderr();
+  globalOutput()("100% gone");
+  globalOutput().printf("%s died: %d", "TServerTransport", 24);
+  EXPECT_EQ("", testing::internal::GetCapturedStderr());
+  EXPECT_THAT(fake::logLines(),
+              testing::IsSupersetOf(
+                  {LogLine{7, "", "100% gone"}, LogLine{7, "", "TServerTransport died: 24"}}));
 }
 
 TEST_F(ControlServer, OneConnectionCarriesManyCalls) {
