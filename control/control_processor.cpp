@@ -3,11 +3,18 @@
 #include <exception>
 #include <utility>
 
+#include <thrift/protocol/TProtocolException.h>
+
 #include "platform/module_utils.h"
 #include "records/frame_protocol.h"
 
 namespace tevra {
 namespace {
+
+using apache::thrift::TException;
+using apache::thrift::TProcessor;
+using apache::thrift::protocol::TProtocol;
+using apache::thrift::protocol::TProtocolException;
 
 /** Logs what the handler raised: the client has its text as the answer, operators have the line. */
 class FailedCallLog : public apache::thrift::TProcessorEventHandler {
@@ -22,10 +29,25 @@ class FailedCallLog : public apache::thrift::TProcessorEventHandler {
   }
 };
 
-}  // namespace
+void logRefusal(const Refusal& refusal, const std::shared_ptr<TProtocol>& in) {
+  log_function(kLogWarning, kNoTag, "Control call refused: %s [%lld], limit [%lld], client [%s]",
+               refusal.unit, static_cast<long long>(refusal.claim),
+               static_cast<long long>(refusal.limit), in->getTransport()->getOrigin().c_str());
+}
 
-using apache::thrift::TProcessor;
-using apache::thrift::protocol::TProtocol;
+/** Only where `exception` says that a call claimed more than it may. */
+void logIfRefusal(const TException& exception, const std::shared_ptr<TProtocol>& in) {
+  if (const auto* refusal = dynamic_cast<const Refusal*>(&exception)) {
+    logRefusal(*refusal, in);
+  }
+  const auto* depth = dynamic_cast<const TProtocolException*>(&exception);
+  if (depth != nullptr && depth->getType() == TProtocolException::DEPTH_LIMIT) {
+    const int64_t limit = in->getRecursionLimit();
+    logRefusal({"levels of nesting", limit + 1, limit}, in);
+  }
+}
+
+}  // namespace
 
 std::shared_ptr<TProcessor> makeControlProcessor(
     const std::shared_ptr<thrift::in_module::im_SIControlSrvIf>& handler) {
@@ -42,8 +64,8 @@ GuardedProcessor::GuardedProcessor(std::shared_ptr<TProcessor> guarded)
 bool GuardedProcessor::process(std::shared_ptr<TProtocol> in, std::shared_ptr<TProtocol> out,
                                void* connectionContext) {
   try {
-    return guarded_->process(std::move(in), std::move(out), connectionContext);
-  } catch (const apache::thrift::TException&) {
+    return processTellingRefusals(in, out, connectionContext);
+  } catch (const TException&) {
     throw;
   } catch (const std::exception& exception) {
     log_function(kLogError, kNoTag, "Control connection closed. EXCEPTION: %s", exception.what());
@@ -51,6 +73,18 @@ bool GuardedProcessor::process(std::shared_ptr<TProtocol> in, std::shared_ptr<TP
     log_function(kLogError, kNoTag, "Control connection closed. EXCEPTION: unknown");
   }
   return false;
+}
+
+/** Inside of the guard: the line itself may find no memory. */
+bool GuardedProcessor::processTellingRefusals(const std::shared_ptr<TProtocol>& in,
+                                              const std::shared_ptr<TProtocol>& out,
+                                              void* connectionContext) {
+  try {
+    return guarded_->process(in, out, connectionContext);
+  } catch (const TException& exception) {
+    logIfRefusal(exception, in);
+    throw;
+  }
 }
 
 }  // namespace tevra

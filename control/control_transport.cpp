@@ -1,24 +1,22 @@
 #include "control/control_transport.h"
 
+#include <arpa/inet.h>
 #include <malloc.h>
 
 #include <utility>
 
-#include <thrift/TConfiguration.h>
+#include <thrift/transport/TSocket.h>
+
+#include "records/frame_protocol.h"
 
 namespace tevra {
 namespace {
 
-using apache::thrift::TConfiguration;
+using apache::thrift::transport::TSocket;
 using apache::thrift::transport::TTransport;
+using apache::thrift::transport::TTransportException;
 
-constexpr uint32_t kLargeFrame = 1024 * 1024;
-
-std::shared_ptr<TConfiguration> limits() {
-  auto configuration = std::make_shared<TConfiguration>();
-  configuration->setMaxFrameSize(kMaxFrameSize);
-  return configuration;
-}
+constexpr int32_t kLargeFrame = 1024 * 1024;
 
 /**
  * The arguments of a large call lie below what was stored from them, so that by itself the heap
@@ -30,10 +28,23 @@ void giveBackFreeMemory() {
 #endif
 }
 
+/** With the texts of the library, which knows no claim. */
+void checkFrameSize(int32_t size) {
+  const Refusal refusal = {"bytes of a frame", size, kMaxFrameSize};
+  if (size < 0) {
+    throw Refused(TTransportException("Frame size has negative value"), refusal);
+  }
+  if (size > kMaxFrameSize) {
+    throw Refused(
+        TTransportException(TTransportException::CORRUPTED_DATA, "Received an oversized frame"),
+        refusal);
+  }
+}
+
 }  // namespace
 
 ControlTransport::ControlTransport(std::shared_ptr<TTransport> transport)
-    : TFramedTransport(std::move(transport), DEFAULT_BUFFER_SIZE, kLargeFrame, limits()) {
+    : TFramedTransport(std::move(transport), DEFAULT_BUFFER_SIZE, kLargeFrame) {
   startFromNothing();
 }
 
@@ -41,10 +52,34 @@ bool ControlTransport::readFrame() {
   if (lastWasLarge_) {
     giveBackFreeMemory();
   }
-  const bool read = TFramedTransport::readFrame();
-  lastWasLarge_ = read && static_cast<size_t>(rBound_ - rBase_) > kLargeFrame;
+  int32_t size = 0;
+  lastWasLarge_ = false;
+  if (!readSize(size)) {
+    return false;
+  }
+  checkFrameSize(size);
+  if (static_cast<uint32_t>(size) > rBufSize_) {
+    rBuf_.reset(new uint8_t[static_cast<size_t>(size)]);
+    rBufSize_ = static_cast<uint32_t>(size);
+  }
+  transport_->readAll(rBuf_.get(), static_cast<uint32_t>(size));
+  setReadBuffer(rBuf_.get(), static_cast<uint32_t>(size));
+  lastWasLarge_ = size > kLargeFrame;
   resetConsumedMessageSize();
-  return read;
+  return true;
+}
+
+/** The head of a frame, and whether there is another one. */
+bool ControlTransport::readSize(int32_t& size) {
+  uint32_t head = 0;
+  auto* const bytes = reinterpret_cast<uint8_t*>(&head);
+  const uint32_t first = transport_->read(bytes, sizeof head);
+  if (first == 0) {
+    return false;
+  }
+  transport_->readAll(bytes + first, sizeof head - first);
+  size = static_cast<int32_t>(ntohl(head));
+  return true;
 }
 
 uint32_t ControlTransport::readEnd() {
@@ -53,6 +88,20 @@ uint32_t ControlTransport::readEnd() {
     startFromNothing();
   }
   return size;
+}
+
+const std::string ControlTransport::getOrigin() const {
+  const auto* socket = dynamic_cast<const TSocket*>(transport_.get());
+  const std::string address = socket == nullptr ? std::string() : socket->getPeerAddress();
+  if (address.empty()) {
+    return "unknown";
+  }
+  const std::string port = ":" + std::to_string(socket->getPeerPort());
+  const std::string mapped = "::ffff:";  // IPv4 on a socket that takes both
+  if (address.rfind(mapped, 0) == 0) {
+    return address.substr(mapped.size()) + port;
+  }
+  return address.find(':') == std::string::npos ? address + port : "[" + address + "]" + port;
 }
 
 /** The library starts from a null pointer, and again after giving a buffer back, and adds to it. */

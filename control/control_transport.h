@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include <thrift/transport/TBufferTransports.h>
 
@@ -24,11 +25,19 @@ class ControlTransport : public apache::thrift::transport::TFramedTransport {
   /** The end of a call: gives back a large buffer. Returns the bytes of its frame. */
   uint32_t readEnd() override;
 
+  /** The client's numeric address and port, such as "192.0.2.7:40112" or "[2001:db8::7]:40112";
+   * "unknown" where that cannot be told. Asks no name server. */
+  const std::string getOrigin() const override;
+
  protected:
-  /** Reads the next frame, with the message limit counted anew; false at the connection's end. */
+  /**
+   * Reads the next frame, with the message limit counted anew; false at the connection's end.
+   * Raises a TTransportException, which is Refused for a frame of more than kMaxFrameSize.
+   */
   bool readFrame() override;
 
  private:
+  bool readSize(int32_t& size);
   void startFromNothing();
 
   uint8_t nothing_ = 0;  ///< where the read buffer begins while there is none

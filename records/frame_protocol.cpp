@@ -15,7 +15,7 @@ constexpr int32_t kMessageTypeMask = 0xFF;
 constexpr auto kUuid = static_cast<TType>(16);  // named T_UUID since Thrift 0.21
 
 /** The least that a value of `type` takes on the wire. */
-uint64_t smallestSize(TType type) {
+uint32_t smallestSize(TType type) {
   switch (type) {
     case apache::thrift::protocol::T_I16:
       return 2;
@@ -64,7 +64,7 @@ uint32_t FrameProtocol::readMessageBegin(std::string& name, TMessageType& type,
   } else {
     // Peers that do not write strictly begin with the name's length and have the type after the
     // name.
-    checkFits(static_cast<uint32_t>(header));
+    checkText(header);
     consumed += readStringBody(name, header);
     int8_t typeByte = 0;
     consumed += readByte(typeByte);
@@ -76,7 +76,7 @@ uint32_t FrameProtocol::readMessageBegin(std::string& name, TMessageType& type,
 uint32_t FrameProtocol::readString(std::string& text) {
   int32_t size = 0;
   const uint32_t consumed = readI32(size);
-  checkFits(size < 0 ? 0 : static_cast<uint32_t>(size));  // the base refuses negative sizes
+  checkText(size);
   return consumed + readStringBody(text, size);
 }
 
@@ -111,17 +111,16 @@ void FrameProtocol::refuseType() {
  * Generated code makes room for `size` elements of the type that it expects, whatever the message
  * says they are: hence the count besides the bytes.
  */
-uint32_t FrameProtocol::readSize(uint32_t& size, uint64_t smallestElement) {
+uint32_t FrameProtocol::readSize(uint32_t& size, uint32_t smallestElement) {
   int32_t number = 0;
   const uint32_t consumed = readI32(number);
-  if (number < 0) {
-    throw TProtocolException(TProtocolException::NEGATIVE_SIZE);
-  }
+  checkFits("elements of a container", number, smallestElement);
   size = static_cast<uint32_t>(number);
-  checkFits(size * smallestElement);
   if (size > elementsLeft_) {
-    throw TProtocolException(TProtocolException::SIZE_LIMIT,
-                             "more elements than a message may have");
+    const int64_t before = kMaxElementsPerMessage - elementsLeft_;
+    throw Refused(
+        TProtocolException(TProtocolException::SIZE_LIMIT, "more elements than a message may have"),
+        {"elements of a message", before + size, kMaxElementsPerMessage});
   }
   elementsLeft_ -= size;
   return consumed;
@@ -133,10 +132,14 @@ uint32_t FrameProtocol::bytesLeft() {
   return size;
 }
 
-void FrameProtocol::checkFits(uint64_t size) {
-  if (size > bytesLeft()) {
-    throw TProtocolException(TProtocolException::SIZE_LIMIT, "larger than the rest of its frame");
+/** For what the rest of the frame cannot hold. */
+void FrameProtocol::refuse(const Refusal& refusal) {
+  if (refusal.claim < 0) {
+    throw Refused(TProtocolException(TProtocolException::NEGATIVE_SIZE), refusal);
   }
+  throw Refused(
+      TProtocolException(TProtocolException::SIZE_LIMIT, "larger than the rest of its frame"),
+      refusal);
 }
 
 std::shared_ptr<apache::thrift::protocol::TProtocol> FrameProtocolFactory::getProtocol(

@@ -15,12 +15,29 @@ namespace tevra {
  */
 inline constexpr uint32_t kMaxElementsPerMessage = 1024 * 1024;
 
+/** What a message claims beyond what it may: raised along with the exception that refuses it. */
+struct Refusal {
+  const char* unit;  ///< of claim and limit, such as "elements of a message"
+  int64_t claim;     ///< as the message says, so it may be negative
+  int64_t limit;     ///< the most that would have been taken
+};
+
+/** An exception of Thrift's that refuses a message, and what the message claims. */
+template <class ThriftException>
+class Refused : public ThriftException, public Refusal {
+ public:
+  /** Like `raised`, for the reason `refusal`. */
+  Refused(const ThriftException& raised, const Refusal& refusal)
+      : ThriftException(raised), Refusal(refusal) {}
+};
+
 /**
  * The binary protocol of calls and notifications, for whatever may connect: non-strict read, strict
  * write, as ever. What no peer's library would write raises TProtocolException before anything is
- * allocated for it: a string or container that claims more than the rest of its frame could hold,
- * elements beyond kMaxElementsPerMessage (SIZE_LIMIT), and types that the protocol does not know,
- * which the library would put into enumerations all the same (INVALID_DATA).
+ * allocated for it. Refused are a string or container that claims more than the rest of its frame
+ * could hold, elements beyond kMaxElementsPerMessage (SIZE_LIMIT) and negative sizes
+ * (NEGATIVE_SIZE). Types that the protocol does not know, which the library would put into
+ * enumerations all the same, are INVALID_DATA.
  *
  * Over framed transport only. Naming the same protocol class to processor and factory keeps
  * Thrift's fast path.
@@ -93,9 +110,15 @@ class FrameProtocol
   }
   static MessageType messageType(int32_t number);
   [[noreturn]] static void refuseType();
-  uint32_t readSize(uint32_t& size, uint64_t smallestElement);
+  uint32_t readSize(uint32_t& size, uint32_t smallestElement);
   [[nodiscard]] uint32_t bytesLeft();
-  void checkFits(uint64_t size);
+  void checkFits(const char* unit, int32_t claim, uint32_t smallest) {
+    if (claim < 0 || static_cast<uint64_t>(claim) * smallest > bytesLeft()) {
+      refuse({unit, claim, bytesLeft() / smallest});
+    }
+  }
+  [[noreturn]] static void refuse(const Refusal& refusal);
+  void checkText(int32_t size) { checkFits("bytes of a string", size, 1); }
 
   uint32_t elementsLeft_ = kMaxElementsPerMessage;
 };

@@ -6,6 +6,7 @@
 #include <thrift/protocol/TBinaryProtocol.h>
 #include <thrift/protocol/TProtocolException.h>
 #include <thrift/transport/TBufferTransports.h>
+#include <thrift/transport/TTransportException.h>
 
 #include <functional>
 #include <memory>
@@ -32,6 +33,7 @@ using apache::thrift::protocol::TProtocol;
 using apache::thrift::protocol::TProtocolException;
 using apache::thrift::transport::TMemoryBuffer;
 using apache::thrift::transport::TTransport;
+using apache::thrift::transport::TTransportException;
 using fake::LogLine;
 using fake::PlatformTest;
 using testing::ElementsAre;
@@ -105,6 +107,24 @@ TEST_F(GuardedProcessorTest, ThriftsOwnExceptionsPassToTheServer) {
   fake_->behaviour = []() -> bool { throw TException("plain"); };
   EXPECT_THROW(process(), TException);
   EXPECT_THAT(fake::logLines(), IsEmpty());
+}
+
+/** The line of level 4 for a call whose client is not known. */
+LogLine refusalLine(const std::string& claimAndLimit) {
+  return {4, "", "Control call refused: " + claimAndLimit + ", client [unknown]"};
+}
+
+TEST_F(GuardedProcessorTest, RefusalIsThriftsExceptionAndOneLineOfLevelFour) {
+  const auto in = std::make_shared<TBinaryProtocol>(
+      ControlTransportFactory().getTransport(std::make_shared<TMemoryBuffer>()));
+  fake_->behaviour = []() -> bool {
+    throw Refused(TTransportException("100% too large"), {"bytes of a frame", -5, 7});
+  };
+  EXPECT_THROW(guarded_.process(in, in, nullptr), TTransportException);
+  fake_->behaviour = []() -> bool { throw TProtocolException(TProtocolException::DEPTH_LIMIT); };
+  EXPECT_THROW(guarded_.process(in, in, nullptr), TProtocolException);
+  EXPECT_THAT(fake::logLines(), ElementsAre(refusalLine("bytes of a frame [-5], limit [7]"),
+                                            refusalLine("levels of nesting [65], limit [64]")));
 }
 
 /** Writes down which operation was called with what; answers something recognisable. */
@@ -339,17 +359,45 @@ TEST_F(ControlProcessor, MessageCutAnywhereIsThriftsException) {
   EXPECT_THAT(fake::logLines(3), IsEmpty());
 }
 
-TEST_F(ControlProcessor, NegativeListSizeIsThriftsException) {
+TEST_F(ControlProcessor, NegativeListSizeIsRefused) {
   EXPECT_THROW(process(hugeListMessage(-1)), TProtocolException);
+  EXPECT_THAT(handler_->calls, IsEmpty());
+  EXPECT_THAT(fake::logLines(),
+              ElementsAre(refusalLine("elements of a container [-1], limit [3]")));
+}
+
+TEST_F(ControlProcessor, ListLargerThanItsMessageIsRefused) {
+  for (const int32_t size : {50000000, 0x7FFFFFFF}) {
+    fake::clearLog();
+    EXPECT_THROW(process(hugeListMessage(size)), TException) << size;
+    EXPECT_THAT(fake::logLines(), ElementsAre(refusalLine("elements of a container [" +
+                                                          std::to_string(size) + "], limit [3]")));
+  }
   EXPECT_THAT(handler_->calls, IsEmpty());
 }
 
-TEST_F(ControlProcessor, ListLargerThanItsMessageIsThriftsException) {
-  for (const int32_t size : {2, 50000000, 0x7FFFFFFF}) {
-    EXPECT_THROW(process(hugeListMessage(size)), TException) << size;
-  }
+TEST_F(ControlProcessor, ListThatGoesOnBehindItsMessageIsThriftsException) {
+  EXPECT_THROW(process(hugeListMessage(2)), TException);
   EXPECT_THAT(handler_->calls, IsEmpty());
   EXPECT_THAT(fake::logLines(), IsEmpty());
+}
+
+TEST_F(ControlProcessor, FrameBeyondTheLimitIsRefused) {
+  const std::string head = bigEndian(kMaxFrameSize + 1);
+  request_->write(reinterpret_cast<const uint8_t*>(head.data()), 4);
+  EXPECT_THROW(process(), TTransportException);
+  EXPECT_THAT(fake::logLines(),
+              ElementsAre(refusalLine("bytes of a frame [67108865], limit [67108864]")));
+}
+
+TEST_F(ControlProcessor, NestingBeyondTheLimitIsRefused) {
+  std::string message = callMessage("setPAT");
+  message.pop_back();
+  for (int depth = 0; depth < 100; ++depth) {
+    message += std::string("\x0C\x00\x63", 3);  // field 99, a struct
+  }
+  EXPECT_THROW(process(message), TProtocolException);
+  EXPECT_THAT(fake::logLines(), ElementsAre(refusalLine("levels of nesting [65], limit [64]")));
 }
 
 }  // namespace

@@ -28,8 +28,10 @@ using fake::logged;
 using fake::LogLine;
 using testing::AllOf;
 using testing::Contains;
+using testing::ElementsAre;
 using testing::Field;
 using testing::HasSubstr;
+using testing::MatchesRegex;
 
 class ControlServerLimits : public ControlServerTest {
  protected:
@@ -95,6 +97,26 @@ TEST_F(ControlServerLimits, WhatIsNoCallClosesOnlyItsConnection) {
     }
     EXPECT_TRUE(nextClientIsServed()) << what;
   }
+}
+
+/** The lines that tell of a refused call. */
+std::vector<std::string> refusals() {
+  std::vector<std::string> found;
+  for (const LogLine& line : fake::logLines(4)) {
+    if (line.text.rfind("Control call refused: ", 0) == 0) {
+      found.push_back(line.text);
+    }
+  }
+  return found;
+}
+
+TEST_F(ControlServerLimits, RefusedCallIsOneLineWithTheClaimTheLimitAndTheClient) {
+  const RawConnection connection(kFirstControlPort);
+  connection.send(framed(hugeListMessage(0x7FFFFFFF)) + framed(callMessage("sendCmd")));
+  EXPECT_TRUE(connection.closedByPeer());
+  EXPECT_THAT(refusals(), ElementsAre(MatchesRegex("Control call refused: elements of a container "
+                                                   "\\[2147483647\\], limit \\[3\\], client "
+                                                   "\\[127\\.0\\.0\\.1:[0-9]+\\]")));
 }
 
 TEST_F(ControlServerLimits, WhyAConnectionWasClosedIsALineForDebugging) {

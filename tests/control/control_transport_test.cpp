@@ -1,6 +1,9 @@
 #include "control/control_transport.h"
 
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <thrift/transport/TSocket.h>
 #include <thrift/transport/TTransportException.h>
 #include <thrift/transport/TVirtualTransport.h>
 
@@ -11,11 +14,13 @@
 #include <string>
 #include <vector>
 
+#include "records/frame_protocol.h"
 #include "tests/support/messages.h"
 
 namespace tevra::test {
 namespace {
 
+using apache::thrift::transport::TSocket;
 using apache::thrift::transport::TTransportException;
 
 constexpr uint32_t kMebibyte = 1024 * 1024;
@@ -114,17 +119,30 @@ TEST(ControlTransport, FrameOfTheLimitIsTaken) {
   readFrame(transport, kMaxFrameSize);
 }
 
+/** Expects an exception of Thrift's that tells `claim`. */
+void expectRefusal(ControlTransport& transport, int64_t claim) {
+  try {
+    (void)readAll(transport, 1);
+    FAIL() << "was read";
+  } catch (const Refused<TTransportException>& refused) {
+    EXPECT_STREQ("bytes of a frame", refused.unit);
+    EXPECT_EQ(claim, refused.claim);
+    EXPECT_EQ(64 * kMebibyte, refused.limit);
+  }
+}
+
 TEST(ControlTransport, FrameBeyondTheLimitIsRefused) {
   for (const uint32_t size : {kMaxFrameSize + 1U, 0x7FFFFFFFU}) {
     ControlTransport transport(std::make_shared<FrameSource>(size));
-    EXPECT_THROW(readAll(transport, 1), TTransportException);
+    expectRefusal(transport, size);
   }
 }
 
 TEST(ControlTransport, NegativeFrameSizeIsRefused) {
-  for (const uint32_t size : {0x80000000U, 0xFFFFFFFFU}) {
-    ControlTransport transport(std::make_shared<ByteSource>(bigEndian(size) + "x"));
-    EXPECT_THROW(readAll(transport, 1), TTransportException);
+  for (const int32_t size : {INT32_MIN, -1}) {
+    ControlTransport transport(
+        std::make_shared<ByteSource>(bigEndian(static_cast<uint32_t>(size)) + "x"));
+    expectRefusal(transport, size);
   }
 }
 
@@ -186,6 +204,51 @@ TEST(ControlTransport, LargeWriteBufferIsGivenBackAfterItsCall) {
   transport.writeEnd();
   transport.flush();
   EXPECT_GE(kMebibyte, transport.writeBufferSize());
+}
+
+/** A socket that listens to clients of IPv6 and of IPv4 on a port of its own. */
+class Listener {
+ public:
+  Listener() : socket_(socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    const int off = 0;
+    setsockopt(socket_.getSocketFD(), IPPROTO_IPV6, IPV6_V6ONLY, &off, sizeof off);
+    EXPECT_EQ(0, listen(socket_.getSocketFD(), 1));
+  }
+
+  /** What a client that connects to `address`, 127.0.0.1 or ::1, is told to come from, without the
+   * port, which is its own. */
+  std::string originOf(const std::string& address) {
+    TSocket client(address, portOf(socket_));
+    client.open();
+    const auto accepted =
+        std::make_shared<TSocket>(accept(socket_.getSocketFD(), nullptr, nullptr));
+    const std::string origin = ControlTransport(accepted).getOrigin();
+    const size_t end = origin.rfind(':');
+    EXPECT_EQ(std::to_string(portOf(client)), origin.substr(end + 1));
+    return origin.substr(0, end);
+  }
+
+ private:
+  static int portOf(TSocket& socket) {
+    sockaddr_storage address = {};
+    socklen_t size = sizeof address;
+    getsockname(socket.getSocketFD(), reinterpret_cast<sockaddr*>(&address), &size);
+    return ntohs(
+        reinterpret_cast<const sockaddr_in*>(&address)->sin_port);  // where IPv6 has it, too
+  }
+
+  TSocket socket_;
+};
+
+TEST(ControlTransport, OriginIsTheAddressAndPortOfTheClient) {
+  Listener listener;
+  EXPECT_EQ("127.0.0.1", listener.originOf("127.0.0.1"));
+  EXPECT_EQ("[::1]", listener.originOf("::1"));
+}
+
+TEST(ControlTransport, OriginOfWhatIsNotConnectedIsUnknown) {
+  EXPECT_EQ("unknown", ControlTransport(std::make_shared<TSocket>("127.0.0.1", 1)).getOrigin());
+  EXPECT_EQ("unknown", ControlTransport(std::make_shared<ByteSource>("")).getOrigin());
 }
 
 TEST(ControlTransport, FactoryMakesSuchTransports) {

@@ -386,6 +386,56 @@ TEST(FrameProtocol, RefusesAnOldMessageWhoseNameIsLongerThanItsFrame) {
   expectSizeLimit([&] { callOf(*protocol); });
 }
 
+/** What the exception tells that `read` raises. */
+std::string claimIn(const std::function<void()>& read) {
+  try {
+    read();
+  } catch (const Refusal& refusal) {
+    return std::string(refusal.unit) + " " + std::to_string(refusal.claim) + " of " +
+           std::to_string(refusal.limit);
+  }
+  return "nothing";
+}
+
+TEST(FrameProtocol, TellsTheClaimAndTheLimitOfAStringThatItRefuses) {
+  for (const int32_t claim : {4, INT32_MAX, -1}) {
+    const auto text = reading([claim](TBinaryProtocol& wire) {
+      wire.writeI32(claim);
+      wire.writeByte('a');
+      wire.writeI16(0);
+    });
+    std::string read;
+    EXPECT_EQ("bytes of a string " + std::to_string(claim) + " of 3",
+              claimIn([&] { text->readString(read); }));
+  }
+  const auto name = reading([](TBinaryProtocol& wire) { wire.writeI32(INT32_MAX); });
+  EXPECT_EQ("bytes of a string 2147483647 of 0", claimIn([&] { callOf(*name); }));
+}
+
+TEST(FrameProtocol, TellsTheClaimAndTheLimitOfAContainerThatItRefuses) {
+  for (const int32_t claim : {6, INT32_MAX, -1}) {
+    const auto list = reading([claim](TBinaryProtocol& wire) {
+      wire.writeListBegin(T_I32, static_cast<uint32_t>(claim));
+      wire.writeI64(0);
+      wire.writeI64(0);
+      wire.writeI32(0);
+      wire.writeI16(0);
+    });
+    EXPECT_EQ("elements of a container " + std::to_string(claim) + " of 5",
+              claimIn([&] { listSize(*list); }));
+  }
+}
+
+TEST(FrameProtocol, TellsHowManyElementsAMessageThatItRefusesHasInAll) {
+  const auto protocol = reading([](TBinaryProtocol& wire) {
+    wire.writeListBegin(T_STRUCT, kMaxElementsPerMessage - 1);
+    wire.writeSetBegin(T_STRUCT, 3);
+    wire.writeBinary(std::string(kMaxElementsPerMessage, '\0'));
+  });
+  listSize(*protocol);
+  EXPECT_EQ("elements of a message 1048578 of 1048576", claimIn([&] { setSize(*protocol); }));
+}
+
 TEST(FrameProtocol, ReadsEveryRecordThatFitsItsFrame) {
   EIT eit;
   eit.events.resize(3);
