@@ -22,8 +22,9 @@ Integer integerAtEnd(std::string_view text) {
   Integer value = 0;
   const auto [parsed, error] = std::from_chars(number.data(), end, value);
   if (error != std::errc() || parsed != end) {
-    throw TProtocolException(TProtocolException::INVALID_DATA,
-                             "no integer of its type: \"" + std::string(number) + "\"");
+    throw TProtocolException(
+        TProtocolException::INVALID_DATA,
+        "no integer of its type: \"" + std::string(number.substr(0, 40)) + "\"");
   }
   return value;
 }
@@ -31,9 +32,7 @@ Integer integerAtEnd(std::string_view text) {
 }  // namespace
 
 JsonProtocol::JsonProtocol(const std::shared_ptr<TMemoryBuffer>& text)
-    : TVirtualProtocol(text),
-      text_(text),
-      elementsLeft_(std::min<uint64_t>(text->available_read(), kMaxElementsPerFile)) {}
+    : TVirtualProtocol(text), text_(text), textSize_(text->available_read()) {}
 
 uint32_t JsonProtocol::readBool(bool& value) {
   int16_t number = 0;
@@ -85,11 +84,17 @@ uint32_t JsonProtocol::readFieldBegin(std::string& name, TType& type, int16_t& i
   return consumed;
 }
 
+uint32_t JsonProtocol::readStructBegin(std::string& name) {
+  checkRecords(1);
+  ++records_;
+  return TJSONProtocol::readStructBegin(name);
+}
+
 uint32_t JsonProtocol::readMapBegin(TType& keyType, TType& valueType, uint32_t& size) {
   const char* const start = position();
   const uint32_t consumed = TJSONProtocol::readMapBegin(keyType, valueType, size);
   size = integerAtEnd<uint32_t>(passedSince(start, 2));  // behind it: ,{
-  countElements(size);
+  checkSize(size);
   return consumed;
 }
 
@@ -97,7 +102,8 @@ uint32_t JsonProtocol::readListBegin(TType& elementType, uint32_t& size) {
   const char* const start = position();
   const uint32_t consumed = TJSONProtocol::readListBegin(elementType, size);
   size = integerAtEnd<uint32_t>(passedSince(start, 1));
-  countElements(size);
+  checkSize(size);
+  checkRecords(size);
   return consumed;
 }
 
@@ -105,7 +111,8 @@ uint32_t JsonProtocol::readSetBegin(TType& elementType, uint32_t& size) {
   const char* const start = position();
   const uint32_t consumed = TJSONProtocol::readSetBegin(elementType, size);
   size = integerAtEnd<uint32_t>(passedSince(start, 1));
-  countElements(size);
+  checkSize(size);
+  checkRecords(size);
   return consumed;
 }
 
@@ -121,11 +128,20 @@ std::string_view JsonProtocol::passedSince(const char* start, size_t charactersB
   return passed.substr(0, passed.size() - std::min(passed.size(), charactersBehind));
 }
 
-void JsonProtocol::countElements(uint32_t size) {
-  if (size > elementsLeft_) {
+void JsonProtocol::checkSize(uint32_t size) const {
+  if (size > textSize_) {
     throw TProtocolException(TProtocolException::SIZE_LIMIT, "container larger than its file");
   }
-  elementsLeft_ -= size;
+}
+
+/**
+ * Generated code makes room for all elements of a list at once, and for records whatever their type
+ * is said to be.
+ */
+void JsonProtocol::checkRecords(uint32_t more) const {
+  if ((records_ + more) * kSmallestRecord > std::max(textSize_, kSmallText)) {
+    throw TProtocolException(TProtocolException::SIZE_LIMIT, "more records than its file can hold");
+  }
 }
 
 }  // namespace tevra

@@ -12,9 +12,14 @@
 
 namespace tevra {
 
-/** Many times what a file holds; an empty record takes a few bytes of it but a hundred of memory.
+/**
+ * The least text that a record takes as it is saved, with all its members: that of a PATProgram. A
+ * hostile one is read from two bytes, but takes up to 264 of memory all the same.
  */
-inline constexpr uint64_t kMaxElementsPerFile = uint64_t{1024} * 1024;
+inline constexpr uint32_t kSmallestRecord = 29;
+
+/** Texts below this many bytes may have as many records as a text of it. */
+inline constexpr uint32_t kSmallText = 64 * 1024;
 
 /**
  * Thrift's JSON protocol, safe against what a damaged or hostile file may hold.
@@ -31,8 +36,10 @@ class JsonProtocol
                                                         apache::thrift::protocol::TJSONProtocol> {
  public:
   /**
-   * Reads what `text` holds by now, or writes to it. All containers together cannot have more
-   * elements than there are bytes to read, and not more than kMaxElementsPerFile.
+   * Reads what `text` holds by now, or writes to it. No container has more elements than there are
+   * bytes to read, nor are there more records than this text has room for as a save writes them:
+   * what was saved is read, and whatever a text claims, its records take less than ten times its
+   * size of memory.
    */
   explicit JsonProtocol(const std::shared_ptr<apache::thrift::transport::TMemoryBuffer>& text);
 
@@ -55,7 +62,8 @@ class JsonProtocol
   uint32_t readFieldBegin(std::string& name, apache::thrift::protocol::TType& type, int16_t& id);
 
   ///@{
-  /** Counts `size` against what the file may have; SIZE_LIMIT beyond. Returns the bytes read. */
+  /** Raise SIZE_LIMIT for more than the text has room for. Return the bytes read. */
+  uint32_t readStructBegin(std::string& name);
   uint32_t readMapBegin(apache::thrift::protocol::TType& keyType,
                         apache::thrift::protocol::TType& valueType, uint32_t& size);
   uint32_t readListBegin(apache::thrift::protocol::TType& elementType, uint32_t& size);
@@ -68,10 +76,12 @@ class JsonProtocol
 
   [[nodiscard]] const char* position() const;
   [[nodiscard]] std::string_view passedSince(const char* start, size_t charactersBehind) const;
-  void countElements(uint32_t size);
+  void checkSize(uint32_t size) const;
+  void checkRecords(uint32_t more) const;
 
   const std::shared_ptr<apache::thrift::transport::TMemoryBuffer> text_;
-  uint64_t elementsLeft_;
+  const uint32_t textSize_;
+  uint64_t records_ = 0;  // begun
 };
 
 }  // namespace tevra

@@ -22,8 +22,11 @@ enum RecordFileResult : int {
   kRecordFileFailed = -2,  ///< any exception, such as that of a text that is no record
 };
 
-/** What is read of a file at most: many times what the tables of a multiplex take. */
-inline constexpr size_t kMaxRecordFileSize = size_t{16} * 1024 * 1024;
+/**
+ * What is read of a file at most, and so the largest that may be saved. The versions of the EITs of
+ * 65,536 services are half of it, the tables of a multiplex a small part.
+ */
+inline constexpr size_t kMaxRecordFileSize = size_t{32} * 1024 * 1024;
 
 ///@{
 /**

@@ -118,22 +118,95 @@ TEST(JsonProtocol, AnyContainerThatClaimsMoreElementsThanItsInputHasBytesIsRefus
   }
 }
 
-TEST(JsonProtocol, ContainersThatTogetherClaimMoreElementsThanTheInputHasBytesAreRefused) {
-  // Three elements, then as many more as the text has bytes but two.
-  const std::string json = "{\"9\":{\"lst\":[\"i8\",3,1,2,3]},\"5\":{\"lst\":[\"rec\",49]}}";
-  ASSERT_EQ(json.size(), 51U);
-  PMT pmt;
-  EXPECT_EQ(exceptionKind(json, pmt), TProtocolException::SIZE_LIMIT);
-  EXPECT_EQ(pmt.descriptors.capacity(), 0U);
-  EXPECT_EQ(exceptionKind(json + "  ", pmt), TProtocolException::INVALID_DATA);
+/** The kind of exception for `start` and as many blanks as make it `size` bytes. */
+template <class Record>
+int kindOf(const std::string& start, size_t size, Record& record) {
+  return exceptionKind(start + std::string(size - start.size(), ' '), record);
 }
 
-TEST(JsonProtocol, NoFileHasMoreElementsThanAFileMayHave) {
-  const std::string blanks(4 * kMaxElementsPerFile, ' ');
+TEST(JsonProtocol, MoreRecordsThanTheirTextHasRoomForAreRefused) {
+  for (const char* type : {"rec", "i8"}) {  // generated code makes room for records all the same
+    const std::string list = "{\"5\":{\"lst\":[\"" + std::string(type) + "\",100000,";
+    constexpr size_t kText = (1 + size_t{100000}) * kSmallestRecord;  // the PMT is one, too
+    PMT pmt;
+    EXPECT_EQ(kindOf(list, kText - 1, pmt), TProtocolException::SIZE_LIMIT);
+    EXPECT_EQ(pmt.descriptors.capacity(), 0U);
+    EXPECT_EQ(kindOf(list, kText, pmt), TProtocolException::INVALID_DATA);
+  }
+}
+
+/** A map entry or list element of a record, `count` times, with keys from `key` on. */
+std::string emptyRecords(int count, int key = -1) {
+  std::string text;
+  for (int written = 0; written < count; ++written) {
+    text += written == 0 ? "" : ",";
+    text += key < 0 ? "{}" : "\"" + std::to_string(key + written) + "\":{}";
+  }
+  return text;
+}
+
+TEST(JsonProtocol, RecordsOfAllContainersAreCountedTogether) {
+  const std::string two =
+      "{\"5\":{\"lst\":[\"rec\",40000," + emptyRecords(40000) + "]},\"6\":{\"lst\":[\"rec\",60000,";
+  constexpr size_t kText = (1 + size_t{100000}) * kSmallestRecord;
   PMT pmt;
-  EXPECT_EQ(exceptionKind("{\"5\":{\"lst\":[\"rec\",1048577]}}" + blanks, pmt),
-            TProtocolException::SIZE_LIMIT);
-  EXPECT_EQ(pmt.descriptors.capacity(), 0U);
+  EXPECT_EQ(kindOf(two, kText - 1, pmt), TProtocolException::SIZE_LIMIT);
+  EXPECT_EQ(pmt.esList.capacity(), 0U);
+  EXPECT_EQ(kindOf(two, kText, pmt), TProtocolException::INVALID_DATA);
+}
+
+TEST(JsonProtocol, RecordsOfAMapAreCountedAsTheyCome) {
+  const std::string map =
+      "{\"1\":{\"map\":[\"i32\",\"rec\",100000,{" + emptyRecords(100000, 100000) + "}]}}";
+  constexpr size_t kText = (1 + size_t{100000}) * kSmallestRecord;
+  TableStoreFile file;
+  EXPECT_EQ(kindOf(map, kText - 1, file), TProtocolException::SIZE_LIMIT);
+  EXPECT_EQ(kindOf(map, kText, file), -1);
+  EXPECT_EQ(file.tableStores.size(), 100000U);
+}
+
+TEST(JsonProtocol, ASmallTextMayHaveAFewThousandRecords) {
+  TableStoreFile file;
+  readJson("{\"1\":{\"map\":[\"i32\",\"rec\",2000,{" + emptyRecords(2000, 0) + "}]}}", file);
+  EXPECT_EQ(file.tableStores.size(), 2000U);
+}
+
+TEST(JsonProtocol, NoRecordOfTheFilesIsSavedInLessTextThanTheSmallest) {
+  EXPECT_EQ(jsonOf(PATProgram()).size(), kSmallestRecord);
+  for (const size_t size :
+       {jsonOf(Descriptor()).size(), jsonOf(SDTService()).size(), jsonOf(PMTES()).size(),
+        jsonOf(EITTableVersionStore()).size(), jsonOf(TableStore()).size()}) {
+    EXPECT_LE(kSmallestRecord, size);
+  }
+}
+
+/** What is read of `record` as it is saved. */
+template <class Record>
+Record readBack(const Record& record) {
+  Record read;
+  readJson(jsonOf(record), read);
+  return read;
+}
+
+TEST(JsonProtocol, StoresOfNothingButTheSmallestRecordsAreReadBack) {
+  TableStore tables;
+  tables.pat.programs.resize(10000);
+  tables.sdt.services.resize(10000);
+  tables.pmt.descriptors.resize(10000);
+  tables.pmt.esList.resize(10000);
+  tables.pmt.esList[9999].descriptors.resize(10000);
+  TableStoreFile tableFile;
+  EITTableVersionStoreFile versionFile;
+  PIDRemap remap;
+  for (int32_t key = -5000; key < 5000; ++key) {
+    tableFile.tableStores[key];
+    versionFile.versionStores[key];
+    remap.inputToOutput[key] = 0;
+  }
+  EXPECT_EQ(readBack(tables), tables);
+  EXPECT_EQ(readBack(tableFile), tableFile);
+  EXPECT_EQ(readBack(versionFile), versionFile);
+  EXPECT_EQ(readBack(remap), remap);
 }
 
 TEST(JsonProtocol, AMapThatClaims50MillionElementsIsRefused) {

@@ -76,6 +76,31 @@ TEST_F(RecordFileAccess, ReadsOfAnEndlessFileWhatAFileMayHold) {
   EXPECT_EQ(readRecordFile(*openRecordFile("/dev/zero"))->available_read(), kMaxRecordFileSize);
 }
 
+/** Saves `whole` and expects to read it again. */
+void expectReadBack(const std::string& path, const TableStoreFile& whole, size_t sizeAbove) {
+  const std::string json = jsonOf(whole);
+  EXPECT_GT(json.size(), sizeAbove);
+  std::ofstream(path) << json;
+  TableStoreFile read;
+  EXPECT_EQ(readRecord(path, read), kRecordFileDone);
+  EXPECT_TRUE(read == whole);
+}
+
+TEST_F(RecordFileAccess, ReadsAStoreOfMoreThanSixteenMebibytes) {
+  TableStoreFile whole;
+  for (int32_t service = 1; service <= 16; ++service) {
+    whole.tableStores[service].pmt.descriptors.emplace_back().data.assign(1024 * 1024, 'd');
+  }
+  expectReadBack(file_, whole, size_t{16} * 1024 * 1024);
+}
+
+TEST_F(RecordFileAccess, ReadsAStoreOfMoreThanAMebiOfElements) {
+  TableStoreFile whole;
+  whole.tableStores[1].pat.programs.resize(1024 * 1024 + 1);
+  whole.tableStores[2].pmt.esList.resize(2);
+  expectReadBack(file_, whole, size_t{1024} * 1024 * kSmallestRecord);
+}
+
 TEST_F(RecordFileAccess, ADirectoryIsEmpty) {
   ASSERT_TRUE(openRecordFile(path("."))->isOpen());
   EXPECT_EQ(contentOf(path(".")), "");

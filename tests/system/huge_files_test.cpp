@@ -11,8 +11,8 @@
 #include "tests/system/disk_faults.h"
 #include "tests/system/process_figures.h"
 
-// Files that are far larger than any that the daemon writes: 16 MiB each or, with the environment
-// variable TORNEL_FULL, 1 GiB.
+// Files that are far larger than any that the daemon writes: as large as is read of one or, with
+// the environment variable TORNEL_FULL, 1 GiB.
 
 namespace tevra::test {
 namespace {
@@ -51,7 +51,7 @@ const Pattern kPatterns[] = {
 };
 
 uintmax_t hugeSize() {
-  return uintmax_t{std::getenv("TORNEL_FULL") == nullptr ? 16U : 1024U} << 20U;
+  return uintmax_t{std::getenv("TORNEL_FULL") == nullptr ? 32U : 1024U} << 20U;
 }
 
 void writeHuge(const std::string& path, const Pattern& pattern) {
