@@ -1,7 +1,5 @@
 #include "cfdb/ca_descriptors.h"
 
-#include <new>
-
 #include "platform/module_utils.h"
 #include "records/dvbpsi_lists.h"
 
@@ -29,10 +27,7 @@ std::string remappedPayload(const Descriptor& descriptor, PidAllocator& pids) {
   log_function(kLogDebug, kNoTag, "iDesc PID [%05d/%04x] oDesc PID [%05d/%04x]", inputPid, inputPid,
                outputPid, outputPid);
   ca->i_ca_pid = outputPid;
-  const DescriptorPtr remapped(dvbpsi_GenCADr(ca, false));
-  if (remapped == nullptr) {
-    throw std::bad_alloc();  // the only reason there is
-  }
+  const DescriptorPtr remapped = allocated(DescriptorPtr(dvbpsi_GenCADr(ca, false)));
   return {reinterpret_cast<const char*>(remapped->p_data), remapped->i_length};
 }
 

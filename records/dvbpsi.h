@@ -21,6 +21,7 @@
 // clang-format on
 
 #include <memory>
+#include <new>
 
 namespace tevra {
 
@@ -54,5 +55,15 @@ using PmtPtr = DvbpsiPtr<dvbpsi_pmt_t>;
 using CatPtr = DvbpsiPtr<dvbpsi_cat_t>;
 using SdtPtr = DvbpsiPtr<dvbpsi_sdt_t>;
 ///@}
+
+/** `made` by libdvbpsi, owned or not, which gives null for lack of memory: that raises
+ * std::bad_alloc. */
+template <class Pointer>
+[[nodiscard]] Pointer allocated(Pointer made) {
+  if (made == nullptr) {
+    throw std::bad_alloc();
+  }
+  return made;
+}
 
 }  // namespace tevra

@@ -1,19 +1,9 @@
 #include "records/dvbpsi_converters.h"
 
-#include <new>
-
 #include "records/dvbpsi_lists.h"
 
 namespace tevra::thrift::dvb_tables {
 namespace {
-
-template <class Pointer>
-Pointer allocated(Pointer table) {
-  if (table == nullptr) {
-    throw std::bad_alloc();
-  }
-  return table;
-}
 
 std::vector<Descriptor> narrowed(const std::vector<Descriptor>& descriptors) {
   std::vector<Descriptor> result;

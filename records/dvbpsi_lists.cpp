@@ -1,20 +1,11 @@
 #include "records/dvbpsi_lists.h"
 
 #include <cstdlib>
-#include <new>
 
 #include "platform/module_utils.h"
 
 namespace tevra {
 namespace {
-
-template <class Node>
-Node* allocated(Node* node) {
-  if (node == nullptr) {
-    throw std::bad_alloc();
-  }
-  return node;
-}
 
 /** Makes `node`, just appended through the window `tail`, the window's head and the table's first
  * if needed. */

@@ -1,7 +1,6 @@
 #include "synth/pmt_sections.h"
 
 #include <cstdint>
-#include <new>
 #include <utility>
 #include <vector>
 
@@ -129,11 +128,7 @@ void renumber(dvbpsi_t& handle, dvbpsi_psi_section_t* sections, size_t count) {
 
 SectionsPtr generateSection(dvbpsi_t& handle, const PMT& pmt) {
   const PmtPtr table = thrift::dvb_tables::t2dPMT(pmt);
-  SectionsPtr section(dvbpsi_pmt_sections_generate(&handle, table.get()));
-  if (section == nullptr) {
-    throw std::bad_alloc();
-  }
-  return section;
+  return allocated(SectionsPtr(dvbpsi_pmt_sections_generate(&handle, table.get())));
 }
 
 }  // namespace

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/dvb_utils.h"
 #include "platform/module_utils.h"
@@ -62,7 +62,8 @@ std::string encodedServiceName(const ServiceWorkRecord& work) {
   return cutDvbText(name, kMaxServiceName);
 }
 
-Descriptor serviceDescriptor(const ServiceWorkRecord& work) {
+/** The descriptor loop of the output service. */
+std::vector<Descriptor> serviceDescriptors(const ServiceWorkRecord& work) {
   const uint8_t type = findServiceType(work.pmt.programNumber, work.sdt);
   const std::string name = encodedServiceName(work);
   dvbpsi_service_dr_t decoded{};
@@ -71,14 +72,8 @@ Descriptor serviceDescriptor(const ServiceWorkRecord& work) {
   std::memcpy(decoded.i_service_provider_name, kProviderName.data(), kProviderName.size());
   decoded.i_service_name_length = static_cast<uint8_t>(name.size());
   std::memcpy(decoded.i_service_name, name.data(), name.size());
-  const DescriptorPtr generated(dvbpsi_GenServiceDr(&decoded, false));
-  if (generated == nullptr) {
-    throw std::bad_alloc();
-  }
-  Descriptor descriptor;
-  descriptor.tag = generated->i_tag;
-  descriptor.data.assign(reinterpret_cast<const char*>(generated->p_data), generated->i_length);
-  return descriptor;
+  const DescriptorPtr generated = allocated(DescriptorPtr(dvbpsi_GenServiceDr(&decoded, false)));
+  return descriptorsFromDvbpsi(generated.get());
 }
 
 /** The output service's SDT, its values as wide as in a section. */
@@ -92,7 +87,7 @@ SDT candidateSdt(const ServiceWorkRecord& work, int32_t version) {
   SDTService& service = sdt.services.emplace_back();
   service.serviceId = static_cast<uint16_t>(work.outputSID);
   service.runningStatus = kRunning;
-  service.descriptors.push_back(serviceDescriptor(work));
+  service.descriptors = serviceDescriptors(work);
   return sdt;
 }
 
@@ -155,8 +150,8 @@ int synthPAT(ServiceWorkRecord& workingStore, PAT& storedPat) {
     pat.version = storedPat.version;
   }
   const PatPtr table = t2dPAT(pat);
-  const SectionsPtr sections(
-      dvbpsi_pat_sections_generate(handle.get(), table.get(), kProgramsPerPatSection));
+  const SectionsPtr sections = allocated(
+      SectionsPtr(dvbpsi_pat_sections_generate(handle.get(), table.get(), kProgramsPerPatSection)));
   packetizeSections(workingStore.outputTables.patPackets, makePacketTemplate(kPatPid),
                     sections.get());
   workingStore.outputTables.dvbTables.pat = std::move(pat);
@@ -175,7 +170,8 @@ int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt) {
     storedSdt = sdt;
   }
   const SdtPtr table = t2dSDT(sdt);
-  const SectionsPtr sections(dvbpsi_sdt_sections_generate(handle.get(), table.get()));
+  const SectionsPtr sections =
+      allocated(SectionsPtr(dvbpsi_sdt_sections_generate(handle.get(), table.get())));
   packetizeSections(workingStore.outputTables.sdtPackets, makePacketTemplate(kSdtPid),
                     sections.get());
   workingStore.outputTables.dvbTables.sdt = std::move(sdt);
