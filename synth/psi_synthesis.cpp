@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "platform/dvb_utils.h"
@@ -101,6 +103,14 @@ const Descriptor* firstServiceDescriptor(const SDTService& service) {
   return found == service.descriptors.end() ? nullptr : &*found;
 }
 
+/** Replaces what is stored, as a whole or, short of memory, not at all. Only when the packets
+ * exist. */
+template <class Table>
+void store(Table& stored, Table table) {
+  static_assert(std::is_nothrow_move_assignable_v<Table>);
+  stored = std::move(table);
+}
+
 }  // namespace
 
 int16_t findProgramPid(int32_t programNumber, const PAT& pat) {
@@ -141,19 +151,19 @@ int synthPAT(ServiceWorkRecord& workingStore, PAT& storedPat) {
     return -1;
   }
   PAT pat = candidatePat(workingStore, storedPat.version);
-  if (patChanged(pat, storedPat)) {
+  const bool changed = patChanged(pat, storedPat);
+  if (changed) {
     log_function(kLogDebug, kNoTag, "Saves a new PAT in myTableStores struct");
-    storedPat.transportStreamId = pat.transportStreamId;
-    storedPat.version = nextVersion(storedPat.version);
-    storedPat.currentNext = pat.currentNext;
-    storedPat.programs = pat.programs;
-    pat.version = storedPat.version;
+    pat.version = nextVersion(storedPat.version);
   }
   const PatPtr table = t2dPAT(pat);
   const SectionsPtr sections = allocated(
       SectionsPtr(dvbpsi_pat_sections_generate(handle.get(), table.get(), kProgramsPerPatSection)));
   packetizeSections(workingStore.outputTables.patPackets, makePacketTemplate(kPatPid),
                     sections.get());
+  if (changed) {
+    store(storedPat, pat);
+  }
   workingStore.outputTables.dvbTables.pat = std::move(pat);
   return 0;
 }
@@ -164,16 +174,19 @@ int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt) {
     return 1;
   }
   SDT sdt = candidateSdt(workingStore, storedSdt.version);
-  if (sdtChanged(sdt, storedSdt)) {
+  const bool changed = sdtChanged(sdt, storedSdt);
+  if (changed) {
     log_function(kLogDebug, kNoTag, "Saves a new SDT in myTableStores struct");
     sdt.version = nextVersion(storedSdt.version);
-    storedSdt = sdt;
   }
   const SdtPtr table = t2dSDT(sdt);
   const SectionsPtr sections =
       allocated(SectionsPtr(dvbpsi_sdt_sections_generate(handle.get(), table.get())));
   packetizeSections(workingStore.outputTables.sdtPackets, makePacketTemplate(kSdtPid),
                     sections.get());
+  if (changed) {
+    store(storedSdt, sdt);
+  }
   workingStore.outputTables.dvbTables.sdt = std::move(sdt);
   return 0;
 }
@@ -188,16 +201,18 @@ int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt) {
   pmt.programNumber = workingStore.outputSID;
   pmt.version = storedPmt.version;
   const bool changed = pmtChanged(pmt, storedPmt);
+  PMT output = changed ? pmt : storedPmt;
   if (changed) {
-    const int32_t version = nextVersion(storedPmt.version);
-    storedPmt = pmt;
-    storedPmt.version = version;
     log_function(kLogDebug, kNoTag, "Saves a new PMT in myTableStores struct");
+    output.version = nextVersion(storedPmt.version);
   }
-  const SectionsPtr sections = generatePmtSections(*handle, changed ? storedPmt : pmt);
+  const SectionsPtr sections = generatePmtSections(*handle, changed ? output : pmt);
   packetizeSections(workingStore.outputTables.pmtPackets, makePacketTemplate(pmtPid),
                     sections.get());
-  workingStore.outputTables.dvbTables.pmt = storedPmt;
+  if (changed) {
+    store(storedPmt, output);
+  }
+  workingStore.outputTables.dvbTables.pmt = std::move(output);
   return 0;
 }
 

@@ -43,10 +43,10 @@ class TableStoreOwner {
  * version by one modulo 32 and replaces the stored table. The output record and the packets go to
  * `workingStore`.
  *
- * They raise std::bad_alloc for lack of memory; the stored table may have moved by then. Otherwise
- * they return 0; synthPAT -1 and the others 1 when libdvbpsi gives no handle, and then change
- * nothing. synthPMT gives the filtered PMT the output service id and the stored version, so it
- * comes last.
+ * They raise std::bad_alloc for lack of memory; the stored table is then as it was, `workingStore`
+ * of no further use. Otherwise they return 0; synthPAT -1 and the others 1 when libdvbpsi gives no
+ * handle, and then change nothing. synthPMT gives the filtered PMT the output service id and the
+ * stored version, so it comes last.
  */
 int synthPAT(ServiceWorkRecord& workingStore, PAT& storedPat);
 int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt);
@@ -54,9 +54,10 @@ int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt);
 ///@}
 
 /**
- * Synthesises all three against the owner's entry for the input programme number and writes the
- * table store file, changed or not. A failed write is logged at level 3 and has no other
- * consequence.
+ * Despite its name synthesises all three first, against the owner's entry for the input programme
+ * number, then writes the table store file, changed or not. A failed write is logged at level 3 and
+ * has no other consequence. Raises as they do: the tables before the one that failed have been
+ * stored, and are handed out the next time.
  */
 void saveSynthesisedTables(TableStoreOwner& owner, ServiceWorkRecord& workingStore);
 

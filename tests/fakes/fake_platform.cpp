@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <mutex>
 
 #include "platform/configuration_root.h"
@@ -114,11 +115,11 @@ void log_function(int level, const char* tag, const char* format, ...) {
   if (length < 0) {
     return;
   }
+  const std::unique_ptr<char, decltype(&free)> owned(text, &free);
   std::lock_guard lock(tevra::fake::logMutex);
   tevra::fake::log.push_back(
       {level, tag == nullptr ? "(null)" : tag, std::string(text, static_cast<size_t>(length))});
   tevra::fake::calls.push_back(tevra::fake::log.back().text);
-  free(text);
 }
 
 int watchdog_register_task() {

@@ -1,0 +1,120 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <new>
+
+#include "records/dvbpsi.h"
+#include "tests/support/allocation_hook.h"
+#include "tests/synth/output_data_fixture.h"
+#include "tests/synth/synthesis_fixture.h"
+
+namespace {
+
+bool refuseSections = false;
+
+}  // namespace
+
+// The linker sends the program's calls of the generators here.
+#define TORNEL_GENERATOR(table, parameters, arguments)                                     \
+  extern "C" {                                                                             \
+  dvbpsi_psi_section_t* __real_dvbpsi_##table##_sections_generate parameters;              \
+  dvbpsi_psi_section_t* __wrap_dvbpsi_##table##_sections_generate parameters {             \
+    return refuseSections ? nullptr : __real_dvbpsi_##table##_sections_generate arguments; \
+  }                                                                                        \
+  }
+
+TORNEL_GENERATOR(pat, (dvbpsi_t * handle, dvbpsi_pat_t* pat, int programs), (handle, pat, programs))
+TORNEL_GENERATOR(sdt, (dvbpsi_t * handle, dvbpsi_sdt_t* sdt), (handle, sdt))
+TORNEL_GENERATOR(pmt, (dvbpsi_t * handle, dvbpsi_pmt_t* pmt), (handle, pmt))
+
+#undef TORNEL_GENERATOR
+
+namespace tevra::test {
+namespace {
+
+/** A table synthesised anew while memory runs out. */
+template <class Table>
+class LackOfMemoryFor : public SynthesisTest<Table> {
+ protected:
+  LackOfMemoryFor() {
+    this->synthesise();
+    before_ = this->stored_;
+    this->input_.outputSID = 1202;
+  }
+  ~LackOfMemoryFor() override { refuseSections = false; }
+
+  Table before_;
+};
+
+using Tables = testing::Types<PAT, SDT, PMT>;
+TYPED_TEST_SUITE(LackOfMemoryFor, Tables, );  // the comma: a variadic macro wants an argument
+
+TYPED_TEST(LackOfMemoryFor, ItsSectionsIsRaisedAndMovesNoVersion) {
+  refuseSections = true;
+  EXPECT_THROW(this->synthesise(), std::bad_alloc);
+  EXPECT_EQ(this->stored_, this->before_);
+  refuseSections = false;
+  EXPECT_EQ(this->synthesise(), 0);
+  EXPECT_EQ(this->stored_.version, this->before_.version + 1);
+}
+
+/** Runs `action` with one of its allocations, the one after `allowed`, failing. False when it makes
+ * fewer. */
+template <class Action>
+bool lacksMemory(size_t allowed, Action action) {
+  const AllocationHook failing(
+      1, [] { throw std::bad_alloc(); }, allowed);
+  try {
+    action();
+  } catch (const std::bad_alloc&) {
+    EXPECT_TRUE(failing.triggered());
+  }
+  return failing.triggered();
+}
+
+TYPED_TEST(LackOfMemoryFor, AnythingOfItMovesNoVersion) {
+  size_t allowed = 0;
+  while (lacksMemory(allowed, [this] { this->synthesise(); })) {
+    ASSERT_EQ(this->stored_, this->before_) << allowed;
+    ++allowed;
+  }
+  EXPECT_GT(allowed, 5U);
+  EXPECT_EQ(this->stored_.version, this->before_.version + 1);
+  EXPECT_EQ(this->stored_, this->output());
+}
+
+class LackOfMemory : public OutputDataTest {
+ protected:
+  LackOfMemory() {
+    request_.outputs[1] = describe(50);
+    request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
+  }
+  ~LackOfMemory() override { refuseSections = false; }
+};
+
+TEST_F(LackOfMemory, AtAnyPointOfARequestChangesNoLaterAnswer) {
+  ask();
+  const OutputConfigurations undisturbed = answer_;
+  const auto stored = stores_.stores;
+  size_t allowed = 0;
+  for (bool lacking = true; lacking; ++allowed) {
+    stores_.stores.clear();
+    EXPECT_NO_THROW(lacking = lacksMemory(allowed, [this] { ask(); }));
+    ask();
+    ASSERT_EQ(answer_, undisturbed) << allowed;
+    ASSERT_EQ(stores_.stores, stored) << allowed;
+  }
+  EXPECT_GT(allowed, 100U);
+}
+
+TEST_F(LackOfMemory, LeavesAnOutputWithoutSectionsOutOfTheAnswer) {
+  refuseSections = true;
+  ask();
+  EXPECT_THAT(answer_, testing::IsEmpty());
+  EXPECT_EQ(stores_.stores[kInputProgram], TableStore());
+  EXPECT_EQ(fake::timesLogged(3, "inputSID [003401] globalSID [000050] not served: std::bad_alloc"),
+            1);
+}
+
+}  // namespace
+}  // namespace tevra::test
