@@ -9,11 +9,13 @@ std::vector<Descriptor> narrowed(const std::vector<Descriptor>& descriptors) {
   std::vector<Descriptor> result;
   result.reserve(descriptors.size());
   for (const Descriptor& descriptor : descriptors) {
-    if (fitsSection(descriptor)) {
-      Descriptor& copy = result.emplace_back();
-      copy.tag = static_cast<uint8_t>(descriptor.tag);
-      copy.data = descriptor.data;
+    if (!fitsSection(descriptor)) {
+      logLeftOut(descriptor);
+      continue;
     }
+    Descriptor& copy = result.emplace_back();
+    copy.tag = static_cast<uint8_t>(descriptor.tag);
+    copy.data = descriptor.data;
   }
   return result;
 }

@@ -55,13 +55,9 @@ dvbpsi_sdt_service_t& ServiceAppender::add(const SDTService& source) {
   return *service;
 }
 
-bool fitsSection(const Descriptor& descriptor) {
-  if (descriptor.data.size() <= kMaxDescriptorPayload) {
-    return true;
-  }
+void logLeftOut(const Descriptor& descriptor) {
   log_function(kLogWarning, kNoTag, "Descriptor [0x%02x] of [%d] bytes left out",
                static_cast<unsigned>(descriptor.tag), static_cast<int>(descriptor.data.size()));
-  return false;
 }
 
 DecodableDescriptor::DecodableDescriptor(const Descriptor& record) {
@@ -77,10 +73,12 @@ DecodableDescriptor::~DecodableDescriptor() {
 void toDvbpsi(const std::vector<Descriptor>& descriptors, dvbpsi_descriptor_t*& first) {
   DescriptorAppender appender(first);
   for (const Descriptor& descriptor : descriptors) {
-    if (fitsSection(descriptor)) {
-      appender.add(static_cast<uint8_t>(descriptor.tag), bytesOf(descriptor.data),
-                   static_cast<uint8_t>(descriptor.data.size()));
+    if (!fitsSection(descriptor)) {
+      logLeftOut(descriptor);
+      continue;
     }
+    appender.add(static_cast<uint8_t>(descriptor.tag), bytesOf(descriptor.data),
+                 static_cast<uint8_t>(descriptor.data.size()));
   }
 }
 

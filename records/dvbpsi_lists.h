@@ -81,8 +81,13 @@ inline const uint8_t* bytesOf(const std::string& text) {
   return reinterpret_cast<const uint8_t*>(text.data());
 }
 
-/** Whether a section can hold the descriptor; a level-4 line when its payload exceeds 255 bytes. */
-[[nodiscard]] bool fitsSection(const Descriptor& descriptor);
+/** Whether a section can hold the descriptor. */
+[[nodiscard]] inline bool fitsSection(const Descriptor& descriptor) {
+  return descriptor.data.size() <= kMaxDescriptorPayload;
+}
+
+/** The level-4 line of a descriptor that does not fit a section, where it is left out. */
+void logLeftOut(const Descriptor& descriptor);
 
 /**
  * A record's descriptor for libdvbpsi's decoders, which only read the payload: it is not copied.

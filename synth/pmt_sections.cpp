@@ -19,8 +19,7 @@ constexpr size_t kMaxSections = 256;
 
 /** In a section; one that exceeds its own 8-bit length never reaches any, see toDvbpsi. */
 size_t sizeOf(const Descriptor& descriptor) {
-  const size_t payload = descriptor.data.size();
-  return payload <= kMaxDescriptorPayload ? kDescriptorHeader + payload : 0;
+  return fitsSection(descriptor) ? kDescriptorHeader + descriptor.data.size() : 0;
 }
 
 size_t sizeOf(const std::vector<Descriptor>& descriptors) {

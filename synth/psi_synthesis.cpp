@@ -95,12 +95,16 @@ SDT candidateSdt(const ServiceWorkRecord& work, int32_t version) {
 
 /** The first service descriptor that a section can hold; null when there is none. */
 const Descriptor* firstServiceDescriptor(const SDTService& service) {
-  const auto found = std::find_if(
-      service.descriptors.begin(), service.descriptors.end(), [](const Descriptor& descriptor) {
-        return static_cast<uint8_t>(descriptor.tag) == kServiceDescriptorTag &&
-               fitsSection(descriptor);
-      });
-  return found == service.descriptors.end() ? nullptr : &*found;
+  for (const Descriptor& descriptor : service.descriptors) {
+    if (static_cast<uint8_t>(descriptor.tag) != kServiceDescriptorTag) {
+      continue;
+    }
+    if (fitsSection(descriptor)) {
+      return &descriptor;
+    }
+    logLeftOut(descriptor);
+  }
+  return nullptr;
 }
 
 /** Replaces what is stored, as a whole or, short of memory, not at all. Only when the packets
