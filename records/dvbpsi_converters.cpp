@@ -3,24 +3,6 @@
 #include "records/dvbpsi_lists.h"
 
 namespace tevra::thrift::dvb_tables {
-namespace {
-
-std::vector<Descriptor> narrowed(const std::vector<Descriptor>& descriptors) {
-  std::vector<Descriptor> result;
-  result.reserve(descriptors.size());
-  for (const Descriptor& descriptor : descriptors) {
-    if (!fitsSection(descriptor)) {
-      logLeftOut(descriptor);
-      continue;
-    }
-    Descriptor& copy = result.emplace_back();
-    copy.tag = static_cast<uint8_t>(descriptor.tag);
-    copy.data = descriptor.data;
-  }
-  return result;
-}
-
-}  // namespace
 
 PAT d2tPAT(const dvbpsi_pat_t* table) {
   PAT record;
@@ -111,6 +93,40 @@ PmtPtr t2dPMT(const PMT& record) {
   return table;
 }
 
+SdtPtr t2dSDT(const SDT& record) {
+  SdtPtr table = allocated(SdtPtr(dvbpsi_sdt_new(
+      static_cast<uint8_t>(record.tableId), static_cast<uint16_t>(record.transportStreamId),
+      static_cast<uint8_t>(record.version), record.currentNext,
+      static_cast<uint16_t>(record.originalNetworkId))));
+  ServiceAppender services(*table);
+  for (const SDTService& source : record.services) {
+    toDvbpsi(source.descriptors, services.add(source).p_first_descriptor);
+  }
+  return table;
+}
+
+}  // namespace tevra::thrift::dvb_tables
+
+namespace tevra {
+namespace {
+
+std::vector<Descriptor> narrowed(const std::vector<Descriptor>& descriptors) {
+  std::vector<Descriptor> result;
+  result.reserve(descriptors.size());
+  for (const Descriptor& descriptor : descriptors) {
+    if (!fitsSection(descriptor)) {
+      logLeftOut(descriptor);
+      continue;
+    }
+    Descriptor& copy = result.emplace_back();
+    copy.tag = static_cast<uint8_t>(descriptor.tag);
+    copy.data = descriptor.data;
+  }
+  return result;
+}
+
+}  // namespace
+
 PMT narrowPMT(const PMT& record) {
   PMT narrow;
   narrow.programNumber = static_cast<uint16_t>(record.programNumber);
@@ -128,16 +144,4 @@ PMT narrowPMT(const PMT& record) {
   return narrow;
 }
 
-SdtPtr t2dSDT(const SDT& record) {
-  SdtPtr table = allocated(SdtPtr(dvbpsi_sdt_new(
-      static_cast<uint8_t>(record.tableId), static_cast<uint16_t>(record.transportStreamId),
-      static_cast<uint8_t>(record.version), record.currentNext,
-      static_cast<uint16_t>(record.originalNetworkId))));
-  ServiceAppender services(*table);
-  for (const SDTService& source : record.services) {
-    toDvbpsi(source.descriptors, services.add(source).p_first_descriptor);
-  }
-  return table;
-}
-
-}  // namespace tevra::thrift::dvb_tables
+}  // namespace tevra

@@ -29,7 +29,11 @@ namespace tevra::thrift::dvb_tables {
 [[nodiscard]] SdtPtr t2dSDT(const SDT& record);
 ///@}
 
+}  // namespace tevra::thrift::dvb_tables
+
+namespace tevra {
+
 /** What t2dPMT and d2tPMT together make of a PMT, without the way through libdvbpsi. */
 [[nodiscard]] PMT narrowPMT(const PMT& record);
 
-}  // namespace tevra::thrift::dvb_tables
+}  // namespace tevra

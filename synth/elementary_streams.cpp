@@ -146,7 +146,7 @@ bool keepElementaryStream(const PMTES& es, const WantedLanguages& wantedLanguage
 
 bool filterPmt(PMT& outPmt, PidList& pidList, const PAT& pat, const PMT& inPmt, bool filterAudio,
                const std::vector<AudioLanguage>& wantedLanguages) {
-  PMT pmt = thrift::dvb_tables::narrowPMT(inPmt);
+  PMT pmt = narrowPMT(inPmt);
   addPidItem(pidList, pmtPidOf(inPmt, pat), PidAttribute::Pmt);
   addPidItem(pidList, pmt.pcrPid, PidAttribute::Pcr);
   collectEcmPids(pidList, pmt.descriptors);

@@ -15,7 +15,6 @@ namespace {
 using thrift::dvb_tables::d2tPAT;
 using thrift::dvb_tables::d2tPMT;
 using thrift::dvb_tables::d2tSDT;
-using thrift::dvb_tables::narrowPMT;
 using thrift::dvb_tables::t2dCAT;
 using thrift::dvb_tables::t2dPAT;
 using thrift::dvb_tables::t2dPMT;
