@@ -1,5 +1,8 @@
 #include "cfdb/ca_descriptors.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "platform/module_utils.h"
 #include "records/dvbpsi_lists.h"
 
@@ -33,19 +36,22 @@ std::string remappedPayload(const Descriptor& descriptor, PidAllocator& pids) {
 
 }  // namespace
 
-std::vector<Descriptor> cfDescriptors(const std::vector<Descriptor>& descriptors, bool dropCA,
+std::vector<Descriptor> cfDescriptors(const std::vector<Descriptor>& descriptors,
                                       PidAllocator& pids) {
-  std::vector<Descriptor> result;
-  result.reserve(descriptors.size());
-  for (const Descriptor& descriptor : descriptors) {
-    if (descriptor.tag != kCaDescriptorTag) {
-      result.push_back(descriptor);
-    } else if (!dropCA) {
-      Descriptor& remapped = result.emplace_back();
-      remapped.tag = kCaDescriptorTag;
-      remapped.data = remappedPayload(descriptor, pids);
+  std::vector<Descriptor> result = descriptors;
+  for (Descriptor& descriptor : result) {
+    if (descriptor.tag == kCaDescriptorTag) {
+      descriptor.data = remappedPayload(descriptor, pids);
     }
   }
+  return result;
+}
+
+std::vector<Descriptor> withoutCaDescriptors(const std::vector<Descriptor>& descriptors) {
+  std::vector<Descriptor> result;
+  result.reserve(descriptors.size());
+  std::copy_if(descriptors.begin(), descriptors.end(), std::back_inserter(result),
+               [](const Descriptor& descriptor) { return descriptor.tag != kCaDescriptorTag; });
   return result;
 }
 

@@ -11,12 +11,16 @@ namespace tevra {
 inline constexpr int32_t kCaDescriptorTag = 0x09;
 
 /**
- * The conflict-free form of a descriptor loop, in the same order: CA descriptors are left out when
- * `dropCA`, otherwise their CA_PID is replaced by its output PID; every other descriptor is copied.
- * A CA descriptor that cannot be decoded is logged at level 3 and keeps its tag with an empty
- * payload. Raises std::bad_alloc.
+ * The conflict-free form of a descriptor loop, in the same order: of CA descriptors the CA_PID is
+ * replaced by its output PID. One that cannot be decoded is logged at level 3 and keeps its tag
+ * with an empty payload. Raises std::bad_alloc.
  */
 [[nodiscard]] std::vector<Descriptor> cfDescriptors(const std::vector<Descriptor>& descriptors,
-                                                    bool dropCA, PidAllocator& pids);
+                                                    PidAllocator& pids);
+
+/** What is left of a descriptor loop, in the same order, when CA descriptors are dropped: the
+ * contract's cfDescriptors has a flag for it. */
+[[nodiscard]] std::vector<Descriptor> withoutCaDescriptors(
+    const std::vector<Descriptor>& descriptors);
 
 }  // namespace tevra

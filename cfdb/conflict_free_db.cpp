@@ -10,9 +10,6 @@
 namespace tevra {
 namespace {
 
-constexpr bool kKeepCA = false;
-constexpr bool kDropCA = true;
-
 bool copyEIT(const EITMap& store, int32_t serviceId, int32_t tableId, EIT& out) {
   const auto tables = store.find(serviceId);
   return tables != store.end() && copyTable(tables->second, tableId, out);
@@ -52,7 +49,7 @@ PMT ConflictFreeDB::makeConflictFreePMT(const PMT& in) {
   pmt.version = in.version;
   pmt.currentNext = in.currentNext;
   pmt.pcrPid = pids_.getConflictFreePID(in.pcrPid);
-  pmt.descriptors = cfDescriptors(in.descriptors, kKeepCA, pids_);
+  pmt.descriptors = cfDescriptors(in.descriptors, pids_);
   for (const PMTES& stream : in.esList) {
     if (!isCarriedStreamType(stream.streamType)) {
       continue;
@@ -63,7 +60,7 @@ PMT ConflictFreeDB::makeConflictFreePMT(const PMT& in) {
     log_function(kLogDebug, kNoTag, "iES  PID [%05d/%04x] oES  PID [%05d/%04x]", stream.pid,
                  static_cast<unsigned>(stream.pid), remapped.pid,
                  static_cast<unsigned>(remapped.pid));
-    remapped.descriptors = cfDescriptors(stream.descriptors, kKeepCA, pids_);
+    remapped.descriptors = cfDescriptors(stream.descriptors, pids_);
   }
   return pmt;
 }
@@ -82,7 +79,7 @@ bool ConflictFreeDB::setConflictFreePMT(PMT& out, const PMT& in) {
 bool ConflictFreeDB::setConflictFreeCAT(CAT& out, const CAT& in) {
   MutexLock lock(cats_);
   CAT cat = in;
-  cat.descriptors = cfDescriptors(in.descriptors, kKeepCA, pids_);
+  cat.descriptors = cfDescriptors(in.descriptors, pids_);
   cats_.storeLocked(cat, "Guardo CAT en DB local!");
   return cats_.copyLocked(out);
 }
@@ -155,7 +152,7 @@ bool ConflictFreeDB::getOutputPMT(PMT& out, int32_t inputSID) {
     pmt.version = source.version;
     pmt.currentNext = source.currentNext;
     pmt.pcrPid = source.pcrPid;
-    pmt.descriptors = cfDescriptors(source.descriptors, kDropCA, pids_);
+    pmt.descriptors = withoutCaDescriptors(source.descriptors);
     for (const PMTES& stream : source.esList) {
       if (!isCarriedStreamType(stream.streamType)) {
         continue;
@@ -163,7 +160,7 @@ bool ConflictFreeDB::getOutputPMT(PMT& out, int32_t inputSID) {
       PMTES& copy = pmt.esList.emplace_back();
       copy.streamType = stream.streamType;
       copy.pid = stream.pid;
-      copy.descriptors = cfDescriptors(stream.descriptors, kDropCA, pids_);
+      copy.descriptors = withoutCaDescriptors(stream.descriptors);
     }
     out = std::move(pmt);
   }

@@ -56,8 +56,8 @@ void checkDropped(std::vector<Descriptor> in, const std::vector<Descriptor>& out
 
 void makeConflictFree(const std::vector<Descriptor>& descriptors) {
   PidAllocator pids(0);
-  checkKept(descriptors, cfDescriptors(descriptors, false, pids), pids);
-  checkDropped(descriptors, cfDescriptors(descriptors, true, pids));
+  checkKept(descriptors, cfDescriptors(descriptors, pids), pids);
+  checkDropped(descriptors, withoutCaDescriptors(descriptors));
 }
 
 void checkPids(const PidList& pids) {

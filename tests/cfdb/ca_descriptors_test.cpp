@@ -43,9 +43,6 @@ using testing::ElementsAreArray;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr bool kKeep = false;
-constexpr bool kDrop = true;
-
 const LogLine kCorrupted{3, "", "[cfDescriptors] corrupted ca descriptor."};
 
 /** Every byte value, over and over. */
@@ -62,7 +59,7 @@ class CaDescriptorsTest : public fake::PlatformTest {
   CaDescriptorsTest() { fake::clearLog(); }
 
   std::vector<Descriptor> remap(const std::vector<Descriptor>& descriptors) {
-    return cfDescriptors(descriptors, kKeep, pids_);
+    return cfDescriptors(descriptors, pids_);
   }
 
   /** True when no PID has been handed out yet. */
@@ -73,7 +70,7 @@ class CaDescriptorsTest : public fake::PlatformTest {
 
 TEST_F(CaDescriptorsTest, AnEmptyLoopStaysEmpty) {
   EXPECT_THAT(remap({}), IsEmpty());
-  EXPECT_THAT(cfDescriptors({}, kDrop, pids_), IsEmpty());
+  EXPECT_THAT(withoutCaDescriptors({}), IsEmpty());
   EXPECT_THAT(logLines(), IsEmpty());
 }
 
@@ -88,7 +85,7 @@ TEST_F(CaDescriptorsTest, DescriptorsOfOtherTagsAreCopied) {
       makeDescriptor(0x10009, bytes(5)),
   };
   EXPECT_EQ(remap(others), others);
-  EXPECT_EQ(cfDescriptors(others, kDrop, pids_), others);
+  EXPECT_EQ(withoutCaDescriptors(others), others);
   EXPECT_THAT(logLines(), IsEmpty());
   EXPECT_TRUE(nothingAllocated());
 }
@@ -170,14 +167,12 @@ TEST_F(CaDescriptorsTest, LackOfMemoryIsRaised) {
   EXPECT_THAT(remap({makeCaDescriptor(1, 0x100)}), ElementsAre(makeCaDescriptor(1, 101)));
 }
 
-TEST_F(CaDescriptorsTest, DroppingLeavesOutCaDescriptorsSilentlyAndAllocatesNothing) {
-  EXPECT_THAT(
-      cfDescriptors({makeCaDescriptor(1, 0x100), makeDescriptor(0x52, "a"), makeDescriptor(9, ""),
-                     makeCaDescriptor(2, 0x200, "x"), makeDescriptor(0x0A, "eng")},
-                    kDrop, pids_),
-      ElementsAre(makeDescriptor(0x52, "a"), makeDescriptor(0x0A, "eng")));
+TEST_F(CaDescriptorsTest, DroppingLeavesOutCaDescriptorsSilently) {
+  EXPECT_THAT(withoutCaDescriptors({makeCaDescriptor(1, 0x100), makeDescriptor(0x52, "a"),
+                                    makeDescriptor(9, ""), makeCaDescriptor(2, 0x200, "x"),
+                                    makeDescriptor(0x0A, "eng")}),
+              ElementsAre(makeDescriptor(0x52, "a"), makeDescriptor(0x0A, "eng")));
   EXPECT_THAT(logLines(), IsEmpty());
-  EXPECT_TRUE(nothingAllocated());
 }
 
 // Lengths. The length of a descriptor has 8 bits (ISO/IEC 13818-1, 2.6.1).
@@ -235,7 +230,7 @@ TEST_F(CaDescriptorsTest, AnOutputPidAbove13BitsIsCutInThePayloadAlone) {
   platform().moduleSlot = 14;  // 8900 to 9099
   PidAllocator pids(0);
   fake::clearLog();
-  EXPECT_THAT(cfDescriptors({makeCaDescriptor(1, 0x100, "x")}, kKeep, pids),
+  EXPECT_THAT(cfDescriptors({makeCaDescriptor(1, 0x100, "x")}, pids),
               ElementsAre(makeCaDescriptor(1, 8901 - 8192, "x")));
   EXPECT_EQ(pids.getInputPID(8901), 0x100);
   EXPECT_THAT(logLines(),
@@ -246,7 +241,7 @@ TEST_F(CaDescriptorsTest, AnOutputPidBelowZeroIsCutToo) {
   platform().moduleSlot = 2;  // -700 to -501
   PidAllocator pids(0);
   fake::clearLog();
-  EXPECT_THAT(cfDescriptors({makeCaDescriptor(1, 0x100)}, kKeep, pids),
+  EXPECT_THAT(cfDescriptors({makeCaDescriptor(1, 0x100)}, pids),
               ElementsAre(makeCaDescriptor(1, (65536 - 699) & 0x1FFF)));
   EXPECT_THAT(logLines(),
               ElementsAre(LogLine{7, "", "iDesc PID [00256/0100] oDesc PID [64837/fd45]"}));
