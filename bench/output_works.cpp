@@ -29,12 +29,12 @@ class BuildOutput : public Work {
   enum class Stored { kSame, kNothing };
 
   BuildOutput(ServiceSize size, Stored stored) : stored_(stored) {
-    work_.inputSID = kServiceId;
-    database_.setConflictFreePAT(work_.pat, samplePat());
-    work_.sdt = sampleSdt();
+    service_.inputSID = kServiceId;
+    database_.setConflictFreePAT(service_.pat, samplePat());
+    service_.sdt = sampleSdt();
     PMT ignored;
     database_.setConflictFreePMT(ignored, samplePmt(size.streams, size.descriptors));
-    (void)database_.getOutputPMT(work_.pmt, kServiceId);
+    (void)database_.getOutputPMT(pmt_, kServiceId);
     request_ = sampleRequest();
     run();
   }
@@ -49,14 +49,16 @@ class BuildOutput : public Work {
   void run() override {
     const OutputServiceDescription& output = request_.outputs.at(kServiceId);
     const LastNodeSettings& lastNode = request_.lastNodeSettings.at(kServiceId).front();
-    answer_ = OutputData(database_, stores_).buildOutput(work_, output, lastNode, {true, true});
+    answer_ =
+        OutputData(database_, stores_).buildOutput(service_, pmt_, output, lastNode, {true, true});
   }
 
  private:
   FixedOwner owner_;
   ConflictFreeDB database_{0, owner_};
   UnsavedStores stores_;
-  ServiceWorkRecord work_;
+  ServiceTables service_;
+  PMT pmt_;
   SrvOutputRequest request_;
   SPTSConfiguration answer_;
   const Stored stored_;

@@ -93,14 +93,19 @@ void checkPmt(const Received<PMT>& received, PMT sent, bool currentNext) {
   TORNEL_FUZZ_CHECK(received.table == expected);
 }
 
-ServiceWorkRecord makeWork(ByteSource& source) {
-  ServiceWorkRecord work;
-  work.pat = makePat(source);
-  work.sdt = makeSdt(source);
-  work.outputSID = source.number();
-  work.serviceName = source.text(300);
-  work.transportStreamId = source.number();
-  work.originalNetworkId = source.number();
+ServiceTables makeServiceTables(ByteSource& source) {
+  ServiceTables service;
+  service.pat = makePat(source);
+  service.sdt = makeSdt(source);
+  return service;
+}
+
+ServiceWorkRecord makeWork(const ServiceTables& service, ByteSource& source) {
+  ServiceWorkRecord work(service);
+  work.identity.outputSID = source.number();
+  work.identity.serviceName = source.text(300);
+  work.identity.transportStreamId = source.number();
+  work.identity.originalNetworkId = source.number();
   work.pmt = makePmt(source);
   return work;
 }
@@ -113,7 +118,7 @@ void setVersions(TableStore& store, ByteSource& source) {
 }
 
 void synthesise(Stores& stores, ServiceWorkRecord work) {
-  const auto pmtPid = findProgramPid(work.pmt.programNumber, work.pat) & 0x1FFF;
+  const auto pmtPid = findProgramPid(work.pmt.programNumber, work.service.pat) & 0x1FFF;
   saveSynthesisedTables(stores, work);
   const OutputTables& output = work.outputTables;
   const auto pat = receivePat(output.patPackets);
@@ -130,11 +135,12 @@ int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   using namespace tevra::fuzz;  // NOLINT(google-build-using-namespace): the target itself
   ByteSource source(bytes, size);
   Stores stores;
-  tevra::ServiceWorkRecord work = makeWork(source);
+  const tevra::ServiceTables service = makeServiceTables(source);
+  tevra::ServiceWorkRecord work = makeWork(service, source);
   setVersions(stores.tableStore(work.pmt.programNumber), source);
   synthesise(stores, work);
   synthesise(stores, work);  // the tables known, the versions kept
-  work.serviceName = source.text(300);
+  work.identity.serviceName = source.text(300);
   synthesise(stores, work);
   return 0;
 }

@@ -16,44 +16,27 @@ namespace {
 constexpr int32_t kLeavesChainHere = 0;
 constexpr int32_t kNextNodeWithCat = 1;
 
-/** A missing last-node entry is an error worth a line, but never ends the request. */
-void logNoLastNodeSettings() {
-  log_function(kLogError, kNoTag, "Output SPTS has no LastNodeSettings");
+/** Of one output; none, with an error line, where the request has no entry for it. */
+const std::vector<LastNodeSettings>& lastNodesOf(const SrvOutputRequest& request,
+                                                 int32_t globalSID) {
+  static const std::vector<LastNodeSettings> kNone;
+  const auto found = request.lastNodeSettings.find(globalSID);
+  if (found == request.lastNodeSettings.end()) {
+    log_function(kLogError, kNoTag, "Output SPTS has no LastNodeSettings");
+    return kNone;
+  }
+  return found->second;
 }
 
-void filterInto(ServiceWorkRecord& local, const ServiceWorkRecord& work,
-                const LastNodeSettings& lastNode) {
+/** Without the filter where the platform's conversion of languages raises std::out_of_range. */
+void filterInto(ServiceWorkRecord& work, const PMT& pmt, const LastNodeSettings& lastNode) {
   try {
-    filterPmt(local.pmt, local.pidItems, local.pat, work.pmt, lastNode.audioFilter != 0,
+    filterPmt(work.pmt, work.pidItems, work.service.pat, pmt, lastNode.audioFilter != 0,
               lastNode.audioLanguages);
   } catch (const std::out_of_range& exception) {
-    local.pmt = work.pmt;
+    work.pmt = pmt;
     std::cerr << "Out of Range error: " << exception.what() << '\n';
   }
-}
-
-/** A copy for one output, but for the PMT, which the filter makes anew. */
-ServiceWorkRecord copyForFilter(const ServiceWorkRecord& work) {
-  ServiceWorkRecord copy;
-  copy.inputSID = work.inputSID;
-  copy.pat = work.pat;
-  copy.sdt = work.sdt;
-  copy.pidItems = work.pidItems;
-  copy.outputTables = work.outputTables;
-  copy.outputSID = work.outputSID;
-  copy.serviceName = work.serviceName;
-  copy.transportStreamId = work.transportStreamId;
-  copy.outputParam = work.outputParam;
-  copy.originalNetworkId = work.originalNetworkId;
-  return copy;
-}
-
-void takeOutputIdentity(ServiceWorkRecord& local, const OutputServiceDescription& spts) {
-  local.outputSID = spts.outputSID;
-  local.serviceName = spts.serviceName;
-  local.transportStreamId = spts.transportStreamId;
-  local.originalNetworkId = spts.originalNetworkId;
-  local.outputParam = spts.outputParam;
 }
 
 }  // namespace
@@ -69,18 +52,19 @@ void OutputData::getSrvOutputData(OutputConfigurations& answer, const SrvOutputR
 }
 
 void OutputData::serve(OutputConfigurations& answer, const SrvOutputRequest& request) {
-  ServiceWorkRecord work;
-  if (!database_.getConflictFreePMT(work.pmt, request.inputSID)) {
+  PMT pmt;
+  if (!database_.getConflictFreePMT(pmt, request.inputSID)) {
     return;
   }
   log_function(kLogDebug, kNoTag, "inputSID [%06d] Match!!!", request.inputSID);
-  work.inputSID = request.inputSID;
+  ServiceTables service;
+  service.inputSID = request.inputSID;
   // Without a PAT or an SDT the synthesis goes on with what an empty table gives, and says so.
-  (void)database_.getConflictFreePAT(work.pat);
-  (void)database_.getConflictFreeSDT(work.sdt);
+  (void)database_.getConflictFreePAT(service.pat);
+  (void)database_.getConflictFreeSDT(service.sdt);
   for (const auto& [key, spts] : request.outputs) {
     try {
-      serveOutput(answer, request, spts, work);
+      serveOutput(answer, spts, lastNodesOf(request, spts.globalSID), service, pmt);
     } catch (const std::exception& exception) {
       log_function(kLogError, kNoTag, "inputSID [%06d] globalSID [%06d] not served: %s",
                    request.inputSID, spts.globalSID, exception.what());
@@ -88,88 +72,74 @@ void OutputData::serve(OutputConfigurations& answer, const SrvOutputRequest& req
   }
 }
 
-void OutputData::serveOutput(OutputConfigurations& answer, const SrvOutputRequest& request,
-                             const OutputServiceDescription& spts, ServiceWorkRecord& work) {
-  try {
-    serveFromLastNodes(answer, request, spts, work);
-  } catch (const std::out_of_range&) {
-    logNoLastNodeSettings();
-  }
-  if (answer.count(spts.globalSID) == 0) {
-    serveFallback(answer, request, spts, work);
-  }
-}
-
-void OutputData::serveFromLastNodes(OutputConfigurations& answer, const SrvOutputRequest& request,
-                                    const OutputServiceDescription& spts, ServiceWorkRecord& work) {
-  const auto& lastNodes = request.lastNodeSettings.at(spts.globalSID);
+void OutputData::serveOutput(OutputConfigurations& answer, const OutputServiceDescription& spts,
+                             const std::vector<LastNodeSettings>& lastNodes,
+                             const ServiceTables& service, PMT& pmt) {
   const auto direct =
       std::find_if(lastNodes.begin(), lastNodes.end(),
                    [&](const LastNodeSettings& node) { return node.globalSID == spts.globalSID; });
   if (direct != lastNodes.end()) {
-    serveDirect(answer, spts, *direct, work);
+    answer[direct->globalSID] = buildDirect(spts, *direct, service, pmt);
     return;
   }
   for (const LastNodeSettings& lastNode : lastNodes) {
-    serveListed(answer, spts, lastNode, work);
+    answer[lastNode.globalSID] = buildListed(spts, lastNode, service);
+  }
+  if (answer.count(spts.globalSID) == 0) {
+    answer[spts.globalSID] = buildFallback(spts, lastNodes, service, pmt);
   }
 }
 
-void OutputData::serveDirect(OutputConfigurations& answer, const OutputServiceDescription& spts,
-                             const LastNodeSettings& lastNode, ServiceWorkRecord& work) {
+SPTSConfiguration OutputData::buildDirect(const OutputServiceDescription& spts,
+                                          const LastNodeSettings& lastNode,
+                                          const ServiceTables& service, PMT& pmt) {
   log_function(kLogDebug, kNoTag,
                "Direct inputSID [%06d] globalSID [%06d] LN: globalSID [%06d] uniqueSID[%06d]",
-               work.inputSID, spts.globalSID, lastNode.globalSID, lastNode.uniqueSID);
+               service.inputSID, spts.globalSID, lastNode.globalSID, lastNode.uniqueSID);
   // Replaces the PMT for the outputs that follow, too: their fallback then has no ECM PIDs.
-  (void)database_.getOutputPMT(work.pmt, work.inputSID);
-  answer[lastNode.globalSID] = buildOutput(work, spts, lastNode, {true, true});
+  (void)database_.getOutputPMT(pmt, service.inputSID);
+  return buildOutput(service, pmt, spts, lastNode, {true, true});
 }
 
-void OutputData::serveListed(OutputConfigurations& answer, const OutputServiceDescription& spts,
-                             const LastNodeSettings& lastNode, const ServiceWorkRecord& work) {
+SPTSConfiguration OutputData::buildListed(const OutputServiceDescription& spts,
+                                          const LastNodeSettings& lastNode,
+                                          const ServiceTables& service) {
   log_function(kLogDebug, kNoTag,
                "inputSID [%06d] globalSID [%06d] LN: globalSID [%06d] uniqueSID[%06d]",
-               work.inputSID, spts.globalSID, lastNode.globalSID, lastNode.uniqueSID);
-  ServiceWorkRecord copy = work;
-  (void)database_.getOutputPMT(copy.pmt, copy.inputSID);  // known: its PMT was found above
-  answer[lastNode.globalSID] = buildOutput(copy, spts, lastNode, {false, true});
+               service.inputSID, spts.globalSID, lastNode.globalSID, lastNode.uniqueSID);
+  PMT pmt;
+  (void)database_.getOutputPMT(pmt, service.inputSID);  // known: its PMT was found above
+  return buildOutput(service, pmt, spts, lastNode, {false, true});
 }
 
-void OutputData::serveFallback(OutputConfigurations& answer, const SrvOutputRequest& request,
-                               const OutputServiceDescription& spts,
-                               const ServiceWorkRecord& work) {
+SPTSConfiguration OutputData::buildFallback(const OutputServiceDescription& spts,
+                                            const std::vector<LastNodeSettings>& lastNodes,
+                                            const ServiceTables& service, const PMT& pmt) {
   LastNodeSettings settings;
   settings.globalSID = spts.globalSID;
   settings.uniqueSID = spts.globalSID;
-  const auto lastNodes = request.lastNodeSettings.find(spts.globalSID);
-  if (lastNodes != request.lastNodeSettings.end()) {
-    combineAudioSelection(settings, lastNodes->second);
-  }
-  answer[spts.globalSID] = buildOutput(work, spts, settings, {true, false});
+  combineAudioSelection(settings, lastNodes);
+  return buildOutput(service, pmt, spts, settings, {true, false});
 }
 
-SPTSConfiguration OutputData::buildOutput(const ServiceWorkRecord& workingStore,
+SPTSConfiguration OutputData::buildOutput(const ServiceTables& service, const PMT& pmt,
                                           const OutputServiceDescription& spts,
                                           const LastNodeSettings& lastNode, BuildOptions options) {
-  ServiceWorkRecord local = copyForFilter(workingStore);
-  filterInto(local, workingStore, lastNode);
+  ServiceWorkRecord work(service);
+  filterInto(work, pmt, lastNode);
   log_function(kLogDebug, kNoTag, "Next node [%d]", spts.nextNode);
   if (!options.fromLastNode && spts.nextNode == kNextNodeWithCat) {
-    addEmmPids(local.pidItems);
+    addEmmPids(work.pidItems);
   }
-  local.outputTables.patPackets.clear();
-  local.outputTables.sdtPackets.clear();
-  local.outputTables.pmtPackets.clear();
-  local.outputTables.outputParam1 = lastNode.uniqueSID;
+  work.outputTables.outputParam1 = lastNode.uniqueSID;
   if (spts.nextNode == kLeavesChainHere) {
-    takeOutputIdentity(local, spts);
+    work.identity = spts;
   }
-  saveSynthesisedTables(stores_, local);
-  std::vector<PIDItem> pidItems = local.pidItems.take();
-  resolveInputPids(pidItems, options.remapPids);
+  saveSynthesisedTables(stores_, work);
   SPTSConfiguration configuration;
-  configuration.pidItems = std::move(pidItems);
-  configuration.outputTables = std::move(local.outputTables);
+  configuration.pidItems = work.pidItems.take();
+  resolveInputPids(configuration.pidItems, options.remapPids);
+  configuration.outputTables = std::move(work.outputTables);
   return configuration;
 }
 

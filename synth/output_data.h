@@ -42,26 +42,27 @@ class OutputData {
   };
 
   /**
-   * Builds one output from the service's tables in `workingStore`, which stays as it is.
-   * Synthesises and saves once.
+   * Builds one output of `service` from its conflict-free `pmt`, with CA descriptors or without.
+   * Synthesises and saves once. Raises std::bad_alloc, and what the platform's conversions raise.
    */
-  [[nodiscard]] SPTSConfiguration buildOutput(const ServiceWorkRecord& workingStore,
+  [[nodiscard]] SPTSConfiguration buildOutput(const ServiceTables& service, const PMT& pmt,
                                               const OutputServiceDescription& spts,
                                               const LastNodeSettings& lastNode,
                                               BuildOptions options);
 
  private:
   void serve(OutputConfigurations& answer, const SrvOutputRequest& request);
-  void serveOutput(OutputConfigurations& answer, const SrvOutputRequest& request,
-                   const OutputServiceDescription& spts, ServiceWorkRecord& work);
-  void serveFromLastNodes(OutputConfigurations& answer, const SrvOutputRequest& request,
-                          const OutputServiceDescription& spts, ServiceWorkRecord& work);
-  void serveDirect(OutputConfigurations& answer, const OutputServiceDescription& spts,
-                   const LastNodeSettings& lastNode, ServiceWorkRecord& work);
-  void serveListed(OutputConfigurations& answer, const OutputServiceDescription& spts,
-                   const LastNodeSettings& lastNode, const ServiceWorkRecord& work);
-  void serveFallback(OutputConfigurations& answer, const SrvOutputRequest& request,
-                     const OutputServiceDescription& spts, const ServiceWorkRecord& work);
+  void serveOutput(OutputConfigurations& answer, const OutputServiceDescription& spts,
+                   const std::vector<LastNodeSettings>& lastNodes, const ServiceTables& service,
+                   PMT& pmt);
+  SPTSConfiguration buildDirect(const OutputServiceDescription& spts,
+                                const LastNodeSettings& lastNode, const ServiceTables& service,
+                                PMT& pmt);
+  SPTSConfiguration buildListed(const OutputServiceDescription& spts,
+                                const LastNodeSettings& lastNode, const ServiceTables& service);
+  SPTSConfiguration buildFallback(const OutputServiceDescription& spts,
+                                  const std::vector<LastNodeSettings>& lastNodes,
+                                  const ServiceTables& service, const PMT& pmt);
   void addEmmPids(PidList& pidItems);
   void resolveInputPids(std::vector<PIDItem>& pidItems, bool remapPids);
 

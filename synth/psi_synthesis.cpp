@@ -43,22 +43,22 @@ DvbpsiHandle newHandle() {
  * section. */
 PAT candidatePat(const ServiceWorkRecord& work, int32_t version) {
   PAT pat;
-  pat.transportStreamId = static_cast<uint16_t>(work.transportStreamId);
+  pat.transportStreamId = static_cast<uint16_t>(work.identity.transportStreamId);
   pat.version = static_cast<uint8_t>(version);
-  pat.currentNext = work.pat.currentNext;
+  pat.currentNext = work.service.pat.currentNext;
   PATProgram& program = pat.programs.emplace_back();
-  program.programNumber = static_cast<uint16_t>(work.outputSID);
-  program.pid = static_cast<uint16_t>(findProgramPid(work.pmt.programNumber, work.pat));
+  program.programNumber = static_cast<uint16_t>(work.identity.outputSID);
+  program.pid = static_cast<uint16_t>(findProgramPid(work.pmt.programNumber, work.service.pat));
   return pat;
 }
 
 /** The name as the service descriptor carries it: DVB text up to its first zero byte, cut to what
  * fits. */
-std::string encodedServiceName(const ServiceWorkRecord& work) {
+std::string encodedServiceName(const OutputServiceDescription& identity) {
   std::string name;
-  if (!dvbTextFromUTF8(work.serviceName, name)) {
+  if (!dvbTextFromUTF8(identity.serviceName, name)) {
     log_function(kLogWarning, kNoTag, "[synthSDT] Service name cannot be encoded.");
-    name = "Noname" + std::to_string(work.outputSID);
+    name = "Noname" + std::to_string(identity.outputSID);
   }
   name.resize(std::min(name.find('\0'), name.size()));
   return cutDvbText(name, kMaxServiceName);
@@ -66,8 +66,8 @@ std::string encodedServiceName(const ServiceWorkRecord& work) {
 
 /** The descriptor loop of the output service. */
 std::vector<Descriptor> serviceDescriptors(const ServiceWorkRecord& work) {
-  const uint8_t type = findServiceType(work.pmt.programNumber, work.sdt);
-  const std::string name = encodedServiceName(work);
+  const uint8_t type = findServiceType(work.pmt.programNumber, work.service.sdt);
+  const std::string name = encodedServiceName(work.identity);
   dvbpsi_service_dr_t decoded{};
   decoded.i_service_type = type;
   decoded.i_service_provider_name_length = static_cast<uint8_t>(kProviderName.size());
@@ -82,12 +82,12 @@ std::vector<Descriptor> serviceDescriptors(const ServiceWorkRecord& work) {
 SDT candidateSdt(const ServiceWorkRecord& work, int32_t version) {
   SDT sdt;
   sdt.tableId = kSdtActualTableId;
-  sdt.transportStreamId = static_cast<uint16_t>(work.transportStreamId);
+  sdt.transportStreamId = static_cast<uint16_t>(work.identity.transportStreamId);
   sdt.version = static_cast<uint8_t>(version);
-  sdt.currentNext = work.sdt.currentNext;
-  sdt.originalNetworkId = static_cast<uint16_t>(work.originalNetworkId);
+  sdt.currentNext = work.service.sdt.currentNext;
+  sdt.originalNetworkId = static_cast<uint16_t>(work.identity.originalNetworkId);
   SDTService& service = sdt.services.emplace_back();
-  service.serviceId = static_cast<uint16_t>(work.outputSID);
+  service.serviceId = static_cast<uint16_t>(work.identity.outputSID);
   service.runningStatus = kRunning;
   service.descriptors = serviceDescriptors(work);
   return sdt;
@@ -201,8 +201,8 @@ int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt) {
     return 1;
   }
   PMT& pmt = workingStore.pmt;
-  const int16_t pmtPid = findProgramPid(pmt.programNumber, workingStore.pat);
-  pmt.programNumber = workingStore.outputSID;
+  const int16_t pmtPid = findProgramPid(pmt.programNumber, workingStore.service.pat);
+  pmt.programNumber = workingStore.identity.outputSID;
   pmt.version = storedPmt.version;
   const bool changed = pmtChanged(pmt, storedPmt);
   PMT output = changed ? pmt : storedPmt;

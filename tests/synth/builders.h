@@ -86,24 +86,30 @@ inline LastNodeSettings makeFilter(bool audioFilter, std::initializer_list<std::
   return settings;
 }
 
+/** Programme 3401, a television service, on PID 0x65. */
+inline ServiceTables makeServiceTables() {
+  ServiceTables service;
+  service.inputSID = kInputProgram;
+  service.pat = makePat(1001, {{kInputProgram, kPmtPid}});
+  service.pat.currentNext = true;
+  service.sdt = makeSdt({makeService(kInputProgram, {makeServiceDescriptor(0x19)})});
+  return service;
+}
+
 /**
- * Programme 3401 on PID 0x65, video on 0x66 (the PCR too) and Spanish audio on 0x67, television
- * service, on its way to output service 1201 of transport stream 7 in network 8.
+ * Programme 3401 with video on PID 0x66 (the PCR too) and Spanish audio on 0x67, on its way to
+ * output service 1201 of transport stream 7 in network 8.
  */
-inline ServiceWorkRecord makeWorkRecord() {
-  ServiceWorkRecord work;
-  work.inputSID = kInputProgram;
-  work.pat = makePat(1001, {{kInputProgram, kPmtPid}});
-  work.pat.currentNext = true;
-  work.sdt = makeSdt({makeService(kInputProgram, {makeServiceDescriptor(0x19)})});
+inline ServiceWorkRecord makeWorkRecord(const ServiceTables& service) {
+  ServiceWorkRecord work(service);
   work.pmt =
       makePmt(kInputProgram, 0x66,
               {makeStream(0x1B, 0x66), makeStream(4, 0x67, {makeLanguageDescriptor({"spa"})})});
   work.pmt.currentNext = true;
-  work.outputSID = 1201;
-  work.serviceName = "Uno HD";
-  work.transportStreamId = 7;
-  work.originalNetworkId = 8;
+  work.identity.outputSID = 1201;
+  work.identity.serviceName = "Uno HD";
+  work.identity.transportStreamId = 7;
+  work.identity.originalNetworkId = 8;
   return work;
 }
 

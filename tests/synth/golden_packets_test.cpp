@@ -39,7 +39,8 @@ class GoldenPackets : public fake::PlatformTest {
                  [](const Packets& packets) { return decodePmt(packets, 1201); });
   }
 
-  ServiceWorkRecord work_ = makeWorkRecord();
+  ServiceTables service_ = makeServiceTables();
+  ServiceWorkRecord work_ = makeWorkRecord(service_);
 };
 
 TEST_F(GoldenPackets, PatOfOneService) {
@@ -51,7 +52,7 @@ TEST_F(GoldenPackets, SdtOfATelevisionService) {
 }
 
 TEST_F(GoldenPackets, SdtWithTheLongestName) {
-  work_.serviceName = std::string(400, 'N');
+  work_.identity.serviceName = std::string(400, 'N');
   expectSdt("sdt_longest_name");
 }
 

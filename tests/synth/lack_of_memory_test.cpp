@@ -39,7 +39,7 @@ class LackOfMemoryFor : public SynthesisTest<Table> {
   LackOfMemoryFor() {
     this->synthesise();
     before_ = this->stored_;
-    this->input_.outputSID = 1202;
+    this->input_.identity.outputSID = 1202;
   }
   ~LackOfMemoryFor() override { refuseSections = false; }
 

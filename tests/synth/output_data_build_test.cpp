@@ -11,22 +11,24 @@ using testing::IsEmpty;
 using testing::Key;
 using testing::SizeIs;
 
-/** One output from a work record of the test's own. */
+/** One output from tables of the test's own. */
 class BuildOutput : public OutputDataTest {
  protected:
   BuildOutput() {
-    EXPECT_TRUE(database_.getConflictFreePMT(work_.pmt, kInputProgram));
-    EXPECT_TRUE(database_.getConflictFreePAT(work_.pat));
-    EXPECT_TRUE(database_.getConflictFreeSDT(work_.sdt));
-    work_.inputSID = kInputProgram;
+    EXPECT_TRUE(database_.getConflictFreePMT(pmt_, kInputProgram));
+    EXPECT_TRUE(database_.getConflictFreePAT(service_.pat));
+    EXPECT_TRUE(database_.getConflictFreeSDT(service_.sdt));
+    service_.inputSID = kInputProgram;
   }
 
   SPTSConfiguration build(OutputData::BuildOptions options, int32_t nextNode = 0) {
     fake::clearLog();
-    return data_.buildOutput(work_, describe(50, nextNode), makeLastNode(50, 500), options);
+    return data_.buildOutput(service_, pmt_, describe(50, nextNode), makeLastNode(50, 500),
+                             options);
   }
 
-  ServiceWorkRecord work_;
+  ServiceTables service_;
+  PMT pmt_;
 };
 
 TEST_F(BuildOutput, RemapsWhenTold) {
@@ -66,43 +68,21 @@ TEST_F(BuildOutput, NamesAnyNextNode) {
   }
 }
 
-TEST_F(BuildOutput, LeavesTheWorkRecordAsItIs) {
-  const ServiceWorkRecord before = work_;
-  (void)build({true, false});
-  EXPECT_EQ(work_.pmt, before.pmt);
-  EXPECT_EQ(work_.pidItems.items(), before.pidItems.items());
-  EXPECT_EQ(work_.outputTables, before.outputTables);
-  EXPECT_EQ(work_.outputSID, 0);
-  EXPECT_EQ(work_.serviceName, "");
+TEST_F(BuildOutput, StampsItsTablesWithTheUniqueIdOfTheLastNode) {
+  const OutputTables tables = build({false, true}).outputTables;
+  EXPECT_EQ(tables.outputParam1, 500);
+  EXPECT_EQ(tables.outputParam2, 0);
+  EXPECT_THAT(tables.otherPackets, IsEmpty());
+  EXPECT_THAT(sectionsOf(tables.patPackets, 0), SizeIs(1));
+  EXPECT_THAT(sectionsOf(tables.sdtPackets, 0x11), SizeIs(1));
+  EXPECT_THAT(sectionsOf(tables.pmtPackets, outputPid(kPmtIn)), SizeIs(1));
 }
 
-TEST_F(BuildOutput, StartsFromTheWorkRecordsListAndTables) {
-  addPidItem(work_.pidItems, 5, PidAttribute::Emm);
-  work_.outputTables.outputParam1 = 1;
-  work_.outputTables.outputParam2 = 2;
-  work_.outputTables.patPackets = {"old"};
-  work_.outputTables.sdtPackets = {"old"};
-  work_.outputTables.pmtPackets = {"old"};
-  work_.outputTables.otherPackets = {"other"};
-  const SPTSConfiguration built = build({false, true});
-  EXPECT_THAT(built.pidItems.at(0), pidItem(5, 0x20));
-  EXPECT_EQ(built.outputTables.outputParam1, 500);
-  EXPECT_EQ(built.outputTables.outputParam2, 2);
-  EXPECT_THAT(built.outputTables.otherPackets, ElementsAre("other"));
-  EXPECT_THAT(sectionsOf(built.outputTables.patPackets, 0), SizeIs(1));
-  EXPECT_THAT(sectionsOf(built.outputTables.sdtPackets, 0x11), SizeIs(1));
-  EXPECT_THAT(sectionsOf(built.outputTables.pmtPackets, outputPid(kPmtIn)), SizeIs(1));
-}
-
-TEST_F(BuildOutput, KeepsTheIdentityOfTheWorkRecordTowardsAnotherNode) {
-  work_.outputSID = 33;
-  work_.serviceName = "kept";
-  work_.transportStreamId = 34;
-  work_.originalNetworkId = 35;
+TEST_F(BuildOutput, HasTheIdentityThatIsDescribedOnlyWhereItLeavesTheChain) {
   const DVBOutputTables towards = build({true, true}, 2).outputTables.dvbTables;
-  EXPECT_EQ(towards.pmt.programNumber, 33);
-  EXPECT_EQ(towards.pat.transportStreamId, 34);
-  EXPECT_EQ(towards.sdt.originalNetworkId, 35);
+  EXPECT_EQ(towards.pmt.programNumber, 0);
+  EXPECT_EQ(towards.pat.transportStreamId, 0);
+  EXPECT_EQ(towards.sdt.originalNetworkId, 0);
   const DVBOutputTables leaving = build({true, true}, 0).outputTables.dvbTables;
   EXPECT_EQ(leaving.pmt.programNumber, 1201);
   EXPECT_EQ(leaving.pat.transportStreamId, 7);
@@ -110,7 +90,7 @@ TEST_F(BuildOutput, KeepsTheIdentityOfTheWorkRecordTowardsAnotherNode) {
 }
 
 TEST_F(BuildOutput, AnUnknownPidIs65535WhenRemapped) {
-  work_.pmt.esList.push_back(makeStream(6, 0x1ABC));
+  pmt_.esList.push_back(makeStream(6, 0x1ABC));
   EXPECT_THAT(build({true, true}).pidItems.back(), pidItem(65535, 0x1ABC, 0x08));
   EXPECT_TRUE(fake::logged(7, "iPID [65535] oPID [06844]"));
   EXPECT_THAT(build({false, true}).pidItems.back(), pidItem(0x1ABC, 0x08));
@@ -118,8 +98,8 @@ TEST_F(BuildOutput, AnUnknownPidIs65535WhenRemapped) {
 }
 
 TEST_F(BuildOutput, TwoUnknownPidsStayTwoItems) {
-  work_.pmt.esList.push_back(makeStream(6, 0x1ABC));
-  work_.pmt.esList.push_back(makeStream(6, 0x1ABD));
+  pmt_.esList.push_back(makeStream(6, 0x1ABC));
+  pmt_.esList.push_back(makeStream(6, 0x1ABD));
   EXPECT_THAT(build({true, true}).pidItems, SizeIs(8));
 }
 
@@ -129,8 +109,9 @@ TEST_F(BuildOutput, UsesTheStoreOfTheInputProgrammeAndSavesOnce) {
   EXPECT_THAT(stores_.written, SizeIs(1));
 }
 
-TEST_F(BuildOutput, AnEmptyWorkRecordGivesAnEmptyOutput) {
-  work_ = ServiceWorkRecord();
+TEST_F(BuildOutput, EmptyTablesGiveAnEmptyOutput) {
+  service_ = ServiceTables();
+  pmt_ = PMT();
   const SPTSConfiguration built = build({true, true}, 1);
   EXPECT_THAT(built.pidItems, ElementsAre(pidItem(65535, 0x666, 0x02), pidItem(65535, 0, 0x04)));
   EXPECT_THAT(built.outputTables.dvbTables.pmt.esList, IsEmpty());

@@ -64,6 +64,13 @@ class OutputFailures : public OutputDataTest {
     };
   }
 
+  /** The line of an output for which failOnNames has raised. */
+  static LogLine notServed(int32_t globalSID) {
+    return {3, "",
+            "inputSID [003401] globalSID [0000" + std::to_string(globalSID) +
+                "] not served: no such character"};
+  }
+
   int namesConverted_ = 0;
 };
 
@@ -109,25 +116,30 @@ TEST_F(OutputFailures, NothingGoesToStandardErrorOtherwise) {
   EXPECT_EQ(standardError.text(), "");
 }
 
-TEST_F(OutputFailures, AnOutOfRangeDirectOutputFallsBack) {
+TEST_F(OutputFailures, AnOutOfRangeErrorIsNotTakenForMissingSettings) {
   request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
   failOnNames({1});
   ask();
-  ASSERT_THAT(answer_, ElementsAre(Key(50)));
-  EXPECT_EQ(answer_[50].outputTables.outputParam1, 50);
-  EXPECT_THAT(fake::logLines(3), ElementsAre(kNoSettings));
-  EXPECT_THAT(answer_[50].pidItems, SizeIs(4));  // the PMT without CA descriptors stays
-  EXPECT_THAT(stores_.written, SizeIs(1));
+  EXPECT_THAT(answer_, IsEmpty());
+  EXPECT_THAT(fake::logLines(3), ElementsAre(notServed(50)));
+  EXPECT_THAT(stores_.written, IsEmpty());
 }
 
-TEST_F(OutputFailures, AnOutOfRangeListedOutputEndsTheListAndFallsBack) {
+TEST_F(OutputFailures, AListedOutputThatFailsEndsItsListWithoutAFallback) {
   request_.lastNodeSettings[50] = {makeLastNode(60, 600), makeLastNode(70, 700),
                                    makeLastNode(80, 800)};
   failOnNames({2});
   ask();
-  EXPECT_THAT(answer_, ElementsAre(Key(50), Key(60)));
-  EXPECT_THAT(fake::logLines(3), ElementsAre(kNoSettings));
-  EXPECT_THAT(answer_[50].pidItems, SizeIs(6));
+  EXPECT_THAT(answer_, ElementsAre(Key(60)));
+  EXPECT_THAT(fake::logLines(3), ElementsAre(notServed(50)));
+}
+
+TEST_F(OutputFailures, AFailedDirectOutputReplacesThePmtAllTheSame) {
+  request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
+  request_.outputs[2] = describe(51);
+  failOnNames({1});
+  ask();
+  EXPECT_THAT(answer_[51].pidItems, SizeIs(4));  // no ECM PIDs
 }
 
 TEST_F(OutputFailures, OneOutputsFailureLeavesTheOthersAlone) {
@@ -136,22 +148,17 @@ TEST_F(OutputFailures, OneOutputsFailureLeavesTheOthersAlone) {
   request_.outputs[2] = describe(51);
   failOnNames({1});
   ask();
-  EXPECT_THAT(answer_, ElementsAre(Key(50), Key(51)));
+  ASSERT_THAT(answer_, ElementsAre(Key(51)));
   EXPECT_EQ(answer_[51].outputTables.outputParam1, 510);
 }
 
-TEST_F(OutputFailures, AFallbackThatFailsTooIsToldOfAndTheOthersAreServed) {
+TEST_F(OutputFailures, AFallbackThatFailsIsToldOfAndTheOthersAreServed) {
   request_.outputs[2] = describe(51);
   request_.outputs[3] = describe(52);
   failOnNames({2});
   ask();
   EXPECT_THAT(answer_, ElementsAre(Key(50), Key(52)));
-  EXPECT_THAT(fake::logLines(3),
-              ElementsAre(kNoSettings, kNoSettings,
-                          LogLine{3, "",
-                                  "inputSID [003401] globalSID [000051] not served: no such "
-                                  "character"},
-                          kNoSettings));
+  EXPECT_THAT(fake::logLines(3), ElementsAre(kNoSettings, kNoSettings, notServed(51), kNoSettings));
 }
 
 TEST_F(OutputFailures, ALackOfMemoryCostsThatOutputAlone) {

@@ -74,7 +74,8 @@ TEST_F(PmtSectionLimits, EveryStreamThatDoesNotFitHasItsLineBeforeTheNumberOfSec
 }
 
 TEST_F(PmtSectionLimits, TheAnswersRecordKeepsWhatThePacketsCannotCarry) {
-  ServiceWorkRecord work = makeWorkRecord();
+  const ServiceTables service = makeServiceTables();
+  ServiceWorkRecord work = makeWorkRecord(service);
   work.pmt.esList[1].descriptors = makeFillers(4 * 257);
   PMT whole = work.pmt;
   whole.programNumber = 1201;
@@ -88,15 +89,12 @@ TEST_F(PmtSectionLimits, TheAnswersRecordKeepsWhatThePacketsCannotCarry) {
 }
 
 TEST_F(PmtSectionLimits, WhatIsLeftOutMovesNoVersionWhenItIsLeftOutAgain) {
-  const ServiceWorkRecord fresh = [] {
-    ServiceWorkRecord work = makeWorkRecord();
-    work.pmt.esList[1].descriptors = makeFillers(4 * 257);
-    return work;
-  }();
+  const ServiceTables service = makeServiceTables();
+  ServiceWorkRecord first = makeWorkRecord(service);
+  first.pmt.esList[1].descriptors = makeFillers(4 * 257);
+  ServiceWorkRecord second = first;
   PMT stored;
-  ServiceWorkRecord first = fresh;
   synthPMT(first, stored);
-  ServiceWorkRecord second = fresh;
   synthPMT(second, stored);
   EXPECT_EQ(stored.version, 1);
   EXPECT_EQ(first.outputTables, second.outputTables);
@@ -129,7 +127,8 @@ TEST_F(PmtSectionLimits, WhatIsBeyondThemIsLeftOut) {
 }
 
 TEST_F(PmtSectionLimits, TheAnswersRecordKeepsStreamsBeyondTheLastSection) {
-  ServiceWorkRecord work = makeWorkRecord();
+  const ServiceTables service = makeServiceTables();
+  ServiceWorkRecord work = makeWorkRecord(service);
   work.pmt.esList = pmtOfSections(kMostSections + 1).esList;
   PMT stored;
   EXPECT_EQ(synthPMT(work, stored), 0);

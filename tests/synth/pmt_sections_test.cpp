@@ -130,7 +130,8 @@ TEST_F(PmtSections, ATooLongDescriptorTakesNoRoom) {
 }
 
 TEST_F(PmtSections, TheSynthesisSendsAllSectionsOnOneCounter) {
-  ServiceWorkRecord work = makeWorkRecord();
+  const ServiceTables service = makeServiceTables();
+  ServiceWorkRecord work = makeWorkRecord(service);
   for (int32_t pid = 0x100; pid < 0x110; ++pid) {
     work.pmt.esList.push_back(makeStream(0x1B, pid, makeFillers(700)));
   }

@@ -33,7 +33,8 @@ class SavedTables : public fake::PlatformTest {
   }
 
   FakeTableStores owner_;
-  ServiceWorkRecord work_ = makeWorkRecord();
+  ServiceTables service_ = makeServiceTables();
+  ServiceWorkRecord work_ = makeWorkRecord(service_);
 };
 
 TEST_F(SavedTables, TheFirstTimeAllThreeTablesAreNew) {
@@ -53,7 +54,7 @@ TEST_F(SavedTables, TheEntryIsThatOfTheInputProgramme) {
 }
 
 TEST_F(SavedTables, TheProgrammeIsThatOfThePmtAndNotTheOneAskedFor) {
-  work_.inputSID = 5;
+  service_.inputSID = 5;
   const OutputTables tables = save();
   EXPECT_THAT(owner_.stores, ElementsAre(Key(kInputProgram)));
   EXPECT_EQ(tables.dvbTables.pat.programs.at(0).pid, kPmtPid);
@@ -103,13 +104,13 @@ TEST_F(SavedTables, AStreamMoreMovesTheVersionOfThePmtAlone) {
 
 TEST_F(SavedTables, AnotherNameMovesTheVersionOfTheSdtAlone) {
   save();
-  work_.serviceName = "Dos HD";
+  work_.identity.serviceName = "Dos HD";
   EXPECT_THAT(versions(), ElementsAre(1, 2, 1));
 }
 
 TEST_F(SavedTables, AnotherOutputServiceIdMovesAllVersions) {
   save();
-  work_.outputSID = 1202;
+  work_.identity.outputSID = 1202;
   EXPECT_THAT(versions(), ElementsAre(2, 2, 2));
   EXPECT_THAT(owner_.stores, ElementsAre(Key(kInputProgram)));
 }
@@ -125,7 +126,7 @@ TEST_F(SavedTables, VersionsGoOnFromARestoredStoreAndAround) {
 TEST_F(SavedTables, ThirtyTwoChangesLeadBackToTheSameVersion) {
   save();
   for (int i = 0; i < 32; ++i) {
-    work_.outputSID = 2000 + i;
+    work_.identity.outputSID = 2000 + i;
     save();
   }
   EXPECT_THAT(versions(), ElementsAre(1, 1, 1));
@@ -160,8 +161,8 @@ TEST_F(SavedTables, TheLinesNameTheMpts) {
 }
 
 TEST_F(SavedTables, AnAbsentProgrammeIsReportedByPatAndPmt) {
-  work_.pat = PAT();
-  work_.sdt = SDT();
+  service_.pat = PAT();
+  service_.sdt = SDT();
   save();
   EXPECT_THAT(fake::logLines(4), ElementsAre(LogLine{3, "", "ProgramNumber not found."},
                                              LogLine{4, "", "Service not found in STD!!"},

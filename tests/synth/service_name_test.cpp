@@ -43,7 +43,8 @@ class ServiceName : public fake::PlatformTest {
     return synthesised();
   }
 
-  ServiceWorkRecord work_ = makeWorkRecord();
+  ServiceTables service_ = makeServiceTables();
+  ServiceWorkRecord work_ = makeWorkRecord(service_);
 };
 
 TEST_F(ServiceName, IsWhatThePlatformMakesOfTheUtf8) {
@@ -67,11 +68,11 @@ TEST_F(ServiceName, ThatCannotBeConvertedIsNonameAndTheServiceId) {
 
 TEST_F(ServiceName, NonameHasTheServiceIdAsItStands) {
   convertTo(false, "");
-  work_.outputSID = 0;
+  work_.identity.outputSID = 0;
   EXPECT_EQ(synthesised(), "Noname0");
-  work_.outputSID = -1;
+  work_.identity.outputSID = -1;
   EXPECT_EQ(synthesised(), "Noname-1");
-  work_.outputSID = 2147483647;
+  work_.identity.outputSID = 2147483647;
   EXPECT_EQ(synthesised(), "Noname2147483647");
 }
 
@@ -153,7 +154,7 @@ TEST_F(ServiceName, InAOneByteTableIsCutAnywhere) {
 
 TEST_F(ServiceName, TheServiceTypeIsLookedUpBeforeTheNameIsConverted) {
   convertTo(false, "");
-  work_.sdt = SDT();
+  service_.sdt = SDT();
   SDT stored;
   synthSDT(work_, stored);
   EXPECT_THAT(fake::logLines(4),

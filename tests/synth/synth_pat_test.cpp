@@ -35,15 +35,15 @@ TEST_F(SynthPat, OneProgrammeTakesSixteenBytesAndOnePacket) {
 
 TEST_F(SynthPat, AnotherTransportStreamPidOrServiceMovesTheVersion) {
   synthesise();
-  input_.transportStreamId = 9;
+  input_.identity.transportStreamId = 9;
   synthesise();
   EXPECT_EQ(output().version, 2);
   EXPECT_EQ(stored_.transportStreamId, 9);
-  input_.pat.programs[0].pid = 0x99;
+  service_.pat.programs[0].pid = 0x99;
   synthesise();
   EXPECT_EQ(output().version, 3);
   EXPECT_EQ(output().programs[0].pid, 0x99);
-  input_.outputSID = 1202;
+  input_.identity.outputSID = 1202;
   synthesise();
   EXPECT_EQ(output().version, 4);
   EXPECT_EQ(stored_.programs[0].programNumber, 1202);
@@ -53,8 +53,8 @@ TEST_F(SynthPat, AnotherTransportStreamPidOrServiceMovesTheVersion) {
 
 TEST_F(SynthPat, OtherProgrammesOfTheInputDoNotMatter) {
   synthesise();
-  input_.pat = makePat(4711, {{1, 0x11}, {kInputProgram, kPmtPid}, {2, 0x22}});
-  input_.pat.currentNext = true;
+  service_.pat = makePat(4711, {{1, 0x11}, {kInputProgram, kPmtPid}, {2, 0x22}});
+  service_.pat.currentNext = true;
   synthesise();
   EXPECT_EQ(output().version, 1);
   EXPECT_THAT(fake::logLines(), ElementsAre(packetsMade(1)));
@@ -70,14 +70,14 @@ TEST_F(SynthPat, StoredProgrammesInExcessAreAChange) {
 
 TEST_F(SynthPat, AChangedPatTakesTheFlagOfTheInput) {
   stored_.currentNext = true;
-  input_.pat.currentNext = false;
+  service_.pat.currentNext = false;
   synthesise();
   EXPECT_FALSE(stored_.currentNext);
   EXPECT_FALSE(currentNextOf(section()));
 }
 
 TEST_F(SynthPat, AnAbsentProgrammeHasPidMinusOneInTheRecordAndAllOnesInTheSection) {
-  input_.pat.programs.clear();
+  service_.pat.programs.clear();
   EXPECT_EQ(synthesise(), 0);
   EXPECT_THAT(fake::logLines(),
               ElementsAre(LogLine{3, "", "ProgramNumber not found."}, saves(), packetsMade(1)));
@@ -88,13 +88,13 @@ TEST_F(SynthPat, AnAbsentProgrammeHasPidMinusOneInTheRecordAndAllOnesInTheSectio
 }
 
 TEST_F(SynthPat, OfSeveralProgrammesOfThatNumberTheLastGivesThePid) {
-  input_.pat = makePat(1, {{kInputProgram, 0x11}, {kInputProgram, 0x22}});
+  service_.pat = makePat(1, {{kInputProgram, 0x11}, {kInputProgram, 0x22}});
   synthesise();
   EXPECT_EQ(output().programs, makePat(7, {{1201, 0x22}}).programs);
 }
 
 TEST_F(SynthPat, APmtOnPidZeroIsInTheRecordAndNotInTheSection) {
-  input_.pat.programs[0].pid = 0;
+  service_.pat.programs[0].pid = 0;
   synthesise();
   EXPECT_EQ(output().programs, makePat(7, {{1201, 0}}).programs);
   EXPECT_EQ(stored_.programs, output().programs);
@@ -108,8 +108,8 @@ TEST_F(SynthPat, APmtOnPidZeroIsInTheRecordAndNotInTheSection) {
 }
 
 TEST_F(SynthPat, ValuesTooWideForASectionAreNarrowedOnceAndForAll) {
-  input_.transportStreamId = 0x12345;
-  input_.outputSID = 0x1F001;
+  input_.identity.transportStreamId = 0x12345;
+  input_.identity.outputSID = 0x1F001;
   synthesise();
   EXPECT_EQ(output().transportStreamId, 0x2345);
   EXPECT_EQ(output().programs, makePat(0, {{0xF001, kPmtPid}}).programs);

@@ -49,7 +49,7 @@ TEST_F(SynthPmt, TheFilteredPmtTakesNumberAndStoredVersionToo) {
   PMT expected = filtered_;
   expected.programNumber = 1201;
   expected.version = 17;  // the one before it moved
-  EXPECT_EQ(work_.pmt, expected);
+  EXPECT_EQ(work_->pmt, expected);
   EXPECT_EQ(output().version, 18);
 }
 
@@ -61,7 +61,7 @@ TEST_F(SynthPmt, AStreamMoreOrAnotherPcrMovesTheVersion) {
   filtered_.pcrPid = 0x67;
   synthesise();
   EXPECT_EQ(output().version, 3);
-  input_.outputSID = 1202;
+  input_.identity.outputSID = 1202;
   synthesise();
   EXPECT_EQ(output().version, 4);
   EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
@@ -70,7 +70,7 @@ TEST_F(SynthPmt, AStreamMoreOrAnotherPcrMovesTheVersion) {
 }
 
 TEST_F(SynthPmt, AnAbsentProgrammeIsSentOnTheLowBitsOfMinusOne) {
-  input_.pat.programs.clear();
+  service_.pat.programs.clear();
   EXPECT_EQ(synthesise(), 0);
   EXPECT_THAT(fake::logLines(),
               ElementsAre(LogLine{3, "", "ProgramNumber not found."}, saves(), packetsMade(1)));
@@ -78,13 +78,13 @@ TEST_F(SynthPmt, AnAbsentProgrammeIsSentOnTheLowBitsOfMinusOne) {
 }
 
 TEST_F(SynthPmt, ThePacketsTravelOnTheLastPidOfThatProgramme) {
-  input_.pat = makePat(1, {{kInputProgram, 0x11}, {kInputProgram, 0x22}, {1201, 0x33}});
+  service_.pat = makePat(1, {{kInputProgram, 0x11}, {kInputProgram, 0x22}, {1201, 0x33}});
   synthesise();
   EXPECT_THAT(sections(0x22), SizeIs(1));
 }
 
 TEST_F(SynthPmt, OnlyTheLowThirteenBitsOfItsPidAreSent) {
-  input_.pat.programs[0].pid = 0x2000 + 0x65;
+  service_.pat.programs[0].pid = 0x2000 + 0x65;
   synthesise();
   EXPECT_THAT(sections(), SizeIs(1));
 }
@@ -117,7 +117,7 @@ TEST_F(SynthPmt, FourHundredBytesTakeThreePackets) {
 }
 
 TEST_F(SynthPmt, TheNumberInTheRecordIsTheOneAskedForAndInTheSectionItsLowBits) {
-  input_.outputSID = 0x1F001;
+  input_.identity.outputSID = 0x1F001;
   synthesise();
   EXPECT_EQ(output().programNumber, 0x1F001);
   EXPECT_EQ(decodePmt(packets(), 0xF001).programNumber, 0xF001);

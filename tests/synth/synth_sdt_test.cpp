@@ -43,19 +43,19 @@ TEST_F(SynthSdt, TheSectionIsExactToTheByte) {
 
 TEST_F(SynthSdt, EveryPartOfTheOutputsIdentityMovesTheVersion) {
   synthesise();
-  input_.serviceName = "Dos";
+  input_.identity.serviceName = "Dos";
   synthesise();
   EXPECT_EQ(output().version, 2);
-  input_.transportStreamId = 17;
+  input_.identity.transportStreamId = 17;
   synthesise();
   EXPECT_EQ(output().version, 3);
-  input_.originalNetworkId = 18;
+  input_.identity.originalNetworkId = 18;
   synthesise();
   EXPECT_EQ(output().version, 4);
-  input_.outputSID = 1202;
+  input_.identity.outputSID = 1202;
   synthesise();
   EXPECT_EQ(output().version, 5);
-  input_.sdt.services[0].descriptors[0] = makeServiceDescriptor(0x02);
+  service_.sdt.services[0].descriptors[0] = makeServiceDescriptor(0x02);
   synthesise();
   EXPECT_EQ(output().version, 6);
   EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
@@ -65,21 +65,21 @@ TEST_F(SynthSdt, EveryPartOfTheOutputsIdentityMovesTheVersion) {
 
 TEST_F(SynthSdt, NothingElseOfTheInputMovesTheVersion) {
   synthesise();
-  SDTService& service = input_.sdt.services[0];
+  SDTService& service = service_.sdt.services[0];
   service.runningStatus = 1;
   service.eitSchedule = true;
   service.eitPresentFollowing = true;
   service.freeCA = true;
   service.descriptors.push_back(makeDescriptor(0x49, "ES"));
-  input_.sdt.services.push_back(makeService(9, {makeServiceDescriptor(1)}));
-  input_.sdt.tableId = 0x46;
-  input_.sdt.transportStreamId = 4711;
+  service_.sdt.services.push_back(makeService(9, {makeServiceDescriptor(1)}));
+  service_.sdt.tableId = 0x46;
+  service_.sdt.transportStreamId = 4711;
   synthesise();
   EXPECT_EQ(output(), firstSdt());
 }
 
 TEST_F(SynthSdt, AnUnknownServiceIsDescribedWithTypeZero) {
-  input_.sdt = SDT();
+  service_.sdt = SDT();
   EXPECT_EQ(synthesise(), 0);
   EXPECT_THAT(fake::logLines(),
               ElementsAre(LogLine{4, "", "Service not found in STD!!"}, saves(), packetsMade(1)));
@@ -87,14 +87,14 @@ TEST_F(SynthSdt, AnUnknownServiceIsDescribedWithTypeZero) {
 }
 
 TEST_F(SynthSdt, TheTypeIsThatOfTheInputServiceNotOfTheOutputs) {
-  input_.sdt = makeSdt({makeService(1201, {makeServiceDescriptor(0x02)}),
-                        makeService(kInputProgram, {makeServiceDescriptor(0x16)})});
+  service_.sdt = makeSdt({makeService(1201, {makeServiceDescriptor(0x02)}),
+                          makeService(kInputProgram, {makeServiceDescriptor(0x16)})});
   synthesise();
   EXPECT_EQ(byteAt(output().services.at(0).descriptors.at(0).data, 0), 0x16);
 }
 
 TEST_F(SynthSdt, TheLongestNameTakesTwoPackets) {
-  input_.serviceName = std::string(244, 'n');
+  input_.identity.serviceName = std::string(244, 'n');
   synthesise();
   EXPECT_EQ(section().size(), 11U + 5U + 257U + 4U);
   EXPECT_THAT(packets(), SizeIs(2));
@@ -102,9 +102,9 @@ TEST_F(SynthSdt, TheLongestNameTakesTwoPackets) {
 }
 
 TEST_F(SynthSdt, ValuesTooWideForASectionAreNarrowedOnceAndForAll) {
-  input_.transportStreamId = 0x12345;
-  input_.originalNetworkId = -1;
-  input_.outputSID = 0x1F001;
+  input_.identity.transportStreamId = 0x12345;
+  input_.identity.originalNetworkId = -1;
+  input_.identity.outputSID = 0x1F001;
   synthesise();
   EXPECT_EQ(output().transportStreamId, 0x2345);
   EXPECT_EQ(output().originalNetworkId, 0xFFFF);

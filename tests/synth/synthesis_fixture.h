@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "synth/psi_synthesis.h"
@@ -20,7 +22,6 @@ struct Synthesis;
     static constexpr const char* kName = #Table;                                                 \
     static constexpr auto kRun = synth##Table;                                                   \
     static constexpr int kPid = pid;                                                             \
-    static Table& input(ServiceWorkRecord& work) { return work.member; }                         \
     static const Table& record(const OutputTables& tables) { return tables.dvbTables.member; }   \
     static const Packets& packets(const OutputTables& tables) { return tables.member##Packets; } \
   };
@@ -51,14 +52,23 @@ class SynthesisTest : public fake::PlatformTest {
   /** As a call of its own has it: synthPMT gives the filtered PMT the output's number. */
   int synthesise() {
     fake::clearLog();
-    ServiceWorkRecord work = input_;
-    const int result = Way::kRun(work, stored_);
-    work_ = work;
-    return result;
+    work_.emplace(input_);
+    return Way::kRun(*work_, stored_);
   }
 
-  [[nodiscard]] const Table& output() const { return Way::record(work_.outputTables); }
-  [[nodiscard]] const Packets& packets() const { return Way::packets(work_.outputTables); }
+  /** What the table is made from. */
+  [[nodiscard]] Table& source() {
+    if constexpr (std::is_same_v<Table, PAT>) {
+      return service_.pat;
+    } else if constexpr (std::is_same_v<Table, SDT>) {
+      return service_.sdt;
+    } else {
+      return input_.pmt;
+    }
+  }
+
+  [[nodiscard]] const Table& output() const { return Way::record(work_->outputTables); }
+  [[nodiscard]] const Packets& packets() const { return Way::packets(work_->outputTables); }
   [[nodiscard]] std::vector<std::string> sections(int pid = Way::kPid) const {
     return sectionsOf(packets(), pid);
   }
@@ -66,8 +76,9 @@ class SynthesisTest : public fake::PlatformTest {
 
   static fake::LogLine saves() { return test::saves<Table>(); }
 
-  ServiceWorkRecord input_ = makeWorkRecord();
-  ServiceWorkRecord work_;  ///< as the last synthesis left it
+  ServiceTables service_ = makeServiceTables();
+  ServiceWorkRecord input_ = makeWorkRecord(service_);
+  std::optional<ServiceWorkRecord> work_;  ///< as the last synthesis left it
   Table stored_;
 };
 

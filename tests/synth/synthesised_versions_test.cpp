@@ -42,7 +42,7 @@ TYPED_TEST(SynthesisedVersion, StaysASecondTimeAndNothingIsSaved) {
 
 TYPED_TEST(SynthesisedVersion, IsNotMovedByTheCurrentNextFlagWhichIsSentAllTheSame) {
   this->synthesise();
-  TestFixture::Way::input(this->input_).currentNext = false;
+  this->source().currentNext = false;
   this->synthesise();
   EXPECT_THAT(fake::logLines(), ElementsAre(packetsMade(1)));
   this->expectVersion(1);
@@ -53,7 +53,7 @@ TYPED_TEST(SynthesisedVersion, IsNotMovedByTheCurrentNextFlagWhichIsSentAllTheSa
 }
 
 TYPED_TEST(SynthesisedVersion, IsNotTheInputs) {
-  TestFixture::Way::input(this->input_).version = 22;
+  this->source().version = 22;
   this->synthesise();
   this->expectVersion(1);
 }
