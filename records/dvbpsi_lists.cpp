@@ -56,11 +56,13 @@ dvbpsi_sdt_service_t& ServiceAppender::add(const SDTService& source) {
 }
 
 void logLeftOut(const Descriptor& descriptor) {
+  assert(!fitsSection(descriptor));
   log_function(kLogWarning, kNoTag, "Descriptor [0x%02x] of [%d] bytes left out",
                static_cast<unsigned>(descriptor.tag), static_cast<int>(descriptor.data.size()));
 }
 
 DecodableDescriptor::DecodableDescriptor(const Descriptor& record) {
+  assert(fitsSection(record));
   descriptor_.i_tag = static_cast<uint8_t>(record.tag);
   descriptor_.i_length = static_cast<uint8_t>(record.data.size());
   descriptor_.p_data = mutableBytes(bytesOf(record.data));

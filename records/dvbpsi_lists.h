@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cassert>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,9 @@ namespace tevra {
 class DescriptorAppender {
  public:
   /** `first` is the table's own pointer to its loop. */
-  explicit DescriptorAppender(dvbpsi_descriptor_t*& first) : first_(first) {}
+  explicit DescriptorAppender(dvbpsi_descriptor_t*& first) : first_(first) {
+    assert(first == nullptr);
+  }
 
   /** Copies `length` bytes of payload, without tag and length. */
   void add(uint8_t tag, const uint8_t* payload, uint8_t length);
@@ -35,7 +38,9 @@ class DescriptorAppender {
 class ProgramAppender {
  public:
   /** `pat` has no programme yet. */
-  explicit ProgramAppender(dvbpsi_pat_t& pat) : pat_(pat) {}
+  explicit ProgramAppender(dvbpsi_pat_t& pat) : pat_(pat) {
+    assert(pat.p_first_program == nullptr);
+  }
 
   /** Adds nothing for PID 0, which libdvbpsi refuses. */
   void add(uint16_t number, uint16_t pid);
@@ -49,7 +54,7 @@ class ProgramAppender {
 class StreamAppender {
  public:
   /** `pmt` has no stream yet. */
-  explicit StreamAppender(dvbpsi_pmt_t& pmt) : pmt_(pmt) {}
+  explicit StreamAppender(dvbpsi_pmt_t& pmt) : pmt_(pmt) { assert(pmt.p_first_es == nullptr); }
 
   /** The new stream, without descriptors, as part of the table. */
   dvbpsi_pmt_es_t& add(uint8_t type, uint16_t pid);
@@ -63,7 +68,9 @@ class StreamAppender {
 class ServiceAppender {
  public:
   /** `sdt` has no service yet. */
-  explicit ServiceAppender(dvbpsi_sdt_t& sdt) : sdt_(sdt) {}
+  explicit ServiceAppender(dvbpsi_sdt_t& sdt) : sdt_(sdt) {
+    assert(sdt.p_first_service == nullptr);
+  }
 
   /** The new service as part of the table; `source` gives everything but the descriptors. */
   dvbpsi_sdt_service_t& add(const SDTService& source);

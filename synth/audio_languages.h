@@ -46,8 +46,7 @@ void mergeLanguages(LanguageList& target, const std::vector<AudioLanguage>& sour
 
 /**
  * Combines the audio filters of all last nodes of an output: on only if every entry filters, and
- * then for the union of their languages. `combined` starts with the filter off and no languages; no
- * entries leave it so.
+ * then for the union of their languages and those of `combined`, which no entries leave as it is.
  */
 void combineAudioSelection(LastNodeSettings& combined,
                            const std::vector<LastNodeSettings>& entries);

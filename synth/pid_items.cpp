@@ -1,6 +1,7 @@
 #include "synth/pid_items.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 #include "cfdb/ca_descriptors.h"
@@ -29,6 +30,7 @@ PIDItem* PidList::find(int32_t inputPid) {
 }
 
 PIDItem& PidList::append(int32_t pid) {
+  assert(find(pid) == nullptr);
   if (items_.empty()) {
     items_.reserve(kUsualItems);
   }

@@ -1,5 +1,6 @@
 #include "synth/pmt_sections.h"
 
+#include <cassert>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -94,6 +95,7 @@ class Splitter {
   }
 
   void makeRoom(size_t size) {
+    assert(size <= kMaxBody);
     if (used_ + size > kMaxBody) {
       open();
     }
@@ -117,6 +119,7 @@ void limitSections(std::vector<PMT>& tables) {
 
 /** Numbers the chain's sections, which were generated as sections of their own. */
 void renumber(dvbpsi_t& handle, dvbpsi_psi_section_t* sections, size_t count) {
+  assert(count <= kMaxSections);
   uint8_t number = 0;
   for (auto* section = sections; section != nullptr; section = section->p_next) {
     section->i_number = number++;
@@ -126,6 +129,7 @@ void renumber(dvbpsi_t& handle, dvbpsi_psi_section_t* sections, size_t count) {
 }
 
 SectionsPtr generateSection(dvbpsi_t& handle, const PMT& pmt) {
+  assert(fitsOneSection(pmt));
   const PmtPtr table = thrift::dvb_tables::t2dPMT(pmt);
   return allocated(SectionsPtr(dvbpsi_pmt_sections_generate(&handle, table.get())));
 }

@@ -1,6 +1,7 @@
 #include "synth/psi_synthesis.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -68,6 +69,7 @@ std::string encodedServiceName(const OutputServiceDescription& identity) {
 std::vector<Descriptor> serviceDescriptors(const ServiceWorkRecord& work) {
   const uint8_t type = findServiceType(work.pmt.programNumber, work.service.sdt);
   const std::string name = encodedServiceName(work.identity);
+  assert(name.size() <= kMaxServiceName);
   dvbpsi_service_dr_t decoded{};
   decoded.i_service_type = type;
   decoded.i_service_provider_name_length = static_cast<uint8_t>(kProviderName.size());
