@@ -120,31 +120,26 @@ void store(Table& stored, Table table) {
 }  // namespace
 
 int16_t findProgramPid(int32_t programNumber, const PAT& pat) {
-  bool found = false;
-  int16_t pid = -1;
-  for (const PATProgram& program : pat.programs) {
-    if (program.programNumber == programNumber) {
-      pid = static_cast<int16_t>(program.pid);
-      found = true;
-    }
-  }
-  if (!found) {
+  const auto last = std::find_if(
+      pat.programs.rbegin(), pat.programs.rend(),
+      [&](const PATProgram& program) { return program.programNumber == programNumber; });
+  if (last == pat.programs.rend()) {
     log_function(kLogError, kNoTag, "ProgramNumber not found.");
+    return -1;
   }
-  return pid;
+  return static_cast<int16_t>(last->pid);
 }
 
 uint8_t findServiceType(int32_t serviceId, const SDT& sdt) {
   for (const SDTService& service : sdt.services) {
-    const Descriptor* descriptor = static_cast<uint16_t>(service.serviceId) == serviceId
-                                       ? firstServiceDescriptor(service)
-                                       : nullptr;
-    if (descriptor == nullptr) {
+    if (static_cast<uint16_t>(service.serviceId) != serviceId) {
       continue;
     }
-    DecodableDescriptor source(*descriptor);
-    if (const dvbpsi_service_dr_t* decoded = dvbpsi_DecodeServiceDr(source.get())) {
-      return decoded->i_service_type;
+    if (const Descriptor* descriptor = firstServiceDescriptor(service)) {
+      DecodableDescriptor source(*descriptor);
+      if (const dvbpsi_service_dr_t* decoded = dvbpsi_DecodeServiceDr(source.get())) {
+        return decoded->i_service_type;
+      }
     }
   }
   log_function(kLogWarning, kNoTag, "Service not found in STD!!");
