@@ -131,6 +131,7 @@ void renumber(dvbpsi_t& handle, dvbpsi_psi_section_t* sections, size_t count) {
 SectionsPtr generateSection(dvbpsi_t& handle, const PMT& pmt) {
   assert(fitsOneSection(pmt));
   const PmtPtr table = thrift::dvb_tables::t2dPMT(pmt);
+  assureSection();
   return allocated(SectionsPtr(dvbpsi_pmt_sections_generate(&handle, table.get())));
 }
 

@@ -181,6 +181,7 @@ int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt) {
     sdt.version = nextVersion(storedSdt.version);
   }
   const SdtPtr table = t2dSDT(sdt);
+  assureSection();
   const SectionsPtr sections =
       allocated(SectionsPtr(dvbpsi_sdt_sections_generate(handle.get(), table.get())));
   packetizeSections(workingStore.outputTables.sdtPackets, makePacketTemplate(kSdtPid),

@@ -1,10 +1,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <new>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "records/dvbpsi.h"
 #include "tests/support/allocation_hook.h"
+#include "tests/support/sanitizers.h"
 #include "tests/synth/output_data_fixture.h"
 #include "tests/synth/synthesis_fixture.h"
 
@@ -83,6 +89,45 @@ TYPED_TEST(LackOfMemoryFor, AnythingOfItMovesNoVersion) {
   EXPECT_EQ(this->stored_, this->output());
 }
 
+/** Takes what memory there is, down to the last bytes, and keeps the process from getting more. */
+void exhaustMemory() {
+  const rlimit none{0, 0};
+  setrlimit(RLIMIT_AS, &none);
+  for (const size_t size : {65536U, 4096U, 512U, 64U, 16U}) {
+    for (void* volatile taken = std::malloc(size); taken != nullptr; taken = std::malloc(size)) {
+    }
+  }
+}
+
+/** How a process ends that runs `action` with `bytes` of memory left, in one piece: as waitpid
+ * tells it. */
+template <class Action>
+int statusWith(size_t bytes, Action action) {
+  const pid_t child = fork();
+  if (child == 0) {
+    void* volatile left = std::malloc(bytes);
+    exhaustMemory();
+    std::free(left);
+    try {
+      action();
+    } catch (const std::bad_alloc&) {
+    }
+    _exit(0);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  return status;
+}
+
+TYPED_TEST(LackOfMemoryFor, ItNeverEndsTheProcess) {
+  if (kHasForeignMemory) {
+    GTEST_SKIP() << "memory cannot be taken away here";
+  }
+  for (size_t bytes = 0; bytes < size_t{24} * 1024; bytes += 96) {
+    ASSERT_EQ(statusWith(bytes, [this] { this->synthesise(); }), 0) << bytes;
+  }
+}
+
 class LackOfMemory : public OutputDataTest {
  protected:
   LackOfMemory() {
@@ -104,7 +149,7 @@ TEST_F(LackOfMemory, AtAnyPointOfARequestChangesNoLaterAnswer) {
     ASSERT_EQ(answer_, undisturbed) << allowed;
     ASSERT_EQ(stores_.stores, stored) << allowed;
   }
-  EXPECT_GT(allowed, 100U);
+  EXPECT_GT(allowed, 50U);
 }
 
 TEST_F(LackOfMemory, LeavesAnOutputWithoutSectionsOutOfTheAnswer) {
