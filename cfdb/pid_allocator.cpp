@@ -89,7 +89,8 @@ uint16_t PidAllocator::getConflictFreePID(int32_t inputPid) {
 }
 
 void PidAllocator::warnIfExhausted(int64_t pid) {
-  if (pid <= pidPoolLast_ || exhaustionLogged_) {
+  const bool emptyPool = pidPoolLast_ < pidPoolFirst_;  // the module type has been refused
+  if (emptyPool || pid <= pidPoolLast_ || exhaustionLogged_) {
     return;
   }
   exhaustionLogged_ = true;

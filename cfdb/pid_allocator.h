@@ -23,8 +23,8 @@ inline constexpr int32_t kUnknownPid = 0xFFFF;
  *
  * The pool begins at 800 * (slot - 3) + 100 + chain * size. Allocation only counts up: the first
  * PID after a reset is the pool's first plus one, PIDs are never reused, and past the pool's end it
- * goes on counting, which is logged once per reset at level 4. No input PID is treated specially:
- * docs/contract.md, "First PID of a pool" and "No PID is special".
+ * goes on counting, which is logged once per reset at level 4, for an empty pool never. No input
+ * PID is treated specially: docs/contract.md, "First PID of a pool" and "No PID is special".
  *
  * Callable from any thread; every operation takes the PID lock, which is recursive. Callers may
  * hold a table lock, never the other way round.
