@@ -143,6 +143,7 @@ void SIControlSrvHandler::setCAT(const CAT& cat) {
 }
 
 void SIControlSrvHandler::setTOT(const TOT& tot) {
+  patience_ = {};
   inputDatabase_.setInputTOT(tot);
   TOT conflictFree;
   conflictFreeDatabase()->setConflictFreeTOT(conflictFree, tot);
@@ -151,7 +152,7 @@ void SIControlSrvHandler::setTOT(const TOT& tot) {
   } else if (updateTimeOffset(tot) && restampStoredEITs()) {
     saveEITVersions();
   }
-  (void)notifyTOT(notifyPort_, conflictFree);
+  (void)notifyTOT(notifyPort_, conflictFree, patience_);
 }
 
 /** Takes the offset that `tot` gives; true when the stored EITs must be restamped. */
@@ -186,6 +187,7 @@ bool SIControlSrvHandler::restampStoredEITs() {
 
 void SIControlSrvHandler::setEITPresentFollowing(const EITMap& eits) {
   log_function(kLogDebug, kNoTag, "setEITPresentFollowing");
+  patience_ = {};
   inputDatabase_.setInputEITpf(eits);
   if (timeOffsetValid()) {
     restampPresentFollowing(eits);
@@ -195,6 +197,7 @@ void SIControlSrvHandler::setEITPresentFollowing(const EITMap& eits) {
 
 void SIControlSrvHandler::setEITSchedule(const EITMap& eits) {
   log_function(kLogDebug, kNoTag, "setEITSchedule");
+  patience_ = {};
   inputDatabase_.setInputEITsch(eits);
   if (timeOffsetValid()) {
     restampSchedule(eits);
@@ -217,7 +220,7 @@ void SIControlSrvHandler::notifyRestamped(const EITMap& eits, GetRestamped get, 
   for (const auto& [serviceId, tables] : eits) {
     for (const auto& [tableId, received] : tables) {
       if ((conflictFreeDatabase()->*get)(restamped, serviceId, tableId)) {
-        (void)notify(notifyPort_, restamped);
+        (void)notify(notifyPort_, restamped, patience_);
       }
     }
   }

@@ -98,7 +98,7 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
 
  private:
   using GetRestamped = bool (ConflictFreeDB::*)(EIT&, int32_t serviceId, int32_t tableId);
-  using Notify = bool (*)(uint16_t port, const EIT&);
+  using Notify = bool (*)(uint16_t port, const EIT&, Patience&);
 
   // ConflictFreeDBOwner
   int64_t timeOffset() override EXCLUDES(tableStoreMutex_, eitVersionMutex_, timeMutex_);
@@ -140,6 +140,7 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf,
   Mutex timeMutex_;
 
   uint16_t notifyPort_ = 0;
+  Patience patience_;  ///< of the control call being served, where that may notify more than once
   SIService siService_;
   /** Loaded and aged before there is a server thread, then used on that alone; the lock is the
    * file's. */

@@ -26,11 +26,11 @@ using Client = thrift::in_module::im_SINotifySrvClientT<Protocol>;
 
 constexpr const char* kHost = "127.0.0.1";
 
-/** For connecting and sending together. */
-constexpr std::chrono::milliseconds kPatience(2000);
+/** Of every notification after one that has timed out: enough for a MainTask that takes calls. */
+constexpr std::chrono::milliseconds kPatienceAfterTimeOut(50);
 
-/** The kernel counts in ticks and may wake a sender a little early. */
-constexpr std::chrono::milliseconds kTick(100);
+/** The kernel counts in ticks, of 10 ms at the longest, and may wake a sender a tick early. */
+constexpr std::chrono::milliseconds kTick(10);
 
 /**
  * Gives up when its patience is at an end, counted from construction. The library's own sockets
@@ -39,17 +39,24 @@ constexpr std::chrono::milliseconds kTick(100);
  */
 class NotificationSocket : public TSocket {
  public:
-  explicit NotificationSocket(uint16_t port) : TSocket(kHost, port) {
+  NotificationSocket(uint16_t port, std::chrono::milliseconds patience)
+      : TSocket(kHost, port), end_(Clock::now() + patience) {
     // It bounds connecting too. A connection time-out would, but would also change the text of the
     // exception.
-    setSendTimeout(static_cast<int>(kPatience.count()));
+    setSendTimeout(static_cast<int>(patience.count()));
+    // The library's default resets the connection on close and so cuts off a large call that is
+    // still under way.
+    setLinger(false, 0);
   }
+
+  /** The last tick counts as the end: nothing can be told from a wait that ended in it. */
+  [[nodiscard]] bool timedOut() const { return remaining() <= kTick; }
 
   uint32_t write_partial(const uint8_t* bytes, uint32_t size) override {
     setSendTimeout(static_cast<int>(std::max(remaining(), kTick).count()));
     const uint32_t sent = TSocket::write_partial(bytes, size);
     // A part sent before the end is an error or a signal: the next send tells which.
-    if (sent < size && remaining() <= kTick) {
+    if (sent < size && timedOut()) {
       throw TTransportException(TTransportException::TIMED_OUT, "send timeout expired");
     }
     return sent;
@@ -62,37 +69,42 @@ class NotificationSocket : public TSocket {
     return std::chrono::duration_cast<std::chrono::milliseconds>(end_ - Clock::now());
   }
 
-  const Clock::time_point end_ = Clock::now() + kPatience;
+  const Clock::time_point end_;
 };
 
-std::shared_ptr<TSocket> makeSocket(uint16_t port) {
-  auto socket = std::make_shared<NotificationSocket>(port);
-  // The library's default resets the connection on close and so cuts off a large call that is still
-  // under way.
-  socket->setLinger(false, 0);
-  return socket;
-}
-
-/** One notification: `call` makes it on the client, `successLine` is logged when it has been made.
+/**
+ * One notification: `call` makes it on the client, `successLine` is logged when it has been made.
  */
 template <class Call>
-bool send(uint16_t port, int successLevel, const char* successLine, Call call) {
+bool send(uint16_t port, int successLevel, const char* successLine, Call call, Patience& patience) {
   if (port == 0) {
     log_function(kLogWarning, kNoTag, "Notification Port not set.");
     return false;
   }
+  const auto socket = std::make_shared<NotificationSocket>(port, patience.perNotification);
   try {
-    auto transport = std::make_shared<TFramedTransport>(makeSocket(port));
+    auto transport = std::make_shared<TFramedTransport>(socket);
     Client client(std::make_shared<Protocol>(transport));
     transport->open();
     call(client);
     log_function(successLevel, kNoTag, "%s", successLine);
     return true;
   } catch (const apache::thrift::TException& exception) {
+    // Only the clock tells a connection that timed out from one that was refused.
+    if (socket->timedOut()) {
+      patience.perNotification = kPatienceAfterTimeOut;
+    }
     log_function(kLogError, kNoTag, "Can't access to Notify server. EXCEPTION: %s",
                  exception.what());
     return false;
   }
+}
+
+/** The only notification of its control call. */
+template <class Call>
+bool send(uint16_t port, int successLevel, const char* successLine, Call call) {
+  Patience patience;
+  return send(port, successLevel, successLine, call, patience);
 }
 
 }  // namespace
@@ -139,9 +151,10 @@ bool notifyNIT(uint16_t port, const NIT& nit) {
               [&](Client& client) { client.notifyNIT(nit); });
 }
 
-bool notifyTOT(uint16_t port, const TOT& tot) {
-  return send(port, kLogDebug, "MainTask notified from SI (new TOT)!!!",
-              [&](Client& client) { client.notifyTOT(tot); });
+bool notifyTOT(uint16_t port, const TOT& tot, Patience& patience) {
+  return send(
+      port, kLogDebug, "MainTask notified from SI (new TOT)!!!",
+      [&](Client& client) { client.notifyTOT(tot); }, patience);
 }
 
 bool notifyBAT(uint16_t port, const BAT& bat) {
@@ -154,14 +167,16 @@ bool notifyCAT(uint16_t port, const CAT& cat) {
               [&](Client& client) { client.notifyCAT(cat); });
 }
 
-bool notifyEITPresentFollowing(uint16_t port, const EIT& eit) {
-  return send(port, kLogDebug, "MainTask notified from SI (new EIT pf)!!!",
-              [&](Client& client) { client.notifyEITPresentFollowing(eit); });
+bool notifyEITPresentFollowing(uint16_t port, const EIT& eit, Patience& patience) {
+  return send(
+      port, kLogDebug, "MainTask notified from SI (new EIT pf)!!!",
+      [&](Client& client) { client.notifyEITPresentFollowing(eit); }, patience);
 }
 
-bool notifyEITSchedule(uint16_t port, const EIT& eit) {
-  return send(port, kLogDebug, "MainTask notified from SI (new EITsch)!!!",
-              [&](Client& client) { client.notifyEITSchedule(eit); });
+bool notifyEITSchedule(uint16_t port, const EIT& eit, Patience& patience) {
+  return send(
+      port, kLogDebug, "MainTask notified from SI (new EITsch)!!!",
+      [&](Client& client) { client.notifyEITSchedule(eit); }, patience);
 }
 
 bool requestConfiguration(const NotificationTarget& target) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 #include "platform/module_utils.h"
 #include "tests/fakes/fake_main_task.h"
 #include "tests/fakes/fake_platform.h"
@@ -31,7 +33,12 @@ std::ostream& operator<<(std::ostream& out, const Method& method) {
 
 template <auto send, class Table>
 bool sendSample(uint16_t port) {
-  return send(port, sample<Table>());
+  if constexpr (std::is_invocable_v<decltype(send), uint16_t, Table>) {
+    return send(port, sample<Table>());
+  } else {
+    Patience patience;
+    return send(port, sample<Table>(), patience);
+  }
 }
 
 template <auto member, class Table>
@@ -126,8 +133,9 @@ TEST_F(MainTaskClient, AMainTaskThatComesLaterHearsWhatIsSaidThenAndNothingBefor
 
 TEST_F(MainTaskClient, EmptyTablesAreNotifiedToo) {
   fake::FakeMainTask mainTask;
+  Patience patience;
   EXPECT_TRUE(notifyPAT(kPort, PAT()));
-  EXPECT_TRUE(notifyEITSchedule(kPort, EIT()));
+  EXPECT_TRUE(notifyEITSchedule(kPort, EIT(), patience));
   ASSERT_TRUE(mainTask.waitFor(2));
   EXPECT_EQ(mainTask.received()[0].pat, PAT());
   EXPECT_EQ(mainTask.received()[1].eit, EIT());

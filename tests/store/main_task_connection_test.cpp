@@ -64,6 +64,11 @@ EIT eitOf(size_t bytes) {
   return eit;
 }
 
+bool sendSchedule(const RawMainTask& mainTask, const EIT& eit) {
+  Patience patience;
+  return notifyEITSchedule(mainTask.port(), eit, patience);
+}
+
 /** The EIT in the frame of a notifyEITSchedule call, which must be the whole of `bytes`. */
 EIT scheduleIn(const std::string& bytes) {
   TBinaryProtocol protocol(memoryOf(bytes));
@@ -141,8 +146,8 @@ TEST_F(MainTaskConnection, EveryNotificationHasAConnectionOfItsOwn) {
 
 TEST_F(MainTaskConnection, AMainTaskThatHangsUpIsOneFailureAndNotRetried) {
   RawMainTask mainTask;
-  std::future<bool> sent = std::async(
-      std::launch::async, [&] { return notifyEITSchedule(mainTask.port(), eitOf(12'000'000)); });
+  std::future<bool> sent =
+      std::async(std::launch::async, [&] { return sendSchedule(mainTask, eitOf(12'000'000)); });
   mainTask.accept();
   // In the middle of the call: its buffers are full by now.
   EXPECT_EQ(sent.wait_for(milliseconds(300)), std::future_status::timeout);
@@ -157,8 +162,8 @@ TEST_F(MainTaskConnection, AMainTaskThatHangsUpIsOneFailureAndNotRetried) {
 
 TEST_F(MainTaskConnection, AFailureLeavesTheNextNotificationNoneTheWorse) {
   RawMainTask mainTask;
-  std::future<bool> sent = std::async(
-      std::launch::async, [&] { return notifyEITSchedule(mainTask.port(), eitOf(12'000'000)); });
+  std::future<bool> sent =
+      std::async(std::launch::async, [&] { return sendSchedule(mainTask, eitOf(12'000'000)); });
   mainTask.accept();
   mainTask.reset();
   EXPECT_FALSE(sent.get());
@@ -175,7 +180,7 @@ TEST_F(MainTaskConnection, AFailureLeavesTheNextNotificationNoneTheWorse) {
 TEST_F(MainTaskConnection, WhatIsUnderWayWhenTheCallReturnsArrivesWhole) {
   RawMainTask mainTask;
   const EIT eit = eitOf(1'000'000);
-  EXPECT_TRUE(notifyEITSchedule(mainTask.port(), eit));
+  EXPECT_TRUE(sendSchedule(mainTask, eit));
   // The client has closed its side by now and this one has not read a byte.
   mainTask.accept();
   EXPECT_TRUE(scheduleIn(mainTask.readToEnd()) == eit);
@@ -186,7 +191,7 @@ TEST_F(MainTaskConnection, LackOfMemoryIsRaisedAndNotTakenForAFailingCall) {
   RawMainTask mainTask;
   const EIT eit = eitOf(1'000'000);
   const AllocationHook failing(size_t{256} * 1024, [] { throw std::bad_alloc(); });
-  EXPECT_THROW(notifyEITSchedule(mainTask.port(), eit), std::bad_alloc);
+  EXPECT_THROW(sendSchedule(mainTask, eit), std::bad_alloc);
   EXPECT_TRUE(fake::logLines().empty());
 }
 
@@ -194,7 +199,7 @@ TEST_F(MainTaskConnection, AReaderThatTakesItsTimeGetsALargeNotificationWhole) {
   RawMainTask mainTask;
   const EIT eit = eitOf(12'000'000);
   std::future<bool> sent =
-      std::async(std::launch::async, [&] { return notifyEITSchedule(mainTask.port(), eit); });
+      std::async(std::launch::async, [&] { return sendSchedule(mainTask, eit); });
   mainTask.accept();
   EXPECT_EQ(sent.wait_for(milliseconds(300)), std::future_status::timeout)
       << "the kernel's buffers take all of it: this tests nothing";
@@ -216,7 +221,7 @@ void expectToCostTheTimeOutOnce(Notify notify) {
 TEST_F(MainTaskConnection, AMainTaskThatNeverReadsCostsTheSendTimeOut) {
   RawMainTask mainTask;
   const EIT eit = eitOf(12'000'000);
-  expectToCostTheTimeOutOnce([&] { return notifyEITSchedule(mainTask.port(), eit); });
+  expectToCostTheTimeOutOnce([&] { return sendSchedule(mainTask, eit); });
   EXPECT_EQ(fake::logLines(),
             (std::vector<fake::LogLine>{
                 {kLogError, "", kFailure + std::string("send timeout expired")}}));
@@ -231,7 +236,7 @@ TEST_F(MainTaskConnection, AMainTaskThatHardlyReadsCostsTheSendTimeOutToo) {
     // The rest of what was under way comes in order, but the call is not whole.
     EXPECT_LT(mainTask.readToEnd(pauseMs).size(), size_t{12'000'000});
   });
-  expectToCostTheTimeOutOnce([&] { return notifyEITSchedule(mainTask.port(), eit); });
+  expectToCostTheTimeOutOnce([&] { return sendSchedule(mainTask, eit); });
   expectOneFailure();
   pauseMs = 0;
   reader.get();
@@ -255,7 +260,7 @@ TEST_F(MainTaskConnection, WhatConnectingTookIsNotGivenToSendingAgain) {
   });
   const EIT eit = eitOf(12'000'000);
   const auto start = Clock::now();
-  EXPECT_FALSE(notifyEITSchedule(mainTask.port(), eit));
+  EXPECT_FALSE(sendSchedule(mainTask, eit));
   EXPECT_LT(Clock::now() - start, kTimeout + milliseconds(700));
   expectOneFailure();
   room.get();
