@@ -23,9 +23,10 @@ uint8_t bin_2_bcd4(uint8_t value);
 [[nodiscard]] bool dvbTextFromUTF8(const std::string& utf8, std::string& dvb);
 
 /**
- * Maps an ISO 639-2 code to the bibliographic (English) one in lower case: "deu" to "ger", "ENG" to
- * "eng". `other` receives the terminological form. Returns false, with both outputs untouched, for
- * anything that is not three letters.
+ * By which code the language `code` of a stream, any three bytes, is asked for: a device may have
+ * one form for several, a host compares it as the stream writes it. `other` receives a second form,
+ * if there is one. Returns false, with both outputs untouched, for what is no language code; of
+ * three letters all are, those reserved for local use (ISO 639-2: "qaa" to "qtz") too.
  */
 [[nodiscard]] bool getEnglishAudioCode(const std::string& code, std::string& englishCode,
                                        std::string& other);

@@ -178,7 +178,7 @@ PMTES SoakCalls::audio(int32_t pid) {
   const int32_t languages = dice_.oneOf(std::vector<int32_t>{0, 1, 1, 1, 2});
   for (int32_t language = 0; language < languages; ++language) {
     const std::string type = dice_.percent(95) ? std::string(1, '\0') : "";  // cut short without
-    made.descriptors.push_back(descriptor(kLanguageTag, dice_.oneOf(soakLanguages()).code + type));
+    made.descriptors.push_back(descriptor(kLanguageTag, dice_.oneOf(soakLanguages()) + type));
   }
   addCa(made.descriptors, kFirstEcmPid, 15);
   return made;
@@ -339,7 +339,7 @@ LastNodeSettings SoakCalls::lastNodeOf(int32_t globalSID) {
   settings.audioFilter = dice_.oneOf(std::vector<int32_t>{0, 1, 1, 1, 2});
   for (int32_t language = dice_.below(4); language > 0; --language) {
     settings.audioLanguages.emplace_back().language =
-        dice_.percent(80) ? dice_.oneOf(soakLanguages()).wanted : "ndl";
+        dice_.percent(80) ? dice_.oneOf(soakLanguages()) : "ndl";
   }
   return settings;
 }

@@ -35,13 +35,8 @@ std::string languageOf(const PMTES& stream) {
     if (descriptor.tag != kLanguageTag) {
       continue;
     }
-    language = "ndl";  // also of one that is cut short
-    for (const SoakLanguage& known : soakLanguages()) {
-      const bool isWhole = !descriptor.data.empty() && descriptor.data.size() % 4 == 0;
-      if (isWhole && descriptor.data.substr(0, 3) == known.code) {
-        language = known.wanted;
-      }
-    }
+    const bool isWhole = !descriptor.data.empty() && descriptor.data.size() % 4 == 0;
+    language = isWhole ? descriptor.data.substr(0, 3) : "ndl";
   }
   return language;
 }
@@ -104,11 +99,10 @@ void addEmmItems(std::vector<PIDItem>& items, const CAT& cat) {
   addCaItems(items, cat.descriptors, kEmm);
 }
 
-const std::vector<SoakLanguage>& soakLanguages() {
-  static const std::vector<SoakLanguage> kLanguages = {
-      {"eng", "eng"}, {"spa", "spa"}, {"fra", "fre"}, {"fre", "fre"},
-      {"deu", "ger"}, {"ENG", "eng"}, {"12a", "12a"},  // not a code: compared as it is
-  };
+const std::vector<std::string>& soakLanguages() {
+  // The last is no code.
+  static const std::vector<std::string> kLanguages = {"eng", "spa", "fra", "fre",
+                                                      "deu", "ENG", "12a"};
   return kLanguages;
 }
 

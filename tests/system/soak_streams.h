@@ -21,14 +21,8 @@ namespace tevra::test {
 void addEmmItems(std::vector<thrift::common_fpga::PIDItem>& items,
                  const thrift::dvb_tables::CAT& cat);
 
-/** A language as an ISO 639 language descriptor may have it, and how wanted languages name it. */
-struct SoakLanguage {
-  std::string code;
-  std::string wanted;
-};
-
-/** The languages that streams may have. */
-[[nodiscard]] const std::vector<SoakLanguage>& soakLanguages();
+/** The languages that streams may have, and outputs want. */
+[[nodiscard]] const std::vector<std::string>& soakLanguages();
 
 inline constexpr int32_t kLanguageTag = 0x0A;
 

@@ -46,8 +46,8 @@ void addNodeOptions(Command& command, RequestOptions& options) {
   command
       .option("--audio", options.audio,
               "Audio language to keep, of several with commas or repeatedly; the others are "
-              "dropped. Codes are ISO 639-2 bibliographic ones in lower case, as the daemon "
-              "compares them: fre and ger, not fra and deu. none drops all audio. "
+              "dropped. Codes are as the stream writes them, which tables shows: deu is not ger "
+              "to the daemon, and ENG not eng. none drops all audio. "
               "(default: all audio is kept)")
       .checked(faultOfLanguages, "LANG");
   command.option("--global-sid", output.globalSid,
