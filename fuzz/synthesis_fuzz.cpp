@@ -1,5 +1,5 @@
 // Tables of any content synthesised, cut into packets and received again: what a receiver finds is
-// what the answer's records say, as far as a section can carry it.
+// what the answer's records say, as far as a section can carry it, and others take it too.
 
 #include <map>
 #include <utility>
@@ -10,6 +10,7 @@
 #include "fuzz/record_source.h"
 #include "fuzz/target.h"
 #include "synth/psi_synthesis.h"
+#include "tests/synth/bitstream_judge.h"
 
 namespace tevra::fuzz {
 namespace {
@@ -126,6 +127,9 @@ void synthesise(Stores& stores, ServiceWorkRecord work) {
   const auto sdt = receiveSdt(output.sdtPackets);
   TORNEL_FUZZ_CHECK(sdt.sections == 1 && sdt.table == carried(output.dvbTables.sdt));
   checkPmt(receivePmt(output.pmtPackets, pmtPid), output.dvbTables.pmt, work.pmt.currentNext);
+  TORNEL_FUZZ_CHECK(test::faultOfPat(output.patPackets).empty());
+  TORNEL_FUZZ_CHECK(test::faultOfSdt(output.sdtPackets).empty());
+  TORNEL_FUZZ_CHECK(test::faultOfPmt(output.pmtPackets, pmtPid).empty());
 }
 
 }  // namespace

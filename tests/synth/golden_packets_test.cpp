@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/golden_file.h"
+#include "tests/synth/bitstream_judge.h"
 #include "tests/synth/synthesis_fixture.h"
 
 namespace tevra::test {
@@ -9,34 +10,38 @@ namespace {
 /** Packets as they have always been sent, and what a receiver reads in them. */
 class GoldenPackets : public fake::PlatformTest {
  protected:
-  /** The table synthesised on top of the stored one, in as many sections, which `decode` reads. */
-  template <class Table, class Decode>
-  void expectGolden(const std::string& name, Table stored, size_t sections, Decode decode) {
+  /** The table synthesised on top of the stored one, in as many sections, which `decode` reads and
+   * others take. */
+  template <class Table, class Decode, class Judge>
+  void expectGolden(const std::string& name, Table stored, size_t sections, Decode decode,
+                    Judge faultOf) {
     using Way = Synthesis<Table>;
     EXPECT_EQ(Way::kRun(work_, stored), 0);
     const Packets& packets = Way::packets(work_.outputTables);
     EXPECT_TRUE(matchesGolden(name, packets));
     EXPECT_EQ(sectionsOf(packets, Way::kPid).size(), sections);
     EXPECT_EQ(decode(packets), Way::record(work_.outputTables));
+    EXPECT_EQ(faultOf(packets), "");
   }
 
   void expectPat(const std::string& name) {
     PAT stored;
     stored.version = 4;
-    expectGolden(name, stored, 1, decodePat);
+    expectGolden(name, stored, 1, decodePat, faultOfPat);
   }
 
   void expectSdt(const std::string& name) {
     SDT stored;
     stored.version = 30;
-    expectGolden(name, stored, 1, decodeSdt);
+    expectGolden(name, stored, 1, decodeSdt, faultOfSdt);
   }
 
   void expectPmt(const std::string& name, size_t sections) {
     PMT stored;
     stored.version = 31;
-    expectGolden(name, stored, sections,
-                 [](const Packets& packets) { return decodePmt(packets, 1201); });
+    expectGolden(
+        name, stored, sections, [](const Packets& packets) { return decodePmt(packets, 1201); },
+        [](const Packets& packets) { return faultOfPmt(packets, kPmtPid); });
   }
 
   ServiceTables service_ = makeServiceTables();
