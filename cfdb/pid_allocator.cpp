@@ -3,9 +3,9 @@
 #include <map>
 #include <utility>
 
-#include "cfdb/pid_remap_file.h"
 #include "platform/configuration_root.h"
 #include "platform/module_utils.h"
+#include "store/record_file.h"
 
 namespace tevra {
 namespace {
@@ -60,7 +60,7 @@ PidAllocator::PidAllocator(int32_t chainIndex, int32_t poolSize)
 
 void PidAllocator::load() {
   PIDRemap stored;
-  if (readPIDRemapFile(path_, stored) != kRecordFileDone ||
+  if (readRecordFromFile(path_, stored) != kRecordFileDone ||
       stored.moduleSlot != get_module_slot()) {
     return;
   }
@@ -128,9 +128,11 @@ void PidAllocator::saveConflictFreeDB() {
   if (!dirty_) {
     return;
   }
-  if (writePIDRemapFile(path_, remap_) != kRecordFileDone) {
+  std::string reason;
+  if (writeRecordToFile(path_, remap_, &reason) != kRecordFileDone) {
     log_function(kLogError, kNoTag, "[ModChain%d] Could not save conflict free database to disk",
                  chainIndex_);
+    log_function(kLogDebug, kNoTag, "[ModChain%d] Reason: %s", chainIndex_, reason.c_str());
   }
   dirty_ = false;  // also after a failure: the next new PID tries again
 }

@@ -83,5 +83,8 @@ void sync() noexcept {}
 int syncfs(int /*fd*/) noexcept {
   return 0;
 }
+int fsync(int /*fd*/) {
+  return 0;
+}
 
 }  // extern "C"

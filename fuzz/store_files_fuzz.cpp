@@ -4,7 +4,6 @@
 #include <fstream>
 #include <string>
 
-#include "cfdb/pid_remap_file.h"
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
 #include "fuzz/isolation.h"
@@ -118,7 +117,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
     checkSaved(requestTables(handler));
   }
   tevra::PIDRemap pids;  // unless every PID was known, it has been written
-  (void)tevra::readPIDRemapFile(pidRemapPath(), pids);
+  (void)tevra::readRecordFromFile(pidRemapPath(), pids);
   OwnedHandler restarted;
   useTables(restarted);
   checkSaved(requestTables(restarted));

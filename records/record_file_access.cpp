@@ -12,15 +12,7 @@ using apache::thrift::transport::TFDTransport;
 using apache::thrift::transport::TMemoryBuffer;
 using apache::thrift::transport::TTransportException;
 
-constexpr mode_t kFileMode = 0600;
 constexpr int kNotOpen = -1;
-
-/** The owner comes first: when there is no memory for it, nothing has been opened. */
-std::shared_ptr<TFDTransport> opened(const std::string& path, int flags) {
-  auto file = std::make_shared<TFDTransport>(kNotOpen, TFDTransport::CLOSE_ON_DESTROY);
-  file->setFD(::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, kFileMode));
-  return file;
-}
 
 /** The bytes read, 0 at the end of what can be read. */
 uint32_t readBlock(TFDTransport& file, uint8_t* block, uint32_t size) {
@@ -34,11 +26,10 @@ uint32_t readBlock(TFDTransport& file, uint8_t* block, uint32_t size) {
 }  // namespace
 
 std::shared_ptr<TFDTransport> openRecordFile(const std::string& path) {
-  return opened(path, O_RDONLY);
-}
-
-std::shared_ptr<TFDTransport> createRecordFile(const std::string& path) {
-  return opened(path, O_WRONLY | O_CREAT | O_TRUNC);
+  // The owner comes first: when there is no memory for it, nothing has been opened.
+  auto file = std::make_shared<TFDTransport>(kNotOpen, TFDTransport::CLOSE_ON_DESTROY);
+  file->setFD(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  return file;
 }
 
 std::shared_ptr<TMemoryBuffer> readRecordFile(TFDTransport& file, size_t limit) {

@@ -2,54 +2,109 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+#include <exception>
 #include <memory>
+#include <system_error>
+#include <type_traits>
 
 #include <thrift/protocol/TJSONProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
+#include <thrift/transport/TFDTransport.h>
+
+#include "records/json_protocol.h"
+#include "records/record_file_access.h"
+#include "store/atomic_file.h"
 
 namespace tevra {
 namespace {
 
 using apache::thrift::protocol::TJSONProtocol;
 using apache::thrift::transport::TBufferedTransport;
+using apache::thrift::transport::TFDTransport;
+
+constexpr uint32_t kBufferSize = kRecordFileBuffer;
+
+/** Versions that may be lost are better than none; PIDs are not. */
+template <class Record>
+constexpr bool kMustBeSynced = std::is_same_v<Record, PIDRemap>;
+
+[[noreturn]] void raise(const std::string& what) {
+  throw std::system_error(errno, std::generic_category(), what);
+}
 
 template <class Record>
-RecordFileResult write(const std::string& path, const Record& record) {
-  try {
-    const auto file = createRecordFile(path);
-    if (!file->isOpen()) {
-      return kRecordFileNotOpened;
-    }
-    const auto buffered = std::make_shared<TBufferedTransport>(file);
-    TJSONProtocol protocol(buffered);
-    record.write(&protocol);
-    // syncfs comes before the last buffer reaches the file; the sync after it makes that durable.
-    (void)syncfs(file->getFD());
-    buffered->close();  // flushes, then closes the file
-    sync();
-  } catch (...) {
-    return kRecordFileFailed;
+void write(AtomicFile& file, const Record& record) {
+  const auto buffered = std::make_shared<TBufferedTransport>(
+      std::make_shared<TFDTransport>(file.descriptor()), kBufferSize);
+  TJSONProtocol protocol(buffered);
+  record.write(&protocol);
+  if (syncfs(file.descriptor()) != 0 && kMustBeSynced<Record>) {
+    raise("cannot sync the file system");
   }
-  return kRecordFileDone;
+  buffered->flush();
+  file.commit();
+}
+
+template <class Record>
+void read(TFDTransport& file, Record& record) {
+  JsonProtocol protocol(readRecordFile(file));
+  record.read(&protocol);
+}
+
+/** Where there is no memory for the text, the reason is that. */
+void giveReason(const std::exception& exception, std::string* reason) {
+  try {
+    if (reason != nullptr) {
+      *reason = exception.what();
+    }
+  } catch (const std::bad_alloc&) {
+    *reason = "no memory";  // short enough to need none
+  }
 }
 
 }  // namespace
 
-RecordFileResult writeRecordToFile(const std::string& path, const TableStoreFile& record) {
-  return write(path, record);
+template <class Record>
+RecordFileResult writeRecordToFile(const std::string& path, const Record& record,
+                                   std::string* reason) {
+  bool opened = false;
+  try {
+    AtomicFile file(path);
+    opened = true;
+    write(file, record);
+    return kRecordFileDone;
+  } catch (const std::exception& exception) {
+    giveReason(exception, reason);
+  }
+  return opened ? kRecordFileFailed : kRecordFileNotOpened;
 }
 
-RecordFileResult writeRecordToFile(const std::string& path,
-                                   const EITTableVersionStoreFile& record) {
-  return write(path, record);
+template <class Record>
+RecordFileResult readRecordFromFile(const std::string& path, Record& record, std::string* reason) {
+  bool opened = false;
+  try {
+    const auto file = openRecordFile(path);
+    opened = file->isOpen();
+    if (!opened) {
+      raise("cannot open");
+    }
+    read(*file, record);
+    return kRecordFileDone;
+  } catch (const std::exception& exception) {
+    giveReason(exception, reason);
+  }
+  return opened ? kRecordFileFailed : kRecordFileNotOpened;
 }
 
-RecordFileResult readRecordFromFile(const std::string& path, TableStoreFile& record) {
-  return readRecord(path, record);
-}
-
-RecordFileResult readRecordFromFile(const std::string& path, EITTableVersionStoreFile& record) {
-  return readRecord(path, record);
-}
+template RecordFileResult writeRecordToFile(const std::string&, const TableStoreFile&,
+                                            std::string*);
+template RecordFileResult writeRecordToFile(const std::string&, const EITTableVersionStoreFile&,
+                                            std::string*);
+template RecordFileResult writeRecordToFile(const std::string&, const PIDRemap&, std::string*);
+template RecordFileResult readRecordFromFile(const std::string&, TableStoreFile&, std::string*);
+template RecordFileResult readRecordFromFile(const std::string&, EITTableVersionStoreFile&,
+                                             std::string*);
+template RecordFileResult readRecordFromFile(const std::string&, PIDRemap&, std::string*);
 
 }  // namespace tevra

@@ -1,28 +1,45 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
-#include "records/record_file_access.h"
 #include "records/records.h"
 
+/**
+ * @file
+ * The three records that survive a restart, TableStoreFile, EITTableVersionStoreFile and PIDRemap,
+ * each alone in a file of its own as Thrift JSON.
+ *
+ * `Record` is one of the three. Nothing is raised or logged; where a `reason` is given, it says why
+ * a file could not be written or read.
+ */
 namespace tevra {
 
-///@{
-/**
- * Writes `record`, alone, as Thrift JSON: creates the file with mode 0600 or truncates it. A
- * failure leaves the file as far as it was written. Raises nothing.
- */
-[[nodiscard]] RecordFileResult writeRecordToFile(const std::string& path,
-                                                 const TableStoreFile& record);
-[[nodiscard]] RecordFileResult writeRecordToFile(const std::string& path,
-                                                 const EITTableVersionStoreFile& record);
-///@}
+/** What became of a file. */
+enum RecordFileResult : int {
+  kRecordFileDone = 0,
+  kRecordFileNotOpened = -1,
+  kRecordFileFailed = -2,
+};
 
-///@{
-/** As readRecord: counters and versions may be anything. */
-[[nodiscard]] RecordFileResult readRecordFromFile(const std::string& path, TableStoreFile& record);
-[[nodiscard]] RecordFileResult readRecordFromFile(const std::string& path,
-                                                  EITTableVersionStoreFile& record);
-///@}
+/** Of the text that is written at a time; the last of them follows the sync of the file system. */
+inline constexpr size_t kRecordFileBuffer = size_t{64} * 1024;
+
+/**
+ * Puts a file that holds `record` under `path`, with mode 0600; no directory is made. After a
+ * failure the former file is still there: AtomicFile.
+ */
+template <class Record>
+[[nodiscard]] RecordFileResult writeRecordToFile(const std::string& path, const Record& record,
+                                                 std::string* reason = nullptr);
+
+/**
+ * Reads the file into `record`, which should be fresh: members absent from the file keep their
+ * values. On kRecordFileFailed it keeps what was read before the fault. Its values are as they
+ * stand in the file, within their types: counters and versions may be anything.
+ */
+template <class Record>
+[[nodiscard]] RecordFileResult readRecordFromFile(const std::string& path, Record& record,
+                                                  std::string* reason = nullptr);
 
 }  // namespace tevra

@@ -19,6 +19,10 @@ std::string filePath(const char* name, int32_t mptsIndex) {
   return directory() + "/" + name + std::to_string(mptsIndex);
 }
 
+void logReason(int32_t mptsIndex, const std::string& reason) {
+  log_function(kLogDebug, kNoTag, "[MPTS%d] Reason: %s", mptsIndex, reason.c_str());
+}
+
 template <class Record>
 int save(const char* name, const Record& record, int32_t mptsIndex) {
   if (createDirectory(directory().c_str(), kDirectoryMode) != 0) {
@@ -27,8 +31,10 @@ int save(const char* name, const Record& record, int32_t mptsIndex) {
     return 1;
   }
   const std::string path = filePath(name, mptsIndex);
-  if (writeRecordToFile(path, record) != kRecordFileDone) {
+  std::string reason;
+  if (writeRecordToFile(path, record, &reason) != kRecordFileDone) {
     log_function(kLogError, kNoTag, "[MPTS%d] Error writing file: %s", mptsIndex, path.c_str());
+    logReason(mptsIndex, reason);
     return 1;
   }
   return 0;
@@ -37,8 +43,10 @@ int save(const char* name, const Record& record, int32_t mptsIndex) {
 template <class Record>
 int load(const char* name, Record& record, int32_t mptsIndex) {
   const std::string path = filePath(name, mptsIndex);
-  if (readRecordFromFile(path, record) != kRecordFileDone) {
+  std::string reason;
+  if (readRecordFromFile(path, record, &reason) != kRecordFileDone) {
     log_function(kLogError, kNoTag, "[MPTS%d] Error reading file: %s", mptsIndex, path.c_str());
+    logReason(mptsIndex, reason);
     return 1;
   }
   return 0;

@@ -11,8 +11,8 @@
  * `Tornel/EITTableVersionStoreFile<n>` below the configuration root, `<n>` being the MPTS index.
  *
  * Callers hold the mutex that guards the record. All return 0 on success and 1 on failure, which
- * has been logged at level 3. Saving creates the directory with mode 0755 when missing and rewrites
- * the whole file.
+ * has been logged at level 3, with its reason at level 7. Saving creates the directory with mode
+ * 0755 when missing and replaces the whole file.
  */
 namespace tevra {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "cfdb/conflict_free_db.h"
-#include "cfdb/pid_remap_file.h"
+#include "store/record_file.h"
 #include "tests/cfdb/fake_owner.h"
 #include "tests/fakes/fake_platform.h"
 
@@ -23,7 +23,7 @@ class ConflictFreeDBFixture : public fake::PlatformTest {
   /** What is on disk; default values if nothing. */
   static PIDRemap saved() {
     PIDRemap record;
-    (void)readPIDRemapFile(file(), record);  // a missing file shows in the record
+    (void)readRecordFromFile(file(), record);  // a missing file shows in the record
     return record;
   }
 

@@ -73,7 +73,7 @@ class DamagedPidRemapFile : public ConflictFreeDBFixture {
   void expectAllOrNothing(const std::string& text) {
     place(text);
     PIDRemap record;
-    const int result = readPIDRemapFile(file(), record);
+    const int result = readRecordFromFile(file(), record);
     ASSERT_TRUE(result == kRecordFileDone || result == kRecordFileFailed);
     const bool whole = result == kRecordFileDone && record.moduleSlot == 3;
     ConflictFreeDB database(0, owner_);

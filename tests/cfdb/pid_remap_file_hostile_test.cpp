@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "cfdb/pid_allocator.h"
-#include "cfdb/pid_remap_file.h"
+#include "store/record_file.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/support/files.h"
 
@@ -37,7 +37,7 @@ class HostilePidRemapFile : public fake::PlatformTest {
   static int readingGives(const std::string& text) {
     writeText(file(), text);
     PIDRemap record;
-    return readPIDRemapFile(file(), record);
+    return readRecordFromFile(file(), record);
   }
 
   /** A mapping made from what lies there is a fresh one, and only the pool was logged. */
@@ -64,7 +64,7 @@ class HostilePidRemapFile : public fake::PlatformTest {
     fake::clearLog();
     pids.saveConflictFreeDB();
     EXPECT_THAT(
-        logLines(),
+        logLines(6),
         ElementsAre(LogLine{3, "", "[ModChain0] Could not save conflict free database to disk"}));
   }
 };
@@ -112,7 +112,7 @@ TEST_P(HostileCounter, WrapsInsteadOfOverflowing) {
   EXPECT_EQ(pids.getConflictFreePID(kNewInput + 1), GetParam().secondPid);
   pids.saveConflictFreeDB();
   PIDRemap stored;
-  EXPECT_EQ(readPIDRemapFile(file(), stored), 0);
+  EXPECT_EQ(readRecordFromFile(file(), stored), 0);
   EXPECT_EQ(stored.inputToOutput.at(kNewInput + 1), GetParam().secondPid);
 }
 

@@ -1,5 +1,3 @@
-#include "cfdb/pid_remap_file.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,7 +9,6 @@
 
 #include "tests/cfdb/conflict_free_db_fixture.h"
 #include "tests/support/files.h"
-#include "tests/support/sync_recorder.h"
 #include "tests/support/tables.h"
 
 namespace tevra::test {
@@ -55,38 +52,19 @@ class PidRemapFile : public ConflictFreeDBFixture {
 // Reading and writing
 
 TEST_F(PidRemapFile, IsThriftJsonAndNothingElse) {
-  EXPECT_EQ(writePIDRemapFile(file(), twoPids()), 0);
+  EXPECT_EQ(writeRecordToFile(file(), twoPids()), 0);
   EXPECT_EQ(readText(file()), kTwoPids);
-}
-
-TEST_F(PidRemapFile, IsReadBackAsWritten) {
-  EXPECT_EQ(writePIDRemapFile(file(), twoPids()), 0);
-  PIDRemap record;
-  EXPECT_EQ(readPIDRemapFile(file(), record), 0);
-  EXPECT_EQ(record, twoPids());
 }
 
 TEST_F(PidRemapFile, ReadingSetsThePresenceFlagsOfWhatTheFileHolds) {
   writeText(file(), R"({"1":{"i32":7},"5":{"i32":3}})");
   PIDRemap record;
-  EXPECT_EQ(readPIDRemapFile(file(), record), 0);
+  EXPECT_EQ(readRecordFromFile(file(), record), 0);
   EXPECT_TRUE(record.__isset.transportStreamId);
   EXPECT_FALSE(record.__isset.inputToOutput);
   EXPECT_FALSE(record.__isset.outputToInput);
   EXPECT_FALSE(record.__isset.nextPIDCounter);
   EXPECT_TRUE(record.__isset.moduleSlot);
-}
-
-TEST_F(PidRemapFile, IsForItsOwnerAlone) {
-  const ScopedUmask everybodys(0);
-  EXPECT_EQ(writePIDRemapFile(file(), twoPids()), 0);
-  EXPECT_EQ(modeOf(file()), 0600U);
-}
-
-TEST_F(PidRemapFile, ReplacesALongerOne) {
-  writeText(file(), std::string(100000, 'x'));
-  EXPECT_EQ(writePIDRemapFile(file(), twoPids()), 0);
-  EXPECT_EQ(readText(file()), kTwoPids);
 }
 
 TEST_F(PidRemapFile, HoldsEveryPid) {
@@ -95,80 +73,10 @@ TEST_F(PidRemapFile, HoldsEveryPid) {
     record.inputToOutput[pid] = pid + 100;
     record.outputToInput[pid + 100] = pid;
   }
-  EXPECT_EQ(writePIDRemapFile(file(), record), 0);
+  EXPECT_EQ(writeRecordToFile(file(), record), 0);
   PIDRemap read;
-  EXPECT_EQ(readPIDRemapFile(file(), read), 0);
+  EXPECT_EQ(readRecordFromFile(file(), read), 0);
   EXPECT_EQ(read, record);
-}
-
-TEST_F(PidRemapFile, MissingCannotBeOpened) {
-  PIDRemap record;
-  EXPECT_EQ(readPIDRemapFile(file(), record), -1);
-  EXPECT_EQ(readPIDRemapFile(path("no/such/directory"), record), -1);
-  EXPECT_EQ(record, PIDRemap());
-}
-
-TEST_F(PidRemapFile, IsNotWrittenIntoAMissingDirectoryNorInPlaceOfOne) {
-  EXPECT_EQ(writePIDRemapFile(path("missing/PIDRemap0"), twoPids()), -1);
-  EXPECT_FALSE(std::filesystem::exists(path("missing")));
-  EXPECT_EQ(writePIDRemapFile(platform().configurationRoot, twoPids()), -1);
-}
-
-TEST_F(PidRemapFile, ThatCannotBeReadOrParsedFailsOtherwise) {
-  PIDRemap record;
-  EXPECT_EQ(readPIDRemapFile(platform().configurationRoot, record), -2);
-  writeText(file(), "");
-  EXPECT_EQ(readPIDRemapFile(file(), record), -2);
-  writeText(file(), "not JSON");
-  EXPECT_EQ(readPIDRemapFile(file(), record), -2);
-  writeText(file(), R"({"1":{"i32":"seven"}})");
-  EXPECT_EQ(readPIDRemapFile(file(), record), -2);
-}
-
-TEST_F(PidRemapFile, OnAFullDiskFails) {
-  EXPECT_EQ(writePIDRemapFile("/dev/full", twoPids()), -2);
-}
-
-TEST_F(PidRemapFile, IsSyncedWholeThenClosedThenEverythingIsSynced) {
-  clearSyncCalls();
-  EXPECT_EQ(writePIDRemapFile(file(), twoPids()), 0);
-  const std::vector<SyncCall> calls = syncCalls();
-  ASSERT_EQ(calls.size(), 2U);
-  EXPECT_GE(calls[0].fd, 0);
-  EXPECT_EQ(calls[0].size, static_cast<off_t>(std::string(kTwoPids).size()));
-  EXPECT_EQ(calls[1].fd, -1);
-  EXPECT_EQ(calls[1].size, calls[0].size);
-  EXPECT_TRUE(calls[1].closed);
-}
-
-TEST_F(PidRemapFile, WhoseFileSystemCannotBeSyncedHasFailedThoughItIsWritten) {
-  clearSyncCalls();
-  setSyncfsResult(-1);
-  EXPECT_EQ(writePIDRemapFile(file(), twoPids()), -2);
-  setSyncfsResult(0);
-  EXPECT_EQ(readText(file()), kTwoPids);
-  EXPECT_EQ(syncCalls().size(), 2U);
-}
-
-TEST_F(PidRemapFile, ThatFailsIsNotSynced) {
-  clearSyncCalls();
-  EXPECT_EQ(writePIDRemapFile("/dev/full", twoPids()), -2);
-  EXPECT_EQ(writePIDRemapFile(path("missing/PIDRemap0"), twoPids()), -1);
-  PIDRemap record;
-  EXPECT_EQ(readPIDRemapFile(file(), record), -1);
-  EXPECT_TRUE(syncCalls().empty());
-}
-
-TEST_F(PidRemapFile, IsClosedWhateverHappens) {
-  writeText(path("corrupt"), "{");
-  PIDRemap record;
-  const std::ptrdiff_t before = openDescriptors();
-  EXPECT_EQ(writePIDRemapFile(file(), twoPids()), 0);
-  EXPECT_EQ(readPIDRemapFile(file(), record), 0);
-  EXPECT_EQ(readPIDRemapFile(path("corrupt"), record), -2);
-  EXPECT_EQ(readPIDRemapFile(platform().configurationRoot, record), -2);
-  EXPECT_EQ(writePIDRemapFile("/dev/full", twoPids()), -2);
-  EXPECT_EQ(openDescriptors(), before);
 }
 
 // When it is written
@@ -343,7 +251,11 @@ TEST_F(PidRemapFile, ThatCannotBeSavedIsTriedAgainOnlyAfterTheNextNewPid) {
   const LogLine failure{3, "", "[ModChain0] Could not save conflict free database to disk"};
   std::filesystem::create_directory(file());
   EXPECT_EQ(setPat(database_, {0x100}).programs.at(0).pid, 101);
-  EXPECT_THAT(logLines(), ElementsAre(LogLine{7, "", "Guardo PAT en DB local!"}, failure));
+  EXPECT_THAT(
+      logLines(),
+      ElementsAre(
+          LogLine{7, "", "Guardo PAT en DB local!"}, failure,
+          LogLine{7, "", "[ModChain0] Reason: cannot open " + file() + ": Is a directory"}));
   removeFile();
   fake::clearLog();
   setPat(database_, {0x100});

@@ -84,8 +84,10 @@ TEST_F(StartingControlServer, HandlerIsBuiltBetweenTheFirstLineAndTheLast) {
           LogLine{4, "", "[MPTS1] notifying to port [9257]"},
           LogLine{4, "", "IN mod slot [3] PID poll [300/499]"},
           LogLine{3, "", "[MPTS1] Error reading file: " + directory + "/TableStoreFile1"},
+          LogLine{7, "", "[MPTS1] Reason: cannot open: No such file or directory"},
           LogLine{3, "", "[MPTS1] Error reading tables from file"},
           LogLine{3, "", "[MPTS1] Error reading file: " + directory + "/EITTableVersionStoreFile1"},
+          LogLine{7, "", "[MPTS1] Reason: cannot open: No such file or directory"},
           LogLine{3, "", "[MPTS1] Error reading tables from file"},
           LogLine{7, "", "I need Configuration!!!"},
           LogLine{6, "", "Started threaded simple server, on port: 9225"}));

@@ -72,8 +72,10 @@ TEST_F(HandlerStart, WithoutFilesAndMainTaskItLogsInThisOrder) {
               ElementsAre(Pair(4, "[MPTS0] notifying to port [9256]"),
                           Pair(4, "IN mod slot [3] PID poll [100/299]"),
                           Pair(3, "[MPTS0] Error reading file: " + tableStorePath()),
+                          Pair(7, "[MPTS0] Reason: cannot open: No such file or directory"),
                           Pair(3, "[MPTS0] Error reading tables from file"),
                           Pair(3, "[MPTS0] Error reading file: " + eitVersionPath()),
+                          Pair(7, "[MPTS0] Reason: cannot open: No such file or directory"),
                           Pair(3, "[MPTS0] Error reading tables from file"), Pair(3, kRefused)));
 }
 
@@ -102,13 +104,16 @@ TEST_F(HandlerStart, MainTaskIsAskedForTheConfigurationOnce) {
 TEST_F(HandlerStart, EveryMptsHasItsOwnPortPoolAndFiles) {
   FakeMainTask mainTask(3);
   const SIControlSrvHandler handler(3);
-  EXPECT_THAT(lines(), ElementsAre(Pair(4, "[MPTS3] notifying to port [9259]"),
-                                   Pair(4, "IN mod slot [3] PID poll [700/899]"),
-                                   Pair(3, "[MPTS3] Error reading file: " + tableStorePath(3)),
-                                   Pair(3, "[MPTS3] Error reading tables from file"),
-                                   Pair(3, "[MPTS3] Error reading file: " + eitVersionPath(3)),
-                                   Pair(3, "[MPTS3] Error reading tables from file"),
-                                   Pair(7, "I need Configuration!!!")));
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(4, "[MPTS3] notifying to port [9259]"),
+                          Pair(4, "IN mod slot [3] PID poll [700/899]"),
+                          Pair(3, "[MPTS3] Error reading file: " + tableStorePath(3)),
+                          Pair(7, "[MPTS3] Reason: cannot open: No such file or directory"),
+                          Pair(3, "[MPTS3] Error reading tables from file"),
+                          Pair(3, "[MPTS3] Error reading file: " + eitVersionPath(3)),
+                          Pair(7, "[MPTS3] Reason: cannot open: No such file or directory"),
+                          Pair(3, "[MPTS3] Error reading tables from file"),
+                          Pair(7, "I need Configuration!!!")));
   ASSERT_TRUE(mainTask.waitFor(1));
 }
 
@@ -127,8 +132,10 @@ TEST_F(HandlerStart, MptsAboveThreeIsLoggedAndGetsNoPort) {
                           Pair(4, "Zero notification port!"), Pair(4, "Zero notification port!"),
                           Pair(4, "IN mod slot [3] PID poll [900/1099]"),
                           Pair(3, "[MPTS4] Error reading file: " + tableStorePath(4)),
+                          Pair(7, "[MPTS4] Reason: cannot open: No such file or directory"),
                           Pair(3, "[MPTS4] Error reading tables from file"),
                           Pair(3, "[MPTS4] Error reading file: " + eitVersionPath(4)),
+                          Pair(7, "[MPTS4] Reason: cannot open: No such file or directory"),
                           Pair(3, "[MPTS4] Error reading tables from file"),
                           Pair(4, "Notification Port not set.")));
 }
@@ -200,10 +207,10 @@ TEST_F(HandlerStart, WhatATruncatedTableStoreFileHoldsIsAgedAllTheSame) {
   cutFile(tableStorePath(), 40);
   SIControlSrvHandler handler(0);
   const auto all = lines();
-  ASSERT_LE(5U, all.size());
+  ASSERT_LE(6U, all.size());
   EXPECT_THAT(all[2], Pair(3, "[MPTS0] Error reading file: " + tableStorePath()));
-  EXPECT_THAT(all[3], Pair(3, "[MPTS0] Error reading tables from file"));
-  EXPECT_THAT(all[4], Pair(5, "[MPTS0] 1201 is erased from the table store struct"));
+  EXPECT_THAT(all[4], Pair(3, "[MPTS0] Error reading tables from file"));
+  EXPECT_THAT(all[5], Pair(5, "[MPTS0] 1201 is erased from the table store struct"));
   saveBoth(handler);
   EXPECT_EQ(0U, savedTableStores().count(100));
   EXPECT_EQ(3, savedTableStores().at(200).restartCounter);

@@ -9,9 +9,7 @@
 #include <fstream>
 #include <string>
 
-#include "records/records.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/records/wire.h"
 #include "tests/support/allocation_hook.h"
 #include "tests/support/files.h"
 
@@ -28,27 +26,8 @@ class RecordFileAccess : public fake::PlatformTest {
   const std::string pipe_ = path("pipe");
 };
 
-TEST_F(RecordFileAccess, ANewFileIsForItsOwnerAlone) {
-  const auto transport = createRecordFile(file_);
-  struct stat status {};
-  ASSERT_EQ(stat(file_.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777U, 0600U);
-}
-
-TEST_F(RecordFileAccess, CreatingTruncatesWhatWasThere) {
-  std::ofstream(file_) << "something";
-  const auto transport = createRecordFile(file_);
-  EXPECT_EQ(std::ifstream(file_).peek(), std::ifstream::traits_type::eof());
-}
-
 TEST_F(RecordFileAccess, WhatIsNotThereCannotBeOpened) {
   EXPECT_FALSE(openRecordFile(file_)->isOpen());
-  EXPECT_FALSE(createRecordFile(path("none/file"))->isOpen());
-}
-
-TEST_F(RecordFileAccess, APipeWithoutAReaderIsNotWaitedFor) {
-  ASSERT_EQ(mkfifo(pipe_.c_str(), 0600), 0);
-  EXPECT_FALSE(createRecordFile(pipe_)->isOpen());
 }
 
 TEST_F(RecordFileAccess, APipeWithoutAWriterIsEmpty) {
@@ -76,31 +55,6 @@ TEST_F(RecordFileAccess, ReadsOfAnEndlessFileWhatAFileMayHold) {
   EXPECT_EQ(readRecordFile(*openRecordFile("/dev/zero"))->available_read(), kMaxRecordFileSize);
 }
 
-/** Saves `whole` and expects to read it again. */
-void expectReadBack(const std::string& path, const TableStoreFile& whole, size_t sizeAbove) {
-  const std::string json = jsonOf(whole);
-  EXPECT_GT(json.size(), sizeAbove);
-  std::ofstream(path) << json;
-  TableStoreFile read;
-  EXPECT_EQ(readRecord(path, read), kRecordFileDone);
-  EXPECT_TRUE(read == whole);
-}
-
-TEST_F(RecordFileAccess, ReadsAStoreOfMoreThanSixteenMebibytes) {
-  TableStoreFile whole;
-  for (int32_t service = 1; service <= 16; ++service) {
-    whole.tableStores[service].pmt.descriptors.emplace_back().data.assign(1024 * 1024, 'd');
-  }
-  expectReadBack(file_, whole, size_t{16} * 1024 * 1024);
-}
-
-TEST_F(RecordFileAccess, ReadsAStoreOfMoreThanAMebiOfElements) {
-  TableStoreFile whole;
-  whole.tableStores[1].pat.programs.resize(1024 * 1024 + 1);
-  whole.tableStores[2].pmt.esList.resize(2);
-  expectReadBack(file_, whole, size_t{1024} * 1024 * kSmallestRecord);
-}
-
 TEST_F(RecordFileAccess, ADirectoryIsEmpty) {
   ASSERT_TRUE(openRecordFile(path("."))->isOpen());
   EXPECT_EQ(contentOf(path(".")), "");
@@ -120,7 +74,6 @@ TEST_F(RecordFileAccess, TheFileIsClosedWithItsOwner) {
   std::ofstream(file_) << "abc";
   const std::ptrdiff_t before = openDescriptors();
   (void)openRecordFile(file_);
-  (void)createRecordFile(file_);
   EXPECT_EQ(openDescriptors(), before);
 }
 
@@ -142,35 +95,11 @@ TEST_F(RecordFileAccess, LackOfMemoryLeavesNothingOpen) {
   std::ofstream(file_) << "{}";
   const std::ptrdiff_t before = openDescriptors();
   size_t allowed = 0;
-  while (failsForLackOfMemory(allowed, [&] {
-    (void)openRecordFile(file_);
-    (void)createRecordFile(file_);
-  })) {
+  while (failsForLackOfMemory(allowed, [&] { (void)openRecordFile(file_); })) {
     EXPECT_EQ(openDescriptors(), before) << allowed;
     ++allowed;
   }
-  EXPECT_GE(allowed, 2U);
-}
-
-TEST_F(RecordFileAccess, LackOfMemoryFailsTheReadingOfARecordAndLeavesNothingOpen) {
-  PIDRemap whole;
-  whole.inputToOutput = {{1, 2}, {3, 4}};
-  std::ofstream(file_) << jsonOf(whole);
-  const std::ptrdiff_t before = openDescriptors();
-  int result = kRecordFileFailed;
-  PIDRemap record;
-  size_t allowed = 0;
-  while (failsForLackOfMemory(allowed, [&] {
-    record = PIDRemap();
-    result = readRecord(file_, record);
-  })) {
-    EXPECT_EQ(result, kRecordFileFailed) << allowed;
-    EXPECT_EQ(openDescriptors(), before) << allowed;
-    ++allowed;
-  }
-  EXPECT_GT(allowed, 10U);
-  EXPECT_EQ(result, kRecordFileDone);
-  EXPECT_EQ(record, whole);
+  EXPECT_GE(allowed, 1U);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -11,12 +12,10 @@
 #include "tests/support/files.h"
 #include "tests/support/sync_recorder.h"
 
-// When the store files reach the disk.
+// When the files reach the disk.
 
 namespace tevra::test {
 namespace {
-
-constexpr off_t kBuffer = 512;  // of the library's buffered transport
 
 template <class Record>
 class RecordFileSync : public fake::PlatformTest {
@@ -26,30 +25,46 @@ class RecordFileSync : public fake::PlatformTest {
   [[nodiscard]] static std::string file() { return path("file"); }
 };
 
-TYPED_TEST_SUITE(RecordFileSync, StoreFiles, RecordName);
+TYPED_TEST_SUITE(RecordFileSync, RecordFiles, RecordName);
 
-TYPED_TEST(RecordFileSync, ItsFileSystemIsSyncedBeforeTheLastBufferAndEverythingAfterClosing) {
+TYPED_TEST(RecordFileSync, ItsFileSystemIsSyncedBeforeTheLastBufferThenTheFileThenEverything) {
   for (const TypeParam& record : {TypeParam(), sample<TypeParam>(), largeSample<TypeParam>()}) {
     clearSyncCalls();
     ASSERT_EQ(writeRecordToFile(this->file(), record), kRecordFileDone);
     const auto whole = static_cast<off_t>(jsonOf(record).size());
     const std::vector<SyncCall> calls = syncCalls();
-    ASSERT_EQ(calls.size(), 2U);
-    EXPECT_GE(calls[0].fd, 0);
+    ASSERT_EQ(calls.size(), 3U);
+    EXPECT_EQ(calls[0].what, SyncCall::Of::FileSystem);
     EXPECT_LT(calls[0].size, whole);
-    EXPECT_GE(calls[0].size, whole - kBuffer);
-    EXPECT_EQ(calls[1].fd, -1);
+    EXPECT_GE(calls[0].size, whole - static_cast<off_t>(kRecordFileBuffer));
+    EXPECT_EQ(calls[1].what, SyncCall::Of::File);
     EXPECT_EQ(calls[1].size, whole);
-    EXPECT_TRUE(calls[1].closed);
+    EXPECT_EQ(calls[2].what, SyncCall::Of::Everything);
+    EXPECT_EQ(calls[2].size, whole);  // in its place
+    EXPECT_TRUE(calls[2].closed);
   }
 }
 
-TYPED_TEST(RecordFileSync, AFileSystemThatCannotBeSyncedIsNoFailure) {
-  setSyncfsResult(-1);
-  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kRecordFileDone);
-  setSyncfsResult(0);
-  EXPECT_EQ(readText(this->file()), jsonOf(TypeParam()));
+TYPED_TEST(RecordFileSync, AFileThatCannotBeSyncedFailsAndTheFormerOneStays) {
+  writeText(this->file(), "former");
+  setFsyncResult(-1);
+  std::string reason;
+  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam(), &reason), kRecordFileFailed);
+  setFsyncResult(0);
+  EXPECT_EQ(readText(this->file()), "former");
+  EXPECT_FALSE(std::filesystem::exists(this->file() + ".new"));
   EXPECT_EQ(syncCalls().size(), 2U);
+  EXPECT_EQ(reason, "cannot sync " + this->file() + ".new: Input/output error");
+}
+
+TYPED_TEST(RecordFileSync, AFileSystemThatCannotBeSyncedFailsTheMappingAlone) {
+  constexpr bool kFails = std::is_same_v<TypeParam, PIDRemap>;
+  writeText(this->file(), "former");
+  setSyncfsResult(-1);
+  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()),
+            kFails ? kRecordFileFailed : kRecordFileDone);
+  setSyncfsResult(0);
+  EXPECT_EQ(readText(this->file()), kFails ? "former" : jsonOf(TypeParam()));
 }
 
 TYPED_TEST(RecordFileSync, WhatCannotBeWrittenIsNotSynced) {
@@ -60,9 +75,8 @@ TYPED_TEST(RecordFileSync, WhatCannotBeWrittenIsNotSynced) {
 
 TYPED_TEST(RecordFileSync, WhatFailsWithItsLastBufferIsNotSyncedAfterwards) {
   EXPECT_EQ(writeRecordToFile("/dev/full", TypeParam()), kRecordFileFailed);
-  const std::vector<SyncCall> calls = syncCalls();
-  ASSERT_EQ(calls.size(), 1U);
-  EXPECT_GE(calls[0].fd, 0);
+  ASSERT_EQ(syncCalls().size(), 1U);
+  EXPECT_EQ(syncCalls()[0].what, SyncCall::Of::FileSystem);
 }
 
 TYPED_TEST(RecordFileSync, ReadingSyncsNothing) {

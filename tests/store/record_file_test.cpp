@@ -38,22 +38,13 @@ class RecordFile : public fake::PlatformTest {
     return readRecordFromFile(file(), read_);
   }
 
-  /** The sample, which has two entries, and a third with the greatest key. */
-  static Record threeEntries() {
-    Record record = sample<Record>();
-    auto& entries = entriesOf(record);
-    entries[INT32_MAX] = entries.begin()->second;
-    EXPECT_EQ(entries.size(), 3U);
-    return record;
-  }
-
   Record read_;
 
  private:
   std::ptrdiff_t descriptorsAtStart_ = openDescriptors();
 };
 
-TYPED_TEST_SUITE(RecordFile, StoreFiles, RecordName);
+TYPED_TEST_SUITE(RecordFile, RecordFiles, RecordName);
 
 TYPED_TEST(RecordFile, WhatIsWrittenIsRead) {
   EXPECT_EQ(writeRecordToFile(this->file(), sample<TypeParam>()), kDone);
@@ -66,13 +57,6 @@ TYPED_TEST(RecordFile, TheFileIsTheRecordsJsonAndNothingElse) {
     EXPECT_EQ(writeRecordToFile(this->file(), record), kDone);
     EXPECT_EQ(readText(this->file()), jsonOf(record));
   }
-}
-
-TYPED_TEST(RecordFile, AnEmptyMapIsWrittenAsARecordWithAnEmptyMap) {
-  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kDone);
-  EXPECT_EQ(readText(this->file()), "{\"1\":{\"map\":[\"i32\",\"rec\",0,{}]}}");
-  EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kDone);
-  EXPECT_EQ(this->read_, TypeParam());
 }
 
 TYPED_TEST(RecordFile, ANewFileIsForItsOwnerAlone) {
@@ -105,35 +89,18 @@ TYPED_TEST(RecordFile, AMissingFileCannotBeRead) {
 TYPED_TEST(RecordFile, ADirectoryIsNoFile) {
   std::filesystem::create_directory(this->file());
   EXPECT_EQ(writeRecordToFile(this->file(), sample<TypeParam>()), kNotOpened);
+  EXPECT_TRUE(std::filesystem::is_directory(this->file()));
   EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kFailed);
   EXPECT_EQ(this->read_, TypeParam());
 }
 
-TYPED_TEST(RecordFile, AFullDiskFailsWhetherTheRecordFitsTheBufferOrNot) {
+TYPED_TEST(RecordFile, AFullDeviceFailsWhetherTheRecordFitsTheBufferOrNot) {
   std::filesystem::create_symlink("/dev/full", this->file());
-  EXPECT_LT(jsonOf(TypeParam()).size(), 512U);
+  EXPECT_LT(jsonOf(TypeParam()).size(), kRecordFileBuffer);
   EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kFailed);
   const auto large = largeSample<TypeParam>();
-  EXPECT_GT(jsonOf(large).size(), 512U);
+  EXPECT_GT(jsonOf(large).size(), kRecordFileBuffer);
   EXPECT_EQ(writeRecordToFile(this->file(), large), kFailed);
-}
-
-TYPED_TEST(RecordFile, WhatWasReadBeforeTheFaultIsKept) {
-  const std::string json = jsonOf(this->threeEntries());
-  EXPECT_EQ(this->readContent(json.substr(0, json.find("\"2147483647\""))), kFailed);
-  EXPECT_EQ(this->read_, sample<TypeParam>());
-}
-
-TYPED_TEST(RecordFile, WhatWasReadBeforeAReadErrorIsKept) {
-  const std::string json = jsonOf(this->threeEntries());
-  const std::string part = json.substr(0, json.find("\"2147483647\""));
-  // With a writer that says nothing more, reading on fails.
-  ASSERT_EQ(mkfifo(this->file().c_str(), 0600), 0);
-  const int writer = open(this->file().c_str(), O_RDWR | O_CLOEXEC);
-  ASSERT_EQ(write(writer, part.data(), part.size()), static_cast<ssize_t>(part.size()));
-  EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kFailed);
-  close(writer);
-  EXPECT_EQ(this->read_, sample<TypeParam>());
 }
 
 /** Runs `action` with the allocation after `allowed` others failing; false when it makes fewer. */
@@ -145,14 +112,17 @@ bool lacksMemory(size_t allowed, Action action) {
   return failing.triggered();
 }
 
-TYPED_TEST(RecordFile, LackOfMemoryIsAFailure) {
+TYPED_TEST(RecordFile, LackOfMemoryIsAFailureThatLeavesTheFormerFile) {
   const TypeParam record = sample<TypeParam>();
   const std::string file = this->file();
+  writeText(file, "former");
   int result = kDone;
   size_t allowed = 0;
   clearSyncCalls();
   while (lacksMemory(allowed, [&] { result = writeRecordToFile(file, record); })) {
-    EXPECT_EQ(result, kFailed) << allowed;
+    EXPECT_NE(result, kDone) << allowed;
+    EXPECT_EQ(readText(file), "former");
+    EXPECT_FALSE(std::filesystem::exists(file + ".new"));
     ++allowed;
   }
   EXPECT_GT(allowed, 2U);
@@ -177,15 +147,67 @@ TYPED_TEST(RecordFile, TrailingJunkAndTheEmptyRecordAreAccepted) {
   EXPECT_EQ(this->read_, TypeParam());
 }
 
-TYPED_TEST(RecordFile, AFieldOfAnotherTypeIsSkipped) {
-  EXPECT_EQ(this->readContent("{\"1\":{\"i32\":5}}"), kDone);
-  EXPECT_EQ(this->read_, TypeParam());
-}
-
 TYPED_TEST(RecordFile, NothingIsLogged) {
   EXPECT_EQ(writeRecordToFile(this->path("none/file"), TypeParam()), kNotOpened);
   EXPECT_EQ(this->readContent("x"), kFailed);
   EXPECT_TRUE(fake::logLines().empty());
+}
+
+TYPED_TEST(RecordFile, WhyItFailedIsToldOnDemand) {
+  std::string reason;
+  EXPECT_EQ(writeRecordToFile(this->path("none/file"), TypeParam(), &reason), kNotOpened);
+  EXPECT_EQ(reason, "cannot open " + this->path("none/file.new") + ": No such file or directory");
+  EXPECT_EQ(readRecordFromFile(this->file(), this->read_, &reason), kNotOpened);
+  EXPECT_EQ(reason, "cannot open: No such file or directory");
+  writeText(this->file(), "x");
+  EXPECT_EQ(readRecordFromFile(this->file(), this->read_, &reason), kFailed);
+  EXPECT_EQ(reason, "Expected '{'; got 'x'.");
+}
+
+/** What holds for the records that are maps of entries. */
+template <class Record>
+class EntriesFile : public RecordFile<Record> {
+ protected:
+  /** The sample, which has two entries, and a third with the greatest key. */
+  static Record threeEntries() {
+    Record record = sample<Record>();
+    auto& entries = entriesOf(record);
+    entries[INT32_MAX] = entries.begin()->second;
+    EXPECT_EQ(entries.size(), 3U);
+    return record;
+  }
+};
+
+TYPED_TEST_SUITE(EntriesFile, StoreFiles, RecordName);
+
+TYPED_TEST(EntriesFile, AnEmptyMapIsWrittenAsARecordWithAnEmptyMap) {
+  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kDone);
+  EXPECT_EQ(readText(this->file()), "{\"1\":{\"map\":[\"i32\",\"rec\",0,{}]}}");
+  EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kDone);
+  EXPECT_EQ(this->read_, TypeParam());
+}
+
+TYPED_TEST(EntriesFile, WhatWasReadBeforeTheFaultIsKept) {
+  const std::string json = jsonOf(this->threeEntries());
+  EXPECT_EQ(this->readContent(json.substr(0, json.find("\"2147483647\""))), kFailed);
+  EXPECT_EQ(this->read_, sample<TypeParam>());
+}
+
+TYPED_TEST(EntriesFile, WhatWasReadBeforeAReadErrorIsKept) {
+  const std::string json = jsonOf(this->threeEntries());
+  const std::string part = json.substr(0, json.find("\"2147483647\""));
+  // With a writer that says nothing more, reading on fails.
+  ASSERT_EQ(mkfifo(this->file().c_str(), 0600), 0);
+  const int writer = open(this->file().c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(write(writer, part.data(), part.size()), static_cast<ssize_t>(part.size()));
+  EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kFailed);
+  close(writer);
+  EXPECT_EQ(this->read_, sample<TypeParam>());
+}
+
+TYPED_TEST(EntriesFile, AFieldOfAnotherTypeIsSkipped) {
+  EXPECT_EQ(this->readContent("{\"1\":{\"i32\":5}}"), kDone);
+  EXPECT_EQ(this->read_, TypeParam());
 }
 
 class RecordFileText : public fake::PlatformTest {};

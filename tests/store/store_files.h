@@ -5,13 +5,17 @@
 #include <cstdint>
 #include <string>
 #include <tuple>
+#include <type_traits>
 
 #include "store/table_store_files.h"
 #include "tests/records/sample_records.h"
 
-/** The two files of the store, so that one test can serve both. */
+/** The records that survive a restart, so that one test can serve all of them. */
 namespace tevra::test {
 
+using RecordFiles = ::testing::Types<TableStoreFile, EITTableVersionStoreFile, PIDRemap>;
+
+/** Those that hold entries which age, in the directory of their own. */
 using StoreFiles = ::testing::Types<TableStoreFile, EITTableVersionStoreFile>;
 
 inline int save(const TableStoreFile& record, int32_t mpts) {
@@ -33,18 +37,19 @@ std::string nameOf(int32_t mpts) {
   return std::string("Tornel/") + Members<Record>::kName + std::to_string(mpts);
 }
 
-/** The map that is all that the file holds. */
+/** The map that is all that the file holds, or a mapping's first. */
 template <class Record>
 auto& entriesOf(Record& record) {
-  return record.*std::get<0>(Members<Record>::kAll);
+  constexpr size_t kMap = std::is_same_v<Record, PIDRemap> ? 1 : 0;
+  return record.*std::get<kMap>(Members<Record>::kAll);
 }
 
-/** A hundred entries, which take several times what a buffered transport holds back. */
+/** Several times what is held back while a file is written. */
 template <class Record>
 Record largeSample() {
   Record record = sample<Record>();
   const auto entry = entriesOf(record).begin()->second;
-  for (int32_t key = 0; key < 100; ++key) {
+  for (int32_t key = 0; key < 20000; ++key) {
     entriesOf(record)[key] = entry;
   }
   return record;

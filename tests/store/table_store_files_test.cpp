@@ -17,6 +17,12 @@ std::vector<fake::LogLine> oneLine(int level, const std::string& text) {
   return {{level, "", text}};
 }
 
+/** An error of MPTS `mpts` and why. */
+std::vector<fake::LogLine> failure(int mpts, const std::string& text, const std::string& reason) {
+  const std::string prefix = "[MPTS" + std::to_string(mpts) + "] ";
+  return {{kLogError, "", prefix + text}, {kLogDebug, "", prefix + "Reason: " + reason}};
+}
+
 template <class Record>
 class TableStoreFiles : public fake::PlatformTest {
  protected:
@@ -73,7 +79,8 @@ TYPED_TEST(TableStoreFiles, SavingRewritesTheWholeFile) {
 
 TYPED_TEST(TableStoreFiles, AMissingFileIsAnErrorAndMakesNoDirectory) {
   EXPECT_EQ(load(this->loaded_, 2), 1);
-  EXPECT_EQ(fake::logLines(), oneLine(kLogError, "[MPTS2] Error reading file: " + this->file(2)));
+  EXPECT_EQ(fake::logLines(), failure(2, "Error reading file: " + this->file(2),
+                                      "cannot open: No such file or directory"));
   EXPECT_EQ(this->loaded_, TypeParam());
   EXPECT_FALSE(std::filesystem::exists(this->path("Tornel")));
 }
@@ -84,7 +91,8 @@ TYPED_TEST(TableStoreFiles, ACorruptFileIsAnErrorAndKeepsWhatWasRead) {
   // The maps, and so the file, end with the second entry's closing brackets.
   writeText(this->file(0), json.substr(0, json.size() - 4));
   EXPECT_EQ(load(this->loaded_, 0), 1);
-  EXPECT_EQ(fake::logLines(), oneLine(kLogError, "[MPTS0] Error reading file: " + this->file(0)));
+  EXPECT_EQ(fake::logLines(),
+            failure(0, "Error reading file: " + this->file(0), "No more data to read."));
   EXPECT_EQ(this->loaded_, sample<TypeParam>());
 }
 
@@ -116,17 +124,20 @@ TYPED_TEST(TableStoreFiles, AFileInThePlaceOfTheDirectoryIsAnError) {
 TYPED_TEST(TableStoreFiles, ADirectoryInThePlaceOfTheFileIsAnError) {
   std::filesystem::create_directories(this->file(3));
   EXPECT_EQ(save(sample<TypeParam>(), 3), 1);
-  EXPECT_EQ(fake::logLines(), oneLine(kLogError, "[MPTS3] Error writing file: " + this->file(3)));
+  EXPECT_EQ(fake::logLines(), failure(3, "Error writing file: " + this->file(3),
+                                      "cannot open " + this->file(3) + ": Is a directory"));
   fake::clearLog();
   EXPECT_EQ(load(this->loaded_, 3), 1);
-  EXPECT_EQ(fake::logLines(), oneLine(kLogError, "[MPTS3] Error reading file: " + this->file(3)));
+  EXPECT_EQ(fake::logLines().front(),
+            oneLine(kLogError, "[MPTS3] Error reading file: " + this->file(3)).front());
 }
 
 TYPED_TEST(TableStoreFiles, AFullDiskIsAnErrorAndTheNextSaveTriesAgain) {
   std::filesystem::create_directories(this->path("Tornel"));
   std::filesystem::create_symlink("/dev/full", this->file(0));
   EXPECT_EQ(save(sample<TypeParam>(), 0), 1);
-  EXPECT_EQ(fake::logLines(), oneLine(kLogError, "[MPTS0] Error writing file: " + this->file(0)));
+  EXPECT_EQ(fake::logLines(), failure(0, "Error writing file: " + this->file(0),
+                                      "TFDTransport::write(): No space left on device"));
   std::filesystem::remove(this->file(0));
   fake::clearLog();
   EXPECT_EQ(save(sample<TypeParam>(), 0), 0);

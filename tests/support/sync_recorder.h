@@ -5,13 +5,16 @@
 #include <functional>
 #include <vector>
 
-/** Takes the place of sync() and syncfs(): the tests need no disk to settle, but want to know. */
+/** Takes the place of sync(), syncfs() and fsync(): the tests need no disk to settle, but want to
+ * know. */
 namespace tevra::test {
 
 struct SyncCall {
-  int fd = -1;          ///< of syncfs, -1 for sync
-  off_t size = -1;      ///< of the file behind `fd`; for sync, of that of the last syncfs
-  bool closed = false;  ///< for sync: whether the descriptor of the last syncfs is closed
+  enum class Of { FileSystem, File, Everything };  ///< syncfs, fsync, sync
+
+  Of what;
+  off_t size = -1;  ///< of the file behind the descriptor; for sync, of the one now in its place
+  bool closed = false;  ///< for sync: whether the descriptor of the last call is closed
 };
 
 /** The calls since the last clearSyncCalls, in order. Safe from any thread. */
@@ -19,8 +22,11 @@ std::vector<SyncCall> syncCalls();
 
 void clearSyncCalls();
 
-/** What syncfs returns from now on: 0, or -1 with errno EIO. */
+///@{
+/** What syncfs or fsync returns from now on: 0, or -1 with errno EIO. */
 void setSyncfsResult(int result);
+void setFsyncResult(int result);
+///@}
 
 /** Called inside every syncfs from now on; an empty one is not. Set while no other thread syncs. */
 void onSyncfs(std::function<void()> action);

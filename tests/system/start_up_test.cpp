@@ -24,18 +24,21 @@ class DaemonStart : public testing::Test {
 TEST_F(DaemonStart, LogsEveryStepInOrderAndWritesNoFile) {
   FakeMainTask mainTask;
   const Daemon daemon(root_.path());
-  EXPECT_THAT(daemon.logLines(), ElementsAre("4 [MPTS0] Tornel listening on port [9224]",
-                                             "4 [MPTS0] notifying to port [9256]",  //
-                                             "4 IN mod slot [3] PID poll [100/299]",
-                                             "3 [MPTS0] Error reading file: " + root_.path() +
-                                                 "/Tornel/TableStoreFile0",
-                                             "3 [MPTS0] Error reading tables from file",
-                                             "3 [MPTS0] Error reading file: " + root_.path() +
-                                                 "/Tornel/EITTableVersionStoreFile0",
-                                             "3 [MPTS0] Error reading tables from file",  //
-                                             "7 I need Configuration!!!",
-                                             "6 Started threaded simple server, on port: 9224",  //
-                                             "4 Tornel 0 started ..."));
+  EXPECT_THAT(
+      daemon.logLines(),
+      ElementsAre(
+          "4 [MPTS0] Tornel listening on port [9224]",
+          "4 [MPTS0] notifying to port [9256]",  //
+          "4 IN mod slot [3] PID poll [100/299]",
+          "3 [MPTS0] Error reading file: " + root_.path() + "/Tornel/TableStoreFile0",
+          "7 [MPTS0] Reason: cannot open: No such file or directory",
+          "3 [MPTS0] Error reading tables from file",
+          "3 [MPTS0] Error reading file: " + root_.path() + "/Tornel/EITTableVersionStoreFile0",
+          "7 [MPTS0] Reason: cannot open: No such file or directory",
+          "3 [MPTS0] Error reading tables from file",  //
+          "7 I need Configuration!!!",
+          "6 Started threaded simple server, on port: 9224",  //
+          "4 Tornel 0 started ..."));
   ASSERT_TRUE(mainTask.waitFor(1));
   EXPECT_THAT(mainTask.methods(), ElementsAre("requestConfiguration"));
   EXPECT_TRUE(std::filesystem::is_empty(root_.path()));
