@@ -1,10 +1,12 @@
+#include <optional>
 #include <string>
 
 #include "bench/bare_dvbpsi.h"
+#include "bench/no_saves.h"
 #include "bench/sample_tables.h"
-#include "bench/unsaved_stores.h"
 #include "bench/work.h"
 #include "cfdb/conflict_free_db.h"
+#include "store/table_stores.h"
 #include "synth/output_data.h"
 
 namespace tevra::bench {
@@ -13,14 +15,6 @@ namespace {
 struct ServiceSize {
   int streams;
   int descriptors;
-};
-
-class FixedOwner final : public ConflictFreeDBOwner {
- public:
-  int64_t timeOffset() override { return 0; }
-  bool timeOffsetValid() override { return true; }
-  int32_t selectEITVersion(int32_t /*serviceId*/, int32_t /*tableId*/) override { return 1; }
-  void resetEITRestartCounter(int32_t /*serviceId*/) override {}
 };
 
 /** buildOutput against the tables of the run before, or against none. */
@@ -42,7 +36,7 @@ class BuildOutput : public Work {
   void prepare() override {
     answer_ = {};
     if (stored_ == Stored::kNothing) {
-      stores_.forget();
+      stores_.emplace(kMptsIndex);
     }
   }
 
@@ -50,13 +44,17 @@ class BuildOutput : public Work {
     const OutputServiceDescription& output = request_.outputs.at(kServiceId);
     const LastNodeSettings& lastNode = request_.lastNodeSettings.at(kServiceId).front();
     answer_ =
-        OutputData(database_, stores_).buildOutput(service_, pmt_, output, lastNode, {true, true});
+        OutputData(database_, *stores_).buildOutput(service_, pmt_, output, lastNode, {true, true});
   }
 
  private:
-  FixedOwner owner_;
-  ConflictFreeDB database_{0, owner_};
-  UnsavedStores stores_;
+  static constexpr int32_t kMptsIndex = 0;
+
+  const NoSaves noSaves_;
+  TimeOffset timeOffset_;
+  EITVersions eitVersions_{kMptsIndex};
+  ConflictFreeDB database_{kMptsIndex, timeOffset_, eitVersions_};
+  std::optional<TableStores> stores_{kMptsIndex};
   ServiceTables service_;
   PMT pmt_;
   SrvOutputRequest request_;

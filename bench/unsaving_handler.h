@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bench/no_saves.h"
 #include "control/si_control_handler.h"
 
 namespace tevra::bench {
@@ -16,7 +17,7 @@ class UnsavingHandler : public SIControlSrvHandler {
   UnsavingHandler& operator=(const UnsavingHandler&) = delete;
 
  private:
-  int writeTableStores() override { return 0; }
+  const NoSaves noSaves_;
 };
 
 }  // namespace tevra::bench

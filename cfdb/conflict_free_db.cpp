@@ -17,8 +17,8 @@ bool copyEIT(const EITMap& store, int32_t serviceId, int32_t tableId, EIT& out) 
 
 }  // namespace
 
-ConflictFreeDB::ConflictFreeDB(int32_t chainIndex, ConflictFreeDBOwner& owner)
-    : owner_(owner), pids_(chainIndex) {}
+ConflictFreeDB::ConflictFreeDB(int32_t chainIndex, TimeOffset& timeOffset, EITVersions& eitVersions)
+    : timeOffset_(timeOffset), eitVersions_(eitVersions), pids_(chainIndex) {}
 
 bool ConflictFreeDB::setConflictFreePAT(PAT& out, const PAT& in) {
   MutexLock lock(pats_);
@@ -203,13 +203,13 @@ bool ConflictFreeDB::getRestampedEITsch(EIT& out, int32_t serviceId, int32_t tab
 }
 
 void ConflictFreeDB::restampAll(EITMap& store, const EITMap& in, const char* caller) {
-  const bool valid = owner_.timeOffsetValid();
+  const bool valid = timeOffset_.timeOffsetValid();
   log_function(kLogDebug, kNoTag, "[%s] Ready to apply offset [%s] [%lld]", caller,
-               valid ? "yes" : "no", static_cast<long long>(owner_.timeOffset()));
+               valid ? "yes" : "no", static_cast<long long>(timeOffset_.timeOffset()));
   for (const auto& [serviceId, tables] : in) {
-    owner_.resetEITRestartCounter(serviceId);
+    eitVersions_.resetEITRestartCounter(serviceId);
     for (const auto& [tableId, eit] : tables) {
-      const int32_t version = owner_.selectEITVersion(serviceId, tableId);
+      const int32_t version = eitVersions_.selectEITVersion(serviceId, tableId);
       restampEIT(store[serviceId][tableId], eit, version);
     }
   }
@@ -219,7 +219,7 @@ void ConflictFreeDB::restampEIT(EIT& out, const EIT& in, int32_t version) {
   log_function(kLogDebug, kNoTag, "restampEIT: SID [0x%04x] tid [0x%02x] v[%d] nevents [%d]",
                static_cast<unsigned>(in.serviceId), static_cast<unsigned>(in.tableId), in.version,
                static_cast<int>(in.events.size()));
-  const int64_t offset = owner_.timeOffset();
+  const int64_t offset = timeOffset_.timeOffset();
   out = in;
   for (EITEvent& event : out.events) {
     event.startTime =

@@ -4,10 +4,11 @@
 #include <map>
 #include <vector>
 
-#include "cfdb/conflict_free_db_owner.h"
 #include "cfdb/pid_allocator.h"
+#include "cfdb/time_offset.h"
 #include "records/records.h"
 #include "records/table_slot.h"
+#include "store/eit_versions.h"
 
 namespace tevra {
 
@@ -17,16 +18,17 @@ namespace tevra {
  * system clock.
  *
  * Callable from any thread. Each kind of table has a lock of its own, held for the whole operation;
- * the PID lock of PidAllocator is taken inside it, never around it. The EIT locks are recursive and
- * are held while the owner is asked.
+ * those of PidAllocator, TimeOffset and EITVersions are taken inside it, never around it. The EIT
+ * locks are recursive.
  *
  * Setters return true and copy the stored table to their out parameter. Getters return false and
- * leave `out` untouched when nothing is held. `owner` must outlive the database.
+ * leave `out` untouched when nothing is held.
  */
 class ConflictFreeDB {
  public:
-  /** Loads the PID mapping from its file; see PidAllocator. */
-  ConflictFreeDB(int32_t chainIndex, ConflictFreeDBOwner& owner);
+  /** Loads the PID mapping from its file; see PidAllocator. What EITs are restamped with must
+   * outlive the database. */
+  ConflictFreeDB(int32_t chainIndex, TimeOffset& timeOffset, EITVersions& eitVersions);
 
   /** A PAT of another transport stream restarts the PID mapping. Saves the mapping if it grew. */
   bool setConflictFreePAT(PAT& out, const PAT& in) EXCLUDES(pats_);
@@ -76,7 +78,7 @@ class ConflictFreeDB {
 
   ///@{
   /**
-   * Restamp `in`: a new version per EIT, event times moved by the owner's offset whether or not
+   * Restamp `in`: a new version per EIT, event times moved by the time offset whether or not
    * that is valid. The result is stored; what `in` does not mention stays. The restart counter of
    * every service in `in` is reset.
    */
@@ -116,7 +118,8 @@ class ConflictFreeDB {
   void restampEIT(EIT& out, const EIT& in, int32_t version);
   void copyRestamped(EITMap& out, const EITMap& in, GetRestamped get);
 
-  ConflictFreeDBOwner& owner_;
+  TimeOffset& timeOffset_;
+  EITVersions& eitVersions_;
   PidAllocator pids_;
 
   TableSlot<PAT> pats_;

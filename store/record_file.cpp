@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <exception>
 #include <memory>
+#include <stdexcept>
 #include <system_error>
 #include <type_traits>
 
@@ -43,6 +44,9 @@ void write(AtomicFile& file, const Record& record) {
     raise("cannot sync the file system");
   }
   buffered->flush();
+  if (lseek(file.descriptor(), 0, SEEK_CUR) > static_cast<off_t>(kMaxRecordFileSize)) {
+    throw std::length_error("more than a start reads");
+  }
   file.commit();
 }
 

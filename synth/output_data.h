@@ -24,7 +24,7 @@ using OutputConfigurations = std::map<int32_t, SPTSConfiguration>;
 class OutputData {
  public:
   /** Both are used by every call. */
-  OutputData(ConflictFreeDB& database, TableStoreOwner& stores)
+  OutputData(ConflictFreeDB& database, TableStores& stores)
       : database_(database), stores_(stores) {}
 
   /**
@@ -67,7 +67,7 @@ class OutputData {
   void resolveInputPids(std::vector<PIDItem>& pidItems, bool remapPids);
 
   ConflictFreeDB& database_;
-  TableStoreOwner& stores_;
+  TableStores& stores_;
 };
 
 }  // namespace tevra

@@ -218,18 +218,13 @@ int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt) {
   return 0;
 }
 
-void saveSynthesisedTables(TableStoreOwner& owner, ServiceWorkRecord& workingStore) {
-  const int32_t key = workingStore.pmt.programNumber;
-  TableStore& store = owner.tableStore(key);
+void saveSynthesisedTables(TableStores& stores, ServiceWorkRecord& workingStore) {
+  TableStore& stored = stores.tableStore(workingStore.pmt.programNumber);
   // Without a handle a table keeps its last version and the output goes without it.
-  (void)synthPAT(workingStore, store.pat);
-  (void)synthSDT(workingStore, store.sdt);
-  (void)synthPMT(workingStore, store.pmt);
-  log_function(kLogDebug, kNoTag, "[MPTS%d] has to save the new tables in a file",
-               owner.mptsIndex());
-  if (owner.writeTableStores() != 0) {
-    log_function(kLogError, kNoTag, "[MPTS%d] Error writing tables in file", owner.mptsIndex());
-  }
+  (void)synthPAT(workingStore, stored.pat);
+  (void)synthSDT(workingStore, stored.sdt);
+  (void)synthPMT(workingStore, stored.pmt);
+  stores.saveTableStores();
 }
 
 }  // namespace tevra

@@ -3,26 +3,10 @@
 #include <cstdint>
 
 #include "records/records.h"
+#include "store/table_stores.h"
 #include "synth/service_work_record.h"
 
 namespace tevra {
-
-/** Keeps the tables last handed out, by input programme number, and their file. */
-class TableStoreOwner {
- public:
-  /** 0 to 3; for log lines. */
-  [[nodiscard]] virtual int32_t mptsIndex() const = 0;
-
-  /** The entry of a programme, whichever its output (docs/contract.md, "Versions per input
-   * service"), default-constructed the first time. Stays valid while the owner lives. */
-  [[nodiscard]] virtual TableStore& tableStore(int32_t inputProgramNumber) = 0;
-
-  /** Writes all entries under the table store lock. 0 on success. */
-  [[nodiscard]] virtual int writeTableStores() = 0;
-
- protected:
-  ~TableStoreOwner() = default;
-};
 
 /**
  * PMT PID of a programme as a 16-bit signed number, the last match winning; -1, with a level-3
@@ -54,11 +38,10 @@ int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt);
 ///@}
 
 /**
- * Despite its name synthesises all three first, against the owner's entry for the input programme
- * number, then writes the table store file, changed or not. A failed write is logged at level 3 and
- * has no other consequence. Raises as they do: the tables before the one that failed have been
- * stored, and are handed out the next time.
+ * Despite its name synthesises all three first, against the stored entry of the input programme
+ * number, then saves the table stores, changed or not. Raises as they do: the tables before the one
+ * that failed have been stored, and are handed out the next time.
  */
-void saveSynthesisedTables(TableStoreOwner& owner, ServiceWorkRecord& workingStore);
+void saveSynthesisedTables(TableStores& stores, ServiceWorkRecord& workingStore);
 
 }  // namespace tevra

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <map>
 #include <string>
 
 #include "cfdb/conflict_free_db.h"
+#include "cfdb/dvb_time.h"
 #include "store/record_file.h"
-#include "tests/cfdb/fake_owner.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/tables.h"
 
 namespace tevra::test {
 
@@ -27,8 +30,20 @@ class ConflictFreeDBFixture : public fake::PlatformTest {
     return record;
   }
 
-  FakeOwner owner_;
-  ConflictFreeDB database_{0, owner_};
+  /** Events are moved by this many seconds from now on. */
+  void setOffset(int64_t seconds) {
+    constexpr uint64_t kSystemTime = uint64_t{2000000} << 24;
+    constexpr int64_t kAnother = 1000000;  // the tolerance of a minute is not what is asked here
+    fake::platform().utcTime = kSystemTime;
+    for (const int64_t offset : {seconds + kAnother, seconds}) {
+      (void)timeOffset_.updateTimeOffset(makeTot(restampDVBTime(kSystemTime, -offset)));
+    }
+    fake::clearLog();
+  }
+
+  TimeOffset timeOffset_;
+  EITVersions eitVersions_{0};
+  ConflictFreeDB database_{0, timeOffset_, eitVersions_};
 };
 
 }  // namespace tevra::test

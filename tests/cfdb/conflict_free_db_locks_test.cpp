@@ -4,7 +4,6 @@
 #include <functional>
 #include <future>
 #include <ostream>
-#include <utility>
 
 #include "cfdb/conflict_free_db.h"
 #include "tests/cfdb/conflict_free_db_fixture.h"
@@ -91,42 +90,42 @@ TEST_F(WhileSaving, ThePatCannotBeRead) {
   EXPECT_TRUE(reader.get());
 }
 
-// Which locks are held while the owner is asked
+// Which locks are held during a pass
 
 /** Whether an action on another thread ends while this one is inside a pass. */
 class WhileRestamping : public ConflictFreeDBFixture {
  protected:
-  WhileRestamping() {
-    owner_.onSelect([this] {
-      other_ = std::async(std::launch::async, action_);
-      endedMeanwhile_ = other_.wait_for(patience_) == std::future_status::ready;
-    });
+  bool endsDuringPresentFollowing(const std::function<void()>& action) {
+    return endsDuring(&ConflictFreeDB::restampEITpf, action);
   }
 
-  bool endsDuringPresentFollowing(std::function<void()> action) {
-    action_ = std::move(action);
-    database_.restampEITpf(oneEit());
-    other_.get();
-    return endedMeanwhile_;
-  }
-
-  bool endsDuringSchedule(std::function<void()> action) {
-    action_ = std::move(action);
-    database_.restampEITsch(oneEit());
-    other_.get();
-    return endedMeanwhile_;
+  bool endsDuringSchedule(const std::function<void()>& action) {
+    return endsDuring(&ConflictFreeDB::restampEITsch, action);
   }
 
   void expectToEndMeanwhile() { patience_ = std::chrono::seconds(20); }
   void expectToWait() { patience_ = std::chrono::milliseconds(100); }
 
  private:
-  static EITMap oneEit() { return mapOf({makeEit(1, 0x4E, 0)}); }
+  /** The action comes when the pass copies the events. */
+  bool endsDuring(void (ConflictFreeDB::*restamp)(const EITMap&),
+                  const std::function<void()>& action) {
+    constexpr size_t kEvents = 1000;
+    const EITMap eits = mapOf({makeEit(1, 0x4E, 0, std::vector<uint64_t>(kEvents))});
+    std::future<void> other;
+    bool endedMeanwhile = false;
+    {
+      const AllocationHook passing(kEvents * sizeof(EITEvent), [&] {
+        other = std::async(std::launch::async, action);
+        endedMeanwhile = other.wait_for(patience_) == std::future_status::ready;
+      });
+      (database_.*restamp)(eits);
+    }
+    other.get();
+    return endedMeanwhile;
+  }
 
-  std::function<void()> action_;
   std::chrono::milliseconds patience_{0};
-  std::future<void> other_;
-  bool endedMeanwhile_ = false;
 };
 
 TEST_F(WhileRestamping, AnEitCannotBeSet) {

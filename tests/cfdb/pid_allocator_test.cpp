@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "cfdb/pid_remap_file.h"
+#include "store/record_file.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/support/allocation_hook.h"
 
@@ -30,7 +30,7 @@ class PidAllocatorTest : public fake::PlatformTest {
   /** What chain 0 has saved; default values if nothing. */
   static PIDRemap saved() {
     PIDRemap record;
-    (void)readPIDRemapFile(path("PIDRemap0"), record);  // a missing file shows in the record
+    (void)readRecordFromFile(path("PIDRemap0"), record);  // a missing file shows in the record
     return record;
   }
 

@@ -35,7 +35,7 @@ class DamagedPidRemapFile : public ConflictFreeDBFixture {
     giveTables(database_, kTransportStream);
     text_ = readText(file());
     removeFile();
-    ConflictFreeDB other(0, owner_);
+    ConflictFreeDB other(0, timeOffset_, eitVersions_);
     other.setConflictFreePAT(pat_, patOf(kAnotherTransportStream));
     repaired_ = readText(file());
     EXPECT_GT(text_.size(), 500U);
@@ -64,7 +64,7 @@ class DamagedPidRemapFile : public ConflictFreeDBFixture {
    * other. */
   void expectRepair(const std::string& text) {
     place(text);
-    ConflictFreeDB database(0, owner_);
+    ConflictFreeDB database(0, timeOffset_, eitVersions_);
     database.setConflictFreePAT(pat_, patOf(kAnotherTransportStream));
     ASSERT_EQ(readText(file()), repaired_);
   }
@@ -76,7 +76,7 @@ class DamagedPidRemapFile : public ConflictFreeDBFixture {
     const int result = readRecordFromFile(file(), record);
     ASSERT_TRUE(result == kRecordFileDone || result == kRecordFileFailed);
     const bool whole = result == kRecordFileDone && record.moduleSlot == 3;
-    ConflictFreeDB database(0, owner_);
+    ConflictFreeDB database(0, timeOffset_, eitVersions_);
     if (!whole) {
       ASSERT_EQ(database.getConflictFreePID(0x101), 101);
       return;
@@ -101,7 +101,7 @@ TEST_F(DamagedPidRemapFile, CutAnywhereIsAFreshMappingThatTheSameTablesRestore) 
     if (length % kRepairEvery == 0) {
       expectRepair(text_.substr(0, length));
       place(text_.substr(0, length));
-      ConflictFreeDB database(0, owner_);
+      ConflictFreeDB database(0, timeOffset_, eitVersions_);
       giveTables(database, kTransportStream);
       ASSERT_EQ(readText(file()), text_);
     }

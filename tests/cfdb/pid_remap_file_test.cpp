@@ -89,7 +89,7 @@ TEST_F(PidRemapFile, IsWrittenByTheFirstPat) {
 }
 
 TEST_F(PidRemapFile, LiesInTheConfigurationRootUnderTheChainsNumber) {
-  ConflictFreeDB database(3, owner_);
+  ConflictFreeDB database(3, timeOffset_, eitVersions_);
   setPat(database, {0x100});
   EXPECT_TRUE(std::filesystem::exists(path("PIDRemap3")));
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(platform().configurationRoot), {}),
@@ -201,7 +201,7 @@ TEST_F(PidRemapFileAfterACat, IsNotWrittenByTheOtherTables) {
 TEST_F(PidRemapFile, KeepsThePidsAcrossARestart) {
   setPat(database_, {0x100, 0x200});
   fake::clearLog();
-  ConflictFreeDB restarted(0, owner_);
+  ConflictFreeDB restarted(0, timeOffset_, eitVersions_);
   EXPECT_THAT(logLines(), ElementsAre(LogLine{4, "", "IN mod slot [3] PID poll [100/299]"}));
   EXPECT_EQ(restarted.getInputPID(102), 0x200);
   EXPECT_EQ(setPat(restarted, {0x200, 0x300, 0x100}).programs.at(0).pid, 102);
@@ -211,7 +211,7 @@ TEST_F(PidRemapFile, KeepsThePidsAcrossARestart) {
 
 TEST_F(PidRemapFile, ThatWasReadIsNotUnsaved) {
   setPat(database_, {0x100});
-  ConflictFreeDB restarted(0, owner_);
+  ConflictFreeDB restarted(0, timeOffset_, eitVersions_);
   removeFile();
   setPat(restarted, {0x100});
   EXPECT_FALSE(fileExists());
@@ -219,14 +219,14 @@ TEST_F(PidRemapFile, ThatWasReadIsNotUnsaved) {
 
 TEST_F(PidRemapFile, RestartsTheMappingWhenTheStreamChangedMeanwhile) {
   setPat(database_, {0x100, 0x200});
-  ConflictFreeDB restarted(0, owner_);
+  ConflictFreeDB restarted(0, timeOffset_, eitVersions_);
   EXPECT_EQ(setPat(restarted, {0x200}, 8).programs.at(0).pid, 101);
   EXPECT_EQ(restarted.getInputPID(102), kUnknownPid);
 }
 
 TEST_F(PidRemapFile, OfAnotherChainIsNotRead) {
   setPat(database_, {0x100});
-  ConflictFreeDB other(1, owner_);
+  ConflictFreeDB other(1, timeOffset_, eitVersions_);
   EXPECT_EQ(other.getInputPID(101), kUnknownPid);
   EXPECT_EQ(other.getConflictFreePID(0x100), 301);
 }
@@ -236,7 +236,7 @@ TEST_F(PidRemapFile, OfAnotherSlotIsIgnoredSilentlyAndOverwrittenByTheNextChange
   const std::string before = readText(file());
   platform().moduleSlot = 4;
   fake::clearLog();
-  ConflictFreeDB moved(0, owner_);
+  ConflictFreeDB moved(0, timeOffset_, eitVersions_);
   EXPECT_THAT(logLines(), ElementsAre(LogLine{4, "", "IN mod slot [4] PID poll [900/1099]"}));
   EXPECT_EQ(moved.getInputPID(101), kUnknownPid);
   EXPECT_EQ(readText(file()), before);
@@ -267,7 +267,7 @@ TEST_F(PidRemapFile, ThatCannotBeSavedIsTriedAgainOnlyAfterTheNextNewPid) {
 
 TEST_F(PidRemapFile, FailsWithEveryChangeWhileTheConfigurationRootIsMissing) {
   std::filesystem::remove(platform().configurationRoot);
-  ConflictFreeDB database(3, owner_);
+  ConflictFreeDB database(3, timeOffset_, eitVersions_);
   fake::clearLog();
   setPat(database, {0x100});
   setPat(database, {0x100});

@@ -215,7 +215,7 @@ TEST_F(HandlerEIT, FailedFileIsLoggedAndTheVersionsAreKeptForTheNextSave) {
   handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {})}));
   const auto all = lines();
   ASSERT_LE(3U, all.size());
-  EXPECT_THAT(all[all.size() - 3], Pair(7, kSaving));
+  EXPECT_THAT(all[all.size() - 4], Pair(7, kSaving));
   EXPECT_THAT(all[all.size() - 3], Pair(3, "[MPTS0] Error writing file: " + eitVersionPath()));
   EXPECT_THAT(all[all.size() - 1], Pair(3, kSavingFailed));
   std::filesystem::remove(eitVersionPath());

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "records/record_file_access.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/records/wire.h"
 #include "tests/store/store_files.h"
@@ -128,6 +129,24 @@ TYPED_TEST(RecordFile, LackOfMemoryIsAFailureThatLeavesTheFormerFile) {
   EXPECT_GT(allowed, 2U);
   EXPECT_EQ(result, kDone);
   EXPECT_EQ(readText(file), jsonOf(record));
+}
+
+TYPED_TEST(RecordFile, LackOfMemoryForReadingIsAFailure) {
+  const std::string file = this->file();
+  writeText(file, jsonOf(sample<TypeParam>()));
+  TypeParam& record = this->read_;
+  int result = kDone;
+  size_t allowed = 0;
+  while (lacksMemory(allowed, [&] {
+    record = TypeParam();
+    result = readRecordFromFile(file, record);
+  })) {
+    EXPECT_NE(result, kDone) << allowed;
+    ++allowed;
+  }
+  EXPECT_GT(allowed, 2U);
+  EXPECT_EQ(result, kDone);
+  EXPECT_EQ(record, sample<TypeParam>());
 }
 
 TYPED_TEST(RecordFile, WhatIsNoRecordFails) {
@@ -252,16 +271,39 @@ TEST_F(RecordFileText, ValuesComeBackAsTheyStandInTheFile) {
   EXPECT_EQ(record.versionStores[7].versions[78], INT32_MAX);
 }
 
-TEST_F(RecordFileText, ALargeStoreSurvives) {
-  TableStoreFile record;
-  for (int32_t service = 0; service < 2000; ++service) {
-    record.tableStores[service] = sample<TableStore>();
-    record.tableStores[service].pmt.programNumber = service;
+// What a save can write a start can read
+
+class LargeRecordFile : public fake::PlatformTest {
+ protected:
+  const std::string file_ = path("file");
+};
+
+TEST_F(LargeRecordFile, IsRead) {
+  TableStoreFile ofManyElements;
+  ofManyElements.tableStores[1].pat.programs.resize(1024 * 1024 + 1);
+  ofManyElements.tableStores[2].pmt.esList.resize(2);
+  TableStoreFile ofManyBytes;
+  for (int32_t service = 1; service <= 16; ++service) {
+    ofManyBytes.tableStores[service].pmt.descriptors.emplace_back().data.assign(1024 * 1024, 'd');
   }
-  ASSERT_EQ(writeRecordToFile(path("file"), record), kDone);
-  TableStoreFile read;
-  ASSERT_EQ(readRecordFromFile(path("file"), read), kDone);
-  EXPECT_TRUE(read == record);
+  for (const TableStoreFile& record : {ofManyElements, ofManyBytes}) {
+    ASSERT_EQ(writeRecordToFile(file_, record), kDone);
+    EXPECT_GT(std::filesystem::file_size(file_), size_t{16} * 1024 * 1024);
+    TableStoreFile read;
+    ASSERT_EQ(readRecordFromFile(file_, read), kDone);
+    EXPECT_TRUE(read == record);
+  }
+}
+
+TEST_F(LargeRecordFile, ThatNoStartWouldReadIsNotSaved) {
+  writeText(file_, "former");
+  TableStoreFile record;
+  record.tableStores[1].pmt.descriptors.emplace_back().data.assign(kMaxRecordFileSize / 4 * 3, 'd');
+  std::string reason;
+  EXPECT_EQ(writeRecordToFile(file_, record, &reason), kFailed);
+  EXPECT_EQ(reason, "more than a start reads");
+  EXPECT_EQ(readText(file_), "former");
+  EXPECT_FALSE(std::filesystem::exists(file_ + ".new"));
 }
 
 }  // namespace

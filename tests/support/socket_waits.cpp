@@ -41,8 +41,7 @@ void clearSocketWaits() {
 
 }  // namespace tevra::test
 
-// In place of the C library's, also for the libraries. Its names of parameters are reserved.
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
+// In place of the C library's, also for the libraries.
 extern "C" {
 
 int connect(int fd, const sockaddr* address, socklen_t size) {
@@ -56,4 +55,3 @@ ssize_t send(int fd, const void* bytes, size_t size, int flags) {
 }
 
 }  // extern "C"
-// NOLINTEND(readability-inconsistent-declaration-parameter-name)

@@ -83,8 +83,7 @@ class Receiver {
         std::free(section);
         return "invalid section";
       }
-      // The table takes the section over. NOLINTNEXTLINE(clang-analyzer-unix.Malloc)
-      complete_ = psi_table_section(sections_.data(), section);
+      complete_ = psi_table_section(sections_.data(), section);  // which takes it over
     }
     return "";
   }

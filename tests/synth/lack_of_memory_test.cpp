@@ -140,14 +140,15 @@ class LackOfMemory : public OutputDataTest {
 TEST_F(LackOfMemory, AtAnyPointOfARequestChangesNoLaterAnswer) {
   ask();
   const OutputConfigurations undisturbed = answer_;
-  const auto stored = stores_.stores;
+  TableStore& store = stores_.tableStore(kInputProgram);
+  const TableStore stored = store;
   size_t allowed = 0;
   for (bool lacking = true; lacking; ++allowed) {
-    stores_.stores.clear();
+    store = {};
     EXPECT_NO_THROW(lacking = lacksMemory(allowed, [this] { ask(); }));
     ask();
     ASSERT_EQ(answer_, undisturbed) << allowed;
-    ASSERT_EQ(stores_.stores, stored) << allowed;
+    ASSERT_EQ(store, stored) << allowed;
   }
   EXPECT_GT(allowed, 50U);
 }
@@ -156,7 +157,7 @@ TEST_F(LackOfMemory, LeavesAnOutputWithoutSectionsOutOfTheAnswer) {
   refuseSections = true;
   ask();
   EXPECT_THAT(answer_, testing::IsEmpty());
-  EXPECT_EQ(stores_.stores[kInputProgram], TableStore());
+  EXPECT_EQ(stores_.tableStore(kInputProgram), TableStore());
   EXPECT_EQ(fake::timesLogged(3, "inputSID [003401] globalSID [000050] not served: std::bad_alloc"),
             1);
 }

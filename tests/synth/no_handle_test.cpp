@@ -4,7 +4,7 @@
 #include <type_traits>
 
 #include "records/dvbpsi.h"
-#include "tests/synth/fake_table_stores.h"
+#include "tests/synth/saved_table_stores.h"
 #include "tests/synth/synthesis_fixture.h"
 
 namespace {
@@ -68,22 +68,22 @@ TYPED_TEST(NoHandleFor, ATableFailsAndChangesNothing) {
 }
 
 TEST_F(NoHandle, AllFailuresAreIgnoredAndTheFileIsWritten) {
-  FakeTableStores owner;
-  saveSynthesisedTables(owner, work_);
+  SavedTableStores stores;
+  saveSynthesisedTables(stores, work_);
   EXPECT_EQ(handlesAsked, 3);
   EXPECT_TRUE(work_ == makeWorkRecord(service_));
-  EXPECT_EQ(owner.stores.at(kInputProgram), TableStore());
-  EXPECT_THAT(owner.written, SizeIs(1));
+  EXPECT_EQ(stores.tableStore(kInputProgram), TableStore());
+  EXPECT_EQ(stores.saves(), 1);
   EXPECT_THAT(fake::logLines(),
               ElementsAre(LogLine{7, "", "[MPTS2] has to save the new tables in a file"}));
 }
 
 TEST_F(NoHandle, WithHandlesAgainTheTablesAreMadeWithOneSilentHandleEach) {
-  FakeTableStores owner;
-  saveSynthesisedTables(owner, work_);
+  SavedTableStores stores;
+  saveSynthesisedTables(stores, work_);
   refuseHandles = false;
   handlesAsked = 0;
-  saveSynthesisedTables(owner, work_);
+  saveSynthesisedTables(stores, work_);
   EXPECT_EQ(handlesAsked, 3);
   EXPECT_TRUE(silentOnly);
   EXPECT_EQ(work_.outputTables.dvbTables.pat.version, 1);

@@ -105,8 +105,8 @@ TEST_F(BuildOutput, TwoUnknownPidsStayTwoItems) {
 
 TEST_F(BuildOutput, UsesTheStoreOfTheInputProgrammeAndSavesOnce) {
   (void)build({true, true});
-  EXPECT_THAT(stores_.stores, ElementsAre(Key(kInputProgram)));
-  EXPECT_THAT(stores_.written, SizeIs(1));
+  EXPECT_THAT(stores_.saved(), ElementsAre(Key(kInputProgram)));
+  EXPECT_EQ(stores_.saves(), 1);
 }
 
 TEST_F(BuildOutput, EmptyTablesGiveAnEmptyOutput) {
@@ -115,7 +115,7 @@ TEST_F(BuildOutput, EmptyTablesGiveAnEmptyOutput) {
   const SPTSConfiguration built = build({true, true}, 1);
   EXPECT_THAT(built.pidItems, ElementsAre(pidItem(65535, 0x666, 0x02), pidItem(65535, 0, 0x04)));
   EXPECT_THAT(built.outputTables.dvbTables.pmt.esList, IsEmpty());
-  EXPECT_THAT(stores_.stores, ElementsAre(Key(0)));
+  EXPECT_THAT(stores_.saved(), ElementsAre(Key(0)));
 }
 
 }  // namespace

@@ -81,7 +81,7 @@ TEST_F(OutputFailures, AnOutOfRangeFilterGoesToStandardErrorAndTheCallGoesOn) {
   ask();
   EXPECT_EQ(standardError.text(), "Out of Range error: no such code\n");
   ASSERT_THAT(answer_, ElementsAre(Key(50)));
-  EXPECT_THAT(stores_.written, SizeIs(1));
+  EXPECT_EQ(stores_.saves(), 1);
   EXPECT_THAT(fake::logLines(4), IsEmpty());
 }
 
@@ -122,7 +122,7 @@ TEST_F(OutputFailures, AnOutOfRangeErrorIsNotTakenForMissingSettings) {
   ask();
   EXPECT_THAT(answer_, IsEmpty());
   EXPECT_THAT(fake::logLines(3), ElementsAre(notServed(50)));
-  EXPECT_THAT(stores_.written, IsEmpty());
+  EXPECT_EQ(stores_.saves(), 0);
 }
 
 TEST_F(OutputFailures, AListedOutputThatFailsEndsItsListWithoutAFallback) {
@@ -186,10 +186,10 @@ TEST_F(OutputFailures, AFailedWriteIsReportedForEveryOutputAndChangesNoAnswer) {
   request_.outputs[2] = describe(51);
   ask();
   const OutputConfigurations written = answer_;
-  stores_.writeResult = 1;
+  fake::platform().createDirectoryResult = 1;
   ask();
   EXPECT_EQ(answer_, written);
-  EXPECT_THAT(fake::logLines(3), ElementsAre(kCannotSave, kCannotSave));
+  EXPECT_EQ(fake::timesLogged(kCannotSave.level, kCannotSave.text), 2);
 }
 
 TEST_F(OutputFailures, ANameThatCannotBeEncodedIsNonameInTheAnswer) {

@@ -8,11 +8,10 @@
 
 #include "cfdb/conflict_free_db.h"
 #include "synth/output_data.h"
-#include "tests/cfdb/fake_owner.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/synth/builders.h"
-#include "tests/synth/fake_table_stores.h"
 #include "tests/synth/pid_list_matchers.h"
+#include "tests/synth/saved_table_stores.h"
 #include "tests/synth/transport_packets.h"
 
 namespace tevra::test {
@@ -36,6 +35,7 @@ class OutputDataTest : public fake::PlatformTest {
     storePmt();
     request_.inputSID = kInputProgram;
     fake::clearLog();
+    clearSyncCalls();
   }
 
   void storePat(std::initializer_list<std::pair<int32_t, int32_t>> programs) {
@@ -99,9 +99,10 @@ class OutputDataTest : public fake::PlatformTest {
     return pidItem(outputPid(inputPid), outputPid(inputPid), attributes);
   }
 
-  FakeOwner owner_;
-  FakeTableStores stores_;
-  ConflictFreeDB database_{0, owner_};
+  TimeOffset timeOffset_;
+  EITVersions eitVersions_{0};
+  SavedTableStores stores_;
+  ConflictFreeDB database_{0, timeOffset_, eitVersions_};
   OutputData data_{database_, stores_};
   SrvOutputRequest request_;
   OutputConfigurations answer_;

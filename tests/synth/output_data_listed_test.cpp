@@ -58,7 +58,7 @@ TEST_F(ListedOutput, HasAnAnswerForEachLastNodeAndOneForItself) {
   EXPECT_EQ(answer_[40].outputTables.outputParam1, 400);
   EXPECT_EQ(answer_[60].outputTables.outputParam1, 600);
   EXPECT_EQ(answer_[50].outputTables.outputParam1, 50);
-  EXPECT_THAT(stores_.written, SizeIs(3));
+  EXPECT_EQ(stores_.saves(), 3);
 }
 
 TEST_F(ListedOutput, IsServedInTheOrderOfItsListThenByTheFallback) {
@@ -109,7 +109,7 @@ TEST_F(ListedOutput, OfTwoElementsOfOneGlobalIdTheLastAnswers) {
   ask();
   ASSERT_THAT(answer_, ElementsAre(Key(50), Key(60)));
   EXPECT_EQ(answer_[60].outputTables.outputParam1, 601);
-  EXPECT_THAT(stores_.written, SizeIs(3));
+  EXPECT_EQ(stores_.saves(), 3);
 }
 
 TEST_F(ListedOutput, EachElementFiltersForItselfAndTheFallbackForAll) {
@@ -159,7 +159,7 @@ TEST_F(ListedOutput, AnElementsAnswerSparesAnotherOutputItsFallback) {
   EXPECT_THAT(answer_, ElementsAre(Key(40), Key(50), Key(60)));
   EXPECT_EQ(answer_[60].outputTables.outputParam1, 600);
   EXPECT_THAT(fake::logLines(3), ElementsAre(kNoSettings));
-  EXPECT_THAT(stores_.written, SizeIs(3));
+  EXPECT_EQ(stores_.saves(), 3);
 }
 
 TEST_F(FallbackOutput, IsReportedAndAnsweredWithAllPids) {

@@ -32,7 +32,7 @@ TEST_F(OutputDataTest, AnUnknownInputServiceHasAnEmptyAnswerAndNoLine) {
   ask();
   EXPECT_THAT(answer_, IsEmpty());
   EXPECT_THAT(fake::logLines(), IsEmpty());
-  EXPECT_THAT(stores_.written, IsEmpty());
+  EXPECT_EQ(stores_.saves(), 0);
 }
 
 TEST_F(OutputDataTest, NoOutputsHaveAnEmptyAnswer) {
@@ -41,8 +41,7 @@ TEST_F(OutputDataTest, NoOutputsHaveAnEmptyAnswer) {
   ask();
   EXPECT_THAT(answer_, IsEmpty());
   EXPECT_THAT(fake::logLines(), ElementsAre(LogLine{7, "", "inputSID [003401] Match!!!"}));
-  EXPECT_THAT(stores_.written, IsEmpty());
-  EXPECT_THAT(stores_.stores, IsEmpty());
+  EXPECT_EQ(stores_.saves(), 0);
 }
 
 TEST_F(DirectOutput, HasOneAnswerWithInputPidsAndWithoutEcmPids) {
@@ -113,7 +112,7 @@ TEST_F(DirectOutput, IsServedByTheFirstElementOfThatGlobalIdAlone) {
   ask();
   EXPECT_THAT(answer_, ElementsAre(Key(50)));
   EXPECT_EQ(answer_[50].outputTables.outputParam1, 501);
-  EXPECT_THAT(stores_.written, SizeIs(1));
+  EXPECT_EQ(stores_.saves(), 1);
   EXPECT_FALSE(fake::logged(
       7, "inputSID [003401] globalSID [000050] LN: globalSID [000060] uniqueSID[000600]"));
 }
@@ -157,7 +156,7 @@ TEST_F(DirectOutput, TwiceTheSameRequestHasTwiceTheSameAnswer) {
   const OutputConfigurations first = answer_;
   ask();
   EXPECT_EQ(answer_, first);
-  EXPECT_THAT(stores_.written, SizeIs(2));
+  EXPECT_EQ(stores_.saves(), 2);
 }
 
 TEST_F(DirectOutput, AStreamMoreOnTheInputMovesTheVersionOfThePmtAlone) {
@@ -196,10 +195,10 @@ TEST_F(OutputDataTest, OutputsAreServedInTheOrderOfTheirKeys) {
     request_.outputs[key] = describe(100 - key);
   }
   ask();
-  EXPECT_THAT(stores_.written, SizeIs(3));
+  EXPECT_EQ(stores_.saves(), 3);
   EXPECT_THAT(answer_, ElementsAre(Key(95), Key(100), Key(103)));
   // All of them use the entry of the one input programme.
-  EXPECT_THAT(stores_.stores, ElementsAre(Key(kInputProgram)));
+  EXPECT_THAT(stores_.saved(), ElementsAre(Key(kInputProgram)));
 }
 
 TEST_F(OutputDataTest, EachOutputMovesTheVersionsThatTheOneBeforeItLeft) {
@@ -210,7 +209,7 @@ TEST_F(OutputDataTest, EachOutputMovesTheVersionsThatTheOneBeforeItLeft) {
   ask();
   EXPECT_EQ(answer_[60].outputTables.dvbTables.pat.version, 1);
   EXPECT_EQ(answer_[50].outputTables.dvbTables.pat.version, 2);
-  EXPECT_EQ(stores_.stores[kInputProgram].pat.programs.at(0).programNumber, 1205);
+  EXPECT_EQ(stores_.tableStore(kInputProgram).pat.programs.at(0).programNumber, 1205);
 }
 
 TEST_F(OutputDataTest, TheSecondOutputOfAGlobalIdIsNoFallbackWhenTheFirstAnswered) {
@@ -219,7 +218,7 @@ TEST_F(OutputDataTest, TheSecondOutputOfAGlobalIdIsNoFallbackWhenTheFirstAnswere
   request_.outputs[2].serviceName = "Dos";
   ask();
   EXPECT_THAT(answer_, ElementsAre(Key(50)));
-  EXPECT_EQ(stores_.written.size(), 1U);
+  EXPECT_EQ(stores_.saves(), 1);
   EXPECT_EQ(answer_[50].outputTables.dvbTables.sdt.services[0].descriptors[0].data,
             "\x19\x08TEVRA SA\x06Uno HD");
   EXPECT_THAT(fake::logLines(3), ElementsAre(kNoSettings, kNoSettings));
@@ -230,7 +229,7 @@ TEST_F(DirectOutput, TheSecondOneOfAGlobalIdTakesThePlaceOfTheFirst) {
   request_.outputs[2].serviceName = "Dos";
   ask();
   EXPECT_THAT(answer_, ElementsAre(Key(50)));
-  EXPECT_EQ(stores_.written.size(), 2U);
+  EXPECT_EQ(stores_.saves(), 2);
   EXPECT_EQ(answer_[50].outputTables.dvbTables.sdt.services[0].descriptors[0].data,
             "\x19\x08TEVRA SA\x03"
             "Dos");
