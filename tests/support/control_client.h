@@ -26,6 +26,7 @@ class ControlClient {
   ControlClient& operator=(const ControlClient&) = delete;
 
   Service* operator->() { return service_.get(); }
+  Service& operator*() { return *service_; }
 
   /** Whether bytes of an answer arrive within `milliseconds`. */
   [[nodiscard]] bool hasAnswerWithin(int milliseconds);

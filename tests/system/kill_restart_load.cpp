@@ -42,20 +42,24 @@ void RunningLoad::restart(const std::string& pids, const std::string& tables,
   calls_ = 0;
 }
 
-void RunningLoad::run() {
+void RunningLoad::run(int calls) {
   call_.reset();
   try {
     ControlClient client;
-    for (;;) {
-      call_ = nextCall();
-      make(client, *call_);
-      call_.reset();
-      ++calls_;
-      ++answered_;
+    for (int call = 0; call < calls; ++call) {
+      callOnce(*client);
     }
   } catch (const apache::thrift::TException&) {
     // The daemon has been killed.
   }
+}
+
+void RunningLoad::callOnce(Service& service) {
+  call_ = nextCall();
+  make(service, *call_);
+  call_.reset();
+  ++calls_;
+  ++answered_;
 }
 
 LoadCall RunningLoad::nextCall() {
@@ -144,36 +148,36 @@ LoadCall RunningLoad::anyOutput() {
   return call;
 }
 
-void RunningLoad::make(ControlClient& client, const LoadCall& call) {
+void RunningLoad::make(Service& service, const LoadCall& call) {
   switch (call.kind) {
     case Kind::kPat:
-      client->setPAT(call.pat);
+      service.setPAT(call.pat);
       if (call.pat.transportStreamId != givenTransportStreamId_) {
         inputs_.clear();  // the PMTs that the daemon has are of PIDs that it has forgotten
         givenTransportStreamId_ = call.pat.transportStreamId;
       }
       break;
     case Kind::kSdt:
-      client->setSDT(multiplexSdt());
+      service.setSDT(multiplexSdt());
       break;
     case Kind::kPmt:
-      client->setPMT(call.pmt);
+      service.setPMT(call.pmt);
       inputs_[call.pmt.programNumber] = call.pmt;
       break;
     case Kind::kCat:
-      client->setCAT(call.cat);
+      service.setCAT(call.cat);
       break;
     case Kind::kTot:
-      client->setTOT(totAt(std::time(nullptr)));
+      service.setTOT(totAt(std::time(nullptr)));
       break;
     case Kind::kPresentFollowing:
-      client->setEITPresentFollowing(call.eits);
+      service.setEITPresentFollowing(call.eits);
       break;
     case Kind::kSchedule:
-      client->setEITSchedule(call.eits);
+      service.setEITSchedule(call.eits);
       break;
     case Kind::kOutput:
-      check(call, onlyOutput(client, call.request));
+      check(call, onlyOutput(service, call.request));
       break;
   }
   pids_.apply(call);

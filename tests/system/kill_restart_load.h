@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <optional>
 #include <random>
@@ -18,15 +19,20 @@ namespace tevra::test {
  */
 class RunningLoad {
  public:
+  using Service = thrift::in_module::im_SIControlSrvIf;
+
   explicit RunningLoad(uint32_t seed) : random_(seed) {}
 
-  /** Calls until a call is not answered, the daemon being gone. */
-  void run();
+  /** Calls over one connection, `calls` times or until the daemon is gone. */
+  void run(int calls = std::numeric_limits<int>::max());
+
+  /** Calls once. Raises what the service raises; the call is then lastCall(). */
+  void callOnce(Service& service);
 
   /** Goes on with a new daemon that has these files. */
   void restart(const std::string& pids, const std::string& tables, const std::string& eits);
 
-  /** The call that was not answered; nothing when the daemon was gone before it could be made. */
+  /** The call that was not answered; nothing when all were, or the daemon was gone before. */
   [[nodiscard]] const std::optional<LoadCall>& lastCall() const { return call_; }
 
   [[nodiscard]] const PidModel& pids() const { return pids_; }
@@ -49,7 +55,7 @@ class RunningLoad {
   LoadCall anyCat();
   LoadCall anyEits();
   LoadCall anyOutput();
-  void make(ControlClient& client, const LoadCall& call);
+  void make(Service& service, const LoadCall& call);
   void check(const LoadCall& call, const SPTSConfiguration& output);
   void checkPids(int32_t service, const SPTSConfiguration& output);
   void complain(const std::string& text) { complaints_.push_back(text); }

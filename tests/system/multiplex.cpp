@@ -228,8 +228,13 @@ SrvOutputRequest radioRequest() {
 }
 
 SPTSConfiguration onlyOutput(ControlClient& client, const SrvOutputRequest& request) {
+  return onlyOutput(*client, request);
+}
+
+SPTSConfiguration onlyOutput(thrift::in_module::im_SIControlSrvIf& service,
+                             const SrvOutputRequest& request) {
   std::map<int32_t, SPTSConfiguration> answer;
-  client->getSrvOutputData(answer, request);
+  service.getSrvOutputData(answer, request);
   if (answer.size() != 1) {
     throw std::runtime_error("an answer with " + std::to_string(answer.size()) + " outputs");
   }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "in_module_types.h"
+#include "im_SIControlSrv.h"
 
 /**
  * A small multiplex: a television service with two audio languages, subtitles, a stream that is not
@@ -102,7 +102,11 @@ void giveMultiplex(ControlClient& client);
 /** The same of the radio service: global id 8, service id 1202, all audio. */
 [[nodiscard]] SrvOutputRequest radioRequest();
 
+///@{
 /** The only entry of the answer; raises std::runtime_error when it has not just one. */
 [[nodiscard]] SPTSConfiguration onlyOutput(ControlClient& client, const SrvOutputRequest& request);
+[[nodiscard]] SPTSConfiguration onlyOutput(thrift::in_module::im_SIControlSrvIf& service,
+                                           const SrvOutputRequest& request);
+///@}
 
 }  // namespace tevra::test
