@@ -9,18 +9,21 @@
 namespace tevra {
 namespace {
 
+constexpr uint8_t kShortestCaDescriptor = 4;  // ISO/IEC 13818-1, 2.6.16
+
 /** `payload` cut to its 8-bit length, as a libdvbpsi CA descriptor. */
 DescriptorPtr toCaDescriptor(const std::string& payload) {
   auto* bytes = const_cast<uint8_t*>(bytesOf(payload));  // copied, not changed
-  return DescriptorPtr(
-      dvbpsi_NewDescriptor(kCaDescriptorTag, static_cast<uint8_t>(payload.size()), bytes));
+  return allocated(DescriptorPtr(
+      dvbpsi_NewDescriptor(kCaDescriptorTag, static_cast<uint8_t>(payload.size()), bytes)));
 }
 
 /** The payload of `descriptor` with its CA_PID replaced; empty, with a log line, when it is
  * corrupt. */
 std::string remappedPayload(const Descriptor& descriptor, PidAllocator& pids) {
   const DescriptorPtr source = toCaDescriptor(descriptor.data);
-  dvbpsi_ca_dr_t* ca = source ? dvbpsi_DecodeCADr(source.get()) : nullptr;
+  dvbpsi_ca_dr_t* ca =
+      decodedIf(source->i_length >= kShortestCaDescriptor, dvbpsi_DecodeCADr(source.get()));
   if (ca == nullptr) {
     log_function(kLogError, kNoTag, "[cfDescriptors] corrupted ca descriptor.");
     return {};

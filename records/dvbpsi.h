@@ -66,6 +66,16 @@ template <class Pointer>
   return made;
 }
 
+/** What a decoder of libdvbpsi has given, null for what cannot be decoded. It gives null for lack
+ * of memory, too: std::bad_alloc, where the payload is `decodable`. */
+template <class Decoded>
+[[nodiscard]] Decoded* decodedIf(bool decodable, Decoded* decoded) {
+  if (decodable && decoded == nullptr) {
+    throw std::bad_alloc();
+  }
+  return decoded;
+}
+
 /** Raises std::bad_alloc unless there is memory for a section: the generators of SDT and PMT
  * sections write to one without a look at whether they got it. What is asked for, and given back,
  * is several times as much, so that the allocator has the rest to give. */

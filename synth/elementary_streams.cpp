@@ -58,7 +58,9 @@ bool isAudioStream(const PMTES& es) {
 
 std::string languageOf(const Descriptor& descriptor) {
   DecodableDescriptor source(descriptor);
-  const dvbpsi_iso639_dr_t* decoded = dvbpsi_DecodeISO639Dr(source.get());
+  const size_t size = descriptor.data.size();  // of four bytes a language: ISO/IEC 13818-1, 2.6.18
+  const dvbpsi_iso639_dr_t* decoded =
+      decodedIf(size > 0 && size % 4 == 0, dvbpsi_DecodeISO639Dr(source.get()));
   if (decoded == nullptr) {
     log_function(kLogDebug, kNoTag, "Can't decode language code");
     return std::string(kNoLanguage);

@@ -28,6 +28,7 @@ constexpr int32_t kPatPid = 0x0000;
 constexpr int32_t kSdtPid = 0x0011;
 constexpr uint8_t kSdtActualTableId = 0x42;
 constexpr uint8_t kServiceDescriptorTag = 0x48;
+constexpr size_t kShortestServiceDescriptor = 3;  // type and two lengths: EN 300 468, 6.2.33
 constexpr int kProgramsPerPatSection = 100;
 constexpr uint8_t kRunning = 4;
 constexpr std::string_view kProviderName = "TEVRA SA";  // docs/contract.md, "Provider name"
@@ -137,7 +138,9 @@ uint8_t findServiceType(int32_t serviceId, const SDT& sdt) {
     }
     if (const Descriptor* descriptor = firstServiceDescriptor(service)) {
       DecodableDescriptor source(*descriptor);
-      if (const dvbpsi_service_dr_t* decoded = dvbpsi_DecodeServiceDr(source.get())) {
+      if (const dvbpsi_service_dr_t* decoded =
+              decodedIf(descriptor->data.size() >= kShortestServiceDescriptor,
+                        dvbpsi_DecodeServiceDr(source.get()))) {
         return decoded->i_service_type;
       }
     }
