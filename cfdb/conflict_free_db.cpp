@@ -210,7 +210,9 @@ void ConflictFreeDB::restampAll(EITMap& store, const EITMap& in, const char* cal
     eitVersions_.resetEITRestartCounter(serviceId);
     for (const auto& [tableId, eit] : tables) {
       const int32_t version = eitVersions_.selectEITVersion(serviceId, tableId);
-      restampEIT(store[serviceId][tableId], eit, version);
+      EIT restamped;
+      restampEIT(restamped, eit, version);
+      store[serviceId].insert_or_assign(tableId, std::move(restamped));  // whole or not at all
     }
   }
 }
