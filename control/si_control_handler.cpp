@@ -1,5 +1,7 @@
 #include "control/si_control_handler.h"
 
+#include <new>
+
 #include "control/mpts_index.h"
 #include "platform/module_utils.h"
 #include "synth/output_data.h"
@@ -103,12 +105,24 @@ void SIControlSrvHandler::setCAT(const CAT& cat) {
   (void)notifyCAT(notifyPort_, conflictFree);
 }
 
+/** Where memory runs out on the way, MainTask may have got some of the versions: unsaved they would
+ * be handed out again. */
+template <class Restamp>
+auto SIControlSrvHandler::savedIfItFails(Restamp restamp) {
+  try {
+    return restamp();
+  } catch (const std::bad_alloc&) {
+    eitVersions_.saveEITVersions();
+    throw;
+  }
+}
+
 void SIControlSrvHandler::setTOT(const TOT& tot) {
   patience_ = {};
   inputDatabase_.setInputTOT(tot);
   TOT conflictFree;
   conflictFreeDatabase_->setConflictFreeTOT(conflictFree, tot);
-  if (timeOffset_.updateTimeOffset(tot) && restampStoredEITs()) {
+  if (timeOffset_.updateTimeOffset(tot) && savedIfItFails([this] { return restampStoredEITs(); })) {
     eitVersions_.saveEITVersions();
   }
   (void)notifyTOT(notifyPort_, conflictFree, patience_);
@@ -133,7 +147,7 @@ void SIControlSrvHandler::setEITPresentFollowing(const EITMap& eits) {
   patience_ = {};
   inputDatabase_.setInputEITpf(eits);
   if (timeOffset_.timeOffsetValid()) {
-    restampPresentFollowing(eits);
+    savedIfItFails([&] { restampPresentFollowing(eits); });
     eitVersions_.saveEITVersions();
   }
 }
@@ -143,7 +157,7 @@ void SIControlSrvHandler::setEITSchedule(const EITMap& eits) {
   patience_ = {};
   inputDatabase_.setInputEITsch(eits);
   if (timeOffset_.timeOffsetValid()) {
-    restampSchedule(eits);
+    savedIfItFails([&] { restampSchedule(eits); });
     eitVersions_.saveEITVersions();
   }
 }

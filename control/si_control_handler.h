@@ -89,6 +89,8 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf {
   using Notify = bool (*)(uint16_t port, const EIT&, Patience&);
 
   void reset();
+  template <class Restamp>
+  auto savedIfItFails(Restamp restamp);
   bool restampStoredEITs();
   void restampPresentFollowing(const EITMap& eits);
   void restampSchedule(const EITMap& eits);
