@@ -1,5 +1,7 @@
 #include "store/table_store_files.h"
 
+#include <new>
+
 #include "platform/configuration_root.h"
 #include "platform/module_utils.h"
 #include "store/record_file.h"
@@ -24,7 +26,7 @@ void logReason(int32_t mptsIndex, const std::string& reason) {
 }
 
 template <class Record>
-int save(const char* name, const Record& record, int32_t mptsIndex) {
+int save(const char* name, const Record& record, int32_t mptsIndex) try {
   if (createDirectory(directory().c_str(), kDirectoryMode) != 0) {
     log_function(kLogError, kNoTag, "[MPTS%d] Could not create directory: %s", mptsIndex,
                  directory().c_str());
@@ -38,6 +40,10 @@ int save(const char* name, const Record& record, int32_t mptsIndex) {
     return 1;
   }
   return 0;
+} catch (const std::bad_alloc&) {  // for one of the paths
+  log_function(kLogError, kNoTag, "[MPTS%d] Error writing file: %s/Tornel/%s%d", mptsIndex,
+               configurationRoot().c_str(), name, mptsIndex);
+  return 1;
 }
 
 template <class Record>
