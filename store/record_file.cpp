@@ -95,6 +95,8 @@ RecordFileResult readRecordFromFile(const std::string& path, Record& record, std
     }
     read(*file, record);
     return kRecordFileDone;
+  } catch (const std::bad_alloc&) {
+    throw;  // the file may be whole
   } catch (const std::exception& exception) {
     giveReason(exception, reason);
   }

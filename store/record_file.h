@@ -10,8 +10,8 @@
  * The three records that survive a restart, TableStoreFile, EITTableVersionStoreFile and PIDRemap,
  * each alone in a file of its own as Thrift JSON.
  *
- * `Record` is one of the three. Nothing is raised or logged; where a `reason` is given, it says why
- * a file could not be written or read.
+ * `Record` is one of the three. Nothing is logged; only reading raises anything. Where a `reason`
+ * is given, it says why a file could not be written or read.
  */
 namespace tevra {
 
@@ -37,7 +37,8 @@ template <class Record>
 /**
  * Reads the file into `record`, which should be fresh: members absent from the file keep their
  * values. On kRecordFileFailed it keeps what was read before the fault. Its values are as they
- * stand in the file, within their types: counters and versions may be anything.
+ * stand in the file, within their types: counters and versions may be anything. Raises
+ * std::bad_alloc: whoever went on without what a whole file holds would lose it with the next save.
  */
 template <class Record>
 [[nodiscard]] RecordFileResult readRecordFromFile(const std::string& path, Record& record,
