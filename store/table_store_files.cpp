@@ -1,5 +1,8 @@
 #include "store/table_store_files.h"
 
+#include <array>
+#include <climits>
+#include <cstdio>
 #include <new>
 
 #include "platform/configuration_root.h"
@@ -41,8 +44,10 @@ int save(const char* name, const Record& record, int32_t mptsIndex) try {
   }
   return 0;
 } catch (const std::bad_alloc&) {  // for one of the paths
-  log_function(kLogError, kNoTag, "[MPTS%d] Error writing file: %s/Tornel/%s%d", mptsIndex,
-               configurationRoot().c_str(), name, mptsIndex);
+  std::array<char, PATH_MAX> path{};
+  (void)std::snprintf(path.data(), path.size(), "%s/Tornel/%s%d", configurationRoot().c_str(), name,
+                      mptsIndex);
+  log_function(kLogError, kNoTag, "[MPTS%d] Error writing file: %s", mptsIndex, path.data());
   return 1;
 }
 
