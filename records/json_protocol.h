@@ -38,8 +38,8 @@ class JsonProtocol
   /**
    * Reads what `text` holds by now, or writes to it. No container has more elements than there are
    * bytes to read, nor are there more records than this text has room for as a save writes them:
-   * what was saved is read, and whatever a text claims, its records take less than ten times its
-   * size of memory.
+   * what was saved is read, and whatever a text claims, its records take less than eleven times
+   * its size of memory.
    */
   explicit JsonProtocol(const std::shared_ptr<apache::thrift::transport::TMemoryBuffer>& text);
 
