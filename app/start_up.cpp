@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <exception>
 
 #include "app/command_line.h"
 #include "control/control_server.h"
@@ -48,6 +49,17 @@ void keepLittleFreeMemory() {
 #endif
 }
 
+/** Lack of memory for what the files hold ends the process: it would begin anew and replace them.
+ */
+ThreadedSimpleServer startServer(int32_t set) {
+  try {
+    return startControlServer(set);
+  } catch (const std::exception& exception) {
+    log_function(kLogError, kNoTag, "Tornel %d cannot start. EXCEPTION: %s", set, exception.what());
+    throw;
+  }
+}
+
 [[noreturn]] void feedWatchdog(int task) {
   for (;;) {
     watchdog_kick(task);
@@ -87,7 +99,7 @@ int runTornel(int argc, char** argv) {
   if (options.set > highestMptsIndex(moduleType())) {
     return refuseMpts(options.set, task);
   }
-  [[maybe_unused]] const ThreadedSimpleServer server = startControlServer(options.set);
+  [[maybe_unused]] const ThreadedSimpleServer server = startServer(options.set);
   SignalServiceIsStarted();
   log_function(kLogWarning, kNoTag, "Tornel %d started ...", options.set);
   feedWatchdog(task);

@@ -7,13 +7,16 @@
 #include <chrono>
 #include <csignal>
 #include <initializer_list>
+#include <new>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "control/si_control_handler.h"
 #include "tests/app/arguments.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/support/allocation_hook.h"
 
 // A started server lives until the process ends, so every test that starts one has an MPTS index
 // of its own.
@@ -215,6 +218,15 @@ TEST_F(StartUp, ExceptionThroughTheFeedingLoopReleasesTheServer) {
   EXPECT_EQ(0U, positionOf({3, "", "Couldn't register task for WD"}));
   EXPECT_THAT(platform().kicks, ElementsAre(0));
   EXPECT_EQ((LogLine{6, "", "Ended threaded simple server"}), tevra::fake::logLines().back());
+}
+
+TEST_F(StartUp, LackOfMemoryIsToldOfAndEndsIt) {
+  const tevra::test::AllocationHook failing(sizeof(tevra::SIControlSrvHandler),
+                                            [] { throw std::bad_alloc(); });
+  EXPECT_THROW(run({"tornel", "-s", "3"}), std::bad_alloc);
+  EXPECT_EQ((LogLine{3, "", "Tornel 3 cannot start. EXCEPTION: std::bad_alloc"}),
+            tevra::fake::logLines().back());
+  EXPECT_THAT(platform().kicks, IsEmpty());
 }
 
 TEST_F(StartUp, WatchdogIsKickedBeforeTheFirstSleepAndEveryFiveSecondsAfter) {
