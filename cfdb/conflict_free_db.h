@@ -27,7 +27,7 @@ namespace tevra {
 class ConflictFreeDB {
  public:
   /** Loads the PID mapping from its file; see PidAllocator. What EITs are restamped with must
-   * outlive the database. */
+   * live as long as the database is used. */
   ConflictFreeDB(int32_t chainIndex, TimeOffset& timeOffset, EITVersions& eitVersions);
 
   /** A PAT of another transport stream restarts the PID mapping. Saves the mapping if it grew. */

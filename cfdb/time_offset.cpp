@@ -44,8 +44,13 @@ bool TimeOffset::updateTimeOffset(const TOT& tot) {
     restamp = true;
   }
   timeOffsetValid_ = true;
-  timeOffsetPending_ = false;
+  timeOffsetPending_ = restamp;
   return restamp;
+}
+
+void TimeOffset::noteRestamped() {
+  MutexLock lock(timeMutex_);
+  timeOffsetPending_ = false;
 }
 
 void TimeOffset::resetTimeOffset() {

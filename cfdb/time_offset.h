@@ -21,11 +21,14 @@ class TimeOffset {
 
   /**
    * Takes the offset that `tot` gives, if it differs by 60 s or more from the one in use, which is
-   * logged at level 4. True when the stored EITs must be restamped: after such a change, and with
-   * the first TOT since start or reset. While the system clock is not set a TOT changes nothing and
-   * is told of at level 4.
+   * logged at level 4. True when the stored EITs must be restamped: after such a change, with the
+   * first TOT since start or reset, and until noteRestamped() says that it has been done. While the
+   * system clock is not set a TOT changes nothing and is told of at level 4.
    */
   [[nodiscard]] bool updateTimeOffset(const TOT& tot) EXCLUDES(timeMutex_);
+
+  /** The stored EITs have been restamped. */
+  void noteRestamped() EXCLUDES(timeMutex_);
 
   /** As at start. */
   void resetTimeOffset() EXCLUDES(timeMutex_);

@@ -122,8 +122,12 @@ void SIControlSrvHandler::setTOT(const TOT& tot) {
   inputDatabase_.setInputTOT(tot);
   TOT conflictFree;
   conflictFreeDatabase_->setConflictFreeTOT(conflictFree, tot);
-  if (timeOffset_.updateTimeOffset(tot) && savedIfItFails([this] { return restampStoredEITs(); })) {
-    eitVersions_.saveEITVersions();
+  if (timeOffset_.updateTimeOffset(tot)) {
+    const bool restamped = savedIfItFails([this] { return restampStoredEITs(); });
+    timeOffset_.noteRestamped();
+    if (restamped) {
+      eitVersions_.saveEITVersions();
+    }
   }
   (void)notifyTOT(notifyPort_, conflictFree, patience_);
 }

@@ -24,6 +24,15 @@ class TimeOffsetTest : public fake::PlatformTest {
 
   /** Takes a TOT that is `seconds` ahead of the system clock. */
   bool update(int64_t seconds) {
+    const bool restamp = updateAndFail(seconds);
+    if (restamp) {
+      offset_.noteRestamped();
+    }
+    return restamp;
+  }
+
+  /** The same, and what it asks for is not done. */
+  bool updateAndFail(int64_t seconds) {
     fake::clearLog();
     return offset_.updateTimeOffset(makeTot(restampDVBTime(kSystemTime, -seconds)));
   }
@@ -68,6 +77,13 @@ TEST_F(TimeOffsetTest, AnUnsetClockChangesNothing) {
               ElementsAre(LogLine{4, "", "System time not set. Time offset not calculated!"}));
   fake::platform().isSystemTimeSetResult = 0;
   EXPECT_TRUE(update(0));  // it is still the first
+}
+
+TEST_F(TimeOffsetTest, ARestampThatFailedIsAskedForAgain) {
+  (void)update(0);
+  EXPECT_TRUE(updateAndFail(60));
+  EXPECT_TRUE(update(60));
+  EXPECT_FALSE(update(60));
 }
 
 TEST_F(TimeOffsetTest, AResetForgetsIt) {
