@@ -18,6 +18,7 @@ struct ServiceTables {
 struct ServiceWorkRecord {
   /** Of a service whose `tables` must outlive it. */
   explicit ServiceWorkRecord(const ServiceTables& tables) : service(tables) {}
+  explicit ServiceWorkRecord(ServiceTables&& tables) = delete;  // would not outlive it
 
   const ServiceTables& service;       ///< what it is made from
   OutputServiceDescription identity;  ///< 0 or empty unless the output leaves the chain here
