@@ -12,7 +12,8 @@ namespace tevra {
 namespace {
 
 constexpr mode_t kFileMode = 0600;
-constexpr int kCreate = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
+constexpr int kInPlace = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
+constexpr int kBeside = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
 
 [[noreturn]] void raise(const std::string& what, const std::string& path, int error = errno) {
   throw std::system_error(error, std::generic_category(), what + " " + path);
@@ -39,19 +40,26 @@ bool isReplaceable(const std::string& path) {
   return lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
 }
 
+/** What then lies beside it is a directory. */
 bool cannotBeMadeBeside(int error) {
-  return error == EACCES || error == EPERM || error == EROFS;
+  return error == EACCES || error == EPERM || error == EROFS || error == EEXIST;
+}
+
+/** A mount point, or a file of somebody else in a directory where only its owner may. */
+bool cannotBeReplaced(int error) {
+  return error == EBUSY || error == EPERM || error == EACCES;
 }
 
 }  // namespace
 
-AtomicFile::AtomicFile(const std::string& path)
+AtomicFile::AtomicFile(const std::string& path, Place place)
     : path_(behindLinks(path)), written_(path_ + ".new") {
-  if (!isReplaceable(path_)) {
+  if (place == Place::kInPlace || !isReplaceable(path_)) {
     openInPlace();
     return;
   }
-  descriptor_ = open(written_.c_str(), kCreate | O_NOFOLLOW, kFileMode);
+  (void)unlink(written_.c_str());  // a crash may have left it, anybody may have made it
+  descriptor_ = open(written_.c_str(), kBeside, kFileMode);
   if (descriptor_ >= 0) {
     return;
   }
@@ -63,7 +71,7 @@ AtomicFile::AtomicFile(const std::string& path)
 
 void AtomicFile::openInPlace() {
   written_ = path_;
-  descriptor_ = open(path_.c_str(), kCreate, kFileMode);
+  descriptor_ = open(path_.c_str(), kInPlace, kFileMode);
   if (descriptor_ < 0) {
     raise("cannot open", path_);
   }
@@ -85,7 +93,11 @@ void AtomicFile::commit() {
   closeFile();
   if (written_ != path_) {
     if (rename(written_.c_str(), path_.c_str()) != 0) {
-      raise("cannot rename " + written_ + " to", path_);
+      const std::system_error error(errno, std::generic_category(), "cannot replace " + path_);
+      if (cannotBeReplaced(error.code().value())) {
+        throw NotReplaceable(error);
+      }
+      throw error;
     }
     written_ = path_;
   }

@@ -72,16 +72,23 @@ void giveReason(const std::exception& exception, std::string* reason) {
 template <class Record>
 RecordFileResult writeRecordToFile(const std::string& path, const Record& record,
                                    std::string* reason) {
-  bool opened = false;
-  try {
-    AtomicFile file(path);
-    opened = true;
+  RecordFileResult result = kRecordFileNotOpened;
+  const auto writeAt = [&](AtomicFile::Place place) {
+    AtomicFile file(path, place);
+    result = kRecordFileFailed;
     write(file, record);
-    return kRecordFileDone;
+  };
+  try {
+    try {
+      writeAt(AtomicFile::Place::kBeside);
+    } catch (const NotReplaceable&) {
+      writeAt(AtomicFile::Place::kInPlace);
+    }
+    result = kRecordFileDone;
   } catch (const std::exception& exception) {
     giveReason(exception, reason);
   }
-  return opened ? kRecordFileFailed : kRecordFileNotOpened;
+  return result;
 }
 
 template <class Record>

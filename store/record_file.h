@@ -28,7 +28,7 @@ inline constexpr size_t kRecordFileBuffer = size_t{64} * 1024;
 /**
  * Puts a file that holds `record` under `path`, with mode 0600; no directory is made. One of more
  * than kMaxRecordFileSize, which no start would read, is refused. After a failure the former file
- * is still there: AtomicFile.
+ * is still there, unless it was written where it lies: AtomicFile.
  */
 template <class Record>
 [[nodiscard]] RecordFileResult writeRecordToFile(const std::string& path, const Record& record,

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <system_error>
 
@@ -73,11 +74,44 @@ TEST_F(AtomicFileTest, WhatACrashLeftBesideItIsOverwritten) {
   EXPECT_EQ(readText(file_), "new");
 }
 
-TEST_F(AtomicFileTest, ALinkInThePlaceBesideItIsNotFollowed) {
+TEST_F(AtomicFileTest, WhatLiesBesideItIsNeitherFollowedNorTaken) {
   writeText(path("other"), "other");
-  std::filesystem::create_symlink(path("other"), beside_);
-  EXPECT_THROW(AtomicFile{file_}, std::system_error);
-  EXPECT_EQ(readText(path("other")), "other");
+  ASSERT_EQ(chmod(path("other").c_str(), 0444), 0);
+  const auto hardLink = [this] { std::filesystem::create_hard_link(path("other"), beside_); };
+  const auto symbolicLink = [this] { std::filesystem::create_symlink(path("other"), beside_); };
+  for (const std::function<void()>& put : {std::function<void()>(hardLink), {symbolicLink}}) {
+    put();
+    save(file_, "new");
+    EXPECT_EQ(readText(file_), "new");
+    EXPECT_FALSE(std::filesystem::is_symlink(file_));
+    EXPECT_EQ(modeOf(file_), 0600U);
+    EXPECT_EQ(readText(path("other")), "other");
+  }
+}
+
+TEST_F(AtomicFileTest, IsWrittenInPlaceWhereADirectoryLiesBesideIt) {
+  std::filesystem::create_directory(beside_);
+  writeText(file_, "former, and longer");
+  save(file_, "new");
+  EXPECT_EQ(readText(file_), "new");
+  EXPECT_TRUE(std::filesystem::is_directory(beside_));
+}
+
+TEST_F(AtomicFileTest, IsWrittenInPlaceWhenTold) {
+  writeText(file_, "former, and longer");
+  const auto inode = [this] {
+    struct stat status {};
+    EXPECT_EQ(stat(file_.c_str(), &status), 0);
+    return status.st_ino;
+  };
+  const ino_t before = inode();
+  {
+    AtomicFile file(file_, AtomicFile::Place::kInPlace);
+    write(file, "new");
+    file.commit();
+  }
+  EXPECT_EQ(readText(file_), "new");
+  EXPECT_EQ(inode(), before);
 }
 
 TEST_F(AtomicFileTest, ReplacesWhatASymbolicLinkPointsTo) {

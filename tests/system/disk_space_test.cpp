@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include <filesystem>
 #include <map>
@@ -60,6 +61,16 @@ TEST_F(ReadOnlyRoot, ThatIsEmptyIsServedFromAllTheSame) {
   EXPECT_EQ(roundErrors_, together({saveErrors(kPids), noDirectoryErrors()}));
   disk.makeWritable();
   expectGoodRound(expectedAfter({true, true, true}, 2));
+}
+
+TEST_F(MountedRoot, AFileThatIsAMountPointIsWrittenWhereItLies) {
+  writeGoodFiles();
+  const std::string file = pathOf(kTables);
+  ASSERT_EQ(mount(file.c_str(), file.c_str(), nullptr, MS_BIND, nullptr), 0);
+  start();
+  expectGoodRound(expectedAfter({}, 1));
+  EXPECT_FALSE(fs::exists(file + ".new"));
+  EXPECT_EQ(umount2(file.c_str(), MNT_DETACH), 0);
 }
 
 /** Services 1 to `last`, each with an output of its own, on a disk of few blocks. */
