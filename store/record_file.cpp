@@ -25,6 +25,7 @@ using apache::thrift::transport::TBufferedTransport;
 using apache::thrift::transport::TFDTransport;
 
 constexpr uint32_t kBufferSize = kRecordFileBuffer;
+constexpr uint32_t kNothingToRead = 0;
 
 /** Versions that may be lost are better than none; PIDs are not. */
 template <class Record>
@@ -37,7 +38,7 @@ constexpr bool kMustBeSynced = std::is_same_v<Record, PIDRemap>;
 template <class Record>
 void write(AtomicFile& file, const Record& record) {
   const auto buffered = std::make_shared<TBufferedTransport>(
-      std::make_shared<TFDTransport>(file.descriptor()), kBufferSize);
+      std::make_shared<TFDTransport>(file.descriptor()), kNothingToRead, kBufferSize);
   TJSONProtocol protocol(buffered);
   record.write(&protocol);
   if (syncfs(file.descriptor()) != 0 && kMustBeSynced<Record>) {
