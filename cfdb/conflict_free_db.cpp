@@ -206,13 +206,13 @@ void ConflictFreeDB::restampAll(EITMap& store, const EITMap& in, const char* cal
   const bool valid = timeOffset_.timeOffsetValid();
   log_function(kLogDebug, kNoTag, "[%s] Ready to apply offset [%s] [%lld]", caller,
                valid ? "yes" : "no", static_cast<long long>(timeOffset_.timeOffset()));
+  EIT restamped;  // of the one before, but for its memory
   for (const auto& [serviceId, tables] : in) {
     eitVersions_.resetEITRestartCounter(serviceId);
     for (const auto& [tableId, eit] : tables) {
       const int32_t version = eitVersions_.selectEITVersion(serviceId, tableId);
-      EIT restamped;
       restampEIT(restamped, eit, version);
-      store[serviceId].insert_or_assign(tableId, std::move(restamped));  // whole or not at all
+      swap(store[serviceId][tableId], restamped);  // whole or not at all
     }
   }
 }

@@ -74,7 +74,7 @@ class AFileOfSomebodyElse : public AsNobody, public testing::WithParamInterface<
 };
 
 TEST_P(AFileOfSomebodyElse, ThatMayNotBeReadIsReportedAndReplaced) {
-  for (const mode_t mode : {0600, 0622}) {
+  for (const mode_t mode : {mode_t{0600}, mode_t{0622}}) {
     give(kRoot, pathOf(GetParam()));
     setMode(pathOf(GetParam()), mode);
     start();
