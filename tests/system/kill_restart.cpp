@@ -86,7 +86,7 @@ void KilledDaemon::restart() {
 
 void KilledDaemon::expectReadable() const {
   Lines unread;
-  for (const size_t file : {1, 2}) {
+  for (const size_t file : {size_t{1}, size_t{2}}) {
     const std::string path = root_ / (file == 1 ? tableStoreFile(0) : eitVersionFile(0));
     if (!std::filesystem::exists(path) || found_.at(file) == Found::kHalfWritten) {
       unread.push_back("3 [MPTS0] Error reading file: " + path);
