@@ -90,11 +90,16 @@ uint32_t ControlTransport::readEnd() {
   return size;
 }
 
+// NOLINTNEXTLINE(readability-const-return-type): the library's
 const std::string ControlTransport::getOrigin() const {
+  const std::string unknown = "unknown";
   const auto* socket = dynamic_cast<const TSocket*>(transport_.get());
-  const std::string address = socket == nullptr ? std::string() : socket->getPeerAddress();
+  if (socket == nullptr) {
+    return unknown;
+  }
+  const std::string address = socket->getPeerAddress();
   if (address.empty()) {
-    return "unknown";
+    return unknown;
   }
   const std::string port = ":" + std::to_string(socket->getPeerPort());
   const std::string mapped = "::ffff:";  // IPv4 on a socket that takes both

@@ -93,11 +93,11 @@ void AtomicFile::commit() {
   closeFile();
   if (written_ != path_) {
     if (rename(written_.c_str(), path_.c_str()) != 0) {
-      const std::system_error error(errno, std::generic_category(), "cannot replace " + path_);
-      if (cannotBeReplaced(error.code().value())) {
-        throw NotReplaceable(error);
+      const int error = errno;
+      if (cannotBeReplaced(error)) {
+        throw NotReplaceable(error, "cannot replace " + path_);
       }
-      throw error;
+      raise("cannot replace", path_, error);
     }
     written_ = path_;
   }

@@ -9,8 +9,9 @@ namespace tevra {
  * written. */
 class NotReplaceable : public std::system_error {
  public:
-  /** For that reason. */
-  explicit NotReplaceable(const std::system_error& reason) : std::system_error(reason) {}
+  /** For the reason `error`, an errno. */
+  NotReplaceable(int error, const std::string& what)
+      : std::system_error(error, std::generic_category(), what) {}
 };
 
 /**
