@@ -92,14 +92,14 @@ uint32_t ControlTransport::readEnd() {
 
 // NOLINTNEXTLINE(readability-const-return-type): the library's
 const std::string ControlTransport::getOrigin() const {
-  const std::string unknown = "unknown";
+  constexpr const char* kUnknown = "unknown";
   const auto* socket = dynamic_cast<const TSocket*>(transport_.get());
   if (socket == nullptr) {
-    return unknown;
+    return kUnknown;
   }
   const std::string address = socket->getPeerAddress();
   if (address.empty()) {
-    return unknown;
+    return kUnknown;
   }
   const std::string port = ":" + std::to_string(socket->getPeerPort());
   const std::string mapped = "::ffff:";  // IPv4 on a socket that takes both
