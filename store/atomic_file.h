@@ -19,9 +19,9 @@ class NotReplaceable : public std::system_error {
  * file at any moment, whenever the process is killed or the power fails: the former or the new one.
  *
  * It is written as "<path>.new"; what lies there is removed first. Where `path` is a symbolic link,
- * the file that it points to is replaced. What can be replaced by no other file is
- * written where it lies: a device or a pipe, and a file in a directory where none can be made
- * (docs/files.md, "How a file is saved").
+ * the file that it points to is replaced. What cannot be replaced is written where it lies: a
+ * device or a pipe, and a file in a directory where none can be made (docs/files.md, "How a file is
+ * saved").
  *
  * Errors are std::system_error. Used by one thread at a time.
  */

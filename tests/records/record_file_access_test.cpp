@@ -10,8 +10,8 @@
 #include <string>
 
 #include "tests/fakes/fake_platform.h"
-#include "tests/support/allocation_hook.h"
 #include "tests/support/files.h"
+#include "tests/support/lacks_memory.h"
 
 namespace tevra::test {
 namespace {
@@ -77,25 +77,11 @@ TEST_F(RecordFileAccess, TheFileIsClosedWithItsOwner) {
   EXPECT_EQ(openDescriptors(), before);
 }
 
-/** Runs `action` with one of its allocations, the one after `allowed`, failing. False when it makes
- * fewer. */
-template <class Action>
-bool failsForLackOfMemory(size_t allowed, Action action) {
-  const AllocationHook failing(
-      1, [] { throw std::bad_alloc(); }, allowed);
-  try {
-    action();
-  } catch (const std::bad_alloc&) {
-    EXPECT_TRUE(failing.triggered());
-  }
-  return failing.triggered();
-}
-
 TEST_F(RecordFileAccess, LackOfMemoryLeavesNothingOpen) {
   std::ofstream(file_) << "{}";
   const std::ptrdiff_t before = openDescriptors();
   size_t allowed = 0;
-  while (failsForLackOfMemory(allowed, [&] { (void)openRecordFile(file_); })) {
+  while (lacksMemory(allowed, [&] { (void)openRecordFile(file_); })) {
     EXPECT_EQ(openDescriptors(), before) << allowed;
     ++allowed;
   }

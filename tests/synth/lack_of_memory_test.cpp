@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "records/dvbpsi.h"
-#include "tests/support/allocation_hook.h"
+#include "tests/support/lacks_memory.h"
 #include "tests/support/sanitizers.h"
 #include "tests/synth/output_data_fixture.h"
 #include "tests/synth/synthesis_fixture.h"
@@ -62,20 +62,6 @@ TYPED_TEST(LackOfMemoryFor, ItsSectionsIsRaisedAndMovesNoVersion) {
   refuseSections = false;
   EXPECT_EQ(this->synthesise(), 0);
   EXPECT_EQ(this->stored_.version, this->before_.version + 1);
-}
-
-/** Runs `action` with one of its allocations, the one after `allowed`, failing. False when it makes
- * fewer. */
-template <class Action>
-bool lacksMemory(size_t allowed, Action action) {
-  const AllocationHook failing(
-      1, [] { throw std::bad_alloc(); }, allowed);
-  try {
-    action();
-  } catch (const std::bad_alloc&) {
-    EXPECT_TRUE(failing.triggered());
-  }
-  return failing.triggered();
 }
 
 TYPED_TEST(LackOfMemoryFor, AnythingOfItMovesNoVersion) {
