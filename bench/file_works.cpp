@@ -33,7 +33,7 @@ class EncodeToMemory : public Work {
 
 class Save : public Work {
  public:
-  explicit Save(int services) : stores_(sampleStores(services)) { run(); }
+  explicit Save(int services) : stores_(storedEntries(sampleStores(services))) { run(); }
 
   void run() override {
     if (saveTableStoreFile(stores_, 0) != 0) {
@@ -42,7 +42,7 @@ class Save : public Work {
   }
 
  private:
-  const TableStoreFile stores_;
+  const StoredTablesMap stores_;
 };
 
 }  // namespace

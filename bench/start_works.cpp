@@ -26,8 +26,8 @@ EITTableVersionStoreFile sampleVersions(int services) {
 }
 
 void storeServices(int services) {
-  if (saveTableStoreFile(sampleStores(services), kMpts) != 0 ||
-      saveEITTableVersionStoreFile(sampleVersions(services), kMpts) != 0) {
+  if (saveTableStoreFile(storedEntries(sampleStores(services)), kMpts) != 0 ||
+      saveEITTableVersionStoreFile(storedEntries(sampleVersions(services)), kMpts) != 0) {
     throw std::runtime_error("the files cannot be written");
   }
 }

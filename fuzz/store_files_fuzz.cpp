@@ -94,7 +94,7 @@ void checkRoundTrip(const std::string& path) {
   if (readRecordFromFile(path, record) != kRecordFileDone) {
     return;
   }
-  TORNEL_FUZZ_CHECK(writeRecordToFile(path, record) == kRecordFileDone);
+  TORNEL_FUZZ_CHECK(writeRecordToFile(path, storedEntries(record)) == kRecordFileDone);
   Record again;
   TORNEL_FUZZ_CHECK(readRecordFromFile(path, again) == kRecordFileDone && again == record);
 }
@@ -106,8 +106,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   using namespace tevra::fuzz;  // NOLINT(google-build-using-namespace): the target itself
   emptyConfigurationRoot();
   // Makes the directory.
-  (void)tevra::saveTableStoreFile(tevra::TableStoreFile(), 0);
-  (void)tevra::saveEITTableVersionStoreFile(tevra::EITTableVersionStoreFile(), 0);
+  (void)tevra::saveTableStoreFile(tevra::StoredTablesMap(), 0);
+  (void)tevra::saveEITTableVersionStoreFile(tevra::StoredEITVersionsMap(), 0);
   placeFiles(bytes, size);
   checkRoundTrip<tevra::TableStoreFile>(tableStorePath());
   checkRoundTrip<tevra::EITTableVersionStoreFile>(eitVersionPath());

@@ -106,11 +106,11 @@ void setVersions(TableStore& store, ByteSource& source) {
   store.pmt.version = source.number();
 }
 
-void synthesise(TableStore& stored, ServiceWorkRecord work) {
+void synthesise(StoredTables& stored, ServiceWorkRecord work) {
   const auto pmtPid = findProgramPid(work.pmt.programNumber, work.service.pat) & 0x1FFF;
-  TORNEL_FUZZ_CHECK(synthPAT(work, stored.pat) == 0);
-  TORNEL_FUZZ_CHECK(synthSDT(work, stored.sdt) == 0);
-  TORNEL_FUZZ_CHECK(synthPMT(work, stored.pmt) == 0);
+  TORNEL_FUZZ_CHECK(synthPAT(work, stored) == 0);
+  TORNEL_FUZZ_CHECK(synthSDT(work, stored) == 0);
+  TORNEL_FUZZ_CHECK(synthPMT(work, stored) == 0);
   const OutputTables& output = work.outputTables;
   const auto pat = receivePat(output.patPackets);
   TORNEL_FUZZ_CHECK(pat.sections == 1 && pat.table == carried(output.dvbTables.pat));

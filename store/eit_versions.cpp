@@ -1,5 +1,7 @@
 #include "store/eit_versions.h"
 
+#include <utility>
+
 #include "platform/module_utils.h"
 #include "store/table_store_files.h"
 
@@ -12,19 +14,21 @@ constexpr int32_t kVersions = 32;  // version_number has 5 bits: EN 300 468, 5.2
 
 void EITVersions::restoreEITVersions() {
   MutexLock lock(eitVersionMutex_);
-  if (loadEITTableVersionStoreFile(eitVersionStore_, mptsIndex_) != 0) {
+  EITTableVersionStoreFile file;
+  if (loadEITTableVersionStoreFile(file, mptsIndex_) != 0) {
     log_function(kLogError, kNoTag, "[MPTS%d] Error reading tables from file", mptsIndex_);
   }
-  ageEntries(eitVersionStore_.versionStores, [this](int32_t serviceId, const auto&) {
+  ageEntries(file.versionStores, [this](int32_t serviceId, const auto&) {
     log_function(kLogNotice, kNoTag,
                  "[MPTS%d] %d is erased from the EIT table version store struct", mptsIndex_,
                  serviceId);
   });
+  eitVersionStores_ = storedEntries(std::move(file));
 }
 
 int32_t EITVersions::selectEITVersion(int32_t serviceId, int32_t tableId) {
   MutexLock lock(eitVersionMutex_);
-  auto& versions = eitVersionStore_.versionStores[serviceId].versions;
+  auto& versions = eitVersionStores_[serviceId].change().versions;
   const auto previous = versions.find(tableId);
   if (previous == versions.end()) {
     // The line says 0 and the version is 1: docs/contract.md, "Messages".
@@ -39,13 +43,16 @@ int32_t EITVersions::selectEITVersion(int32_t serviceId, int32_t tableId) {
 
 void EITVersions::resetEITRestartCounter(int32_t serviceId) {
   MutexLock lock(eitVersionMutex_);
-  eitVersionStore_.versionStores[serviceId].restartCounter = 0;
+  auto& entry = eitVersionStores_[serviceId];
+  if (entry->restartCounter != 0) {
+    entry.change().restartCounter = 0;
+  }
 }
 
 void EITVersions::saveEITVersions() {
   log_function(kLogDebug, kNoTag, "[MPTS%d] has to save the new tables in a file", mptsIndex_);
   MutexLock lock(eitVersionMutex_);
-  if (saveEITTableVersionStoreFile(eitVersionStore_, mptsIndex_) != 0) {
+  if (saveEITTableVersionStoreFile(eitVersionStores_, mptsIndex_) != 0) {
     log_function(kLogError, kNoTag, "[MPTS%d] Error writing EIT table version in file", mptsIndex_);
   }
 }

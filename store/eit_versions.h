@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "platform/mutex.h"
-#include "records/records.h"
+#include "store/stored_entries.h"
 
 namespace tevra {
 
@@ -32,7 +32,7 @@ class EITVersions {
  private:
   const int32_t mptsIndex_;
   Mutex eitVersionMutex_;
-  EITTableVersionStoreFile eitVersionStore_ GUARDED_BY(eitVersionMutex_);
+  StoredEITVersionsMap eitVersionStores_ GUARDED_BY(eitVersionMutex_);
 };
 
 }  // namespace tevra

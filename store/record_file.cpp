@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <exception>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <system_error>
@@ -16,6 +17,7 @@
 #include "records/json_protocol.h"
 #include "records/record_file_access.h"
 #include "store/atomic_file.h"
+#include "store/stored_entries.h"
 
 namespace tevra {
 namespace {
@@ -23,6 +25,7 @@ namespace {
 using apache::thrift::protocol::TJSONProtocol;
 using apache::thrift::transport::TBufferedTransport;
 using apache::thrift::transport::TFDTransport;
+using apache::thrift::transport::TTransport;
 
 constexpr uint32_t kBufferSize = kRecordFileBuffer;
 constexpr uint32_t kNothingToRead = 0;
@@ -35,12 +38,33 @@ constexpr bool kMustBeSynced = std::is_same_v<Record, PIDRemap>;
   throw std::system_error(errno, std::generic_category(), what);
 }
 
+void writeText(TTransport& out, const std::string& text) {
+  out.write(reinterpret_cast<const uint8_t*>(text.data()), static_cast<uint32_t>(text.size()));
+}
+
+void writeJson(const std::shared_ptr<TTransport>& out, const PIDRemap& record) {
+  TJSONProtocol protocol(out);
+  record.write(&protocol);
+}
+
+/** A record whose one field, with id 1, is a map: what the protocol would write of it. */
+template <class Kept>
+void writeJson(const std::shared_ptr<TTransport>& out, const std::map<int32_t, Kept>& entries) {
+  writeText(*out, R"({"1":{"map":["i32","rec",)" + std::to_string(entries.size()) + ",{");
+  const char* separator = "";
+  for (const auto& [key, entry] : entries) {
+    writeText(*out, separator + ('"' + std::to_string(key)) + "\":");
+    writeText(*out, entry.text());
+    separator = ",";
+  }
+  writeText(*out, "}]}}");
+}
+
 template <class Record>
 void write(AtomicFile& file, const Record& record) {
   const auto buffered = std::make_shared<TBufferedTransport>(
       std::make_shared<TFDTransport>(file.descriptor()), kNothingToRead, kBufferSize);
-  TJSONProtocol protocol(buffered);
-  record.write(&protocol);
+  writeJson(buffered, record);
   if (syncfs(file.descriptor()) != 0 && kMustBeSynced<Record>) {
     raise("cannot sync the file system");
   }
@@ -111,9 +135,9 @@ RecordFileResult readRecordFromFile(const std::string& path, Record& record, std
   return opened ? kRecordFileFailed : kRecordFileNotOpened;
 }
 
-template RecordFileResult writeRecordToFile(const std::string&, const TableStoreFile&,
+template RecordFileResult writeRecordToFile(const std::string&, const StoredTablesMap&,
                                             std::string*);
-template RecordFileResult writeRecordToFile(const std::string&, const EITTableVersionStoreFile&,
+template RecordFileResult writeRecordToFile(const std::string&, const StoredEITVersionsMap&,
                                             std::string*);
 template RecordFileResult writeRecordToFile(const std::string&, const PIDRemap&, std::string*);
 template RecordFileResult readRecordFromFile(const std::string&, TableStoreFile&, std::string*);

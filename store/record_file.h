@@ -10,8 +10,9 @@
  * The three records that survive a restart, TableStoreFile, EITTableVersionStoreFile and PIDRemap,
  * each alone in a file of its own as Thrift JSON.
  *
- * `Record` is one of the three. Nothing is logged; only reading raises anything. Where a `reason`
- * is given, it says why a file could not be written or read.
+ * `Record` is one of the three; the first two are written from the maps of their entries, each of
+ * which keeps its text. Nothing is logged; only reading raises anything. Where a `reason` is given,
+ * it says why a file could not be written or read.
  */
 namespace tevra {
 

@@ -65,12 +65,12 @@ int load(const char* name, Record& record, int32_t mptsIndex) {
 
 }  // namespace
 
-int saveTableStoreFile(const TableStoreFile& record, int32_t mptsIndex) {
-  return save(kTableStoreFile, record, mptsIndex);
+int saveTableStoreFile(const StoredTablesMap& stores, int32_t mptsIndex) {
+  return save(kTableStoreFile, stores, mptsIndex);
 }
 
-int saveEITTableVersionStoreFile(const EITTableVersionStoreFile& record, int32_t mptsIndex) {
-  return save(kEITVersionFile, record, mptsIndex);
+int saveEITTableVersionStoreFile(const StoredEITVersionsMap& stores, int32_t mptsIndex) {
+  return save(kEITVersionFile, stores, mptsIndex);
 }
 
 int loadTableStoreFile(TableStoreFile& record, int32_t mptsIndex) {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "records/records.h"
+#include "store/stored_entries.h"
 
 /**
  * @file
@@ -17,9 +18,9 @@
 namespace tevra {
 
 ///@{
-/** Write `record`, the whole store. */
-[[nodiscard]] int saveTableStoreFile(const TableStoreFile& record, int32_t mptsIndex);
-[[nodiscard]] int saveEITTableVersionStoreFile(const EITTableVersionStoreFile& record,
+/** Write the whole store, of what has changed since the last time a text made anew. */
+[[nodiscard]] int saveTableStoreFile(const StoredTablesMap& stores, int32_t mptsIndex);
+[[nodiscard]] int saveEITTableVersionStoreFile(const StoredEITVersionsMap& stores,
                                                int32_t mptsIndex);
 ///@}
 

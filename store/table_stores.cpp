@@ -1,5 +1,7 @@
 #include "store/table_stores.h"
 
+#include <utility>
+
 #include "platform/module_utils.h"
 #include "store/table_store_files.h"
 
@@ -7,17 +9,19 @@ namespace tevra {
 
 void TableStores::restoreTableStores() {
   MutexLock lock(tableStoreMutex_);
-  if (loadTableStoreFile(myTableStores_, mptsIndex_) != 0) {
+  TableStoreFile file;
+  if (loadTableStoreFile(file, mptsIndex_) != 0) {
     log_function(kLogError, kNoTag, "[MPTS%d] Error reading tables from file", mptsIndex_);
   }
-  ageEntries(myTableStores_.tableStores, [this](int32_t, const TableStore& store) {
+  ageEntries(file.tableStores, [this](int32_t, const TableStore& store) {
     log_function(kLogNotice, kNoTag, "[MPTS%d] %d is erased from the table store struct",
                  mptsIndex_, store.pmt.programNumber);
   });
+  myTableStores_ = storedEntries(std::move(file));
 }
 
-TableStore& TableStores::tableStore(int32_t inputProgramNumber) {
-  return myTableStores_.tableStores[inputProgramNumber];
+StoredTables& TableStores::tableStore(int32_t inputProgramNumber) {
+  return myTableStores_[inputProgramNumber];
 }
 
 void TableStores::saveTableStores() {

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "platform/mutex.h"
-#include "records/records.h"
+#include "store/stored_entries.h"
 
 namespace tevra {
 
@@ -24,7 +24,7 @@ class TableStores {
 
   /** The entry of an input programme, whichever its output (docs/contract.md, "Versions per input
    * service"), default-constructed the first time. Stays valid. */
-  [[nodiscard]] TableStore& tableStore(int32_t inputProgramNumber);
+  [[nodiscard]] StoredTables& tableStore(int32_t inputProgramNumber);
 
   /** Writes all entries. A failure is logged at level 3 and has no other consequence. */
   void saveTableStores() EXCLUDES(tableStoreMutex_);
@@ -32,7 +32,7 @@ class TableStores {
  private:
   const int32_t mptsIndex_;
   Mutex tableStoreMutex_;
-  TableStoreFile myTableStores_;
+  StoredTablesMap myTableStores_;
 };
 
 }  // namespace tevra

@@ -75,6 +75,10 @@ int packetizeSections(std::vector<std::string>& packets, PacketTemplate packetTe
   for (const auto* section = sections; section != nullptr; section = section->p_next) {
     packetizeSection(packets, packetTemplate, *section);
   }
+  return logPacketCount(packets);
+}
+
+int logPacketCount(const std::vector<std::string>& packets) {
   const int count = static_cast<int>(packets.size());
   log_function(kLogDebug, kNoTag, "Numero de paquetes necesarios para la sintesis [%d]", count);
   return count;

@@ -28,4 +28,8 @@ using PacketTemplate = std::array<uint8_t, kTsPacketSize>;
 int packetizeSections(std::vector<std::string>& packets, PacketTemplate packetTemplate,
                       const dvbpsi_psi_section_t* sections);
 
+/** The level-7 line of packetizeSections, of packets that were made before. Returns their number.
+ */
+int logPacketCount(const std::vector<std::string>& packets);
+
 }  // namespace tevra

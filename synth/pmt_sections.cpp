@@ -1,5 +1,6 @@
 #include "synth/pmt_sections.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <utility>
@@ -136,6 +137,15 @@ SectionsPtr generateSection(dvbpsi_t& handle, const PMT& pmt) {
 }
 
 }  // namespace
+
+bool fitsOneSectionWhole(const PMT& pmt) {
+  const auto fit = [](const std::vector<Descriptor>& descriptors) {
+    return std::all_of(descriptors.begin(), descriptors.end(), fitsSection);
+  };
+  return fitsOneSection(pmt) && fit(pmt.descriptors) &&
+         std::all_of(pmt.esList.begin(), pmt.esList.end(),
+                     [&](const PMTES& stream) { return fit(stream.descriptors); });
+}
 
 SectionsPtr generatePmtSections(dvbpsi_t& handle, const PMT& pmt) {
   if (fitsOneSection(pmt)) {

@@ -14,4 +14,7 @@ namespace tevra {
  */
 [[nodiscard]] SectionsPtr generatePmtSections(dvbpsi_t& handle, const PMT& pmt);
 
+/** Whether one section has room for all of it, so that nothing is logged of its making. */
+[[nodiscard]] bool fitsOneSectionWhole(const PMT& pmt);
+
 }  // namespace tevra

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -110,12 +109,67 @@ const Descriptor* firstServiceDescriptor(const SDTService& service) {
   return nullptr;
 }
 
-/** Replaces what is stored, as a whole or, short of memory, not at all. Only when the packets
- * exist. */
+/** Where a table lies in what is stored and in what is handed out. */
 template <class Table>
-void store(Table& stored, Table table) {
-  static_assert(std::is_nothrow_move_assignable_v<Table>);
-  stored = std::move(table);
+struct Place {
+  Table TableStore::*stored;
+  KeptPackets StoredTables::*kept;
+  std::vector<std::string> OutputTables::*packets;
+  Table DVBOutputTables::*output;
+  const char* savesNew;  ///< the line of one that changed
+};
+
+constexpr Place<PAT> kPat = {&TableStore::pat, &StoredTables::patPackets, &OutputTables::patPackets,
+                             &DVBOutputTables::pat, "Saves a new PAT in myTableStores struct"};
+constexpr Place<SDT> kSdt = {&TableStore::sdt, &StoredTables::sdtPackets, &OutputTables::sdtPackets,
+                             &DVBOutputTables::sdt, "Saves a new SDT in myTableStores struct"};
+constexpr Place<PMT> kPmt = {&TableStore::pmt, &StoredTables::pmtPackets, &OutputTables::pmtPackets,
+                             &DVBOutputTables::pmt, "Saves a new PMT in myTableStores struct"};
+
+///@{
+/** Whether the sections of a table are made without a line about it, which would be missing if they
+ * were not made again. */
+bool madeSilently(const PAT& /*pat*/) {
+  return true;
+}
+bool madeSilently(const SDT& /*sdt*/) {
+  return true;
+}
+bool madeSilently(const PMT& pmt) {
+  return fitsOneSectionWhole(pmt);
+}
+///@}
+
+/**
+ * Hands out `table`, whose version is the stored one, in the next if its content is `changed`; then
+ * it is stored. Packets are made of what has changed since they were, and else handed out again. Of
+ * what is stored nothing is replaced before everything there is exists.
+ */
+template <class Table, class Generate>
+void handOut(const Place<Table>& place, ServiceWorkRecord& work, StoredTables& stored, Table table,
+             bool changed, int32_t pid, Generate generate) {
+  if (changed) {
+    log_function(kLogDebug, kNoTag, "%s", place.savesNew);
+    table.version = nextVersion(table.version);
+  }
+  KeptPackets& kept = stored.*place.kept;
+  std::vector<std::string>& packets = work.outputTables.*place.packets;
+  if (!changed && kept.areOf(table.version, table.currentNext, pid)) {
+    packets = kept.packets();
+    logPacketCount(packets);
+  } else {
+    const SectionsPtr sections = generate(table);
+    packetizeSections(packets, makePacketTemplate(pid), sections.get());
+    KeptPackets made;
+    if (madeSilently(table)) {
+      made = KeptPackets(packets, table.version, table.currentNext, pid);
+    }
+    if (changed) {
+      stored.replace(place.stored, Table(table));
+    }
+    kept = std::move(made);
+  }
+  work.outputTables.dvbTables.*place.output = std::move(table);
 }
 
 }  // namespace
@@ -149,54 +203,36 @@ uint8_t findServiceType(int32_t serviceId, const SDT& sdt) {
   return 0;
 }
 
-int synthPAT(ServiceWorkRecord& workingStore, PAT& storedPat) {
+int synthPAT(ServiceWorkRecord& workingStore, StoredTables& stored) {
   const DvbpsiHandle handle = newHandle();
   if (handle == nullptr) {
     return -1;
   }
-  PAT pat = candidatePat(workingStore, storedPat.version);
-  const bool changed = patChanged(pat, storedPat);
-  if (changed) {
-    log_function(kLogDebug, kNoTag, "Saves a new PAT in myTableStores struct");
-    pat.version = nextVersion(storedPat.version);
-  }
-  const PatPtr table = t2dPAT(pat);
-  const SectionsPtr sections = allocated(
-      SectionsPtr(dvbpsi_pat_sections_generate(handle.get(), table.get(), kProgramsPerPatSection)));
-  packetizeSections(workingStore.outputTables.patPackets, makePacketTemplate(kPatPid),
-                    sections.get());
-  if (changed) {
-    store(storedPat, pat);
-  }
-  workingStore.outputTables.dvbTables.pat = std::move(pat);
+  PAT pat = candidatePat(workingStore, stored->pat.version);
+  const bool changed = patChanged(pat, stored->pat);
+  handOut(kPat, workingStore, stored, std::move(pat), changed, kPatPid, [&](const PAT& table) {
+    return allocated(SectionsPtr(
+        dvbpsi_pat_sections_generate(handle.get(), t2dPAT(table).get(), kProgramsPerPatSection)));
+  });
   return 0;
 }
 
-int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt) {
+int synthSDT(ServiceWorkRecord& workingStore, StoredTables& stored) {
   const DvbpsiHandle handle = newHandle();
   if (handle == nullptr) {
     return 1;
   }
-  SDT sdt = candidateSdt(workingStore, storedSdt.version);
-  const bool changed = sdtChanged(sdt, storedSdt);
-  if (changed) {
-    log_function(kLogDebug, kNoTag, "Saves a new SDT in myTableStores struct");
-    sdt.version = nextVersion(storedSdt.version);
-  }
-  const SdtPtr table = t2dSDT(sdt);
-  assureSection();
-  const SectionsPtr sections =
-      allocated(SectionsPtr(dvbpsi_sdt_sections_generate(handle.get(), table.get())));
-  packetizeSections(workingStore.outputTables.sdtPackets, makePacketTemplate(kSdtPid),
-                    sections.get());
-  if (changed) {
-    store(storedSdt, sdt);
-  }
-  workingStore.outputTables.dvbTables.sdt = std::move(sdt);
+  SDT sdt = candidateSdt(workingStore, stored->sdt.version);
+  const bool changed = sdtChanged(sdt, stored->sdt);
+  handOut(kSdt, workingStore, stored, std::move(sdt), changed, kSdtPid, [&](const SDT& table) {
+    const SdtPtr decoded = t2dSDT(table);
+    assureSection();
+    return allocated(SectionsPtr(dvbpsi_sdt_sections_generate(handle.get(), decoded.get())));
+  });
   return 0;
 }
 
-int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt) {
+int synthPMT(ServiceWorkRecord& workingStore, StoredTables& stored) {
   const DvbpsiHandle handle = newHandle();
   if (handle == nullptr) {
     return 1;
@@ -204,29 +240,21 @@ int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt) {
   PMT& pmt = workingStore.pmt;
   const int16_t pmtPid = findProgramPid(pmt.programNumber, workingStore.service.pat);
   pmt.programNumber = workingStore.identity.outputSID;
-  pmt.version = storedPmt.version;
-  const bool changed = pmtChanged(pmt, storedPmt);
-  PMT output = changed ? pmt : storedPmt;
-  if (changed) {
-    log_function(kLogDebug, kNoTag, "Saves a new PMT in myTableStores struct");
-    output.version = nextVersion(storedPmt.version);
-  }
-  const SectionsPtr sections = generatePmtSections(*handle, changed ? output : pmt);
-  packetizeSections(workingStore.outputTables.pmtPackets, makePacketTemplate(pmtPid),
-                    sections.get());
-  if (changed) {
-    store(storedPmt, output);
-  }
-  workingStore.outputTables.dvbTables.pmt = std::move(output);
+  pmt.version = stored->pmt.version;
+  const bool changed = pmtChanged(pmt, stored->pmt);
+  handOut(kPmt, workingStore, stored, std::move(pmt), changed, pmtPid,
+          [&](const PMT& table) { return generatePmtSections(*handle, table); });
+  // As it is stored, while the packets tell the flag of now.
+  workingStore.outputTables.dvbTables.pmt.currentNext = stored->pmt.currentNext;
   return 0;
 }
 
 void saveSynthesisedTables(TableStores& stores, ServiceWorkRecord& workingStore) {
-  TableStore& stored = stores.tableStore(workingStore.pmt.programNumber);
+  StoredTables& stored = stores.tableStore(workingStore.pmt.programNumber);
   // Without a handle a table keeps its last version and the output goes without it.
-  (void)synthPAT(workingStore, stored.pat);
-  (void)synthSDT(workingStore, stored.sdt);
-  (void)synthPMT(workingStore, stored.pmt);
+  (void)synthPAT(workingStore, stored);
+  (void)synthSDT(workingStore, stored);
+  (void)synthPMT(workingStore, stored);
   stores.saveTableStores();
 }
 

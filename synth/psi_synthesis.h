@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "records/records.h"
+#include "store/stored_entries.h"
 #include "store/table_stores.h"
 #include "synth/service_work_record.h"
 
@@ -25,16 +26,15 @@ namespace tevra {
  * Build one table of the output service each from `workingStore`, whose filtered PMT still carries
  * the input programme number. A table whose content differs from the stored one moves the stored
  * version by one modulo 32 and replaces the stored table. The output record and the packets go to
- * `workingStore`.
+ * `workingStore`; packets that are those of the last time are not made again.
  *
  * They raise std::bad_alloc for lack of memory; the stored table is then as it was, `workingStore`
  * of no further use. Otherwise they return 0; synthPAT -1 and the others 1 when libdvbpsi gives no
- * handle, and then change nothing. synthPMT gives the filtered PMT the output service id and the
- * stored version, so it comes last.
+ * handle, and then change nothing. synthPMT uses the filtered PMT up, so it comes last.
  */
-int synthPAT(ServiceWorkRecord& workingStore, PAT& storedPat);
-int synthSDT(ServiceWorkRecord& workingStore, SDT& storedSdt);
-int synthPMT(ServiceWorkRecord& workingStore, PMT& storedPmt);
+int synthPAT(ServiceWorkRecord& workingStore, StoredTables& stored);
+int synthSDT(ServiceWorkRecord& workingStore, StoredTables& stored);
+int synthPMT(ServiceWorkRecord& workingStore, StoredTables& stored);
 ///@}
 
 /**

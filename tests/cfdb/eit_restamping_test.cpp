@@ -119,7 +119,7 @@ TEST_F(EitRestamping, ResetsTheRestartCountersOfTheServicesAlsoOfThoseWithoutTab
   for (const int32_t service : {4, 5, 6}) {
     file.versionStores[service].restartCounter = 2;
   }
-  ASSERT_EQ(saveEITTableVersionStoreFile(file, 0), 0);
+  ASSERT_EQ(saveEITTableVersionStoreFile(storedEntries(file), 0), 0);
   eitVersions_.restoreEITVersions();
   EITMap in = mapOf({makeEit(4, 0x4E, 0)});
   in[5];

@@ -40,10 +40,10 @@ class HandlerTest : public fake::PlatformTest {
   }
 
   static void writeFile(const std::string& file, const TableStoreFile& record) {
-    write(file, record);
+    write(file, storedEntries(record));
   }
   static void writeFile(const std::string& file, const EITTableVersionStoreFile& record) {
-    write(file, record);
+    write(file, storedEntries(record));
   }
 
   [[nodiscard]] static std::map<int32_t, TableStore> savedTableStores(int mptsIndex = 0) {

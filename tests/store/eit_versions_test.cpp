@@ -24,7 +24,7 @@ class EITVersionsTest : public fake::PlatformTest {
   static void saveFile(const std::map<int32_t, EITTableVersionStore>& entries) {
     EITTableVersionStoreFile file;
     file.versionStores = entries;
-    EXPECT_EQ(saveEITTableVersionStoreFile(file, 2), 0);
+    EXPECT_EQ(saveEITTableVersionStoreFile(storedEntries(file), 2), 0);
   }
 
   std::map<int32_t, EITTableVersionStore> saved() {

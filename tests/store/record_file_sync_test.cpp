@@ -30,7 +30,7 @@ TYPED_TEST_SUITE(RecordFileSync, RecordFiles, RecordName);
 TYPED_TEST(RecordFileSync, ItsFileSystemIsSyncedBeforeTheLastBufferThenTheFileThenEverything) {
   for (const TypeParam& record : {TypeParam(), sample<TypeParam>(), largeSample<TypeParam>()}) {
     clearSyncCalls();
-    ASSERT_EQ(writeRecordToFile(this->file(), record), kRecordFileDone);
+    ASSERT_EQ(writeRecordToFile(this->file(), storedEntries(record)), kRecordFileDone);
     const auto whole = static_cast<off_t>(jsonOf(record).size());
     const std::vector<SyncCall> calls = syncCalls();
     ASSERT_EQ(calls.size(), 3U);
@@ -49,7 +49,8 @@ TYPED_TEST(RecordFileSync, AFileThatCannotBeSyncedFailsAndTheFormerOneStays) {
   writeText(this->file(), "former");
   setFsyncResult(-1);
   std::string reason;
-  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam(), &reason), kRecordFileFailed);
+  EXPECT_EQ(writeRecordToFile(this->file(), storedEntries(TypeParam()), &reason),
+            kRecordFileFailed);
   setFsyncResult(0);
   EXPECT_EQ(readText(this->file()), "former");
   EXPECT_FALSE(std::filesystem::exists(this->file() + ".new"));
@@ -61,20 +62,22 @@ TYPED_TEST(RecordFileSync, AFileSystemThatCannotBeSyncedFailsTheMappingAlone) {
   constexpr bool kFails = std::is_same_v<TypeParam, PIDRemap>;
   writeText(this->file(), "former");
   setSyncfsResult(-1);
-  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()),
+  EXPECT_EQ(writeRecordToFile(this->file(), storedEntries(TypeParam())),
             kFails ? kRecordFileFailed : kRecordFileDone);
   setSyncfsResult(0);
   EXPECT_EQ(readText(this->file()), kFails ? "former" : jsonOf(TypeParam()));
 }
 
 TYPED_TEST(RecordFileSync, WhatCannotBeWrittenIsNotSynced) {
-  EXPECT_EQ(writeRecordToFile("/dev/full", largeSample<TypeParam>()), kRecordFileFailed);
-  EXPECT_EQ(writeRecordToFile(this->path("none/file"), TypeParam()), kRecordFileNotOpened);
+  EXPECT_EQ(writeRecordToFile("/dev/full", storedEntries(largeSample<TypeParam>())),
+            kRecordFileFailed);
+  EXPECT_EQ(writeRecordToFile(this->path("none/file"), storedEntries(TypeParam())),
+            kRecordFileNotOpened);
   EXPECT_TRUE(syncCalls().empty());
 }
 
 TYPED_TEST(RecordFileSync, WhatFailsWithItsLastBufferIsNotSyncedAfterwards) {
-  EXPECT_EQ(writeRecordToFile("/dev/full", TypeParam()), kRecordFileFailed);
+  EXPECT_EQ(writeRecordToFile("/dev/full", storedEntries(TypeParam())), kRecordFileFailed);
   ASSERT_EQ(syncCalls().size(), 1U);
   EXPECT_EQ(syncCalls()[0].what, SyncCall::Of::FileSystem);
 }

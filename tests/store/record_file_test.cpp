@@ -48,14 +48,14 @@ class RecordFile : public fake::PlatformTest {
 TYPED_TEST_SUITE(RecordFile, RecordFiles, RecordName);
 
 TYPED_TEST(RecordFile, WhatIsWrittenIsRead) {
-  EXPECT_EQ(writeRecordToFile(this->file(), sample<TypeParam>()), kDone);
+  EXPECT_EQ(writeRecordToFile(this->file(), storedEntries(sample<TypeParam>())), kDone);
   EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kDone);
   EXPECT_EQ(this->read_, sample<TypeParam>());
 }
 
 TYPED_TEST(RecordFile, TheFileIsTheRecordsJsonAndNothingElse) {
   for (const TypeParam& record : {sample<TypeParam>(), TypeParam()}) {
-    EXPECT_EQ(writeRecordToFile(this->file(), record), kDone);
+    EXPECT_EQ(writeRecordToFile(this->file(), storedEntries(record)), kDone);
     EXPECT_EQ(readText(this->file()), jsonOf(record));
   }
 }
@@ -63,7 +63,7 @@ TYPED_TEST(RecordFile, TheFileIsTheRecordsJsonAndNothingElse) {
 TYPED_TEST(RecordFile, ANewFileIsForItsOwnerAlone) {
   for (const mode_t mask : {mode_t{0}, mode_t{022}, mode_t{077}}) {
     const ScopedUmask umask(mask);
-    EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kDone);
+    EXPECT_EQ(writeRecordToFile(this->file(), storedEntries(TypeParam())), kDone);
     EXPECT_EQ(modeOf(this->file()), 0600U);
     std::filesystem::remove(this->file());
   }
@@ -71,12 +71,13 @@ TYPED_TEST(RecordFile, ANewFileIsForItsOwnerAlone) {
 
 TYPED_TEST(RecordFile, WritingTruncatesWhatWasThere) {
   writeText(this->file(), std::string(100000, 'x'));
-  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kDone);
+  EXPECT_EQ(writeRecordToFile(this->file(), storedEntries(TypeParam())), kDone);
   EXPECT_EQ(readText(this->file()), jsonOf(TypeParam()));
 }
 
 TYPED_TEST(RecordFile, AMissingDirectoryCannotBeWrittenTo) {
-  EXPECT_EQ(writeRecordToFile(this->path("none/file"), sample<TypeParam>()), kNotOpened);
+  EXPECT_EQ(writeRecordToFile(this->path("none/file"), storedEntries(sample<TypeParam>())),
+            kNotOpened);
   EXPECT_FALSE(std::filesystem::exists(this->path("none")));
 }
 
@@ -89,7 +90,7 @@ TYPED_TEST(RecordFile, AMissingFileCannotBeRead) {
 
 TYPED_TEST(RecordFile, ADirectoryIsNoFile) {
   std::filesystem::create_directory(this->file());
-  EXPECT_EQ(writeRecordToFile(this->file(), sample<TypeParam>()), kNotOpened);
+  EXPECT_EQ(writeRecordToFile(this->file(), storedEntries(sample<TypeParam>())), kNotOpened);
   EXPECT_TRUE(std::filesystem::is_directory(this->file()));
   EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kFailed);
   EXPECT_EQ(this->read_, TypeParam());
@@ -98,20 +99,22 @@ TYPED_TEST(RecordFile, ADirectoryIsNoFile) {
 TYPED_TEST(RecordFile, AFullDeviceFailsWhetherTheRecordFitsTheBufferOrNot) {
   std::filesystem::create_symlink("/dev/full", this->file());
   EXPECT_LT(jsonOf(TypeParam()).size(), kRecordFileBuffer);
-  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kFailed);
+  EXPECT_EQ(writeRecordToFile(this->file(), storedEntries(TypeParam())), kFailed);
   const auto large = largeSample<TypeParam>();
   EXPECT_GT(jsonOf(large).size(), kRecordFileBuffer);
-  EXPECT_EQ(writeRecordToFile(this->file(), large), kFailed);
+  EXPECT_EQ(writeRecordToFile(this->file(), storedEntries(large)), kFailed);
 }
 
 TYPED_TEST(RecordFile, LackOfMemoryIsAFailureThatLeavesTheFormerFile) {
   const TypeParam record = sample<TypeParam>();
+  const auto entries = storedEntries(record);
   const std::string file = this->file();
   writeText(file, "former");
   int result = kDone;
   size_t allowed = 0;
   clearSyncCalls();
-  while (lacksMemory(allowed, [&] { EXPECT_NO_THROW(result = writeRecordToFile(file, record)); })) {
+  while (
+      lacksMemory(allowed, [&] { EXPECT_NO_THROW(result = writeRecordToFile(file, entries)); })) {
     EXPECT_NE(result, kDone) << allowed;
     EXPECT_EQ(readText(file), "former");
     EXPECT_FALSE(std::filesystem::exists(file + ".new"));
@@ -158,14 +161,15 @@ TYPED_TEST(RecordFile, TrailingJunkAndTheEmptyRecordAreAccepted) {
 }
 
 TYPED_TEST(RecordFile, NothingIsLogged) {
-  EXPECT_EQ(writeRecordToFile(this->path("none/file"), TypeParam()), kNotOpened);
+  EXPECT_EQ(writeRecordToFile(this->path("none/file"), storedEntries(TypeParam())), kNotOpened);
   EXPECT_EQ(this->readContent("x"), kFailed);
   EXPECT_TRUE(fake::logLines().empty());
 }
 
 TYPED_TEST(RecordFile, WhyItFailedIsToldOnDemand) {
   std::string reason;
-  EXPECT_EQ(writeRecordToFile(this->path("none/file"), TypeParam(), &reason), kNotOpened);
+  EXPECT_EQ(writeRecordToFile(this->path("none/file"), storedEntries(TypeParam()), &reason),
+            kNotOpened);
   EXPECT_EQ(reason, "cannot open " + this->path("none/file.new") + ": No such file or directory");
   EXPECT_EQ(readRecordFromFile(this->file(), this->read_, &reason), kNotOpened);
   EXPECT_EQ(reason, "cannot open: No such file or directory");
@@ -191,7 +195,7 @@ class EntriesFile : public RecordFile<Record> {
 TYPED_TEST_SUITE(EntriesFile, StoreFiles, RecordName);
 
 TYPED_TEST(EntriesFile, AnEmptyMapIsWrittenAsARecordWithAnEmptyMap) {
-  EXPECT_EQ(writeRecordToFile(this->file(), TypeParam()), kDone);
+  EXPECT_EQ(writeRecordToFile(this->file(), storedEntries(TypeParam())), kDone);
   EXPECT_EQ(readText(this->file()), "{\"1\":{\"map\":[\"i32\",\"rec\",0,{}]}}");
   EXPECT_EQ(readRecordFromFile(this->file(), this->read_), kDone);
   EXPECT_EQ(this->read_, TypeParam());
@@ -226,7 +230,7 @@ TEST_F(RecordFileText, OfTheEITVersions) {
   EITTableVersionStoreFile record;
   record.versionStores[3401].restartCounter = 2;
   record.versionStores[3401].versions = {{0x50, 31}, {0x4E, 5}};
-  ASSERT_EQ(writeRecordToFile(path("file"), record), kDone);
+  ASSERT_EQ(writeRecordToFile(path("file"), storedEntries(record)), kDone);
   EXPECT_EQ(readText(path("file")),
             "{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"3401\":{\"1\":{\"i32\":2},"
             "\"2\":{\"map\":[\"i32\",\"i32\",2,{\"78\":5,\"80\":31}]}}}]}}");
@@ -240,7 +244,7 @@ TEST_F(RecordFileText, OfATableStore) {
   store.pmt.descriptors.resize(1);
   store.pmt.descriptors[0].tag = 9;
   store.pmt.descriptors[0].data = std::string("\x00\xFF\x7F", 3);
-  ASSERT_EQ(writeRecordToFile(path("file"), record), kDone);
+  ASSERT_EQ(writeRecordToFile(path("file"), storedEntries(record)), kDone);
   EXPECT_EQ(readText(path("file")),
             "{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"-1\":{\"1\":{\"i32\":4},"
             "\"2\":{\"rec\":{\"1\":{\"i32\":0},\"2\":{\"i32\":0},\"3\":{\"tf\":1},"
@@ -273,7 +277,7 @@ TEST_F(LargeRecordFile, IsRead) {
   TableStoreFile record;
   record.tableStores[1].pat.programs.resize(1024 * 1024 + 1);
   record.tableStores[2].pmt.esList.resize(2);
-  ASSERT_EQ(writeRecordToFile(file_, record), kDone);
+  ASSERT_EQ(writeRecordToFile(file_, storedEntries(record)), kDone);
   EXPECT_GT(std::filesystem::file_size(file_), size_t{16} * 1024 * 1024);
   TableStoreFile read;
   ASSERT_EQ(readRecordFromFile(file_, read), kDone);
@@ -285,7 +289,7 @@ TEST_F(LargeRecordFile, ThatNoStartWouldReadIsNotSaved) {
   TableStoreFile record;
   record.tableStores[1].pmt.descriptors.emplace_back().data.assign(kMaxRecordFileSize / 4 * 3, 'd');
   std::string reason;
-  EXPECT_EQ(writeRecordToFile(file_, record, &reason), kFailed);
+  EXPECT_EQ(writeRecordToFile(file_, storedEntries(record), &reason), kFailed);
   EXPECT_EQ(reason, "more than a start reads");
   EXPECT_EQ(readText(file_), "former");
   EXPECT_FALSE(std::filesystem::exists(file_ + ".new"));

@@ -18,11 +18,17 @@ using RecordFiles = ::testing::Types<TableStoreFile, EITTableVersionStoreFile, P
 /** Those that hold entries which age, in the directory of their own. */
 using StoreFiles = ::testing::Types<TableStoreFile, EITTableVersionStoreFile>;
 
+/** As a mapping is saved, it is kept. */
+inline const PIDRemap& storedEntries(const PIDRemap& record) {
+  return record;
+}
+using tevra::storedEntries;
+
 inline int save(const TableStoreFile& record, int32_t mpts) {
-  return saveTableStoreFile(record, mpts);
+  return saveTableStoreFile(storedEntries(record), mpts);
 }
 inline int save(const EITTableVersionStoreFile& record, int32_t mpts) {
-  return saveEITTableVersionStoreFile(record, mpts);
+  return saveEITTableVersionStoreFile(storedEntries(record), mpts);
 }
 inline int load(TableStoreFile& record, int32_t mpts) {
   return loadTableStoreFile(record, mpts);

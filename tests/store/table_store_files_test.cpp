@@ -149,8 +149,8 @@ TYPED_TEST(TableStoreFiles, AFullDiskIsAnErrorAndTheNextSaveTriesAgain) {
 class TheTwoFiles : public fake::PlatformTest {};
 
 TEST_F(TheTwoFiles, LieSideBySide) {
-  ASSERT_EQ(saveTableStoreFile(sample<TableStoreFile>(), 2), 0);
-  ASSERT_EQ(saveEITTableVersionStoreFile(sample<EITTableVersionStoreFile>(), 2), 0);
+  ASSERT_EQ(save(sample<TableStoreFile>(), 2), 0);
+  ASSERT_EQ(save(sample<EITTableVersionStoreFile>(), 2), 0);
   EXPECT_EQ(readText(path("Tornel/TableStoreFile2")), jsonOf(sample<TableStoreFile>()));
   EXPECT_EQ(readText(path("Tornel/EITTableVersionStoreFile2")),
             jsonOf(sample<EITTableVersionStoreFile>()));

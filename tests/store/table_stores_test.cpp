@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <map>
 
-#include "store/table_store_files.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/store/store_files.h"
 
 namespace tevra::test {
 namespace {
@@ -21,7 +21,7 @@ class TableStoresTest : public fake::PlatformTest {
   static void saveFile(const std::map<int32_t, TableStore>& entries) {
     TableStoreFile file;
     file.tableStores = entries;
-    EXPECT_EQ(saveTableStoreFile(file, 2), 0);
+    EXPECT_EQ(save(file, 2), 0);
     fake::clearLog();
   }
 
@@ -38,13 +38,19 @@ class TableStoresTest : public fake::PlatformTest {
     return store;
   }
 
+  /** Of the PAT of an entry. */
+  void storeVersion(int32_t inputProgramNumber, int32_t version) {
+    PAT pat;
+    pat.version = version;
+    stores_.tableStore(inputProgramNumber).replace(&TableStore::pat, pat);
+  }
+
   TableStores stores_{2};
 };
 
 TEST_F(TableStoresTest, AnEntryIsMadeTheFirstTimeAndStays) {
-  TableStore& store = stores_.tableStore(3401);
-  EXPECT_EQ(store, TableStore());
-  store.pat.version = 7;
+  const StoredTables& store = stores_.tableStore(3401);
+  EXPECT_EQ(*store, TableStore());
   for (int32_t other = 0; other < 100; ++other) {
     (void)stores_.tableStore(other);
   }
@@ -52,15 +58,15 @@ TEST_F(TableStoresTest, AnEntryIsMadeTheFirstTimeAndStays) {
 }
 
 TEST_F(TableStoresTest, AllAreSavedAndRestored) {
-  stores_.tableStore(1).pat.version = 7;
-  stores_.tableStore(-2).pat.version = 8;
+  storeVersion(1, 7);
+  storeVersion(-2, 8);
   stores_.saveTableStores();
   EXPECT_THAT(fake::logLines(),
               ElementsAre(LogLine{7, "", "[MPTS2] has to save the new tables in a file"}));
   TableStores restarted(2);
   restarted.restoreTableStores();
-  EXPECT_EQ(restarted.tableStore(1).pat.version, 7);
-  EXPECT_EQ(restarted.tableStore(-2).pat.version, 8);
+  EXPECT_EQ(restarted.tableStore(1)->pat.version, 7);
+  EXPECT_EQ(restarted.tableStore(-2)->pat.version, 8);
 }
 
 TEST_F(TableStoresTest, AreAgedWhenTheyAreRestored) {
@@ -80,11 +86,11 @@ TEST_F(TableStoresTest, ThatAreMissingStartAnew) {
       fake::logLines(3),
       ElementsAre(LogLine{3, "", "[MPTS2] Error reading file: " + path("Tornel/TableStoreFile2")},
                   LogLine{3, "", "[MPTS2] Error reading tables from file"}));
-  EXPECT_EQ(stores_.tableStore(1), TableStore());
+  EXPECT_EQ(*stores_.tableStore(1), TableStore());
 }
 
 TEST_F(TableStoresTest, ThatCannotBeSavedAreAnErrorAndKept) {
-  stores_.tableStore(1).pat.version = 7;
+  storeVersion(1, 7);
   fake::platform().createDirectoryResult = 1;
   stores_.saveTableStores();
   EXPECT_THAT(fake::logLines(),

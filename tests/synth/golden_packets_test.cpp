@@ -13,9 +13,12 @@ class GoldenPackets : public fake::PlatformTest {
   /** The table synthesised on top of the stored one, in as many sections, which `decode` reads and
    * others take. */
   template <class Table, class Decode, class Judge>
-  void expectGolden(const std::string& name, Table stored, size_t sections, Decode decode,
+  void expectGolden(const std::string& name, const Table& former, size_t sections, Decode decode,
                     Judge faultOf) {
     using Way = Synthesis<Table>;
+    TableStore tables;
+    tables.*Way::kStored = former;
+    StoredTables stored(tables);
     EXPECT_EQ(Way::kRun(work_, stored), 0);
     const Packets& packets = Way::packets(work_.outputTables);
     EXPECT_TRUE(matchesGolden(name, packets));

@@ -44,7 +44,7 @@ class LackOfMemoryFor : public SynthesisTest<Table> {
  protected:
   LackOfMemoryFor() {
     this->synthesise();
-    before_ = this->stored_;
+    before_ = this->stored();
     this->input_.identity.outputSID = 1202;
   }
   ~LackOfMemoryFor() override { refuseSections = false; }
@@ -58,21 +58,21 @@ TYPED_TEST_SUITE(LackOfMemoryFor, Tables, );  // the comma: a variadic macro wan
 TYPED_TEST(LackOfMemoryFor, ItsSectionsIsRaisedAndMovesNoVersion) {
   refuseSections = true;
   EXPECT_THROW(this->synthesise(), std::bad_alloc);
-  EXPECT_EQ(this->stored_, this->before_);
+  EXPECT_EQ(this->stored(), this->before_);
   refuseSections = false;
   EXPECT_EQ(this->synthesise(), 0);
-  EXPECT_EQ(this->stored_.version, this->before_.version + 1);
+  EXPECT_EQ(this->stored().version, this->before_.version + 1);
 }
 
 TYPED_TEST(LackOfMemoryFor, AnythingOfItMovesNoVersion) {
   size_t allowed = 0;
   while (lacksMemory(allowed, [this] { this->synthesise(); })) {
-    ASSERT_EQ(this->stored_, this->before_) << allowed;
+    ASSERT_EQ(this->stored(), this->before_) << allowed;
     ++allowed;
   }
   EXPECT_GT(allowed, 5U);
-  EXPECT_EQ(this->stored_.version, this->before_.version + 1);
-  EXPECT_EQ(this->stored_, this->output());
+  EXPECT_EQ(this->stored().version, this->before_.version + 1);
+  EXPECT_EQ(this->stored(), this->output());
 }
 
 /** Takes what memory there is, down to the last bytes, and keeps the process from getting more. */
@@ -126,15 +126,15 @@ class LackOfMemory : public OutputDataTest {
 TEST_F(LackOfMemory, AtAnyPointOfARequestChangesNoLaterAnswer) {
   ask();
   const OutputConfigurations undisturbed = answer_;
-  TableStore& store = stores_.tableStore(kInputProgram);
-  const TableStore stored = store;
+  StoredTables& store = stores_.tableStore(kInputProgram);
+  const TableStore stored = *store;
   size_t allowed = 0;
   for (bool lacking = true; lacking; ++allowed) {
     store = {};
     EXPECT_NO_THROW(lacking = lacksMemory(allowed, [this] { ask(); }));
     ask();
     ASSERT_EQ(answer_, undisturbed) << allowed;
-    ASSERT_EQ(store, stored) << allowed;
+    ASSERT_EQ(*store, stored) << allowed;
   }
   EXPECT_GT(allowed, 50U);
 }
@@ -143,7 +143,7 @@ TEST_F(LackOfMemory, LeavesAnOutputWithoutSectionsOutOfTheAnswer) {
   refuseSections = true;
   ask();
   EXPECT_THAT(answer_, testing::IsEmpty());
-  EXPECT_EQ(stores_.tableStore(kInputProgram), TableStore());
+  EXPECT_EQ(*stores_.tableStore(kInputProgram), TableStore());
   EXPECT_EQ(fake::timesLogged(3, "inputSID [003401] globalSID [000050] not served: std::bad_alloc"),
             1);
 }

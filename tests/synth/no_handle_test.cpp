@@ -57,12 +57,12 @@ using Tables = testing::Types<PAT, SDT, PMT>;
 TYPED_TEST_SUITE(NoHandleFor, Tables, );  // the comma: a variadic macro wants an argument
 
 TYPED_TEST(NoHandleFor, ATableFailsAndChangesNothing) {
-  TypeParam stored;
-  stored.version = 5;
-  const TypeParam before = stored;
+  TableStore before;
+  (before.*Synthesis<TypeParam>::kStored).version = 5;
+  StoredTables stored(before);
   EXPECT_EQ(Synthesis<TypeParam>::kRun(this->work_, stored),
             (std::is_same_v<TypeParam, PAT> ? -1 : 1));
-  EXPECT_EQ(stored, before);
+  EXPECT_EQ(*stored, before);
   EXPECT_TRUE(this->work_ == makeWorkRecord(this->service_));
   EXPECT_THAT(fake::logLines(), IsEmpty());
 }
@@ -72,7 +72,7 @@ TEST_F(NoHandle, AllFailuresAreIgnoredAndTheFileIsWritten) {
   saveSynthesisedTables(stores, work_);
   EXPECT_EQ(handlesAsked, 3);
   EXPECT_TRUE(work_ == makeWorkRecord(service_));
-  EXPECT_EQ(stores.tableStore(kInputProgram), TableStore());
+  EXPECT_EQ(*stores.tableStore(kInputProgram), TableStore());
   EXPECT_EQ(stores.saves(), 1);
   EXPECT_THAT(fake::logLines(),
               ElementsAre(LogLine{7, "", "[MPTS2] has to save the new tables in a file"}));

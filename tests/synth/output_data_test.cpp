@@ -209,7 +209,7 @@ TEST_F(OutputDataTest, EachOutputMovesTheVersionsThatTheOneBeforeItLeft) {
   ask();
   EXPECT_EQ(answer_[60].outputTables.dvbTables.pat.version, 1);
   EXPECT_EQ(answer_[50].outputTables.dvbTables.pat.version, 2);
-  EXPECT_EQ(stores_.tableStore(kInputProgram).pat.programs.at(0).programNumber, 1205);
+  EXPECT_EQ(stores_.tableStore(kInputProgram)->pat.programs.at(0).programNumber, 1205);
 }
 
 TEST_F(OutputDataTest, TheSecondOutputOfAGlobalIdIsNoFallbackWhenTheFirstAnswered) {

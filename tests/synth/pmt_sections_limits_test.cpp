@@ -80,10 +80,10 @@ TEST_F(PmtSectionLimits, TheAnswersRecordKeepsWhatThePacketsCannotCarry) {
   PMT whole = work.pmt;
   whole.programNumber = 1201;
   whole.version = 1;
-  PMT stored;
+  StoredTables stored;
   EXPECT_EQ(synthPMT(work, stored), 0);
   EXPECT_EQ(work.outputTables.dvbTables.pmt, whole);
-  EXPECT_EQ(stored, whole);
+  EXPECT_EQ(stored->pmt, whole);
   EXPECT_THAT(decodePmt(work.outputTables.pmtPackets, 1201).esList.at(1).descriptors, SizeIs(3));
   EXPECT_THAT(fake::logLines(4), ElementsAre(doNotFit("0x0067", 1, 4)));
 }
@@ -93,10 +93,10 @@ TEST_F(PmtSectionLimits, WhatIsLeftOutMovesNoVersionWhenItIsLeftOutAgain) {
   ServiceWorkRecord first = makeWorkRecord(service);
   first.pmt.esList[1].descriptors = makeFillers(4 * 257);
   ServiceWorkRecord second = first;
-  PMT stored;
+  StoredTables stored;
   synthPMT(first, stored);
   synthPMT(second, stored);
-  EXPECT_EQ(stored.version, 1);
+  EXPECT_EQ(stored->pmt.version, 1);
   EXPECT_EQ(first.outputTables, second.outputTables);
 }
 
@@ -130,7 +130,7 @@ TEST_F(PmtSectionLimits, TheAnswersRecordKeepsStreamsBeyondTheLastSection) {
   const ServiceTables service = makeServiceTables();
   ServiceWorkRecord work = makeWorkRecord(service);
   work.pmt.esList = pmtOfSections(kMostSections + 1).esList;
-  PMT stored;
+  StoredTables stored;
   EXPECT_EQ(synthPMT(work, stored), 0);
   EXPECT_THAT(work.outputTables.dvbTables.pmt.esList, SizeIs(kMostSections + 1));
   EXPECT_THAT(sectionsOf(work.outputTables.pmtPackets, kPmtPid), SizeIs(kMostSections));

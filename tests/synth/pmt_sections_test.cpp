@@ -135,7 +135,7 @@ TEST_F(PmtSections, TheSynthesisSendsAllSectionsOnOneCounter) {
   for (int32_t pid = 0x100; pid < 0x110; ++pid) {
     work.pmt.esList.push_back(makeStream(0x1B, pid, makeFillers(700)));
   }
-  PMT stored;
+  StoredTables stored;
   EXPECT_EQ(synthPMT(work, stored), 0);
   const Packets& packets = work.outputTables.pmtPackets;
   EXPECT_THAT(sectionsOf(packets, kPmtPid), SizeIs(16));

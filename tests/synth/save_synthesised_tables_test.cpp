@@ -46,7 +46,7 @@ TEST_F(SavedTables, TheFirstTimeAllThreeTablesAreNew) {
 TEST_F(SavedTables, TheEntryIsThatOfTheInputProgramme) {
   const OutputTables tables = save();
   ASSERT_THAT(stores_.saved(), ElementsAre(Key(kInputProgram)));
-  const TableStore& store = stores_.tableStore(kInputProgram);
+  const TableStore& store = *stores_.tableStore(kInputProgram);
   EXPECT_EQ(store.pat, tables.dvbTables.pat);
   EXPECT_EQ(store.sdt, tables.dvbTables.sdt);
   EXPECT_EQ(store.pmt, tables.dvbTables.pmt);
@@ -64,8 +64,9 @@ TEST_F(SavedTables, TheProgrammeIsThatOfThePmtAndNotTheOneAskedFor) {
 
 TEST_F(SavedTables, AVersionOutOfRangeIsNarrowedWhileTheTablesStayTheSame) {
   save();
-  TableStore& store = stores_.tableStore(kInputProgram);
+  TableStore store = *stores_.tableStore(kInputProgram);
   store.pat.version = store.sdt.version = store.pmt.version = 0x10005;
+  stores_.tableStore(kInputProgram) = StoredTables(store);
   const OutputTables tables = save();
   EXPECT_EQ(tables.dvbTables.pat.version, 5);
   EXPECT_EQ(tables.dvbTables.sdt.version, 5);
@@ -75,16 +76,19 @@ TEST_F(SavedTables, AVersionOutOfRangeIsNarrowedWhileTheTablesStayTheSame) {
 }
 
 TEST_F(SavedTables, TheRestartCounterOfAnEntryIsLeftAlone) {
-  stores_.tableStore(kInputProgram).restartCounter = 3;
+  TableStore store;
+  store.restartCounter = 3;
+  stores_.tableStore(kInputProgram) = StoredTables(store);
   save();
-  EXPECT_EQ(stores_.tableStore(kInputProgram).restartCounter, 3);
+  EXPECT_EQ(stores_.tableStore(kInputProgram)->restartCounter, 3);
 }
 
 TEST_F(SavedTables, OtherEntriesAreLeftAlone) {
-  stores_.tableStore(1201).pat = makePat(1, {{1, 2}});
-  const TableStore before = stores_.tableStore(1201);
+  TableStore store;
+  store.pat = makePat(1, {{1, 2}});
+  stores_.tableStore(1201) = StoredTables(store);
   save();
-  EXPECT_EQ(stores_.tableStore(1201), before);
+  EXPECT_EQ(*stores_.tableStore(1201), store);
   EXPECT_THAT(stores_.saved(), ElementsAre(Key(1201), Key(kInputProgram)));
 }
 
@@ -115,10 +119,10 @@ TEST_F(SavedTables, AnotherOutputServiceIdMovesAllVersions) {
 }
 
 TEST_F(SavedTables, VersionsGoOnFromARestoredStoreAndAround) {
-  TableStore& store = stores_.tableStore(kInputProgram);
+  TableStore store;
   store.pat.version = 31;
   store.sdt.version = 30;
-  store.pmt.version = 0;
+  stores_.tableStore(kInputProgram) = StoredTables(store);
   EXPECT_THAT(versions(), ElementsAre(0, 31, 1));
 }
 
@@ -140,7 +144,7 @@ TEST_F(SavedTables, AFailedWriteIsAnErrorWithoutConsequence) {
   fake::platform().createDirectoryResult = 1;
   const OutputTables tables = save();
   EXPECT_EQ(fake::logLines().back(), kCannotSave);
-  EXPECT_EQ(stores_.tableStore(kInputProgram).pmt, tables.dvbTables.pmt);
+  EXPECT_EQ(stores_.tableStore(kInputProgram)->pmt, tables.dvbTables.pmt);
   EXPECT_THAT(tables.pmtPackets, SizeIs(1));
   EXPECT_THAT(versions(), ElementsAre(1, 1, 1));
 }

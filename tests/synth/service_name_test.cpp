@@ -27,7 +27,7 @@ class ServiceName : public fake::PlatformTest {
 
   /** Synthesises and returns the name, checked against lengths and provider on its way. */
   std::string synthesised() {
-    SDT stored;
+    StoredTables stored;
     EXPECT_EQ(synthSDT(work_, stored), 0);
     const SDT decoded = decodeSdt(work_.outputTables.sdtPackets);
     EXPECT_EQ(decoded, work_.outputTables.dvbTables.sdt);
@@ -155,7 +155,7 @@ TEST_F(ServiceName, InAOneByteTableIsCutAnywhere) {
 TEST_F(ServiceName, TheServiceTypeIsLookedUpBeforeTheNameIsConverted) {
   convertTo(false, "");
   service_.sdt = SDT();
-  SDT stored;
+  StoredTables stored;
   synthSDT(work_, stored);
   EXPECT_THAT(fake::logLines(4),
               ElementsAre(LogLine{4, "", "Service not found in STD!!"},

@@ -18,7 +18,7 @@ TEST_F(SynthPat, TheFirstPatListsTheOutputServiceAlone) {
   expected.version = 1;
   expected.currentNext = true;
   EXPECT_EQ(output(), expected);
-  EXPECT_EQ(stored_, expected);
+  EXPECT_EQ(stored(), expected);
   EXPECT_EQ(decodePat(packets()), expected);
   EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
 }
@@ -38,7 +38,7 @@ TEST_F(SynthPat, AnotherTransportStreamPidOrServiceMovesTheVersion) {
   input_.identity.transportStreamId = 9;
   synthesise();
   EXPECT_EQ(output().version, 2);
-  EXPECT_EQ(stored_.transportStreamId, 9);
+  EXPECT_EQ(stored().transportStreamId, 9);
   service_.pat.programs[0].pid = 0x99;
   synthesise();
   EXPECT_EQ(output().version, 3);
@@ -46,9 +46,9 @@ TEST_F(SynthPat, AnotherTransportStreamPidOrServiceMovesTheVersion) {
   input_.identity.outputSID = 1202;
   synthesise();
   EXPECT_EQ(output().version, 4);
-  EXPECT_EQ(stored_.programs[0].programNumber, 1202);
+  EXPECT_EQ(stored().programs[0].programNumber, 1202);
   EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
-  EXPECT_EQ(decodePat(packets()), stored_);
+  EXPECT_EQ(decodePat(packets()), stored());
 }
 
 TEST_F(SynthPat, OtherProgrammesOfTheInputDoNotMatter) {
@@ -62,17 +62,21 @@ TEST_F(SynthPat, OtherProgrammesOfTheInputDoNotMatter) {
 
 TEST_F(SynthPat, StoredProgrammesInExcessAreAChange) {
   synthesise();
-  stored_.programs.push_back(stored_.programs[0]);
+  PAT two = stored();
+  two.programs.push_back(two.programs[0]);
+  restore(two);
   synthesise();
   EXPECT_EQ(output().version, 2);
-  EXPECT_THAT(stored_.programs, SizeIs(1));
+  EXPECT_THAT(stored().programs, SizeIs(1));
 }
 
 TEST_F(SynthPat, AChangedPatTakesTheFlagOfTheInput) {
-  stored_.currentNext = true;
+  PAT former;
+  former.currentNext = true;
+  restore(former);
   service_.pat.currentNext = false;
   synthesise();
-  EXPECT_FALSE(stored_.currentNext);
+  EXPECT_FALSE(stored().currentNext);
   EXPECT_FALSE(currentNextOf(section()));
 }
 
@@ -97,7 +101,7 @@ TEST_F(SynthPat, APmtOnPidZeroIsInTheRecordAndNotInTheSection) {
   service_.pat.programs[0].pid = 0;
   synthesise();
   EXPECT_EQ(output().programs, makePat(7, {{1201, 0}}).programs);
-  EXPECT_EQ(stored_.programs, output().programs);
+  EXPECT_EQ(stored().programs, output().programs);
   const std::string empty("\x00\xB0\x09\x00\x07\xC3\x00\x00", 8);
   ASSERT_EQ(section().size(), empty.size() + 4);
   EXPECT_EQ(section().substr(0, empty.size()), empty);

@@ -28,7 +28,7 @@ TEST_F(SynthPmt, TheFirstPmtIsTheFilteredOneUnderTheOutputsNumber) {
   expected.programNumber = 1201;
   expected.version = 1;
   EXPECT_EQ(output(), expected);
-  EXPECT_EQ(stored_, expected);
+  EXPECT_EQ(stored(), expected);
   EXPECT_EQ(decodePmt(packets(), 1201), expected);
   EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
 }
@@ -44,7 +44,7 @@ TEST_F(SynthPmt, TheSectionIsExactToTheByte) {
 }
 
 TEST_F(SynthPmt, TheFilteredPmtTakesNumberAndStoredVersionToo) {
-  stored_.version = 17;
+  restoreVersion(17);
   synthesise();
   PMT expected = filtered_;
   expected.programNumber = 1201;
@@ -65,7 +65,7 @@ TEST_F(SynthPmt, AStreamMoreOrAnotherPcrMovesTheVersion) {
   synthesise();
   EXPECT_EQ(output().version, 4);
   EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
-  EXPECT_EQ(stored_, output());
+  EXPECT_EQ(stored(), output());
   EXPECT_EQ(decodePmt(packets(), 1202), output());
 }
 

@@ -26,7 +26,7 @@ SDT firstSdt() {
 TEST_F(SynthSdt, TheFirstSdtDescribesTheOutputServiceAlone) {
   EXPECT_EQ(synthesise(), 0);
   EXPECT_EQ(output(), firstSdt());
-  EXPECT_EQ(stored_, firstSdt());
+  EXPECT_EQ(stored(), firstSdt());
   EXPECT_EQ(decodeSdt(packets()), firstSdt());
   EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
 }
@@ -59,7 +59,7 @@ TEST_F(SynthSdt, EveryPartOfTheOutputsIdentityMovesTheVersion) {
   synthesise();
   EXPECT_EQ(output().version, 6);
   EXPECT_THAT(fake::logLines(), ElementsAre(saves(), packetsMade(1)));
-  EXPECT_EQ(stored_, output());
+  EXPECT_EQ(stored(), output());
   EXPECT_EQ(decodeSdt(packets()), output());
 }
 

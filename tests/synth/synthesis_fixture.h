@@ -22,6 +22,7 @@ struct Synthesis;
     static constexpr const char* kName = #Table;                                                 \
     static constexpr auto kRun = synth##Table;                                                   \
     static constexpr int kPid = pid;                                                             \
+    static constexpr auto kStored = &TableStore::member;                                         \
     static const Table& record(const OutputTables& tables) { return tables.dvbTables.member; }   \
     static const Packets& packets(const OutputTables& tables) { return tables.member##Packets; } \
   };
@@ -53,7 +54,7 @@ class SynthesisTest : public fake::PlatformTest {
   int synthesise() {
     fake::clearLog();
     work_.emplace(input_);
-    return Way::kRun(*work_, stored_);
+    return Way::kRun(*work_, entry_);
   }
 
   /** What the table is made from. */
@@ -65,6 +66,21 @@ class SynthesisTest : public fake::PlatformTest {
     } else {
       return input_.pmt;
     }
+  }
+
+  [[nodiscard]] const Table& stored() const { return (*entry_).*Way::kStored; }
+
+  /** As a restart leaves it. */
+  void restore(const Table& table) {
+    TableStore tables;
+    tables.*Way::kStored = table;
+    entry_ = StoredTables(tables);
+  }
+
+  void restoreVersion(int32_t version) {
+    Table table;
+    table.version = version;
+    restore(table);
   }
 
   [[nodiscard]] const Table& output() const { return Way::record(work_->outputTables); }
@@ -79,7 +95,7 @@ class SynthesisTest : public fake::PlatformTest {
   ServiceTables service_ = makeServiceTables();
   ServiceWorkRecord input_ = makeWorkRecord(service_);
   std::optional<ServiceWorkRecord> work_;  ///< as the last synthesis left it
-  Table stored_;
+  StoredTables entry_;
 };
 
 }  // namespace tevra::test

@@ -19,7 +19,7 @@ template <class Table>
 class SynthesisedVersion : public SynthesisTest<Table> {
  protected:
   void expectVersion(int version) const {
-    EXPECT_EQ(this->stored_.version, version);
+    EXPECT_EQ(this->stored().version, version);
     EXPECT_EQ(this->output().version, version);
     EXPECT_EQ(versionOf(this->section()), version);
   }
@@ -34,7 +34,7 @@ TYPED_TEST(SynthesisedVersion, StaysASecondTimeAndNothingIsSaved) {
   const Packets firstPackets = this->packets();
   EXPECT_EQ(this->synthesise(), 0);
   EXPECT_EQ(this->output(), first);
-  EXPECT_EQ(this->stored_, first);
+  EXPECT_EQ(this->stored(), first);
   EXPECT_EQ(this->packets(), firstPackets);
   this->expectVersion(1);
   EXPECT_THAT(fake::logLines(), ElementsAre(packetsMade(1)));
@@ -47,7 +47,7 @@ TYPED_TEST(SynthesisedVersion, IsNotMovedByTheCurrentNextFlagWhichIsSentAllTheSa
   EXPECT_THAT(fake::logLines(), ElementsAre(packetsMade(1)));
   this->expectVersion(1);
   EXPECT_FALSE(currentNextOf(this->section()));
-  EXPECT_TRUE(this->stored_.currentNext);  // what is stored changes with the content only
+  EXPECT_TRUE(this->stored().currentNext);  // what is stored changes with the content only
   // An unchanged PMT is answered as it is stored.
   EXPECT_EQ(this->output().currentNext, (std::is_same_v<TypeParam, PMT>));
 }
@@ -59,7 +59,7 @@ TYPED_TEST(SynthesisedVersion, IsNotTheInputs) {
 }
 
 TYPED_TEST(SynthesisedVersion, ThirtyOneIsFollowedByZero) {
-  this->stored_.version = 31;
+  this->restoreVersion(31);
   this->synthesise();
   this->expectVersion(0);
 }
@@ -68,8 +68,7 @@ TYPED_TEST(SynthesisedVersion, LeadsBackIntoRangeFromWhateverIsStored) {
   const std::vector<std::pair<int32_t, int>> versions = {
       {-1, 0}, {300, 13}, {std::numeric_limits<int32_t>::max(), 0}};
   for (const auto& [stored, next] : versions) {
-    this->stored_ = TypeParam();
-    this->stored_.version = stored;
+    this->restoreVersion(stored);
     this->synthesise();
     this->expectVersion(next);
   }
