@@ -1,6 +1,5 @@
 #include "synth/pmt_sections.h"
 
-#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <utility>
@@ -24,25 +23,40 @@ size_t sizeOf(const Descriptor& descriptor) {
   return fitsSection(descriptor) ? kDescriptorHeader + descriptor.data.size() : 0;
 }
 
-size_t sizeOf(const std::vector<Descriptor>& descriptors) {
+/** Of loops and streams in one section. */
+struct Demand {
   size_t size = 0;
-  for (const Descriptor& descriptor : descriptors) {
-    size += sizeOf(descriptor);
+  bool leavesOut = false;  ///< what exceeds its own length
+
+  void add(const std::vector<Descriptor>& descriptors) {
+    for (const Descriptor& descriptor : descriptors) {
+      size += sizeOf(descriptor);
+      leavesOut = leavesOut || !fitsSection(descriptor);
+    }
   }
-  return size;
+
+  void add(const PMTES& stream) {
+    size += kStreamHeader;
+    add(stream.descriptors);
+  }
+
+  /** As nearly all do. */
+  [[nodiscard]] bool fitsOneSection() const { return size <= kMaxBody; }
+};
+
+Demand demandOf(const PMT& pmt) {
+  Demand demand;
+  demand.add(pmt.descriptors);
+  for (const PMTES& stream : pmt.esList) {
+    demand.add(stream);
+  }
+  return demand;
 }
 
 size_t sizeOf(const PMTES& stream) {
-  return kStreamHeader + sizeOf(stream.descriptors);
-}
-
-/** As nearly all do. */
-bool fitsOneSection(const PMT& pmt) {
-  size_t size = sizeOf(pmt.descriptors);
-  for (const PMTES& stream : pmt.esList) {
-    size += sizeOf(stream);
-  }
-  return size <= kMaxBody;
+  Demand demand;
+  demand.add(stream);
+  return demand.size;
 }
 
 /** `stream` without the descriptors, from the first that does not fit, that no section can carry.
@@ -130,7 +144,7 @@ void renumber(dvbpsi_t& handle, dvbpsi_psi_section_t* sections, size_t count) {
 }
 
 SectionsPtr generateSection(dvbpsi_t& handle, const PMT& pmt) {
-  assert(fitsOneSection(pmt));
+  assert(demandOf(pmt).fitsOneSection());
   const PmtPtr table = thrift::dvb_tables::t2dPMT(pmt);
   assureSection();
   return allocated(SectionsPtr(dvbpsi_pmt_sections_generate(&handle, table.get())));
@@ -138,17 +152,10 @@ SectionsPtr generateSection(dvbpsi_t& handle, const PMT& pmt) {
 
 }  // namespace
 
-bool fitsOneSectionWhole(const PMT& pmt) {
-  const auto fit = [](const std::vector<Descriptor>& descriptors) {
-    return std::all_of(descriptors.begin(), descriptors.end(), fitsSection);
-  };
-  return fitsOneSection(pmt) && fit(pmt.descriptors) &&
-         std::all_of(pmt.esList.begin(), pmt.esList.end(),
-                     [&](const PMTES& stream) { return fit(stream.descriptors); });
-}
-
-SectionsPtr generatePmtSections(dvbpsi_t& handle, const PMT& pmt) {
-  if (fitsOneSection(pmt)) {
+SectionsPtr generatePmtSections(dvbpsi_t& handle, const PMT& pmt, bool& told) {
+  const Demand demand = demandOf(pmt);
+  told = demand.leavesOut || !demand.fitsOneSection();
+  if (demand.fitsOneSection()) {
     return generateSection(handle, pmt);
   }
   std::vector<PMT> tables = Splitter(pmt).split();

@@ -10,11 +10,8 @@ namespace tevra {
  * without a sign when one does not suffice. A larger PMT is therefore split into sections that fit,
  * in table order, with a level-4 line naming `pmt.programNumber`. What no section can carry is left
  * out with a level-3 line: of a single stream over 1,008 bytes, its descriptors from the first that
- * does not fit; of a PMT over 256 sections, the rest.
+ * does not fit; of a PMT over 256 sections, the rest. `told` is whether any line was logged.
  */
-[[nodiscard]] SectionsPtr generatePmtSections(dvbpsi_t& handle, const PMT& pmt);
-
-/** Whether one section has room for all of it, so that nothing is logged of its making. */
-[[nodiscard]] bool fitsOneSectionWhole(const PMT& pmt);
+[[nodiscard]] SectionsPtr generatePmtSections(dvbpsi_t& handle, const PMT& pmt, bool& told);
 
 }  // namespace tevra

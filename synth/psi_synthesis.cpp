@@ -126,24 +126,11 @@ constexpr Place<SDT> kSdt = {&TableStore::sdt, &StoredTables::sdtPackets, &Outpu
 constexpr Place<PMT> kPmt = {&TableStore::pmt, &StoredTables::pmtPackets, &OutputTables::pmtPackets,
                              &DVBOutputTables::pmt, "Saves a new PMT in myTableStores struct"};
 
-///@{
-/** Whether the sections of a table are made without a line about it, which would be missing if they
- * were not made again. */
-bool madeSilently(const PAT& /*pat*/) {
-  return true;
-}
-bool madeSilently(const SDT& /*sdt*/) {
-  return true;
-}
-bool madeSilently(const PMT& pmt) {
-  return fitsOneSectionWhole(pmt);
-}
-///@}
-
 /**
  * Hands out `table`, whose version is the stored one, in the next if its content is `changed`; then
- * it is stored. Packets are made of what has changed since they were, and else handed out again. Of
- * what is stored nothing is replaced before everything there is exists.
+ * it is stored. Packets are made of what has changed since they were, and else handed out again;
+ * those that `generate` tells of are not kept, since the lines belong to every making. Nothing that
+ * is stored is replaced before all that replaces it exists.
  */
 template <class Table, class Generate>
 void handOut(const Place<Table>& place, ServiceWorkRecord& work, StoredTables& stored, Table table,
@@ -158,10 +145,11 @@ void handOut(const Place<Table>& place, ServiceWorkRecord& work, StoredTables& s
     packets = kept.packets();
     logPacketCount(packets);
   } else {
-    const SectionsPtr sections = generate(table);
+    bool told = false;
+    const SectionsPtr sections = generate(table, told);
     packetizeSections(packets, makePacketTemplate(pid), sections.get());
     KeptPackets made;
-    if (madeSilently(table)) {
+    if (!told) {
       made = KeptPackets(packets, table.version, table.currentNext, pid);
     }
     if (changed) {
@@ -210,10 +198,11 @@ int synthPAT(ServiceWorkRecord& workingStore, StoredTables& stored) {
   }
   PAT pat = candidatePat(workingStore, stored->pat.version);
   const bool changed = patChanged(pat, stored->pat);
-  handOut(kPat, workingStore, stored, std::move(pat), changed, kPatPid, [&](const PAT& table) {
-    return allocated(SectionsPtr(
-        dvbpsi_pat_sections_generate(handle.get(), t2dPAT(table).get(), kProgramsPerPatSection)));
-  });
+  handOut(kPat, workingStore, stored, std::move(pat), changed, kPatPid,
+          [&](const PAT& table, bool& /*told*/) {
+            return allocated(SectionsPtr(dvbpsi_pat_sections_generate(
+                handle.get(), t2dPAT(table).get(), kProgramsPerPatSection)));
+          });
   return 0;
 }
 
@@ -224,11 +213,13 @@ int synthSDT(ServiceWorkRecord& workingStore, StoredTables& stored) {
   }
   SDT sdt = candidateSdt(workingStore, stored->sdt.version);
   const bool changed = sdtChanged(sdt, stored->sdt);
-  handOut(kSdt, workingStore, stored, std::move(sdt), changed, kSdtPid, [&](const SDT& table) {
-    const SdtPtr decoded = t2dSDT(table);
-    assureSection();
-    return allocated(SectionsPtr(dvbpsi_sdt_sections_generate(handle.get(), decoded.get())));
-  });
+  handOut(
+      kSdt, workingStore, stored, std::move(sdt), changed, kSdtPid,
+      [&](const SDT& table, bool& /*told*/) {
+        const SdtPtr decoded = t2dSDT(table);
+        assureSection();
+        return allocated(SectionsPtr(dvbpsi_sdt_sections_generate(handle.get(), decoded.get())));
+      });
   return 0;
 }
 
@@ -243,7 +234,7 @@ int synthPMT(ServiceWorkRecord& workingStore, StoredTables& stored) {
   pmt.version = stored->pmt.version;
   const bool changed = pmtChanged(pmt, stored->pmt);
   handOut(kPmt, workingStore, stored, std::move(pmt), changed, pmtPid,
-          [&](const PMT& table) { return generatePmtSections(*handle, table); });
+          [&](const PMT& table, bool& told) { return generatePmtSections(*handle, table, told); });
   // As it is stored, while the packets tell the flag of now.
   workingStore.outputTables.dvbTables.pmt.currentNext = stored->pmt.currentNext;
   return 0;

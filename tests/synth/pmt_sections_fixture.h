@@ -37,8 +37,10 @@ class PmtSections : public fake::PlatformTest {
   static Packets packetsOf(const PMT& pmt) {
     const DvbpsiHandle handle(dvbpsi_new(nullptr, DVBPSI_MSG_NONE));
     fake::clearLog();
-    const SectionsPtr sections = generatePmtSections(*handle, pmt);
+    bool told = false;
+    const SectionsPtr sections = generatePmtSections(*handle, pmt, told);
     const std::vector<fake::LogLine> lines = fake::logLines();
+    EXPECT_EQ(told, !lines.empty());
     Packets packets;
     packetizeSections(packets, makePacketTemplate(kPmtPid), sections.get());
     fake::clearLog();

@@ -23,6 +23,7 @@ struct Synthesis;
     static constexpr auto kRun = synth##Table;                                                   \
     static constexpr int kPid = pid;                                                             \
     static constexpr auto kStored = &TableStore::member;                                         \
+    static constexpr auto kKept = &StoredTables::member##Packets;                                \
     static const Table& record(const OutputTables& tables) { return tables.dvbTables.member; }   \
     static const Packets& packets(const OutputTables& tables) { return tables.member##Packets; } \
   };
