@@ -126,11 +126,21 @@ constexpr Place<SDT> kSdt = {&TableStore::sdt, &StoredTables::sdtPackets, &Outpu
 constexpr Place<PMT> kPmt = {&TableStore::pmt, &StoredTables::pmtPackets, &OutputTables::pmtPackets,
                              &DVBOutputTables::pmt, "Saves a new PMT in myTableStores struct"};
 
+/** Makes the packets and a copy to keep; not of those that `generate` tells of, since its lines
+ * belong to every output. */
+template <class Table, class Generate>
+KeptPackets makePackets(std::vector<std::string>& packets, const Table& table, int32_t pid,
+                        Generate generate) {
+  bool told = false;
+  const SectionsPtr sections = generate(table, told);
+  packetizeSections(packets, makePacketTemplate(pid), sections.get());
+  return told ? KeptPackets() : KeptPackets(packets, table.version, table.currentNext, pid);
+}
+
 /**
- * Hands out `table`, whose version is the stored one, in the next if its content is `changed`; then
- * it is stored. Packets are made of what has changed since they were, and else handed out again;
- * those that `generate` tells of are not kept, since the lines belong to every making. Nothing that
- * is stored is replaced before all that replaces it exists.
+ * Hands out `table`, whose version is the stored one: if its content is `changed` in the next, and
+ * then it is stored. Last time's packets are handed out again where they are those of this table.
+ * Nothing that is stored is replaced before all that replaces it exists.
  */
 template <class Table, class Generate>
 void handOut(const Place<Table>& place, ServiceWorkRecord& work, StoredTables& stored, Table table,
@@ -145,13 +155,7 @@ void handOut(const Place<Table>& place, ServiceWorkRecord& work, StoredTables& s
     packets = kept.packets();
     logPacketCount(packets);
   } else {
-    bool told = false;
-    const SectionsPtr sections = generate(table, told);
-    packetizeSections(packets, makePacketTemplate(pid), sections.get());
-    KeptPackets made;
-    if (!told) {
-      made = KeptPackets(packets, table.version, table.currentNext, pid);
-    }
+    KeptPackets made = makePackets(packets, table, pid, generate);
     if (changed) {
       stored.replace(place.stored, Table(table));
     }
