@@ -1,10 +1,21 @@
 #include "platform/configuration_root.h"
 
 namespace tevra {
+namespace {
+
+std::string& root() {
+  static std::string directory = "/etc/tevra/conf";
+  return directory;
+}
+
+}  // namespace
 
 const std::string& configurationRoot() {
-  static const std::string root = "/etc/tevra/conf";
-  return root;
+  return root();
+}
+
+void setConfigurationRoot(const std::string& directory) {
+  root() = directory;
 }
 
 }  // namespace tevra

@@ -13,11 +13,19 @@ std::string readConfigurationRoot() {
   return root;  // Empty stands for the file system's own root: "" + "/Tornel".
 }
 
+std::string& root() {
+  static std::string directory = readConfigurationRoot();
+  return directory;
+}
+
 }  // namespace
 
 const std::string& configurationRoot() {
-  static const std::string root = readConfigurationRoot();
-  return root;
+  return root();
+}
+
+void setConfigurationRoot(const std::string& directory) {
+  root() = directory;
 }
 
 }  // namespace tevra

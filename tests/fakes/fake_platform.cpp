@@ -187,6 +187,10 @@ const std::string& configurationRoot() {
   return platform().configurationRoot;
 }
 
+void setConfigurationRoot(const std::string& directory) {
+  platform().configurationRoot = directory;
+}
+
 uint8_t bcd4_2_bin(uint8_t bcd) {
   return static_cast<uint8_t>((bcd >> 4) * 10 + (bcd & 0x0F));
 }

@@ -50,5 +50,13 @@ TEST_F(ConfigurationRootDeathTest, StaysWhatItWasAtTheFirstCall) {
   EXPECT_EXIT(askTwice(), testing::ExitedWithCode(0), testing::StrEq("/first"));
 }
 
+TEST_F(ConfigurationRootDeathTest, IsWhatTheProgramNamesInstead) {
+  const auto nameAnother = [] {
+    setConfigurationRoot("/another");
+    printRoot("/machine's");
+  };
+  EXPECT_EXIT(nameAnother(), testing::ExitedWithCode(0), testing::StrEq("/another"));
+}
+
 }  // namespace
 }  // namespace tevra
