@@ -28,8 +28,10 @@ uint16_t notificationPort(int32_t mptsIndex) {
 }  // namespace
 
 SIControlSrvHandler::SIControlSrvHandler(int32_t mptsIndex)
+    : SIControlSrvHandler(mptsIndex, notificationPort(mptsIndex)) {}
+
+SIControlSrvHandler::SIControlSrvHandler(int32_t mptsIndex, uint16_t port)
     : tableStores_(mptsIndex), eitVersions_(mptsIndex) {
-  const uint16_t port = notificationPort(mptsIndex);
   log_function(kLogWarning, kNoTag, "[MPTS%d] notifying to port [%d]", mptsIndex, port);
   (void)setNotificationPort(notifyPort_, port);     // a refused port is logged there and
   (void)setNotificationPort(startupTarget_, port);  // by every notification

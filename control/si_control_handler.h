@@ -81,6 +81,9 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf {
   bool notifyNIM(int32_t value);
 
  protected:
+  /** With MainTask on another port; 0 for none: nothing is asked for and nobody told. */
+  SIControlSrvHandler(int32_t mptsIndex, uint16_t notificationPort);
+
   /** Never released, unless a derived class does: one whose objects come and go. */
   [[nodiscard]] ConflictFreeDB* conflictFreeDatabase() { return conflictFreeDatabase_; }
 
