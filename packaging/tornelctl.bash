@@ -65,8 +65,8 @@ _tornelctl() {
     value=${value%%\}*}  # a default follows the values
     _tornelctl_words "${value//,/ }" "$word"
   elif [[ -n $value ]]; then
-    case $before in
-      -o | --output) _tornelctl_files "$word" ;;
+    case $before:$value in
+      -o:* | --output:* | *:FILE | *:DIR) _tornelctl_files "$word" ;;
     esac
   elif [[ $word == -* ]]; then
     _tornelctl_words "$(_tornelctl_options "$help")" "$word"

@@ -190,9 +190,9 @@ class Packages(unittest.TestCase):
     def extract(self, result):
         ended = subprocess.run([self.installed("usr/bin/tornelctl"), "extract",
                                 self.installed("usr/share/tornel/sample.ts"), "--service", "101", "--output-sid", "1201",
-                                "--name", "Uno HD", "--audio", "eng", "-o", result],
+                                "--name", "Uno HD", "--audio", "eng", "-o", result, "--daemon"],
                                capture_output=True, text=True, timeout=PATIENCE)
-        self.assertEqual((0, ""), (ended.returncode, ended.stderr))
+        self.assertEqual((0, 1), (ended.returncode, ended.stderr.count("\n")), ended.stderr)
         self.assertIn("Uno HD", ended.stdout)
 
     def test_5_end_with_status_0_where_the_module_has_no_such_multiplex(self):

@@ -1,26 +1,23 @@
 #!/usr/bin/env python3
-"""Makes reports with the real daemon and opens them in a headless Chromium.
+"""Makes reports and opens them in a headless Chromium.
 
-Usage: report_page_test.py TORNEL TORNELCTL SAMPLES_FOLDER PICTURES_FOLDER
+Usage: report_page_test.py TORNELCTL SAMPLES_FOLDER PICTURES_FOLDER
 What the browser shows is left in PICTURES_FOLDER, for people to look at. Ends with 77, "skipped", where Selenium or
 chromedriver is not installed.
 """
 
 import base64
 import json
-import os
 import pathlib
 import re
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 
 from report_page_probes import COLLISIONS, CONTRASTS, PARTS
 
 SKIPPED = 77
-PATIENCE = 20
 DRIVER = pathlib.Path("/usr/bin/chromedriver")
 DESKTOP, PHONE = 1360, 360
 CM_PER_INCH, CSS_PIXELS_PER_INCH = 2.54, 96
@@ -36,31 +33,6 @@ HOSTILE_NAMES = [
     b"]]>--><!--", "名前が非常に長い放送サービスの名前がここに続きます".encode(), ("W" * 120).encode(),
     "ערוץ ראשון".encode(), b"${1+1}{{x}}",
 ]
-
-class Daemon:
-    """The real one, in a configuration root of its own."""
-
-    def __init__(self):
-        self.root = tempfile.TemporaryDirectory()
-        self.log = tempfile.TemporaryFile("w+")
-        self.process = subprocess.Popen([TORNEL, "--console", "--level", "4"], stderr=self.log,
-                                        env={**os.environ, "TEVRA_CONF_ROOT": self.root.name})
-        deadline = time.monotonic() + PATIENCE
-        while "started" not in self.written():
-            if self.process.poll() is not None or time.monotonic() > deadline:
-                raise RuntimeError("the daemon does not start:\n" + self.written())
-            time.sleep(0.05)
-
-    def written(self):
-        self.log.seek(0)
-        return self.log.read()
-
-    def stop(self):
-        self.process.kill()
-        self.process.wait()
-        self.log.close()
-        self.root.cleanup()
-
 
 class Browser:
     """Chromium without a window; records what it would load."""
@@ -121,8 +93,7 @@ def tornelctl(*arguments):
 class ReportTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.daemon, cls.browser = Daemon(), Browser()
-        cls.addClassCleanup(cls.daemon.stop)
+        cls.browser = Browser()
         cls.addClassCleanup(cls.browser.quit)
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
@@ -359,7 +330,7 @@ class Multiplexes(ReportTest):
 
 
 def main():
-    if len(sys.argv) != 5:
+    if len(sys.argv) != 4:
         sys.exit(__doc__)
     if webdriver is None or not DRIVER.exists():
         print("report_page_test: skipped, since chromium-driver or python3-selenium is not installed")
@@ -377,8 +348,8 @@ except ImportError:
     webdriver = None
 
 if __name__ == "__main__":
-    if len(sys.argv) == 5:
-        TORNEL, TORNELCTL, SAMPLES, PICTURES = map(pathlib.Path, sys.argv[1:])
+    if len(sys.argv) == 4:
+        TORNELCTL, SAMPLES, PICTURES = map(pathlib.Path, sys.argv[1:])
         sys.path.insert(0, str(SAMPLES))
         from synthetic_multiplex import Multiplex
     sys.exit(main())

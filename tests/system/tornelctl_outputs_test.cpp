@@ -38,9 +38,33 @@ class TornelctlOutputs : public testing::Test {
     return outcome;
   }
 
+  TemporaryDirectory directory_;
+};
+
+class TornelctlWithDaemon : public TornelctlOutputs {
+ protected:
+  /** Runs `arguments` with the daemon and with an engine of the tool's own, which has as many
+   * starts behind it; returns what each prints. */
+  [[nodiscard]] std::pair<std::string, std::string> withBoth(
+      const std::vector<std::string>& arguments) {
+    std::vector<std::string> daemon = arguments;
+    daemon.emplace_back("--daemon");
+    std::vector<std::string> own = arguments;
+    own.insert(own.end(), {"--state", state_});
+    return {succeed(daemon).out, succeed(own).out};
+  }
+
+  void expectSameFiles() {
+    for (const std::string& name : {pidRemapFile(0), tableStoreFile(0), eitVersionFile(0)}) {
+      const std::string saved = readText(root_ / name);
+      EXPECT_FALSE(saved.empty()) << name;
+      EXPECT_EQ(readText(state_ + "/" + name), saved) << name;
+    }
+  }
+
   FakeMainTask mainTask_;
   TemporaryDirectory root_;
-  TemporaryDirectory directory_;
+  const std::string state_ = file("state");
   Daemon daemon_{root_.path()};
 };
 
@@ -73,11 +97,11 @@ void expectSoundStream(const Spts& spts, int serviceId, const std::string& name)
   }
 }
 
-TEST_F(TornelctlOutputs, OfOneServiceAreTwoSoundStreamsFromOneCall) {
+TEST_F(TornelctlWithDaemon, OfOneServiceMakesTwoSoundStreamsFromOneCall) {
   const Lines lines = daemon_.linesOf([&] {
     succeed({"extract", samplePath(), "--service", "101", "--out",
              "gsid=1,sid=1201,name=Uno\\, castellano,audio=spa", "--out",
-             "gsid=2,sid=1202,name=Uno EN,audio=eng", "-o", file("{gsid}.ts")});
+             "gsid=2,sid=1202,name=Uno EN,audio=eng", "-o", file("{gsid}.ts"), "--daemon"});
   });
   EXPECT_EQ(timesIn(lines, "7 inputSID [000101] Match!!!"), 1);
   const Spts first(file("1.ts"));
@@ -129,7 +153,7 @@ TEST_F(TornelctlOutputs, AreAccountedForAsJson) {
   }
 }
 
-TEST_F(TornelctlOutputs, ThatTheDaemonDoesNotGiveAreNamedBesideThoseThatItGives) {
+TEST_F(TornelctlWithDaemon, NamesTheOutputsThatItDoesNotGiveBesideThoseThatItGives) {
   succeed({"feed", samplePath()});
   const Outcome outcome =
       tornelctl({"output", "--json", "--out", "service=101,gsid=1", "--out", "service=999,gsid=9",
@@ -141,6 +165,24 @@ TEST_F(TornelctlOutputs, ThatTheDaemonDoesNotGiveAreNamedBesideThoseThatItGives)
   const json answer = json::parse(outcome.out);
   EXPECT_THAT(answer, SizeIs(3)) << "the listed node's own, too";
   EXPECT_EQ(answer.at("5").at("outputTables").at("outputParam1"), 6);
+}
+
+TEST_F(TornelctlWithDaemon, HasTheAnswersStreamsAndFilesThatItHasWithItsOwnEngine) {
+  for (const std::string name : {"Uno", "Uno HD"}) {
+    const auto [daemons, own] = withBoth({"output", "--from", samplePath(), "--service", "101",
+                                          "--name", name, "--audio", "eng", "--json"});
+    EXPECT_EQ(daemons, own) << name;
+    expectSameFiles();
+    daemon_.restart();
+  }
+  const std::string recording = capturePath("italian-dtt-mpts.ts");
+  const std::string path = std::filesystem::exists(recording) ? recording : samplePath();
+  const std::string stream = file("out.ts");
+  succeed({"extract", path, "--daemon", "-o", stream});
+  const std::string daemons = readText(stream);
+  succeed({"extract", path, "--state", state_, "-o", stream});
+  EXPECT_TRUE(readText(stream) == daemons);
+  expectSameFiles();
 }
 
 TEST_F(TornelctlOutputs, OfTheItalianRecordingAreProbedAsOneProgrammeEach) {

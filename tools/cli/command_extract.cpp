@@ -3,6 +3,7 @@
 
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
+#include "tools/cli/engine_options.h"
 #include "tools/cli/request_options.h"
 #include "tools/extract/extract_json.h"
 #include "tools/extract/output_pattern.h"
@@ -21,7 +22,7 @@ namespace {
 constexpr const char* kStandardOutput = "-";
 
 struct ExtractOptions {
-  EndpointOptions endpoint;
+  EngineOptions engine;
   RequestOptions request;
   std::vector<OutputDraft> drafts;
   std::string file;
@@ -71,14 +72,14 @@ std::vector<OutputOptions> settledOutputs(std::vector<OutputDraft> drafts,
   return outputsOf(drafts);
 }
 
-std::vector<SptsFile> ask(thrift::in_module::im_SIControlSrvIf& daemon,
+std::vector<SptsFile> ask(thrift::in_module::im_SIControlSrvIf& engine,
                           const std::vector<OutputOptions>& outputs,
                           const std::vector<std::string>& files) {
-  const OutputAnswers answers = askFor(daemon, outputs);
+  const OutputAnswers answers = askFor(engine, outputs);
   const auto missing = unanswered(outputs, answers);
   if (!missing.empty()) {
-    throw ToolError("the daemon gives no output for " + servicesText(missing) +
-                    " though it was fed the service's PMT; its log may say why");
+    throw ToolError("there is no output for " + servicesText(missing) +
+                    " though the service has a PMT; the log of a daemon may say why");
   }
   std::vector<SptsFile> extractions;
   for (size_t index = 0; index < outputs.size(); ++index) {
@@ -95,7 +96,7 @@ void printFeed(const ExtractOptions& options, const StreamFeed& stream, std::ost
     return;
   }
   out << "input " << options.file << ": " << counted(stream.packets(), "packet") << ", "
-      << counted(stream.tables().sent(), "table") << " sent to the daemon\n";
+      << counted(stream.tables().sent(), "table") << "\n";
   stream.inventory().print(out);
 }
 
@@ -146,15 +147,16 @@ int extract(const ExtractOptions& options, const Console& given) {
   std::vector<SptsFile> outputs;
   uint64_t packets = 0;
   uint64_t tables = 0;
-  withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    const StreamFeed stream = StreamFeed::feedFile(options.file, daemon);
+  const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
+    const StreamFeed stream = StreamFeed::feedFile(options.file, engine);
     packets = stream.packets();
     tables = stream.tables().sent();
     printFeed(options, stream, console.out);
     stream.printFaults(console.err);
     const auto asked = settledOutputs(options.drafts, stream.inventory());
-    outputs = ask(daemon, asked, filesFor(options.pattern, asked, options.file));
-  });
+    outputs = ask(engine, asked, filesFor(options.pattern, asked, options.file));
+  };
+  withEngine(options.engine, options.file, console, calls);
   printAnswers(options, outputs, console.out);
   writeSptsFiles(options.file, outputs);
   if (options.json) {
@@ -203,8 +205,7 @@ void addExtractCommand(CommandLine& line) {
   const auto options = std::make_shared<ExtractOptions>();
   Command command = line.command(
       "extract",
-      "Make single-programme transport streams of services: feed the stream, ask the daemon for "
-      "the outputs, write them");
+      "Make single-programme transport streams of services, as the daemon would have them made");
   addFileReadTwice(command, options->file);
   command
       .option("-o,--output", options->outputFile,
@@ -213,7 +214,7 @@ void addExtractCommand(CommandLine& line) {
       .required();
   addRequestOptions(command, options->request, OutputDefaults::kFromStream);
   command.flag("--json", options->json, "Print what was written as JSON");
-  addDaemonOptions(command, options->endpoint);
+  addEngineOptions(command, options->engine);
   command.action([options](const Console& console) {
     finishOptions(*options);
     return extract(*options, console);

@@ -53,6 +53,11 @@ Option Option::checked(const Check& check, const std::string& form) {
   return *this;
 }
 
+Option Option::marks(bool& isGiven) {
+  option_.each([&isGiven](const std::string& /*value*/) { isGiven = true; });
+  return *this;
+}
+
 Option Option::called(const std::string& name) {
   option_.type_name(name);
   return *this;

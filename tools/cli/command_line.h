@@ -48,6 +48,8 @@ class Option {
   Option oneOf(const std::vector<std::string>& values);
   /** Refuses a value that `check` finds fault with; the help calls its form `form`. */
   Option checked(const Check& check, const std::string& form = "");
+  /** `isGiven` becomes true when it is on the command line. */
+  Option marks(bool& isGiven);
   /** What the help calls the value, instead of its type. */
   Option called(const std::string& name);
 

@@ -2,7 +2,9 @@
 
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
+#include "tools/cli/engine_options.h"
 #include "tools/cli/request_options.h"
+#include "tools/feed/stream_feed.h"
 #include "tools/outputs/output_answers.h"
 #include "tools/outputs/output_json.h"
 #include "tools/outputs/output_text.h"
@@ -12,7 +14,8 @@ namespace tevra::tools {
 namespace {
 
 struct AskOptions {
-  EndpointOptions endpoint;
+  EngineOptions engine;
+  std::string file;  // empty: the daemon is asked, about what it has been fed
   RequestOptions request;
   bool json = false;
 };
@@ -27,23 +30,44 @@ void print(const AskOptions& options, const OutputAnswers& answers, std::ostream
   }
 }
 
-/** Without a service's PMT the daemon answers for none of its outputs. */
-void requireAll(const std::vector<OutputOptions>& outputs, const OutputAnswers& answers) {
+/** Without a service's PMT there is an answer for none of its outputs. */
+void requireAll(const AskOptions& options, const std::vector<OutputOptions>& outputs,
+                const OutputAnswers& answers) {
   const auto missing = unanswered(outputs, answers);
-  if (!missing.empty()) {
-    throw ToolError("the daemon has no PMT of " + servicesText(missing) +
-                    ": feed it a stream that holds the service first");
+  if (missing.empty()) {
+    return;
   }
+  throw ToolError(options.file.empty() ? "the daemon has no PMT of " + servicesText(missing) +
+                                             ": feed it a stream that holds the service first"
+                                       : options.file + " has no PMT of " + servicesText(missing));
+}
+
+OutputAnswers answersTo(const std::vector<OutputOptions>& outputs, const AskOptions& options,
+                        const Console& console) {
+  OutputAnswers answers;
+  const auto ask = [&](thrift::in_module::im_SIControlSrvIf& engine) {
+    answers = askFor(engine, outputs);
+  };
+  if (options.file.empty()) {
+    withDaemon(daemonAddress(options.engine.daemon), ask);
+    return answers;
+  }
+  const auto feedAndAsk = [&](thrift::in_module::im_SIControlSrvIf& engine) {
+    StreamFeed::feedFile(options.file, engine).printFaults(console.err);
+    ask(engine);
+  };
+  withEngine(options.engine, options.file, console, feedAndAsk);
+  return answers;
 }
 
 int output(const AskOptions& options, const Console& console) {
+  if (options.file.empty() && !options.engine.state.empty()) {
+    throw ArgumentError("--state is for --from: the daemon keeps its own");
+  }
   const auto outputs = outputsOf(draftsOf(options.request, OutputDefaults::kFixed));
-  OutputAnswers answers;
-  withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    answers = askFor(daemon, outputs);
-  });
+  const OutputAnswers answers = answersTo(outputs, options, console);
   print(options, answers, console.out);
-  requireAll(outputs, answers);
+  requireAll(options, outputs, answers);
   return kExitDone;
 }
 
@@ -52,10 +76,16 @@ int output(const AskOptions& options, const Console& console) {
 void addOutputCommand(CommandLine& line) {
   const auto options = std::make_shared<AskOptions>();
   Command command = line.command(
-      "output", "Ask the daemon what outputs of a service are made of: PIDs and tables");
+      "output",
+      "Print what outputs of a service are made of, PIDs and tables. The daemon is asked, which "
+      "moves its versions: it takes every request for a real one. With --from it is left alone");
+  command
+      .option("--from", options->file,
+              "Transport stream to make the outputs of, - for standard input")
+      .called("FILE");
   addRequestOptions(command, options->request, OutputDefaults::kFixed);
   command.flag("--json", options->json, "Print the answer as JSON");
-  addDaemonOptions(command, options->endpoint);
+  addEngineOptions(command, options->engine);
   command.action([options](const Console& console) { return output(*options, console); });
 }
 

@@ -2,6 +2,7 @@
 
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
+#include "tools/cli/engine_options.h"
 #include "tools/report/facts/report_collector.h"
 #include "tools/report/page/report_json.h"
 #include "tools/report/page/report_page.h"
@@ -12,7 +13,7 @@ namespace tevra::tools {
 namespace {
 
 struct ReportOptions {
-  EndpointOptions endpoint;
+  EngineOptions engine;
   std::string file;
   std::string outputFile;
   std::string title;
@@ -33,9 +34,10 @@ int makeReport(const ReportOptions& options, const Console& console) {
     throw ArgumentError("output and input are the same file, " + options.file);
   }
   report::Collected collected;
-  withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    collected = report::collectReport(options.file, daemon);
-  });
+  const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
+    collected = report::collectReport(options.file, engine);
+  };
+  withEngine(options.engine, options.file, console, calls);
   collected.report.title = options.title;
   write(options, collected.report);
   for (const std::string& fault : collected.report.faults) {
@@ -44,7 +46,7 @@ int makeReport(const ReportOptions& options, const Console& console) {
   if (options.outputFile != "-") {
     console.out << "report " << options.outputFile << ": "
                 << counted(collected.report.services.size(), "service") << ", "
-                << counted(collected.report.tablesSent, "table") << " sent to the daemon\n";
+                << counted(collected.report.tablesSent, "table") << "\n";
   }
   return collected.refused == 0 ? kExitDone : kExitFailed;
 }
@@ -55,8 +57,8 @@ void addReportCommand(CommandLine& line) {
   const auto options = std::make_shared<ReportOptions>();
   Command command = line.command(
       "report",
-      "Draw the multiplex on a page: feed the stream, ask the daemon for the output of every "
-      "service, write HTML");
+      "Draw the multiplex on an HTML page, with the output that the daemon would make of every "
+      "service");
   addFileReadTwice(command, options->file);
   command
       .option("-o,--output", options->outputFile,
@@ -64,7 +66,7 @@ void addReportCommand(CommandLine& line) {
       .required();
   command.option("--title", options->title, "Heading of the page (default: the file's name)");
   command.flag("--json", options->json, "Write the facts as JSON instead");
-  addDaemonOptions(command, options->endpoint);
+  addEngineOptions(command, options->engine);
   command.action([options](const Console& console) { return makeReport(*options, console); });
 }
 

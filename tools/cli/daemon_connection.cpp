@@ -39,10 +39,6 @@ std::shared_ptr<TFramedTransport> makeTransport(const DaemonAddress& address) {
   return std::make_shared<TFramedTransport>(socket, limits);
 }
 
-std::string nameOf(const DaemonAddress& address) {
-  return address.host + ":" + std::to_string(address.port);
-}
-
 std::string explainUnreachable(const DaemonAddress& address, const TTransportException& error) {
   const int set = address.port - kFirstControlPort;
   const std::string start =
@@ -68,6 +64,10 @@ std::string explainBroken(const DaemonAddress& address, const TTransportExceptio
 }
 
 }  // namespace
+
+std::string nameOf(const DaemonAddress& address) {
+  return address.host + ":" + std::to_string(address.port);
+}
 
 void withDaemon(const DaemonAddress& address,
                 const std::function<void(thrift::in_module::im_SIControlSrvIf& daemon)>& calls) {

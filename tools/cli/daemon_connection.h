@@ -17,6 +17,9 @@ struct DaemonAddress {
   int timeoutSeconds = 30;         ///< for connecting, and for every part of a call
 };
 
+/** "127.0.0.1:9224". */
+[[nodiscard]] std::string nameOf(const DaemonAddress& address);
+
 /**
  * Connects, runs `calls` with the daemon and disconnects. The daemon serves one connection at a
  * time, so everything that belongs together goes through one.

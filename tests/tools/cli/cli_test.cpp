@@ -37,6 +37,9 @@ struct Command {
   bool isCalled;  // has a host, a set and a port, but of its own
 
   [[nodiscard]] const std::string& name() const { return arguments.front(); }
+  [[nodiscard]] bool needsDaemon() const {
+    return calls && name() != "extract" && name() != "report";
+  }
   [[nodiscard]] bool hasPort() const { return calls || isCalled; }
   [[nodiscard]] Result runWith(const Arguments& more) const {
     Arguments all = arguments;
@@ -227,19 +230,13 @@ TEST(Commands, SayWhereThereIsNoDaemonAndWhatToStart) {
 TEST(Commands, PrintJsonAloneWhenAskedTo) {
   FakeDaemonServer server;
   server.daemon().answer = test::sampleAnswer();
-  SPTSConfiguration& output = server.daemon().answer.at(1201);
-  output.pidItems.at(1).inputPid = 0x101;
-  output.pidItems.at(2).inputPid = 0x102;
-  for (const int32_t service : {101, 102, 103, 104}) {
-    server.daemon().answer[service] = output;  // the report asks for each as it is
-  }
   for (const Command& command : commands()) {
     if (!command.hasJson) {
       continue;
     }
     SCOPED_TRACE(command.name());
     Arguments more = {"--json"};
-    if (command.calls) {
+    if (command.needsDaemon()) {
       more.insert(more.end(), {"--port", std::to_string(server.port())});
     }
     const Result result = command.runWith(more);

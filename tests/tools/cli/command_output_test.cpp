@@ -7,6 +7,7 @@
 
 #include "tests/tools/support/run_tornelctl.h"
 #include "tests/tools/support/sample_answer.h"
+#include "tests/tools/support/temporary_file.h"
 #include "tools/cli/cli.h"
 
 namespace tevra::tools {
@@ -14,6 +15,7 @@ namespace {
 
 using nlohmann::json;
 using test::Result;
+using test::run;
 using testing::HasSubstr;
 
 using OutputCommand = test::WithFakeDaemon;
@@ -140,6 +142,38 @@ TEST_F(OutputCommand, PrintsTheOutputsThatThereAreAndNamesTheOthers) {
   EXPECT_EQ(kExitFailed, inJson.status);
   EXPECT_EQ(error, inJson.err);
   EXPECT_EQ(1U, json::parse(inJson.out).size());
+}
+
+TEST_F(OutputCommand, MakesTheOutputsOfAFileWithoutADaemon) {
+  const std::vector<std::string> arguments = {"output", "--from", test::sample(),
+                                              "--json", "--out",  "service=101"};
+  const Result result = run(arguments);
+  EXPECT_EQ(kExitDone, result.status);
+  EXPECT_EQ("", result.err);
+  EXPECT_FALSE(json::parse(result.out).at("101").at("pidItems").empty());
+  std::vector<std::string> more = arguments;
+  more.insert(more.end(), {"--out", "service=999"});
+  const Result partly = run(more);
+  EXPECT_EQ(kExitFailed, partly.status);
+  EXPECT_EQ("tornelctl: " + test::sample() + " has no PMT of service 999 (global service id 999)\n",
+            partly.err);
+  EXPECT_TRUE(json::parse(partly.out).contains("101"));
+  EXPECT_TRUE(server_.daemon().calls.empty());
+}
+
+TEST_F(OutputCommand, FeedsTheDaemonFirstWhereItIsAskedAboutAFile) {
+  server_.daemon().answerTo = answerEach;
+  const Result result = runWithDaemon({"output", "--from", test::sample(), "--service", "101"});
+  EXPECT_EQ(kExitDone, result.status);
+  EXPECT_EQ(replacing(test::sample()), result.err);
+  EXPECT_EQ("setPAT PAT 1101 v3", server_.daemon().calls.at(0));
+  EXPECT_EQ(1U, server_.daemon().requests.size());
+}
+
+TEST_F(OutputCommand, KeepsNoStateForWhatTheDaemonIsAsked) {
+  const Result result = run({"output", "--service", "101", "--state", testing::TempDir()});
+  EXPECT_EQ(kExitUsage, result.status);
+  EXPECT_THAT(result.err, HasSubstr("--state is for --from: the daemon keeps its own"));
 }
 
 }  // namespace

@@ -23,4 +23,10 @@ Result WithFakeDaemon::runWithDaemon(std::vector<std::string> arguments) const {
   return run(arguments);
 }
 
+std::string WithFakeDaemon::replacing(const std::string& file) const {
+  return "tornelctl: the tables of " + file +
+         " replace those of the daemon at 127.0.0.1:" + std::to_string(server_.port()) +
+         "; if its transport stream was another, its PIDs begin anew\n";
+}
+
 }  // namespace tevra::tools::test

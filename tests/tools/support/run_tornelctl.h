@@ -25,6 +25,9 @@ class WithFakeDaemon : public testing::Test {
   /** Runs with the fake daemon's port behind the arguments. */
   [[nodiscard]] Result runWithDaemon(std::vector<std::string> arguments) const;
 
+  /** What a command says first that feeds the daemon of its own accord. */
+  [[nodiscard]] std::string replacing(const std::string& file) const;
+
   FakeDaemonServer server_;
 };
 
