@@ -112,8 +112,7 @@ void Command::action(const Action& action) {
 
 CommandLine::CommandLine()
     : app_(std::make_unique<CLI::App>(
-          "Client of the tornel daemon: feeds it the tables of a transport stream and asks it for "
-          "outputs.",
+          "Shows what the tornel daemon makes of a transport stream, and is the daemon's client.",
           "tornelctl")) {
   app_->set_version_flag("--version", "tornelctl " TORNEL_VERSION);
   app_->require_subcommand(1);

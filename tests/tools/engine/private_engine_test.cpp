@@ -37,7 +37,6 @@ namespace {
 
 using tevra::test::TemporaryDirectory;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using Engine = thrift::in_module::im_SIControlSrvIf;
 
