@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include <thrift/protocol/TJSONProtocol.h>
 #include <thrift/protocol/TVirtualProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
 
@@ -22,66 +22,83 @@ inline constexpr uint32_t kSmallestRecord = 29;
 inline constexpr uint32_t kSmallText = 64 * 1024;
 
 /**
- * Thrift's JSON protocol, safe against what a damaged or hostile file may hold.
+ * Reads what Thrift's TJSONProtocol writes, straight from memory, and safe against what a damaged
+ * or hostile file may hold. It does not write.
  *
- * Writing is the library's own. Reading differs in three places, all of which raise
- * TProtocolException here. The library aborts the process on a byte above 255. It allocates
- * whatever a container header claims before it reads the first element. And it takes an integer
- * that overflows for the greatest there is, and one without digits for whatever lies on its stack:
- * here every integer, be it a value, a map's key, a field's id or a container's size, is taken from
- * the text once the library has passed over it.
+ * What the library reads gives the same values here, and what it refuses is refused. So is what it
+ * takes for success, or worse: an integer without digits or beyond its type, be it a value, a map's
+ * key, a field's id or a container's size; a byte above 255; a container that claims more than the
+ * text has room for; base64 of nothing but padding; and an escaped character beyond ASCII, which
+ * nothing writes. All raise TProtocolException; where the text ends too early, TTransportException.
  */
-class JsonProtocol
-    : public apache::thrift::protocol::TVirtualProtocol<JsonProtocol,
-                                                        apache::thrift::protocol::TJSONProtocol> {
+class JsonProtocol : public apache::thrift::protocol::TVirtualProtocol<JsonProtocol> {
  public:
   /**
-   * Reads what `text` holds by now, or writes to it. No container has more elements than there are
+   * Reads the one value that `text` holds by now. No container has more elements than there are
    * bytes to read, nor are there more records than this text has room for as a save writes them:
    * what was saved is read, and whatever a text claims, its records take less than eleven times
    * its size of memory.
    */
   explicit JsonProtocol(const std::shared_ptr<apache::thrift::transport::TMemoryBuffer>& text);
 
-  using TJSONProtocol::readBool;  // the form for std::vector<bool>
-
-  /** A number of 16 bits; any but 0 is true. Returns the bytes read. */
-  uint32_t readBool(bool& value);
-
-  /** Raises INVALID_DATA for a number outside of -128 to 255. Returns the bytes read. */
-  uint32_t readByte(int8_t& byte);
+  using Type = apache::thrift::protocol::TType;  ///< of a value
+  using TVirtualProtocol::readBool;              // the form for std::vector<bool>
 
   ///@{
-  /** Raise INVALID_DATA for a number without digits or beyond the type. Return the bytes read. */
-  uint32_t readI16(int16_t& value);
-  uint32_t readI32(int32_t& value);
-  uint32_t readI64(int64_t& value);
-  ///@}
-
-  /** `id` is 0 at least, and left alone when `type` is T_STOP. Returns the bytes read. */
-  uint32_t readFieldBegin(std::string& name, apache::thrift::protocol::TType& type, int16_t& id);
-
-  ///@{
-  /** Raise SIZE_LIMIT for more than the text has room for. Return the bytes read. */
+  /**
+   * What generated code calls. Each returns 0, not the bytes read, which nobody asks for, and
+   * leaves its arguments as they are when it raises. Names are none, and a field's `id` is left
+   * alone when its `type` is T_STOP. A bool is a number of 16 bits, any but 0 being true; a byte
+   * is one of -128 to 255; a double, which no record has, may also be a name, such as NaN.
+   */
   uint32_t readStructBegin(std::string& name);
-  uint32_t readMapBegin(apache::thrift::protocol::TType& keyType,
-                        apache::thrift::protocol::TType& valueType, uint32_t& size);
-  uint32_t readListBegin(apache::thrift::protocol::TType& elementType, uint32_t& size);
-  uint32_t readSetBegin(apache::thrift::protocol::TType& elementType, uint32_t& size);
+  uint32_t readStructEnd() { return end("}"); }
+  uint32_t readFieldBegin(std::string& name, Type& type, int16_t& id);
+  uint32_t readFieldEnd() { return end("}"); }
+  uint32_t readMapBegin(Type& keyType, Type& valueType, uint32_t& size);
+  uint32_t readMapEnd() { return end("}]"); }
+  uint32_t readListBegin(Type& elementType, uint32_t& size);
+  uint32_t readListEnd() { return end("]"); }
+  uint32_t readSetBegin(Type& elementType, uint32_t& size) {
+    return readListBegin(elementType, size);
+  }
+  uint32_t readSetEnd() { return readListEnd(); }
+  uint32_t readBool(bool& value);
+  uint32_t readByte(int8_t& byte);
+  uint32_t readI16(int16_t& value) { return readNumber(value); }
+  uint32_t readI32(int32_t& value) { return readNumber(value); }
+  uint32_t readI64(int64_t& value) { return readNumber(value); }
+  uint32_t readDouble(double& value) { return readNumber(value); }
+  uint32_t readString(std::string& text);
+  uint32_t readBinary(std::string& bytes);
   ///@}
 
  private:
-  template <class Integer>
-  uint32_t readInteger(Integer& value, uint32_t (TJSONProtocol::*read)(Integer&));
+  /** An object or array that has begun, and not ended. */
+  struct Container {
+    bool isObject;
+    char separator;  ///< before what comes next; 0: nothing, it is the first
+  };
 
-  [[nodiscard]] const char* position() const;
-  [[nodiscard]] std::string_view passedSince(const char* start, size_t charactersBehind) const;
-  void checkSize(uint32_t size) const;
+  [[nodiscard]] char peek() const;
+  size_t takeOneOf(std::string_view characters);
+  void take(char expected) { (void)takeOneOf({&expected, 1}); }
+  bool separate();
+  uint32_t begin(char bracket);
+  uint32_t end(std::string_view brackets);
+  template <class Number>
+  uint32_t readNumber(Number& value);
+  void readSize(uint32_t& size);
   void checkRecords(uint32_t more) const;
+  uint32_t readType(Type& type);
+  std::string takeText();
+  char takeEscaped();
 
-  const std::shared_ptr<apache::thrift::transport::TMemoryBuffer> text_;
+  const char* at_ = nullptr;  ///< what comes next, up to end_
+  const char* end_ = nullptr;
   const uint32_t textSize_;
-  uint64_t records_ = 0;  // begun
+  uint64_t records_ = 0;  ///< begun
+  std::vector<Container> open_;
 };
 
 }  // namespace tevra

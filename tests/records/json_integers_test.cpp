@@ -220,8 +220,9 @@ TEST(JsonIntegersOfARecord, AsSizesWithoutDigitsAreRefused) {
           std::string("{\"set\":[\"i32\",") + size + ",1]}",
           std::string("{\"map\":[\"i32\",\"i32\",") + size + ",{\"1\":1}]}"}) {
       PIDRemap record;
-      // The library may refuse what it makes of no digits before that is known to be none.
-      EXPECT_THROW(readJson("{\"2\":" + container + "}", record), std::exception) << container;
+      EXPECT_EQ(kindOfReading("{\"2\":" + container + "}", record),
+                TProtocolException::INVALID_DATA)
+          << container;
       EXPECT_TRUE(record.inputToOutput.empty());
     }
   }

@@ -259,14 +259,6 @@ TEST(JsonProtocol, TheChecksHoldThroughTheBaseClass) {
   EXPECT_THROW(base.readByte(byte), TProtocolException);
 }
 
-TEST(JsonProtocol, WritesWhatTheLibraryWrites) {
-  const TableStoreFile file = sample<TableStoreFile>();
-  const auto buffer = std::make_shared<apache::thrift::transport::TMemoryBuffer>();
-  JsonProtocol protocol(buffer);
-  file.write(&protocol);
-  EXPECT_EQ(buffer->getBufferAsString(), jsonOf(file));
-}
-
 TEST(JsonProtocol, TruncationAtEveryOffsetIsAnError) {
   const std::string json = jsonOf(sample<TableStoreFile>());
   for (size_t length = 0; length < json.size(); ++length) {
@@ -313,6 +305,15 @@ TEST(JsonProtocol, UnknownFieldsOfEveryTypeAreSkipped) {
   EXPECT_EQ(remap.nextPIDCounter, 42);
 }
 
+TEST(JsonProtocol, UnknownDoublesOfEveryKindAreSkipped) {
+  PIDRemap remap;
+  readJson(
+      "{\"9\":{\"lst\":[\"dbl\",6,0,-1.5,1e+300,\"NaN\",\"Infinity\",\"-Infinity\"]},"
+      "\"10\":{\"map\":[\"dbl\",\"dbl\",2,{\"-2.5e-07\":3,\"NaN\":4}]},\"4\":{\"i32\":42}}",
+      remap);
+  EXPECT_EQ(remap.nextPIDCounter, 42);
+}
+
 TEST(JsonProtocol, NestingWithoutEndIsRefused) {
   std::string json;
   for (int depth = 0; depth < 100000; ++depth) {
@@ -354,6 +355,39 @@ TEST(JsonProtocol, AnyOneByteChangedLoadsOrRaisesAStandardException) {
   // Both must occur, or the mutations miss their aim.
   EXPECT_GT(loaded, 0);
   EXPECT_GT(refused, 0);
+}
+
+/** The data of a descriptor that holds `text` between its quotes. */
+std::string dataOf(const std::string& text) {
+  Descriptor descriptor;
+  readJson("{\"2\":{\"str\":\"" + text + "\"}}", descriptor);
+  return descriptor.data;
+}
+
+TEST(JsonProtocol, ReadsBase64WithAndWithoutPadding) {
+  for (const char* text : {"YQ", "YQ=", "YQ==", "\\u0059Q"}) {
+    EXPECT_EQ(dataOf(text), "a") << text;
+  }
+  EXPECT_EQ(dataOf("YWI="), "ab");
+  EXPECT_EQ(dataOf("YWJjZ"), "abc");  // with one digit of the next
+  EXPECT_EQ(dataOf("="), "");
+}
+
+TEST(JsonProtocol, RefusesBase64OfNothingButPadding) {
+  EXPECT_THROW((void)dataOf("=="), TProtocolException);  // the library reads far beyond it
+}
+
+TEST(JsonProtocol, RefusesEscapesThatNothingWrites) {
+  for (const char* text :
+       {"\\/", "\\a", "\\u0080", "\\u0100", "\\ud83d\\ude00", "\\u001F", "\\u1"}) {
+    EXPECT_THROW((void)dataOf(text), TProtocolException) << text;
+  }
+}
+
+TEST(JsonProtocol, ANumberAtTheEndOfItsTextIsNotTaken) {
+  PIDRemap remap;
+  EXPECT_THROW(readJson("{\"4\":{\"i32\":12", remap), apache::thrift::TException);
+  EXPECT_EQ(remap.nextPIDCounter, 0);  // it may have been 123
 }
 
 TEST(JsonProtocol, BinaryMembersKeepEveryByteValue) {
