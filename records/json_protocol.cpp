@@ -25,14 +25,19 @@ constexpr size_t kBase64Group = 4;
 constexpr std::string_view kNumberCharacters = "+-.0123456789Ee";
 
 /** What the library looks at in the name of a type, besides that more must follow. */
-constexpr std::pair<std::string_view, TType> kTypes[] = {
-    {"i3", apache::thrift::protocol::T_I32},   {"st", apache::thrift::protocol::T_STRING},
-    {"r", apache::thrift::protocol::T_STRUCT}, {"l", apache::thrift::protocol::T_LIST},
-    {"t", apache::thrift::protocol::T_BOOL},   {"m", apache::thrift::protocol::T_MAP},
-    {"se", apache::thrift::protocol::T_SET},   {"i8", apache::thrift::protocol::T_BYTE},
-    {"i1", apache::thrift::protocol::T_I16},   {"i6", apache::thrift::protocol::T_I64},
+constexpr std::array<std::pair<std::string_view, TType>, 11> kTypes = {{
+    {"i3", apache::thrift::protocol::T_I32},
+    {"st", apache::thrift::protocol::T_STRING},
+    {"r", apache::thrift::protocol::T_STRUCT},
+    {"l", apache::thrift::protocol::T_LIST},
+    {"t", apache::thrift::protocol::T_BOOL},
+    {"m", apache::thrift::protocol::T_MAP},
+    {"se", apache::thrift::protocol::T_SET},
+    {"i8", apache::thrift::protocol::T_BYTE},
+    {"i1", apache::thrift::protocol::T_I16},
+    {"i6", apache::thrift::protocol::T_I64},
     {"d", apache::thrift::protocol::T_DOUBLE},
-};
+}};
 
 [[noreturn]] void refuse(const std::string& reason) {
   throw TProtocolException(TProtocolException::INVALID_DATA, reason);
@@ -153,14 +158,13 @@ uint32_t JsonProtocol::readListBegin(Type& elementType, uint32_t& size) {
 uint32_t JsonProtocol::readType(Type& type) {
   (void)separate();
   const std::string name = takeText();
-  const auto found = std::find_if(std::begin(kTypes), std::end(kTypes), [&](const auto& known) {
-    return name.size() > 1 && name.compare(0, known.first.size(), known.first) == 0;
-  });
-  if (found == std::end(kTypes)) {
-    throw TProtocolException(TProtocolException::NOT_IMPLEMENTED, "Unrecognized type");
+  for (const auto& [beginning, known] : kTypes) {
+    if (name.size() > 1 && name.compare(0, beginning.size(), beginning) == 0) {
+      type = known;
+      return kNotCounted;
+    }
   }
-  type = found->second;
-  return kNotCounted;
+  throw TProtocolException(TProtocolException::NOT_IMPLEMENTED, "Unrecognized type");
 }
 
 void JsonProtocol::readSize(uint32_t& size) {
