@@ -64,8 +64,7 @@ uint32_t FrameProtocol::readMessageBegin(std::string& name, TMessageType& type,
   } else {
     // Peers that do not write strictly begin with the name's length and have the type after the
     // name.
-    checkText(header);
-    consumed += readStringBody(name, header);
+    consumed += readText(name, header);
     int8_t typeByte = 0;
     consumed += readByte(typeByte);
     type = messageType(typeByte);
@@ -76,8 +75,17 @@ uint32_t FrameProtocol::readMessageBegin(std::string& name, TMessageType& type,
 uint32_t FrameProtocol::readString(std::string& text) {
   int32_t size = 0;
   const uint32_t consumed = readI32(size);
-  checkText(size);
-  return consumed + readStringBody(text, size);
+  return consumed + readText(text, size);
+}
+
+uint32_t FrameProtocol::readText(std::string& text, int32_t size) {
+  checkFits("bytes of a string", size, 1);
+  const auto length = static_cast<uint32_t>(size);
+  uint32_t left = length;
+  const uint8_t* const bytes = trans_->borrow(nullptr, &left);
+  text = std::string(reinterpret_cast<const char*>(bytes), length);  // assign() is slow in growing
+  trans_->consume(length);
+  return length;
 }
 
 uint32_t FrameProtocol::readBinary(std::string& bytes) {
@@ -124,12 +132,6 @@ uint32_t FrameProtocol::readSize(uint32_t& size, uint32_t smallestElement) {
   }
   elementsLeft_ -= size;
   return consumed;
-}
-
-uint32_t FrameProtocol::bytesLeft() {
-  uint32_t size = 0;
-  (void)trans_->borrow(nullptr, &size);  // sets the size only; asking for none always succeeds
-  return size;
 }
 
 /** For what the rest of the frame cannot hold. */
