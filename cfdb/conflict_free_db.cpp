@@ -50,6 +50,7 @@ PMT ConflictFreeDB::makeConflictFreePMT(const PMT& in) {
   pmt.currentNext = in.currentNext;
   pmt.pcrPid = pids_.getConflictFreePID(in.pcrPid);
   pmt.descriptors = cfDescriptors(in.descriptors, pids_);
+  pmt.esList.reserve(in.esList.size());
   for (const PMTES& stream : in.esList) {
     if (!isCarriedStreamType(stream.streamType)) {
       continue;
@@ -153,6 +154,7 @@ bool ConflictFreeDB::getOutputPMT(PMT& out, int32_t inputSID) {
     pmt.currentNext = source.currentNext;
     pmt.pcrPid = source.pcrPid;
     pmt.descriptors = withoutCaDescriptors(source.descriptors);
+    pmt.esList.reserve(source.esList.size());
     for (const PMTES& stream : source.esList) {
       if (!isCarriedStreamType(stream.streamType)) {
         continue;
