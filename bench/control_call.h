@@ -3,7 +3,6 @@
 #include <memory>
 #include <string>
 
-#include <thrift/TProcessor.h>
 #include <thrift/protocol/TBinaryProtocol.h>
 #include <thrift/transport/TBufferTransports.h>
 
@@ -37,17 +36,5 @@ void decode(std::string& message, Arguments& arguments) {
   protocol.readMessageBegin(name, type, sequenceId);
   arguments.read(&protocol);
 }
-
-/** The daemon's processor over a handler, fed from memory. */
-class ControlCall {
- public:
-  explicit ControlCall(const std::shared_ptr<thrift::in_module::im_SIControlSrvIf>& handler);
-
-  /** Decodes, calls the handler and encodes the answer. */
-  void process(std::string& message);
-
- private:
-  std::shared_ptr<apache::thrift::TProcessor> processor_;
-};
 
 }  // namespace tevra::bench

@@ -1,4 +1,4 @@
-"""The resident memory of the real daemon while it takes a schedule."""
+"""The resident memory of the real daemon while it takes calls."""
 
 import pathlib
 import socket
@@ -30,14 +30,16 @@ class DaemonMemory:
         self.process.wait()
         self.root.cleanup()
 
-    def take_schedule(self, events):
-        """By how many kB the memory grows with a schedule of so many events: at its peak, and in the end."""
-        self._send("tot")
-        before = self._status("VmRSS")
+    def take(self, what):
+        """By how many kB the memory grows: at its peak, and in the end. `what`: a schedule of so many events, or
+        "requests" for outputs of 100 services, each with a save; of those the code that they bring in is not counted."""
+        self._send("services" if what == "requests" else "tot")
+        key = "RssAnon" if what == "requests" else "VmRSS"
+        before, resident = self._status(key), self._status("VmRSS")
         (self._proc() / "clear_refs").write_text("5", encoding="ascii")  # the peak starts anew
-        self._send(str(events))
-        self._send("tot")  # served once the schedule's call has been cleaned up
-        return self._status("VmHWM") - before, self._status("VmRSS") - before
+        self._send(what)
+        self._send("tot")  # served once the last call has been cleaned up
+        return self._status("VmHWM") - resident, self._status(key) - before
 
     def _send(self, what):
         subprocess.run([self.folder / "tornel_bench", "--send", what], check=True)

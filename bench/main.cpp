@@ -37,13 +37,16 @@ int runEachOnce() {
   return EXIT_SUCCESS;
 }
 
-/** For callgrind, started with --instr-atstart=no: what it counts is one run. */
+/** For callgrind, started with --instr-atstart=no: what it counts is one run; and for strace, which
+ * sees a run between the two lines. */
 int count(const std::string& name) {
   const auto work = tevra::bench::findWork(name).make();
   work->prepare();
+  std::cerr << "run\n";
   CALLGRIND_START_INSTRUMENTATION;
   work->run();
   CALLGRIND_STOP_INSTRUMENTATION;
+  std::cerr << "ran\n";
   return EXIT_SUCCESS;
 }
 

@@ -8,8 +8,9 @@
 #include <thrift/transport/TSocket.h>
 
 #include "bench/control_call.h"
+#include "bench/no_saves.h"
+#include "bench/own_handler.h"
 #include "bench/sample_tables.h"
-#include "bench/unsaving_handler.h"
 #include "bench/work.h"
 #include "control/control_processor.h"
 #include "control/control_transport.h"
@@ -28,7 +29,7 @@ using thrift::in_module::im_SIControlSrvIf;
 using Answer = std::map<int32_t, SPTSConfiguration>;
 
 std::shared_ptr<im_SIControlSrvIf> loadedHandler() {
-  auto handler = std::make_shared<UnsavingHandler>(kUntoldMpts);
+  auto handler = std::make_shared<OwnHandler>();
   handler->setPAT(samplePat());
   handler->setSDT(sampleSdt());
   handler->setPMT(samplePmt(10, 17));
@@ -118,6 +119,7 @@ class RoundTrip : public Work {
 
  private:
   const SrvOutputRequest request_ = sampleRequest();
+  const NoSaves noSaves_;
   Server server_;
   Connection connection_{server_.port()};
 };

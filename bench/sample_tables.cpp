@@ -94,13 +94,16 @@ PMT samplePmt(int streams, int descriptors, int32_t serviceId) {
   return pmt;
 }
 
-PAT samplePat() {
+PAT samplePat(int services) {
+  constexpr int32_t kPidsOfService = 0x10;
   PAT pat;
   pat.transportStreamId = kTransportStreamId;
   pat.currentNext = true;
-  PATProgram& program = pat.programs.emplace_back();
-  program.programNumber = kServiceId;
-  program.pid = kPmtPid;
+  for (int service = 0; service < services; ++service) {
+    PATProgram& program = pat.programs.emplace_back();
+    program.programNumber = kServiceId + service;
+    program.pid = kPmtPid + kPidsOfService * service;
+  }
   return pat;
 }
 
@@ -130,18 +133,25 @@ EITMap sampleSchedule(ScheduleSize size) {
   return eits;
 }
 
+EITMap samplePresentFollowing() {
+  constexpr int32_t kTableId = 0x4E;
+  EITMap eits;
+  eits[kServiceId][kTableId] = sampleEit(kServiceId, kTableId, 2);
+  return eits;
+}
+
 TOT sampleTot(int minutes) {
   TOT tot;
   tot.utcTime = timeAfterMidnight(minutes);
   return tot;
 }
 
-SrvOutputRequest sampleRequest() {
+SrvOutputRequest sampleRequest(int32_t serviceId, int32_t outputSID) {
   SrvOutputRequest request;
-  request.inputSID = kServiceId;
+  request.inputSID = serviceId;
   OutputServiceDescription& output = request.outputs[kServiceId];
   output.globalSID = kServiceId;
-  output.outputSID = kServiceId;
+  output.outputSID = outputSID;
   output.serviceName = "Service name";
   output.transportStreamId = kTransportStreamId;
   output.originalNetworkId = kOriginalNetworkId;
@@ -152,14 +162,23 @@ SrvOutputRequest sampleRequest() {
 }
 
 TableStoreFile sampleStores(int services) {
-  constexpr int kStreams = 10;
-  constexpr int kDescriptors = 17;
   TableStoreFile file;
-  for (int32_t serviceId = 1; serviceId <= services; ++serviceId) {
+  for (int32_t serviceId = kServiceId; serviceId < kServiceId + services; ++serviceId) {
     TableStore& store = file.tableStores[serviceId];
     store.pat = samplePat();
     store.sdt = sampleSdt();
-    store.pmt = samplePmt(kStreams, kDescriptors, serviceId);
+    store.pmt = samplePmt(10, 17, serviceId);
+  }
+  return file;
+}
+
+EITTableVersionStoreFile sampleVersions(int services) {
+  constexpr int32_t kTables = 8;
+  EITTableVersionStoreFile file;
+  for (int32_t serviceId = kServiceId; serviceId < kServiceId + services; ++serviceId) {
+    for (int32_t table = 0; table < kTables; ++table) {
+      file.versionStores[serviceId].versions[kFirstScheduleTableId + table] = table;
+    }
   }
   return file;
 }

@@ -15,8 +15,8 @@ inline constexpr int32_t kPmtPid = 0x100;
  * are dealt out to the streams in turn. */
 [[nodiscard]] PMT samplePmt(int streams, int descriptors, int32_t serviceId = kServiceId);
 
-/** Lists one programme, the sample's. */
-[[nodiscard]] PAT samplePat();
+/** Lists so many programmes, from the sample's on. */
+[[nodiscard]] PAT samplePat(int services = 1);
 
 /** Describes one service, the sample's. */
 [[nodiscard]] SDT sampleSdt();
@@ -41,13 +41,21 @@ inline constexpr ScheduleSize kFullSchedule = kScheduleSizes[3];
 
 [[nodiscard]] EITMap sampleSchedule(ScheduleSize size);
 
+/** One present/following sub-table, the sample service's. */
+[[nodiscard]] EITMap samplePresentFollowing();
+
 /** A broadcast time so many minutes after midnight of some day. */
 [[nodiscard]] TOT sampleTot(int minutes);
 
-/** Asks for one output of the sample service. */
-[[nodiscard]] SrvOutputRequest sampleRequest();
+/** Asks for one output of a service, under an id of its own. */
+[[nodiscard]] SrvOutputRequest sampleRequest(int32_t serviceId = kServiceId,
+                                             int32_t outputSID = kServiceId);
 
-/** What the table store file holds for so many services of 10 streams and 17 descriptors. */
+///@{
+/** What the files hold for so many services, from the sample's on: of 10 streams and 17
+ * descriptors, of eight tables of a schedule. */
 [[nodiscard]] TableStoreFile sampleStores(int services);
+[[nodiscard]] EITTableVersionStoreFile sampleVersions(int services);
+///@}
 
 }  // namespace tevra::bench

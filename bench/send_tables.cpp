@@ -1,6 +1,7 @@
 #include "bench/send_tables.h"
 
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <stdexcept>
 
@@ -11,6 +12,23 @@
 
 namespace tevra::bench {
 namespace {
+
+constexpr int kServices = 100;
+
+void sendServices(BareClient& client) {
+  client.setPAT(samplePat(kServices));
+  client.setSDT(sampleSdt());
+  for (int32_t serviceId = kServiceId; serviceId < kServiceId + kServices; ++serviceId) {
+    client.setPMT(samplePmt(10, 17, serviceId));
+  }
+}
+
+void sendRequests(BareClient& client) {
+  for (int32_t serviceId = kServiceId; serviceId < kServiceId + kServices; ++serviceId) {
+    std::map<int32_t, SPTSConfiguration> answer;
+    client.getSrvOutputData(answer, sampleRequest(serviceId, serviceId));
+  }
+}
 
 ScheduleSize scheduleOf(const std::string& events) {
   for (const ScheduleSize size : kScheduleSizes) {
@@ -33,6 +51,10 @@ int sendTables(const std::string& what) {
   transport->open();
   if (what == "tot") {
     client.setTOT(sampleTot(0));
+  } else if (what == "services") {
+    sendServices(client);
+  } else if (what == "requests") {
+    sendRequests(client);
   } else {
     client.setEITSchedule(sampleSchedule(scheduleOf(what)));
   }

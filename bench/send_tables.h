@@ -5,8 +5,9 @@
 namespace tevra::bench {
 
 /**
- * Hands a "tot", or the schedule with that number of events, to the daemon of the first MPTS on
- * this machine, and returns the exit status.
+ * Hands a "tot", the tables of 100 "services", the "requests" for them, or the schedule with
+ * that number of events, to the daemon of the first MPTS on this machine, and returns the exit
+ * status.
  */
 [[nodiscard]] int sendTables(const std::string& what);
 

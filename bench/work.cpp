@@ -8,11 +8,9 @@ namespace tevra::bench {
 Works allWorks() {
   Works works;
   addOutputWorks(works);
-  addScheduleWorks(works);
-  addPmtWorks(works);
   addRoundTripWorks(works);
-  addFileWorks(works);
-  addStartWorks(works);
+  addTableWorks(works);
+  addStoredWorks(works);  // the last of which starts a server that stays
   return works;
 }
 

@@ -31,13 +31,11 @@ using Works = std::vector<NamedWork>;
 
 // Each appends the works of one kind.
 void addOutputWorks(Works& works);
-void addScheduleWorks(Works& works);
-void addPmtWorks(Works& works);
 void addRoundTripWorks(Works& works);
-void addFileWorks(Works& works);
-void addStartWorks(Works& works);
+void addTableWorks(Works& works);
+void addStoredWorks(Works& works);
 
-/** Every work, in the order of the report. */
+/** Every work. */
 [[nodiscard]] Works allWorks();
 
 /** The work of that name; raises std::invalid_argument when there is none. */
