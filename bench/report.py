@@ -47,7 +47,7 @@ class Bench:
 
     def memory(self, work):
         """By how many kB the program grows."""
-        return int(self._run(self.program, "--memory", work).stdout.split()[1])
+        return int(self._run(self.program, "--memory", work).stdout)
 
     @functools.cache
     def daemon_memory(self, what):
@@ -78,24 +78,18 @@ class Row:
     floor: typing.Callable[[Bench], int] | None = None
     ratio: float | None = None
     figure: int | None = None
-    unit: str = ""
 
     def cells(self, bench, former):
         figure, floor = self.measure(bench), self.floor and self.floor(bench)
         ratio = floor and round(figure / floor, 2)
-        limits = ([f"{self.ratio:.1f}"] if floor else []) + ([self._text(self.figure)] if self.figure else [])
+        limits = [f"{limit:,}" for limit in (self.ratio, self.figure) if limit]
         missed = (floor and ratio > self.ratio) or (self.figure and figure > self.figure)
-        return [self.title, self._text(floor), *([self._text(self._former(former))] if former else []),
-                self._text(figure), f"{ratio:.2f}" if floor else "", ", ".join(limits) + (" **missed**" if missed else "")]
-
-    def _former(self, bench):
         try:
-            return self.measure(bench)
+            before = former and self.measure(former)
         except LookupError:
-            return None
-
-    def _text(self, figure):
-        return "" if figure is None else f"{figure:,}{self.unit}"
+            before = None
+        return [self.title, *["" if found is None else f"{found:,}" for found in (floor, before, figure)],
+                f"{ratio:.2f}" if floor else "", ", ".join(limits) + (" **missed**" if missed else "")]
 
 
 def counted(title, work, ratio=None, figure=None):
@@ -134,18 +128,16 @@ ROWS = [
     counted("`setTOT` that restamps it", "tot/9600/restamp", 1.5),
     counted("`setPMT`, 10 streams, PIDs known, `MainTask` told", "pmt/10x17/told", 3.0),
     counted("start to serving, 100 stored services", "start/100/serving", 1.0, 49_604_654),
-    Row("memory of 100 stored services", lambda bench: bench.daemon_memory("requests")[1], figure=1_824, unit=" kB"),
-    Row("memory at its peak while taking the schedule", lambda bench: bench.daemon_memory("9600")[0], one_map, 3.2,
-        unit=" kB"),
-    Row("memory holding it", lambda bench: bench.daemon_memory("9600")[1], one_map, 2.1, unit=" kB"),
+    Row("memory of 100 stored services, kB", lambda bench: bench.daemon_memory("requests")[1], figure=1_824),
+    Row("memory at its peak while taking the schedule, kB", lambda bench: bench.daemon_memory("9600")[0], one_map, 3.2),
+    Row("memory holding it, kB", lambda bench: bench.daemon_memory("9600")[1], one_map, 2.1),
 ]
 
 
 def table(bench, former):
     """The lines, one after the other, as they are found."""
-    yield "| work | floor | former | the daemon | ratio | at most |" if former else \
-        "| work | floor | the daemon | ratio | at most |"
-    yield "| --- | ---: | ---: | ---: | ---: | --- |" if former else "| --- | ---: | ---: | ---: | --- |"
+    yield "| work | floor | former | the daemon | ratio | at most |"
+    yield "| --- | ---: | ---: | ---: | ---: | --- |"
     for row in ROWS:
         yield f"| {' | '.join(row.cells(bench, former))} |"
 
