@@ -2,8 +2,10 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "tools/text/tool_error.h"
 
@@ -71,6 +73,27 @@ void OutputFile::close() {
 
 void OutputFile::fail() const {
   throw ToolError("cannot write " + path_ + ": " + std::strerror(errno));
+}
+
+void replaceFile(const std::string& path, const std::string& text) {
+  std::error_code ignored;
+  const std::filesystem::path linked = std::filesystem::canonical(path, ignored);
+  const std::string target = linked.empty() ? path : linked.string();
+  const bool isReplaced = linked.empty() || std::filesystem::is_regular_file(linked, ignored);
+  const std::string written = isReplaced ? target + "." + std::to_string(getpid()) : target;
+  try {
+    OutputFile file(written);
+    file.write(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+    file.close();
+    if (isReplaced && std::rename(written.c_str(), target.c_str()) != 0) {
+      throw ToolError("cannot replace " + path + ": " + std::strerror(errno));
+    }
+  } catch (const ToolError&) {
+    if (isReplaced) {
+      (void)std::remove(written.c_str());
+    }
+    throw;
+  }
 }
 
 }  // namespace tevra::tools
