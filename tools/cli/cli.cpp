@@ -30,6 +30,7 @@ int runTornelctl(int argc, const char* const* argv, std::ostream& out, std::ostr
   const Console console = {out, err};
   try {
     CommandLine line;
+    addStatusCommand(line);
     addFeedCommand(line);
     addOutputCommand(line);
     addExtractCommand(line);

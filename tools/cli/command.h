@@ -18,6 +18,7 @@ void addTablesCommand(CommandLine& line);
 void addReportCommand(CommandLine& line);
 void addResetCommand(CommandLine& line);
 void addPingCommand(CommandLine& line);
+void addStatusCommand(CommandLine& line);
 ///@}
 
 /** The options that say where the daemon, or its stand-in for MainTask, is reached. */

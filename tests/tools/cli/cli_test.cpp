@@ -71,6 +71,7 @@ const std::vector<Command>& commands() {
       {{"listen"}, false, false, true},
       {{"reset"}, true, true, false},
       {{"ping"}, true, true, false},
+      {{"status"}, false, false, true},
       {{"help"}, false, false, false},
   };
   return kCommands;
@@ -155,6 +156,8 @@ TEST(Cli, RefusesArgumentsThatMakeNoSense) {
       {{"tables", "a.ts", "b.ts"}, "b.ts"},
       {{"tables", "a.ts", "--table", "rst"}, "--table"},
       {{"tables", "a.ts", "--service", "65536"}, "--service"},
+      {{"status", "--json", "--metrics"}, "--json and --metrics exclude each other"},
+      {{"status", "--type", "4"}, "--type"},
       {{"listen", "--timeout", "0"}, "--timeout"},
       {{"listen", "--count", "0"}, "--count"},
       {{"listen", "--color", "red"}, "--color"},
