@@ -6,6 +6,28 @@
 #include "tools/text/words.h"
 
 namespace tevra::tools {
+namespace {
+
+/** Pushes all packets, of a source that goes on from the front as often as there are any. */
+void pushAll(ByteSource& source, TsPacketReader& reader, TableDemux& demux,
+             const std::function<bool(const TsPacket& packet)>& onPacket) {
+  TsPacket packet;
+  for (uint64_t before = 0;; before = reader.packets()) {
+    while (reader.next(packet)) {
+      if (!onPacket(packet)) {
+        return;
+      }
+      demux.push(packet);
+    }
+    if (reader.packets() == before || !source.goesOn()) {
+      return;
+    }
+    reader.restart();
+    demux.restart();
+  }
+}
+
+}  // namespace
 
 StreamFeed StreamFeed::feed(ByteSource& source, const std::string& name,
                             thrift::in_module::im_SIControlSrvIf& daemon, const OnPacket& onPacket,
@@ -18,10 +40,8 @@ StreamFeed StreamFeed::feed(ByteSource& source, const std::string& name,
     stream.inventory_.add(table);
     onTable(table, sections);
   });
-  TsPacket packet;
-  while (reader.next(packet) && onPacket(packet, feeder.sent())) {
-    demux.push(packet);
-  }
+  pushAll(source, reader, demux,
+          [&](const TsPacket& packet) { return onPacket(packet, feeder.sent()); });
   stream.packets_ = reader.packets();
   if (feeder.sent() == 0) {
     throw ToolError(source.explainNothing(name, stream.packets_));

@@ -80,6 +80,11 @@ std::vector<Section> SectionGatherer::push(const TsPacket& packet) {
   return sections;
 }
 
+void SectionGatherer::restart() {
+  counter_ = -1;
+  bytes_.clear();
+}
+
 void SectionGatherer::noteCounter(int counter) {
   if (counter_ >= 0 && counter != ((counter_ + 1) & 0x0F)) {
     ++faults_.discontinuities;

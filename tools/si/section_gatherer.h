@@ -37,6 +37,9 @@ class SectionGatherer {
    */
   [[nodiscard]] std::vector<Section> push(const TsPacket& packet);
 
+  /** What comes next does not go on from the packets before: nothing was lost between them. */
+  void restart();
+
  private:
   void noteCounter(int counter);
   /** Takes what the section in work lacks, as far as it is there; returns where the rest lies. */

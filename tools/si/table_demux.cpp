@@ -57,6 +57,12 @@ void TableDemux::push(const TsPacket& packet) {
   }
 }
 
+void TableDemux::restart() {
+  for (auto& gatherer : gatherers_) {
+    gatherer.second.restart();
+  }
+}
+
 bool TableDemux::belongs(int pid, const Section& section) const {
   switch (section.tableId) {
     case kTablePat:

@@ -51,6 +51,9 @@ class TableDemux {
   /** The next packet of the stream. */
   void push(const TsPacket& packet);
 
+  /** The stream begins again: what comes next is no gap, and what has come is still known. */
+  void restart();
+
   /** Up to now, of all PIDs that have been looked at. */
   [[nodiscard]] const FaultsByPid& faults() const { return faults_; }
   /** By PID, then table_id, then extension. */

@@ -21,19 +21,15 @@ std::unique_ptr<ByteSource> openSource(const std::string& name, const LiveOption
   return std::make_unique<InputFile>(name);
 }
 
-size_t LoopedSource::read(uint8_t* buffer, size_t size) {
-  const size_t count = source_.read(buffer, size);
-  if (count != 0) {
-    return count;
-  }
+bool LoopedSource::goesOn() {
   if (!source_.rewind()) {
     throw ToolError("the stream cannot be repeated: it is no file");
   }
-  return source_.read(buffer, size);
+  return true;
 }
 
 bool isLiveSource(const std::string& name) {
-  return name.compare(0, kUdpScheme.size(), kUdpScheme) == 0;
+  return name.compare(0, kUdpScheme.size(), kUdpScheme) == 0 || name.compare(0, 6, "rtp://") == 0;
 }
 
 }  // namespace tevra::tools

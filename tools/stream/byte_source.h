@@ -28,6 +28,9 @@ class ByteSource {
 
   /** Begins again at the front; false for a source that cannot. */
   [[nodiscard]] virtual bool rewind() { return false; }
+
+  /** At its end: begins again if it is meant to. */
+  [[nodiscard]] virtual bool goesOn() { return false; }
 };
 
 /** How a live source is waited for. */
@@ -45,19 +48,23 @@ struct LiveOptions {
 [[nodiscard]] std::unique_ptr<ByteSource> openSource(const std::string& name,
                                                      const LiveOptions& live = {});
 
-/** `source` over and over; raises ToolError when its end is reached and it cannot begin again. */
+/** `source`, which goes on from the front whenever it has ended. */
 class LoopedSource : public ByteSource {
  public:
   /** `source` must outlive it. */
   explicit LoopedSource(ByteSource& source) : source_(source) {}
 
-  [[nodiscard]] size_t read(uint8_t* buffer, size_t size) override;
+  [[nodiscard]] size_t read(uint8_t* buffer, size_t size) override {
+    return source_.read(buffer, size);
+  }
+  /** Raises ToolError where the source cannot. */
+  [[nodiscard]] bool goesOn() override;
 
  private:
   ByteSource& source_;
 };
 
-/** Whether openSource would take it for a live source. */
+/** Whether openSource would take it for a live source, were its address right. */
 [[nodiscard]] bool isLiveSource(const std::string& name);
 
 }  // namespace tevra::tools

@@ -47,6 +47,14 @@ bool TsPacketReader::next(TsPacket& packet) {
   return true;
 }
 
+void TsPacketReader::restart() {
+  position_ = 0;
+  end_ = 0;
+  sourceEnded_ = false;
+  synchronised_ = false;
+  packetsBefore_ = packets_;
+}
+
 void TsPacketReader::fill(size_t size) {
   if (available() >= size) {
     return;
@@ -71,7 +79,7 @@ bool TsPacketReader::synchronise() {
     }
     const size_t distance = distanceHere();
     if (distance != 0) {
-      if (packets_ == 0 && distance == kTimeStampedDistance) {
+      if (packets_ == packetsBefore_ && distance == kTimeStampedDistance) {
         skippedBytes_ -=
             std::min<uint64_t>(skippedBytes_, distance - kTsPacketSize);  // its time stamp
       }

@@ -31,6 +31,9 @@ class TsPacketReader {
   /** Reads the next packet. False at the end of the source, with `packet` untouched. */
   [[nodiscard]] bool next(TsPacket& packet);
 
+  /** What comes next is the front of a source, not what follows the packets before. */
+  void restart();
+
   /** How many packets next() has given. */
   [[nodiscard]] uint64_t packets() const { return packets_; }
   /** How often a packet was expected and its sync byte was not there. */
@@ -60,6 +63,7 @@ class TsPacketReader {
   size_t gap_ = 0;       // bytes between the last packet and the next one's sync byte
 
   uint64_t packets_ = 0;
+  uint64_t packetsBefore_ = 0;  // the front of the source
   uint64_t syncLosses_ = 0;
   uint64_t skippedBytes_ = 0;
 };

@@ -224,5 +224,35 @@ TEST_F(StreamFeedTest, SurvivesSectionsOfAnyContentWithARightCrc) {
   EXPECT_THAT(faultsOf(stream), HasSubstr("lengths that do not add up"));
 }
 
+TEST_F(StreamFeedTest, OfALoopSeesNothingWrongWithItsSeams) {
+  // Its counters do not meet, its last section has no end, and its last packet is cut.
+  stream_.add(0x11, test::makeSdt(1, 4, 101, "One"));
+  stream_.add(0x11, test::makeSdt(1, 5, 101, "Two"));
+  stream_.add(0x12, test::makeEit({0x4E, 101, 1}, 0, std::vector<int>(30, 1)));
+  auto packets = stream_.packets();
+  ASSERT_GT(packets.size(), 3U);
+  packets.resize(3);
+  file_.write(packets);
+  const auto source = openSource(file_.path());
+  LoopedSource looped(*source);
+  size_t left = 3 * packets.size();
+  const StreamFeed stream = StreamFeed::feed(
+      looped, "loop", daemon_,
+      [&left](const TsPacket& /*packet*/, size_t /*tablesSent*/) { return left-- != 0; });
+  EXPECT_EQ("", faultsOf(stream));
+  EXPECT_EQ(10U, stream.packets()) << "three rounds, and the packet that ended it";
+  EXPECT_EQ(6, countCalls("setSDT")) << "each round changes it twice";
+}
+
+TEST_F(StreamFeedTest, OfALoopWithoutAPacketEnds) {
+  file_.write(std::string("no transport stream"));
+  const auto source = openSource(file_.path());
+  LoopedSource looped(*source);
+  EXPECT_THROW((void)StreamFeed::feed(
+                   looped, "loop", daemon_,
+                   [](const TsPacket& /*packet*/, size_t /*tablesSent*/) { return true; }),
+               ToolError);
+}
+
 }  // namespace
 }  // namespace tevra::tools

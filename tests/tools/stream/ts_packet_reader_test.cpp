@@ -178,5 +178,28 @@ TEST(TsPacketReader, AccountsForEveryByteOfRandomInput) {
   }
 }
 
+TEST(TsPacketReader, BegunAgainLosesNeitherPacketsNorSynchronisation) {
+  // Time-stamped packets, the last one cut within its gap: what is left is no part of the next.
+  for (const size_t gap : {0, 4}) {
+    Bytes bytes = packetBytes(0, 6, gap);
+    bytes.insert(bytes.end(), gap, 0x11);
+    size_t position = 0;
+    TsPacketReader reader([&](uint8_t* buffer, size_t size) {
+      const size_t count = std::min(size, bytes.size() - position);
+      std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(position), count, buffer);
+      position += count;
+      return count;
+    });
+    const std::vector<int> first = numbersOf(reader);
+    EXPECT_EQ(6U, first.size());
+    position = 0;
+    reader.restart();
+    EXPECT_EQ(first, numbersOf(reader));
+    EXPECT_EQ(12U, reader.packets());
+    EXPECT_EQ(0U, reader.syncLosses());
+    EXPECT_EQ(0U, reader.skippedBytes()) << gap;
+  }
+}
+
 }  // namespace
 }  // namespace tevra::tools
