@@ -4,13 +4,13 @@
 #include <memory>
 
 #include "tools/cli/command.h"
-#include "tools/text/words.h"
+#include "tools/cli/terminal.h"
 
 namespace tevra::tools {
 namespace {
 
 int fail(const Console& console, const std::exception& error, int status) {
-  console.err << "tornelctl: " << oneLine(error.what()) << "\n";
+  printMessage(console.err, error.what());
   return status;
 }
 
@@ -19,7 +19,7 @@ void addHelpCommand(CommandLine& line) {
   Command command = line.command("help", "Explain a command, or list them all");
   command.option("COMMAND", *name, "The command to explain");
   command.action([&line, name](const Console& console) {
-    console.out << line.help(*name);
+    console.out << line.help(*name, console.out);
     return kExitDone;
   });
 }

@@ -1,6 +1,28 @@
 #include "tools/cli/command.h"
 
+#include "tools/stream/byte_source.h"
+#include "tools/stream/files.h"
+
 namespace tevra::tools {
+namespace {
+
+std::string faultOfFile(const std::string& path) {
+  return isLiveSource(path)
+             ? "'" + path + "' is a live stream, which feed alone takes: record it to a file first"
+             : "";
+}
+
+std::string faultOfFileReadTwice(const std::string& path) {
+  if (path == "-") {
+    return "standard input cannot be read twice: save it to a file first";
+  }
+  return isReadOnce(path) ? "'" + path +
+                                "' is a pipe or device, which cannot be read twice: copy "
+                                "it to a file first"
+                          : faultOfFile(path);
+}
+
+}  // namespace
 
 void addEndpointOptions(Command& command, EndpointOptions& options, int firstPort) {
   bool& isGiven = options.isGiven;
@@ -21,12 +43,16 @@ void addDaemonOptions(Command& command, EndpointOptions& options) {
       .marks(options.isGiven);
 }
 
+void addFile(Command& command, std::string& file) {
+  command.option("FILE", file, "Transport stream; - is standard input")
+      .required()
+      .checked(faultOfFile);
+}
+
 void addFileReadTwice(Command& command, std::string& file) {
   command.option("FILE", file, "Transport stream, read twice")
       .required()
-      .checked([](const std::string& path) {
-        return path == "-" ? "standard input cannot be read twice" : std::string();
-      });
+      .checked(faultOfFileReadTwice);
 }
 
 DaemonAddress daemonAddress(const EndpointOptions& options) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 
 #include "tools/cli/cli.h"
@@ -175,6 +176,10 @@ bool isComplete(const ExtractOptions& options) {
   });
 }
 
+std::string folderOf(const std::string& path) {
+  return std::filesystem::path(path).parent_path().string();
+}
+
 /** Finds out, as far as it can be, before the stream is read. */
 void requireFiles(const ExtractOptions& options) {
   const bool isStandardOutput = options.outputFile == kStandardOutput;
@@ -186,11 +191,15 @@ void requireFiles(const ExtractOptions& options) {
                      counted(options.drafts.size(), "output") +
                      ": name one each with {gsid}, {sid} or {name}, as in -o out-{gsid}.ts");
   }
+  std::vector<std::string> files;
   if (!options.pattern.hasPlaceholder()) {
-    (void)filesFor(options.pattern, {OutputOptions()}, options.file);
+    files = filesFor(options.pattern, {OutputOptions()}, options.file);
   } else if (isComplete(options)) {
-    (void)filesFor(options.pattern, outputsOf(options.drafts), options.file);
+    files = filesFor(options.pattern, outputsOf(options.drafts), options.file);
+  } else if (folderOf(options.outputFile).find('{') == std::string::npos) {
+    files = {options.outputFile};  // its folder is what counts
   }
+  std::for_each(files.begin(), files.end(), requireWritable);
 }
 
 void finishOptions(ExtractOptions& options) {

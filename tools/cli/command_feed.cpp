@@ -14,7 +14,9 @@
 #include "tools/feed/feed_json.h"
 #include "tools/feed/stream_feed.h"
 #include "tools/stream/byte_source.h"
+#include "tools/stream/files.h"
 #include "tools/stream/pacer.h"
+#include "tools/stream/udp_source.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {
@@ -78,8 +80,12 @@ StreamFeed feedStream(const FeedOptions& options, thrift::in_module::im_SIContro
 }
 
 int feed(const FeedOptions& options, const Console& console) {
-  if (options.loop && (options.source == "-" || isLiveSource(options.source))) {
+  if (options.loop &&
+      (options.source == "-" || isLiveSource(options.source) || isReadOnce(options.source))) {
     throw ArgumentError("--loop needs a file: " + options.source + " cannot begin again");
+  }
+  if (isLiveSource(options.source)) {
+    (void)parseUdpAddress(options.source);  // before the daemon is troubled
   }
   int status = kExitDone;
   std::atomic<bool> isInterrupted{false};

@@ -2,26 +2,59 @@
 
 #include <algorithm>
 #include <cctype>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
 
 #include "tools/cli/cli.h"
-#include "tools/text/words.h"
+#include "tools/cli/terminal.h"
+#include "tools/text/nearest.h"
+#include "tools/text/wrap.h"
 
 namespace tevra::tools {
 namespace {
 
+/** The options of `app` and its commands. */
+std::vector<std::string> wordsOf(const CLI::App& app) {
+  std::vector<std::string> words;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) {
+      if (!option->get_group().empty()) {  // those without stand for variables
+        words.push_back("--" + name);
+      }
+    }
+  }
+  for (const CLI::App* command :
+       app.get_subcommands([](const CLI::App* /*any*/) { return true; })) {
+    words.push_back(command->get_name());
+  }
+  return words;
+}
+
+/** That there is no such `kind` of thing, and which of `app` may have been meant. */
+std::string unknown(const std::string& kind, const std::string& word, const CLI::App& app) {
+  const std::string nearest = nearestTo(word.substr(0, word.find('=')), wordsOf(app));
+  return "there is no " + kind + " '" + word + "'" +
+         (nearest.empty() ? "" : " (did you mean '" + nearest + "'?)");
+}
+
 /** What is wrong with the arguments, and where there is help. */
 std::string explain(const CLI::App& app, const std::string& problem) {
   const auto chosen = app.get_subcommands();
-  const auto unknown = app.remaining();
+  const CLI::App& place = chosen.empty() ? app : *chosen.front();
+  const auto unused = place.remaining();
+  const auto option = std::find_if(unused.begin(), unused.end(), [](const std::string& word) {
+    return word.size() > 1 && word[0] == '-';
+  });
   std::string text = problem;
-  if (chosen.empty()) {
-    text = unknown.empty() ? "a command is missing"
-                           : "there is no command or option '" + unknown.front() + "'";
+  if (!chosen.empty() && option != unused.end()) {
+    text = unknown("option", *option, place);
+  } else if (chosen.empty()) {
+    text =
+        unused.empty() ? "a command is missing" : unknown("command or option", unused.front(), app);
   }
   const std::string command = chosen.empty() ? "" : " " + chosen.front()->get_name();
-  return "tornelctl: " + oneLine(text) + "; see tornelctl" + command + " --help\n";
+  return text + "; see tornelctl" + command + " --help";
 }
 
 template <class Value>
@@ -38,9 +71,16 @@ Option Option::required() {
 }
 
 Option Option::range(int lowest, int highest) {
-  option_.check(CLI::Range(lowest, highest)
-                    .description(std::to_string(lowest) + ".." + std::to_string(highest)));
-  return *this;
+  const std::string first = std::to_string(lowest);
+  const std::string last = std::to_string(highest);
+  const auto faultOf = [=](const std::string& text) {
+    int value = 0;
+    const bool isNumber = CLI::detail::lexical_cast(text, value);
+    return isNumber && value >= lowest && value <= highest
+               ? ""
+               : "'" + text + "' is no whole number from " + first + " to " + last;
+  };
+  return checked(faultOf, first + ".." + last);
 }
 
 Option Option::oneOf(const std::vector<std::string>& values) {
@@ -114,6 +154,7 @@ CommandLine::CommandLine()
     : app_(std::make_unique<CLI::App>(
           "Shows what the tornel daemon makes of a transport stream, and is the daemon's client.",
           "tornelctl")) {
+  app_->add_option("--environment-columns", columns_)->envname("COLUMNS")->group("");
   app_->set_version_flag("--version", "tornelctl " TORNEL_VERSION);
   app_->require_subcommand(1);
   app_->get_formatter()->label("SUBCOMMAND", "COMMAND");
@@ -128,18 +169,36 @@ Command CommandLine::command(const std::string& name, const std::string& help) {
   return {*app_->add_subcommand(name, help), chosen_};
 }
 
-std::string CommandLine::help(const std::string& name) const {
+/** Where there is little room, what an option does stands below it. */
+std::string CommandLine::fitted(const std::ostream& out,
+                                const std::function<std::string()>& help) const {
+  constexpr size_t kRoomy = 80;
+  constexpr size_t kWide = 30;
+  constexpr size_t kNarrow = 6;
+  size_t width = 0;
+  if (!CLI::detail::lexical_cast(columns_, width) || width == 0) {
+    width = widthOf(out);
+  }
+  const size_t column = width == 0 || width >= kRoomy ? kWide : kNarrow;
+  app_->get_formatter()->column_width(column);
+  // The library leaves two lines blank before a group that is not shown.
+  return wrapped(CLI::detail::find_and_replace(help(), "\n\n\n", "\n\n"), width, column);
+}
+
+std::string CommandLine::help(const std::string& name, const std::ostream& out) const {
   if (name.empty()) {
     // Its own help() would explain the command that is chosen.
-    return app_->get_formatter()->make_help(app_.get(), app_->get_name(),
-                                            CLI::AppFormatMode::Normal);
+    return fitted(out, [this] {
+      return app_->get_formatter()->make_help(app_.get(), app_->get_name(),
+                                              CLI::AppFormatMode::Normal);
+    });
   }
   const auto found =
       app_->get_subcommands([&](const CLI::App* command) { return command->get_name() == name; });
   if (found.empty()) {
-    throw ArgumentError("there is no command '" + name + "'");
+    throw ArgumentError(unknown("command", name, *app_));
   }
-  return found.front()->help(app_->get_name());
+  return fitted(out, [&] { return found.front()->help(app_->get_name()); });
 }
 
 int CommandLine::run(int argc, const char* const* argv, const Console& console) {
@@ -147,11 +206,16 @@ int CommandLine::run(int argc, const char* const* argv, const Console& console) 
     app_->parse(argc, argv);
     return chosen_(console);
   } catch (const CLI::Success& asked) {
-    return app_->exit(asked, console.out, console.err);
+    console.out << fitted(console.out, [&] {
+      std::ostringstream text;
+      (void)app_->exit(asked, text, text);
+      return text.str();
+    });
+    return kExitDone;
   } catch (const CLI::ParseError& error) {
-    console.err << explain(*app_, error.what());
+    printMessage(console.err, explain(*app_, error.what()));
   } catch (const ArgumentError& error) {
-    console.err << explain(*app_, error.what());
+    printMessage(console.err, explain(*app_, error.what()));
   }
   return kExitUsage;
 }

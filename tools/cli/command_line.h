@@ -108,10 +108,10 @@ class CommandLine {
   Command command(const std::string& name, const std::string& help);
 
   /**
-   * What `tornelctl NAME --help` prints; `tornelctl --help` without a name. Raises ArgumentError
-   * for a command that there is not.
+   * What `tornelctl NAME --help` prints on `out`; `tornelctl --help` without a name. Its lines fit
+   * the terminal, or the variable COLUMNS. Raises ArgumentError for a command that there is not.
    */
-  [[nodiscard]] std::string help(const std::string& name) const;
+  [[nodiscard]] std::string help(const std::string& name, const std::ostream& out) const;
 
   /**
    * Does what the arguments of main say, and returns the exit status. Says itself what is wrong
@@ -120,6 +120,10 @@ class CommandLine {
   [[nodiscard]] int run(int argc, const char* const* argv, const Console& console);
 
  private:
+  [[nodiscard]] std::string fitted(const std::ostream& out,
+                                   const std::function<std::string()>& help) const;
+
+  std::string columns_;  // COLUMNS
   std::unique_ptr<CLI::App> app_;
   Action chosen_;
 };

@@ -33,6 +33,7 @@ int makeReport(const ReportOptions& options, const Console& console) {
   if (isSameFile(options.file, options.outputFile)) {
     throw ArgumentError("output and input are the same file, " + options.file);
   }
+  requireWritable(options.outputFile);
   report::Collected collected;
   const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
     collected = report::collectReport(options.file, engine);

@@ -75,7 +75,7 @@ void addTablesCommand(CommandLine& line) {
   const auto options = std::make_shared<TablesOptions>();
   Command command = line.command(
       "tables", "Print the tables of a transport stream, each new version once, in stream order");
-  command.option("FILE", options->file, "Transport stream; - is standard input").required();
+  addFile(command, options->file);
   const std::vector<std::string> names = {"PAT", "CAT", "PMT", "NIT", "SDT", "BAT", "EIT", "TOT"};
   command
       .list("--table", options->names, names,

@@ -1,6 +1,7 @@
 #include "tools/cli/request_options.h"
 
 #include "tools/outputs/out_argument.h"
+#include "tools/text/dvb_text.h"
 
 namespace tevra::tools {
 namespace {
@@ -13,6 +14,10 @@ std::string faultOfLanguages(const std::string& text) {
 
 std::string faultOfListedNode(const std::string& text) {
   return parseListedNode(text) ? "" : "'" + text + "' is not GSID[:USID[:LANGUAGES]]";
+}
+
+std::string faultOfName(const std::string& text) {
+  return isUtf8(text) ? "" : "'" + text + "' is not UTF-8: convert it, with iconv for one";
 }
 
 void addServiceOptions(Command& command, RequestOptions& options, OutputDefaults defaults) {
@@ -29,8 +34,10 @@ void addServiceOptions(Command& command, RequestOptions& options, OutputDefaults
       .range(0, kHighestId);
   command.option("--output-sid", output.outputSid, "Output service id (default: the input's)")
       .range(0, kHighestId);
-  command.option("--name", output.name,
-                 withDefault("Output service name, UTF-8", "Service ID", streams));
+  command
+      .option("--name", output.name,
+              withDefault("Output service name, UTF-8", "Service ID", streams))
+      .checked(faultOfName);
   command
       .option("--transport-stream-id", output.transportStreamId,
               withDefault("Output transport stream id", "1", streams))

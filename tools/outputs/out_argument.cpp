@@ -8,6 +8,7 @@
 #include <set>
 #include <vector>
 
+#include "tools/text/dvb_text.h"
 #include "tools/text/tool_error.h"
 
 namespace tevra::tools {
@@ -99,6 +100,9 @@ void set(OutputDraft& draft, const std::string& key, const std::string& value) {
   if (found != kNumberKeys.end()) {
     found->set(draft, number(draft, *found, value));
   } else if (key == "name") {
+    if (!isUtf8(value)) {
+      fail(draft, "name is not UTF-8: convert it, with iconv for one");
+    }
     draft.output.name = value;
   } else if (key == "audio") {
     draft.output.audio =

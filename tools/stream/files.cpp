@@ -57,6 +57,33 @@ bool isSameFile(const std::string& a, const std::string& b) {
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
+bool isReadOnce(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
+}
+
+void requireWritable(const std::string& path) {
+  const std::filesystem::path file(path);
+  const std::string folder = file.has_parent_path() ? file.parent_path().string() : ".";
+  std::error_code ignored;
+  std::string problem;
+  if (path == "-") {
+    return;
+  }
+  if (std::filesystem::is_directory(file, ignored)) {
+    problem = "it is a directory; name a file in it";
+  } else if (std::filesystem::exists(file, ignored)) {
+    problem = access(path.c_str(), W_OK) == 0 ? "" : std::strerror(errno);
+  } else if (!std::filesystem::is_directory(folder, ignored)) {
+    problem = "there is no directory " + folder + "; make it first";
+  } else if (access(folder.c_str(), W_OK | X_OK) != 0) {
+    problem = folder + ": " + std::strerror(errno);
+  }
+  if (!problem.empty()) {
+    throw ToolError("cannot write " + path + ": " + problem);
+  }
+}
+
 OutputFile::OutputFile(const std::string& path) : path_(path), file_(open(path, "wb", stdout)) {}
 
 void OutputFile::write(const uint8_t* bytes, size_t size) {

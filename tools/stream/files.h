@@ -34,6 +34,15 @@ class InputFile : public ByteSource {
 /** Whether both paths lead to the same existing file. */
 [[nodiscard]] bool isSameFile(const std::string& a, const std::string& b);
 
+/** Whether what lies there can be read from front to end once only: a pipe, a socket, a device. */
+[[nodiscard]] bool isReadOnce(const std::string& path);
+
+/**
+ * Raises ToolError where a file cannot be written under `path`, as far as that can be told without
+ * touching it; "-" always can.
+ */
+void requireWritable(const std::string& path);
+
 /** A file that is written from front to end, replacing what it held; "-" is standard output. */
 class OutputFile {
  public:

@@ -107,7 +107,8 @@ UdpAddress parseUdpAddress(const std::string& text) {
     result.port = portFrom(text.substr(colon + 1));
   }
   if (result.port == 0 || inet_pton(AF_INET, result.address.c_str(), &parsed) != 1) {
-    throw ToolError("'" + text + "' is not udp://ADDRESS:PORT with an IPv4 address");
+    throw ToolError("'" + text +
+                    "' is not udp://ADDRESS:PORT with an IPv4 address; RTP is taken there, too");
   }
   return result;
 }

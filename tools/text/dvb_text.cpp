@@ -159,6 +159,10 @@ std::string utf8FromDvbText(const std::string& text) {
   return withoutControls(withoutControlCodes(converter.convert(text.substr(table.start))), "");
 }
 
+bool isUtf8(const std::string& text) {
+  return Utf8Converter("UTF-8").convert(text) == text;
+}
+
 std::string printable(const std::string& text) {
   return withoutControls(Utf8Converter("UTF-8").convert(text), kReplacement);
 }

@@ -12,6 +12,9 @@ namespace tevra::tools {
  */
 [[nodiscard]] std::string utf8FromDvbText(const std::string& text);
 
+/** Whether all of `text` is valid UTF-8. */
+[[nodiscard]] bool isUtf8(const std::string& text);
+
 /**
  * `text` with everything that is not valid UTF-8, or is a control character, replaced by U+FFFD.
  */

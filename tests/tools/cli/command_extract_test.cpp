@@ -156,6 +156,17 @@ TEST_F(ExtractCommand, FailsWhenTheOutputCannotBeWritten) {
   }
 }
 
+TEST_F(ExtractCommand, FeedsNothingWhenAnOutputCanBeToldNotToBeWritable) {
+  for (const std::string name :
+       {"/no/such/folder/out.ts", "/no/such/folder/{gsid}.ts", "/no/such/folder/{name}.ts"}) {
+    const Result result =
+        runWithDaemon({"extract", test::sample(), "--service", "101", "-o", name});
+    EXPECT_EQ(kExitFailed, result.status) << name;
+    EXPECT_THAT(result.err, HasSubstr("there is no directory /no/such/folder; make it first"));
+  }
+  EXPECT_THAT(server_.daemon().calls, testing::IsEmpty());
+}
+
 TEST_F(ExtractCommand, WithoutAServiceNeedsAStreamWithAPmt) {
   test::PacketWriter writer;
   const TemporaryFile file("ts");

@@ -56,6 +56,15 @@ TEST_F(FeedCommand, AtTheStreamsRateIsHeldBack) {
   EXPECT_LT(nlohmann::json::parse(result.out).at("packets"), 10013);
 }
 
+TEST_F(FeedCommand, SaysWhatALiveStreamIsCalledBeforeItConnects) {
+  const Result result = test::run({"feed", "rtp://127.0.0.1:5000"});  // nobody is at the port
+  EXPECT_EQ(kExitFailed, result.status);
+  EXPECT_EQ(
+      "tornelctl: 'rtp://127.0.0.1:5000' is not udp://ADDRESS:PORT with an IPv4 address; RTP is "
+      "taken there, too\n",
+      result.err);
+}
+
 TEST_F(FeedCommand, TakesALiveStream) {
   constexpr const char* kSource = "udp://127.0.0.1:21044";
   std::atomic<bool> done{false};

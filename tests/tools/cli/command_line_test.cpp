@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <sstream>
 
 #include <gmock/gmock.h>
 
+#include "tests/platform/scoped_environment.h"
 #include "tests/tools/support/run_tornelctl.h"
 #include "tools/cli/cli.h"
 
@@ -141,9 +143,45 @@ TEST_F(CommandLineTest, ExplainsTheOptionsInTheirOrderWithTypesAndDefaults) {
     place += part.size();
   }
   EXPECT_THAT(result.out, Not(HasSubstr("environment")));
-  EXPECT_EQ(result.out, line_.help("do"));
-  EXPECT_EQ(run({"--help"}).out, line_.help(""));
-  EXPECT_THROW((void)line_.help("undo"), ArgumentError);
+  EXPECT_THAT(result.out, Not(HasSubstr("\n\n\n")));
+  const std::ostringstream out;
+  EXPECT_EQ(result.out, line_.help("do", out));
+  EXPECT_EQ(run({"--help"}).out, line_.help("", out));
+  EXPECT_THROW((void)line_.help("undo", out), ArgumentError);
+}
+
+/** The longest line of the text. */
+size_t widthOfText(const std::string& text) {
+  std::istringstream lines(text);
+  std::string line;
+  size_t width = 0;
+  while (std::getline(lines, line)) {
+    width = std::max(width, line.size());
+  }
+  return width;
+}
+
+TEST_F(CommandLineTest, ExplainsInTheColumnsThatThereAre) {
+  const std::string wide = run({"do", "--help"}).out;
+  EXPECT_GT(widthOfText(wide), 40U);
+  const tevra::test::ScopedEnvironment columns("COLUMNS", "40");
+  const std::string narrow = run({"do", "--help"}).out;
+  EXPECT_LE(widthOfText(narrow), 40U);
+  EXPECT_THAT(narrow, HasSubstr("\n  --port INT\n      Where\n"));
+  EXPECT_LE(widthOfText(run({"--help"}).out), 40U);
+  const auto words = [](const std::string& text) {
+    std::istringstream stream(text);
+    return std::vector<std::string>(std::istream_iterator<std::string>(stream), {});
+  };
+  EXPECT_EQ(words(wide), words(narrow)) << "nothing is left out";
+}
+
+TEST_F(CommandLineTest, ExplainsAsEverWhereTheColumnsMakeNoSense) {
+  const std::string wide = run({"do", "--help"}).out;
+  for (const char* columns : {"", "0", "-1", "many"}) {
+    const tevra::test::ScopedEnvironment variable("COLUMNS", columns);
+    EXPECT_EQ(wide, run({"do", "--help"}).out) << columns;
+  }
 }
 
 TEST_F(CommandLineTest, SaysOnOneLineWhatIsWrongAndWhereThereIsHelp) {
@@ -151,8 +189,12 @@ TEST_F(CommandLineTest, SaysOnOneLineWhatIsWrongAndWhereThereIsHelp) {
       {{}, "FILE is required"},
       {{"a", "b"}, "b"},
       {{"a", "--slow\nly"}, "--slow ly"},
-      {{"a", "-c", "0"}, "--count: Value 0 not in range"},
-      {{"a", "-c", "10"}, "--count: Value 10 not in range"},
+      {{"a", "--sped", "slow"}, "there is no option '--sped' (did you mean '--speed'?); see"},
+      {{"--tabel=PAT"}, "there is no option '--tabel=PAT' (did you mean '--table'?); see"},
+      {{"a", "--environment-command-line-tes", "b"}, "-tes'; see"},
+      {{"a", "-c", "0"}, "--count: '0' is no whole number from 1 to 9"},
+      {{"a", "-c", "10"}, "--count: '10' is no whole number from 1 to 9"},
+      {{"a", "-c", "three"}, "--count: 'three' is no whole number from 1 to 9"},
       {{"a", "--port", "x"}, "--port = x"},
       {{"a", "--port", "2147483648"}, "--port = 2147483648"},
       {{"a", "--port", "1", "--port", "2"}, "--port: "},
@@ -176,6 +218,13 @@ TEST_F(CommandLineTest, SaysOnOneLineWhatIsWrongAndWhereThereIsHelp) {
 
 TEST_F(CommandLineTest, WantsACommandThatThereIs) {
   EXPECT_EQ("tornelctl: a command is missing; see tornelctl --help\n", run({}).err);
+  EXPECT_EQ(
+      "tornelctl: there is no command or option 'od' (did you mean 'do'?); see tornelctl --help\n",
+      run({"od"}).err);
+  EXPECT_EQ(
+      "tornelctl: there is no command or option '--hepl' (did you mean '--help'?); see tornelctl "
+      "--help\n",
+      run({"--hepl"}).err);
   const Result result = run({"un\ndo"});
   EXPECT_EQ("tornelctl: there is no command or option 'un do'; see tornelctl --help\n", result.err);
   EXPECT_EQ(kExitUsage, result.status);

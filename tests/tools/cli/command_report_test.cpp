@@ -62,10 +62,12 @@ TEST_F(ReportCommand, LeavesNoFileWhenItFails) {
   EXPECT_FALSE(std::filesystem::exists(file_.path()));
 }
 
-TEST_F(ReportCommand, SaysSoWhenThePageCannotBeWritten) {
-  const Result result = run({"report", test::sample(), "-o", "/no/such/folder/page.html"});
+TEST_F(ReportCommand, FeedsNothingWhenThePageCannotBeWritten) {
+  const Result result =
+      runWithDaemon({"report", test::sample(), "-o", "/no/such/folder/page.html"});
   EXPECT_EQ(kExitFailed, result.status);
-  EXPECT_THAT(result.err, HasSubstr("cannot open /no/such/folder/page.html"));
+  EXPECT_THAT(result.err, HasSubstr("cannot write /no/such/folder/page.html"));
+  EXPECT_THAT(server_.daemon().calls, testing::IsEmpty());
 }
 
 }  // namespace

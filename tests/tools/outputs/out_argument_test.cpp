@@ -134,6 +134,7 @@ TEST(OutArgument, SaysExactlyWhatIsWrong) {
       {"audio=", "audio needs three-letter language codes with + between them, or none, not ''"},
       {"last-node=x", "last-node is direct, listed or none, not 'x'"},
       {"listed-node=x", "listed-node is GSID[:USID[:LANGUAGES]] with + between languages, not 'x'"},
+      {"name=Caf\xE9", "name is not UTF-8: convert it, with iconv for one"},
       {"name=a\\b", "a backslash stands only before a comma or another backslash"},
       {"name=a\\", "a backslash stands only before a comma or another backslash"},
   };

@@ -73,5 +73,37 @@ TEST_F(ReplacedFile, StaysWhereTheNewOneCannotBeWrittenOrPutInItsPlace) {
   EXPECT_EQ(1, filesThere());
 }
 
+/** Why it cannot be written; nothing if it can. */
+std::string faultOf(const std::string& path) {
+  try {
+    requireWritable(path);
+  } catch (const ToolError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+TEST_F(ReplacedFile, CanBeToldToBeWritableWithoutTouchingIt) {
+  EXPECT_EQ("", faultOf("-"));
+  EXPECT_EQ("", faultOf(path_));
+  EXPECT_EQ("", faultOf("file-in-the-working-directory"));
+  EXPECT_EQ(0, filesThere());
+  writeText(path_, "former");
+  EXPECT_EQ("", faultOf(path_));
+  EXPECT_EQ("former", readText(path_));
+  EXPECT_EQ("cannot write " + directory_.path() + ": it is a directory; name a file in it",
+            faultOf(directory_.path()));
+  EXPECT_EQ("cannot write /no/such/file: there is no directory /no/such; make it first",
+            faultOf("/no/such/file"));
+}
+
+TEST_F(ReplacedFile, IsReadAgainUnlessItIsAPipe) {
+  EXPECT_FALSE(isReadOnce(path_));
+  EXPECT_FALSE(isReadOnce(directory_.path()));
+  EXPECT_TRUE(isReadOnce("/dev/null"));
+  ASSERT_EQ(0, mkfifo(path_.c_str(), 0600));
+  EXPECT_TRUE(isReadOnce(path_));
+}
+
 }  // namespace
 }  // namespace tevra::tools

@@ -73,5 +73,14 @@ TEST(DvbText, PrintableReplacesControlCharactersAndInvalidBytes) {
   EXPECT_EQ("a\xEF\xBF\xBD\xEF\xBF\xBDé", printable("a\n\xFFé"));
 }
 
+TEST(Utf8, IsToldFromOtherBytes) {
+  for (const char* text : {"", "Uno HD", "T\xC3\xA9l\xC3\xA9", "\xEF\xBF\xBD"}) {
+    EXPECT_TRUE(isUtf8(text)) << text;
+  }
+  for (const char* text : {"Caf\xE9", "\xC3", "\xC3\x28", "\xA9"}) {
+    EXPECT_FALSE(isUtf8(text));
+  }
+}
+
 }  // namespace
 }  // namespace tevra::tools

@@ -1,0 +1,25 @@
+#include "tools/cli/terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <iostream>
+
+#include "tools/text/dvb_text.h"
+#include "tools/text/words.h"
+#include "tools/text/wrap.h"
+
+namespace tevra::tools {
+
+size_t widthOf(const std::ostream& stream) {
+  winsize size{};
+  const bool isStandard = &stream == &std::cout || &stream == &std::cerr;
+  const int descriptor = &stream == &std::cout ? STDOUT_FILENO : STDERR_FILENO;
+  return isStandard && ioctl(descriptor, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
+
+void printMessage(std::ostream& err, const std::string& text) {
+  err << wrapped("tornelctl: " + printable(oneLine(text)) + "\n", widthOf(err), 0);
+}
+
+}  // namespace tevra::tools

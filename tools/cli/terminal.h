@@ -1,0 +1,14 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+
+namespace tevra::tools {
+
+/** Characters that a line of `stream` has room for; 0 where it is no terminal. */
+[[nodiscard]] size_t widthOf(const std::ostream& stream);
+
+/** The message on one line; on a terminal that is narrower it is broken between words. */
+void printMessage(std::ostream& err, const std::string& text);
+
+}  // namespace tevra::tools
