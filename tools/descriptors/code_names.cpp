@@ -1,12 +1,12 @@
 #include "tools/descriptors/code_names.h"
 
 #include "tools/descriptors/name_table.h"
-#include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {
 
-constexpr std::array<NamedCode, 36> kStreamTypes = {{
+/** From 0x80 on as ATSC, SCTE, SMPTE and DVB have registered or use them. */
+constexpr std::array<NamedCode, 62> kStreamTypes = {{
     {0x01, "MPEG-1 video"},
     {0x02, "MPEG-2 video"},
     {0x03, "MPEG-1 audio"},
@@ -40,9 +40,35 @@ constexpr std::array<NamedCode, 36> kStreamTypes = {{
     {0x1F, "SVC video"},
     {0x20, "MVC video"},
     {0x21, "JPEG 2000 video"},
+    {0x22, "MPEG-2 video, additional view"},
+    {0x23, "AVC video, additional view"},
     {0x24, "HEVC video"},
+    {0x25, "HEVC video, temporal subset"},
+    {0x26, "MVCD video"},
+    {0x27, "timeline and external media"},
+    {0x28, "HEVC video, enhancement of annex G"},
+    {0x29, "HEVC video, temporal enhancement of annex G"},
+    {0x2A, "HEVC video, enhancement of annex H"},
+    {0x2B, "HEVC video, temporal enhancement of annex H"},
+    {0x2C, "green access units"},
+    {0x2D, "MPEG-H 3D audio"},
+    {0x2E, "MPEG-H 3D audio, auxiliary"},
+    {0x2F, "quality access units"},
+    {0x30, "media orchestration access units"},
+    {0x31, "HEVC video, tiles"},
+    {0x32, "JPEG XS video"},
     {0x33, "VVC video"},
+    {0x34, "VVC video, temporal subset"},
+    {0x35, "EVC video"},
     {0x7F, "IPMP"},
+    {0x80, "DigiCipher II video"},
+    {0x81, "AC-3 audio (ATSC)"},
+    {0x82, "SCTE 27 subtitles"},
+    {0x83, "SCTE 19 isochronous data"},
+    {0x86, "SCTE 35 splice information"},
+    {0x87, "E-AC-3 audio (ATSC)"},
+    {0x90, "MPE-FEC sections"},
+    {0xEA, "VC-1 video"},
 }};
 
 constexpr std::array<NamedCode, 6> kRunningStatus = {{
@@ -90,11 +116,6 @@ constexpr std::array<NamedCode, 29> kServiceTypes = {{
 
 std::string streamTypeName(int streamType) {
   return nameIn(kStreamTypes, streamType);
-}
-
-std::string streamTypeText(int streamType) {
-  const std::string name = streamTypeName(streamType);
-  return name.empty() ? "stream type " + hex(streamType, 2) : name;
 }
 
 std::string runningStatusName(int runningStatus) {

@@ -8,10 +8,8 @@
  */
 namespace tevra::tools {
 
-/** ISO/IEC 13818-1, table 2-34. */
+/** ISO/IEC 13818-1, table 2-34, and the commonest from 0x80 on, which are the user's. */
 [[nodiscard]] std::string streamTypeName(int streamType);
-/** The same, or "stream type 0x86" of one without a name. */
-[[nodiscard]] std::string streamTypeText(int streamType);
 
 /** EN 300 468, table 6: of a service or an event. */
 [[nodiscard]] std::string runningStatusName(int runningStatus);

@@ -24,7 +24,8 @@ constexpr size_t kTeletextEntrySize = 5;
 constexpr size_t kSubtitlingEntrySize = 8;
 
 constexpr int kPrivatePes = 0x06;
-constexpr std::array<int, 4> kAudioTypes = {0x03, 0x04, 0x0F, 0x11};
+/** MPEG audio, AAC, MPEG-H and ATSC's (enhanced) AC-3. */
+constexpr std::array<int, 8> kAudioTypes = {0x03, 0x04, 0x0F, 0x11, 0x1C, 0x2D, 0x81, 0x87};
 /** AC-3, enhanced AC-3, DTS, AAC (EN 300 468, 6.1) and ATSC's AC-3. */
 constexpr std::array<int, 5> kAudioTags = {0x6A, 0x7A, 0x7B, 0x7C, 0x81};
 

@@ -45,8 +45,8 @@ struct CaReference {
 [[nodiscard]] std::vector<CaReference> caReferences(const std::vector<Descriptor>& descriptors);
 
 /**
- * Whether people hear the stream: MPEG audio, AAC, or a private stream with the descriptor of an
- * audio codec.
+ * Whether people hear the stream: MPEG audio, AAC, ATSC's AC-3, or a private stream with the
+ * descriptor of an audio codec.
  */
 [[nodiscard]] bool isAudio(const PMTES& stream);
 

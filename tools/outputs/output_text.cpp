@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_values.h"
+#include "tools/descriptors/stream_names.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/text/text_table.h"
 #include "tools/text/words.h"
@@ -31,7 +31,7 @@ void printStreams(std::ostream& out, const PMT& pmt) {
     for (const Descriptor& descriptor : stream.descriptors) {
       tags.push_back(hex(descriptor.tag, 2));
     }
-    table.addRow({std::to_string(stream.pid), streamTypeText(stream.streamType),
+    table.addRow({std::to_string(stream.pid), streamName(stream),
                   joined(languages(stream.descriptors), "+"), joined(tags, " ")});
   }
   if (!table.empty()) {

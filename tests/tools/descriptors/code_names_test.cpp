@@ -15,13 +15,13 @@ TEST(CodeNames, NameTheStreamTypesThatAnOutputCanCarry) {
                                             {0x1B, "AVC video"},    {0x24, "HEVC video"}};
   for (const auto& [type, name] : names) {
     EXPECT_EQ(name, streamTypeName(type)) << type;
-    EXPECT_EQ(name, streamTypeText(type)) << type;
   }
 }
 
-TEST(CodeNames, HaveNoNameForAPrivateStreamType) {
-  EXPECT_EQ("", streamTypeName(0x86));
-  EXPECT_EQ("stream type 0x86", streamTypeText(0x86));
+TEST(CodeNames, NameTheCommonestOfTheUsersStreamTypes) {
+  EXPECT_EQ("AC-3 audio (ATSC)", streamTypeName(0x81));
+  EXPECT_EQ("SCTE 35 splice information", streamTypeName(0x86));
+  EXPECT_EQ("", streamTypeName(0xEE));
 }
 
 }  // namespace

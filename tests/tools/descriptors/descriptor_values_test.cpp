@@ -79,7 +79,7 @@ TEST(DescriptorValues, FindsThePidsOfCaDescriptors) {
 }
 
 TEST(DescriptorValues, KnowsAudioByTypeOrCodecDescriptor) {
-  for (const int type : {0x03, 0x04, 0x0F, 0x11}) {
+  for (const int type : {0x03, 0x04, 0x0F, 0x11, 0x1C, 0x2D, 0x81, 0x87}) {
     EXPECT_TRUE(isAudio(stream(type, {}))) << type;
   }
   EXPECT_TRUE(isAudio(stream(0x06, {0x52, 0x6A})));

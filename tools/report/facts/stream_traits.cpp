@@ -3,50 +3,30 @@
 #include <algorithm>
 #include <array>
 
-#include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_values.h"
 #include "tools/descriptors/name_table.h"
+#include "tools/descriptors/stream_names.h"
 
 namespace tevra::tools::report {
 namespace {
 
 constexpr int kPrivatePes = 0x06;
 
-constexpr std::array<int, 12> kVideoTypes = {0x01, 0x02, 0x10, 0x1B, 0x1E, 0x1F,
-                                             0x20, 0x21, 0x24, 0x25, 0x33, 0x34};
+constexpr std::array<int, 24> kVideoTypes = {0x01, 0x02, 0x10, 0x1B, 0x1E, 0x1F, 0x20, 0x21,
+                                             0x22, 0x23, 0x24, 0x25, 0x26, 0x28, 0x29, 0x2A,
+                                             0x2B, 0x31, 0x32, 0x33, 0x34, 0x35, 0x80, 0xEA};
 
-/** What tells the contents of a private PES stream. */
-struct PrivateContent {
-  int tag;
-  StreamKind kind;
-  const char* description;
-};
-constexpr std::array<PrivateContent, 11> kPrivateContents = {{
-    {0x46, StreamKind::kSubtitles, "VBI teletext"},
-    {0x56, StreamKind::kSubtitles, "teletext"},
-    {0x59, StreamKind::kSubtitles, "DVB subtitles"},
-    {0x6A, StreamKind::kAudio, "AC-3 audio"},
-    {0x7A, StreamKind::kAudio, "E-AC-3 audio"},
-    {0x7B, StreamKind::kAudio, "DTS audio"},
-    {0x7C, StreamKind::kAudio, "AAC audio"},
-    {0x81, StreamKind::kAudio, "AC-3 audio (ATSC)"},
-    {0x45, StreamKind::kData, "VBI data"},
-    {0x0D, StreamKind::kData, "private PES"},
-    {0x66, StreamKind::kData, "data broadcast"},
-}};
-
-const PrivateContent* privateContent(const PMTES& stream) {
-  const auto* found =
-      std::find_if(kPrivateContents.begin(), kPrivateContents.end(), [&](const auto& content) {
-        return stream.streamType == kPrivatePes &&
-               firstWithTag(stream.descriptors, content.tag) != nullptr;
-      });
-  return found == kPrivateContents.end() ? nullptr : found;
-}
+/** The descriptors of teletext and subtitles in a private PES stream. */
+constexpr std::array<int, 3> kTextTags = {0x46, 0x56, 0x59};
 
 StreamKind kindOf(const PMTES& stream) {
   if (std::find(kVideoTypes.begin(), kVideoTypes.end(), stream.streamType) != kVideoTypes.end()) {
     return StreamKind::kVideo;
+  }
+  if (stream.streamType == kPrivatePes &&
+      std::any_of(kTextTags.begin(), kTextTags.end(),
+                  [&](int tag) { return firstWithTag(stream.descriptors, tag) != nullptr; })) {
+    return StreamKind::kSubtitles;
   }
   return isAudio(stream) ? StreamKind::kAudio : StreamKind::kData;
 }
@@ -54,15 +34,7 @@ StreamKind kindOf(const PMTES& stream) {
 }  // namespace
 
 StreamTraits traitsOf(const PMTES& stream) {
-  StreamTraits traits;
-  if (const PrivateContent* content = privateContent(stream)) {
-    traits.kind = content->kind;
-    traits.description = content->description;
-  } else {
-    traits.kind = kindOf(stream);
-    traits.description = streamTypeText(stream.streamType);
-  }
-  traits.languages = languages(stream.descriptors);
+  StreamTraits traits = {kindOf(stream), streamName(stream), languages(stream.descriptors)};
   for (const std::string& code : textLanguages(stream.descriptors)) {
     if (std::count(traits.languages.begin(), traits.languages.end(), code) == 0) {
       traits.languages.push_back(code);
