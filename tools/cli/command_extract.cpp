@@ -10,6 +10,7 @@
 #include "tools/extract/output_pattern.h"
 #include "tools/extract/spts_files.h"
 #include "tools/feed/stream_feed.h"
+#include "tools/outputs/carriage.h"
 #include "tools/outputs/output_answers.h"
 #include "tools/outputs/output_text.h"
 #include "tools/stream/files.h"
@@ -50,6 +51,9 @@ void takeStreamDefaults(OutputDraft& draft, const StreamInventory& inventory) {
   }
   if (!output.originalNetworkId) {
     output.originalNetworkId = inventory.originalNetworkId();
+  }
+  if (const PMT* pmt = inventory.pmt(*draft.service)) {
+    output.streamLanguages = filterLanguages(*pmt);
   }
 }
 

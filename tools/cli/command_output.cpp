@@ -5,6 +5,7 @@
 #include "tools/cli/engine_options.h"
 #include "tools/cli/request_options.h"
 #include "tools/feed/stream_feed.h"
+#include "tools/outputs/audio_warnings.h"
 #include "tools/outputs/output_answers.h"
 #include "tools/outputs/output_json.h"
 #include "tools/outputs/output_text.h"
@@ -27,6 +28,21 @@ void print(const AskOptions& options, const OutputAnswers& answers, std::ostream
   }
   for (const auto& [globalSid, configuration] : answers) {
     printOutput(out, globalSid, configuration);
+  }
+}
+
+/** What the filter by language did not do. */
+void printWarnings(const std::vector<OutputOptions>& outputs, const OutputAnswers& answers,
+                   std::ostream& err) {
+  for (const OutputOptions& output : outputs) {
+    const auto answer = answers.find(output.resolvedGlobalSid());
+    if (answer == answers.end()) {
+      continue;
+    }
+    const PMT& pmt = answer->second.outputTables.dvbTables.pmt;
+    for (const std::string& line : audioWarnings(output.resolvedAudio(), pmt, "output")) {
+      err << "tornelctl: global service id " << answer->first << ": " << line << "\n";
+    }
   }
 }
 
@@ -67,6 +83,7 @@ int output(const AskOptions& options, const Console& console) {
   const auto outputs = outputsOf(draftsOf(options.request, OutputDefaults::kFixed));
   const OutputAnswers answers = answersTo(outputs, options, console);
   print(options, answers, console.out);
+  printWarnings(outputs, answers, console.err);
   requireAll(options, outputs, answers);
   return kExitDone;
 }

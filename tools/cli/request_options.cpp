@@ -53,8 +53,8 @@ void addNodeOptions(Command& command, RequestOptions& options) {
   command
       .option("--audio", options.audio,
               "Audio language to keep, of several with commas or repeatedly; the others are "
-              "dropped. Codes are as the stream writes them, which tables shows: deu is not ger "
-              "to the daemon, and ENG not eng. none drops all audio. "
+              "dropped. Either code of a language does, in any case: fra keeps fre and FRE too. "
+              "ndl stands for audio without a language, none drops all audio. "
               "(default: all audio is kept)")
       .checked(faultOfLanguages, "LANG");
   command.option("--global-sid", output.globalSid,

@@ -58,6 +58,11 @@ std::optional<int> StreamInventory::originalNetworkId() const {
   return sdt_ ? std::optional<int>(sdt_->originalNetworkId) : std::nullopt;
 }
 
+const PMT* StreamInventory::pmt(int serviceId) const {
+  const auto pmt = pmts_.find(serviceId);
+  return pmt == pmts_.end() ? nullptr : &pmt->second;
+}
+
 std::vector<ServiceSummary> StreamInventory::services() const {
   std::map<int, ServiceSummary> found;
   for (const SDTService& entry : sdt_ ? sdt_->services : std::vector<SDTService>{}) {
@@ -73,9 +78,9 @@ std::vector<ServiceSummary> StreamInventory::services() const {
     }
     ServiceSummary& service = found[program.programNumber];
     service.pmtPid = program.pid;
-    const auto pmt = pmts_.find(program.programNumber);
-    if (pmt != pmts_.end() && !service.hasPmt) {
-      describe(pmt->second, service);
+    const PMT* table = pmt(program.programNumber);
+    if (table != nullptr && !service.hasPmt) {
+      describe(*table, service);
     }
   }
   std::vector<ServiceSummary> services;

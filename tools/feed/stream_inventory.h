@@ -31,6 +31,10 @@ class StreamInventory {
 
   [[nodiscard]] std::optional<int> transportStreamId() const;  ///< of the PAT
   [[nodiscard]] std::optional<int> originalNetworkId() const;  ///< of the SDT
+  /** The last SDT; nothing before the first. */
+  [[nodiscard]] const std::optional<SDT>& sdt() const { return sdt_; }
+  /** The last PMT of the service; null without one. It stays until the next table is added. */
+  [[nodiscard]] const PMT* pmt(int serviceId) const;
   /** Those of the PAT and the SDT, in ascending service id. */
   [[nodiscard]] std::vector<ServiceSummary> services() const;
   /** As constructed, but for its id, when the stream knows nothing of the service. */

@@ -2,6 +2,9 @@
 
 #include <charconv>
 #include <map>
+#include <set>
+
+#include "tools/outputs/language_codes.h"
 
 namespace tevra::tools {
 namespace {
@@ -28,26 +31,39 @@ std::optional<int32_t> parseNumber(const std::string& text) {
   return value;
 }
 
-LastNodeSettings makeNode(int32_t globalSid, int32_t uniqueSid, const AudioFilter& audio) {
-  LastNodeSettings node;
-  node.globalSID = globalSid;
-  node.uniqueSID = uniqueSid;
-  node.audioFilter = audio ? 1 : 0;
+/** All forms of the languages, each once. */
+std::vector<AudioLanguage> languagesToAskFor(const AudioFilter& audio,
+                                             const std::vector<std::string>& streamCodes) {
+  std::vector<AudioLanguage> languages;
+  std::set<std::string> known;
   for (const std::string& language : audio.value_or(std::vector<std::string>{})) {
-    node.audioLanguages.emplace_back().language = language;
+    for (const std::string& code : codesToAskFor(language, streamCodes)) {
+      if (known.insert(code).second) {
+        languages.emplace_back().language = code;
+      }
+    }
   }
+  return languages;
+}
+
+LastNodeSettings makeNode(const ListedNode& from, const OutputOptions& output) {
+  LastNodeSettings node;
+  node.globalSID = from.globalSid;
+  node.uniqueSID = from.uniqueSid;
+  const AudioFilter& audio = from.audio ? from.audio : output.audio;
+  node.audioFilter = audio ? 1 : 0;
+  node.audioLanguages = languagesToAskFor(audio, output.streamLanguages);
   return node;
 }
 
 std::vector<LastNodeSettings> makeNodes(const OutputOptions& options) {
   const int32_t globalSid = options.resolvedGlobalSid();
   if (options.lastNode == LastNode::kDirect) {
-    return {makeNode(globalSid, options.uniqueSid.value_or(globalSid), options.audio)};
+    return {makeNode({globalSid, options.uniqueSid.value_or(globalSid), std::nullopt}, options)};
   }
   std::vector<LastNodeSettings> nodes;
   for (const ListedNode& listed : options.listedNodes) {
-    nodes.push_back(
-        makeNode(listed.globalSid, listed.uniqueSid, listed.audio ? listed.audio : options.audio));
+    nodes.push_back(makeNode(listed, options));
   }
   return nodes;
 }
@@ -68,6 +84,22 @@ void addOutput(SrvOutputRequest& request, const OutputOptions& options) {
 }
 
 }  // namespace
+
+AudioFilter OutputOptions::resolvedAudio() const {
+  if (lastNode == LastNode::kDirect) {
+    return audio;
+  }
+  AudioFilter all;
+  for (const ListedNode& node : listedNodes) {
+    const AudioFilter& filter = node.audio ? node.audio : audio;
+    if (!filter) {
+      return std::nullopt;  // one that takes everything
+    }
+    auto& languages = all ? *all : all.emplace();
+    languages.insert(languages.end(), filter->begin(), filter->end());
+  }
+  return all;
+}
 
 std::vector<SrvOutputRequest> makeRequests(const std::vector<OutputOptions>& outputs) {
   std::vector<SrvOutputRequest> requests;

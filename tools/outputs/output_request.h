@@ -16,7 +16,10 @@ enum class LastNode {
   kNone,    ///< no entry for the output
 };
 
-/** Audio languages to keep. Without a value: no filter. Empty: no audio at all. */
+/**
+ * Audio languages to keep, each under either of its codes and in any case. Without a value: no
+ * filter. Empty: no audio at all.
+ */
 using AudioFilter = std::optional<std::vector<std::string>>;
 
 /** A last node with a global service id of its own: it has an entry of its own in the answer. */
@@ -40,6 +43,8 @@ struct OutputOptions {
   LastNode lastNode = LastNode::kDirect;  ///< which of the next two count
   AudioFilter audio;                      ///< of the direct node, and of listed ones without any
   std::vector<ListedNode> listedNodes;    ///< sent with kListed alone
+  /** How the stream at hand writes the languages of its audio; empty without one. */
+  std::vector<std::string> streamLanguages;
 
   ///@{
   /** What is sent: as it is given, else the default above. */
@@ -51,6 +56,8 @@ struct OutputOptions {
     return name.value_or("Service " + std::to_string(resolvedOutputSid()));
   }
   ///@}
+  /** The filter of the output's own entry: listed nodes' combined as the daemon combines them. */
+  [[nodiscard]] AudioFilter resolvedAudio() const;
 };
 
 /**
@@ -62,7 +69,7 @@ struct OutputOptions {
 
 /**
  * Reads "fre", "fre,ger" or "fre+ger"; "none" is an empty list. Nothing when a code has not three
- * characters. Codes are kept as they are written.
+ * characters. Codes stay as they are written.
  */
 [[nodiscard]] std::optional<std::vector<std::string>> parseLanguages(const std::string& text);
 

@@ -1,10 +1,12 @@
 #include "tools/outputs/output_text.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "tools/descriptors/descriptor_values.h"
 #include "tools/descriptors/stream_names.h"
+#include "tools/outputs/language_codes.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/text/text_table.h"
 #include "tools/text/words.h"
@@ -31,8 +33,10 @@ void printStreams(std::ostream& out, const PMT& pmt) {
     for (const Descriptor& descriptor : stream.descriptors) {
       tags.push_back(hex(descriptor.tag, 2));
     }
-    table.addRow({std::to_string(stream.pid), streamName(stream),
-                  joined(languages(stream.descriptors), "+"), joined(tags, " ")});
+    std::vector<std::string> codes = languages(stream.descriptors);
+    std::transform(codes.begin(), codes.end(), codes.begin(), languageText);
+    table.addRow(
+        {std::to_string(stream.pid), streamName(stream), joined(codes, "+"), joined(tags, " ")});
   }
   if (!table.empty()) {
     table.print(out, 4);

@@ -185,6 +185,26 @@ std::map<int32_t, SPTSConfiguration> answerEach(const SrvOutputRequest& request)
   return answer;
 }
 
+TEST_F(ExtractCommand, AsksForLanguagesAsTheStreamWritesThem) {
+  server_.daemon().answerTo = answerEach;
+  test::StreamBuilder stream;
+  stream.add(0, test::makePat(1, 1, {{101, 0x100}}));
+  stream.add(0x100, test::makePmt(
+                        101, 1, 0x101,
+                        {{2, 0x101, {}}, {4, 0x102, test::descriptor(0x0A, {'D', 'e', 'U', 0})}}));
+  stream.add(0x101, 0);
+  const TemporaryFile input("in");
+  input.write(stream.packets());
+  const TemporaryFile file("out");
+  (void)runWithDaemon({"extract", input.path(), "--audio", "ger", "-o", file.path()});
+  std::vector<std::string> asked;
+  for (const AudioLanguage& language :
+       server_.daemon().requests.at(0).lastNodeSettings.at(101).at(0).audioLanguages) {
+    asked.push_back(language.language);
+  }
+  EXPECT_EQ((std::vector<std::string>{"ger", "deu", "DeU"}), asked);
+}
+
 /** A pattern for files with these global service ids, which are removed at the end. */
 class OutputFiles {
  public:

@@ -64,12 +64,22 @@ TEST_F(OutputCommand, AsksWithEveryOption) {
   node.globalSID = 7;
   node.uniqueSID = 8;
   node.audioFilter = 1;
-  node.audioLanguages.resize(3);
-  node.audioLanguages[0].language = "eng";
-  node.audioLanguages[1].language = "spa";
-  node.audioLanguages[2].language = "fre";
+  for (const char* code :
+       {"eng", "ENG", "Eng", "spa", "SPA", "Spa", "fre", "FRE", "Fre", "fra", "FRA", "Fra"}) {
+    node.audioLanguages.emplace_back().language = code;
+  }
   expected.lastNodeSettings[7] = {node};
   EXPECT_EQ(expected, server_.daemon().requests[0]);
+}
+
+TEST_F(OutputCommand, WarnsOfALanguageThatTheAnswerDoesNotHave) {
+  server_.daemon().answer = answerFor({101});
+  EXPECT_EQ("", runWithDaemon({"output", "--service", "101", "--audio", "ENG"}).err);
+  const Result result = runWithDaemon({"output", "--service", "101", "--audio", "eng,fra"});
+  EXPECT_EQ(kExitDone, result.status);
+  EXPECT_EQ(
+      "tornelctl: global service id 101: there is no audio in fra/fre: the output's is in eng\n",
+      result.err);
 }
 
 TEST_F(OutputCommand, AsksForListedNodesOrNone) {

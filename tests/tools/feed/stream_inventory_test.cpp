@@ -52,6 +52,14 @@ TEST(StreamInventory, JoinsWhatPatSdtAndPmtSayOfAService) {
   EXPECT_EQ((std::vector<std::string>{"spa", "-"}), service.audioLanguages);
 }
 
+TEST(StreamInventory, KeepsTheLastSdtAndPmts) {
+  const StreamInventory inventory = makeInventory();
+  EXPECT_EQ(2U, inventory.sdt()->services.size());
+  EXPECT_EQ(3U, inventory.pmt(101)->esList.size());
+  EXPECT_EQ(nullptr, inventory.pmt(102));
+  EXPECT_FALSE(StreamInventory().sdt().has_value());
+}
+
 TEST(StreamInventory, NamesTheCommonServiceTypes) {
   const std::map<char, std::string> names = {
       {0x00, "?"},        {0x01, "TV"},    {0x02, "radio"},   {0x0A, "radio (advanced codec)"},

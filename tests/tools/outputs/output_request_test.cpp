@@ -58,6 +58,7 @@ TEST(OutputRequest, CarriesEveryOptionToItsMember) {
   options.nextNode = -2;
   options.outputParam = 11;
   options.audio = Languages{"eng", "spa"};
+  options.streamLanguages = Languages{"eng", "ita"};
   const SrvOutputRequest request = makeRequest(options);
   const OutputServiceDescription& output = request.outputs.at(7);
   EXPECT_EQ(7, output.globalSID);
@@ -100,7 +101,8 @@ TEST(OutputRequest, ListsNodesWithTheirOwnLanguagesOrTheOutputs) {
   OutputOptions options = service(101);
   options.lastNode = LastNode::kListed;
   options.audio = Languages{"eng"};
-  options.listedNodes = {*parseListedNode("5"), *parseListedNode("6:60:fre+ger")};
+  options.streamLanguages = Languages{"eng", "GER"};
+  options.listedNodes = {*parseListedNode("5"), *parseListedNode("6:60:fre+ger+fra")};
   const auto nodes = makeRequest(options).lastNodeSettings.at(101);
   ASSERT_EQ(2U, nodes.size());
   EXPECT_EQ(5, nodes[0].globalSID);
@@ -108,7 +110,29 @@ TEST(OutputRequest, ListsNodesWithTheirOwnLanguagesOrTheOutputs) {
   EXPECT_EQ(Languages{"eng"}, languagesOf(nodes[0]));
   EXPECT_EQ(6, nodes[1].globalSID);
   EXPECT_EQ(60, nodes[1].uniqueSID);
-  EXPECT_EQ((Languages{"fre", "ger"}), languagesOf(nodes[1]));
+  EXPECT_EQ((Languages{"fre", "fra", "ger", "deu", "GER"}), languagesOf(nodes[1]));
+}
+
+TEST(OutputRequest, AsksForLanguagesInTheUsualCasesWithoutAStream) {
+  OutputOptions options = service(101);
+  options.audio = Languages{"fra", "eng"};
+  const LastNodeSettings node = makeRequest(options).lastNodeSettings.at(101).at(0);
+  EXPECT_EQ((Languages{"fra", "FRA", "Fra", "fre", "FRE", "Fre", "eng", "ENG", "Eng"}),
+            languagesOf(node));
+}
+
+TEST(OutputRequest, HasTheFiltersOfListedNodesCombined) {
+  OutputOptions options = service(101);
+  options.audio = Languages{"eng"};
+  EXPECT_EQ(Languages{"eng"}, options.resolvedAudio());
+  options.lastNode = LastNode::kListed;
+  options.listedNodes = {*parseListedNode("5"), *parseListedNode("6:60:fre")};
+  EXPECT_EQ((Languages{"eng", "fre"}), options.resolvedAudio());
+  options.audio.reset();
+  EXPECT_FALSE(options.resolvedAudio().has_value()) << "one node takes everything";
+  options.lastNode = LastNode::kNone;
+  options.listedNodes.clear();
+  EXPECT_FALSE(options.resolvedAudio().has_value());
 }
 
 TEST(OutputRequest, ReadsLanguagesAsTheyAreWritten) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/tools/support/sample_answer.h"
+#include "tests/tools/support/table_makers.h"
 
 namespace tevra::tools {
 namespace {
@@ -28,6 +29,18 @@ TEST(OutputText, ShowsPidsAndTablesToPeople) {
       "    502  MPEG-2 video\n"
       "    503  MPEG-2 audio  eng       0x0A\n",
       out.str());
+}
+
+TEST(OutputText, NamesStreamsByTheirContentsAndLanguagesByBothCodes) {
+  SPTSConfiguration configuration;
+  configuration.outputTables.dvbTables.pmt.esList = {
+      test::streamRecord(0x06, 504,
+                         {test::descriptorRecord(0x6A, "x"), test::languageDescriptor("fre"),
+                          test::languageDescriptor("eng")})};
+  std::ostringstream out;
+  printOutput(out, 1, configuration);
+  EXPECT_NE(std::string::npos, out.str().find("504  AC-3 audio  fre/fra+eng  0x6A 0x0A"))
+      << out.str();
 }
 
 TEST(OutputText, TakesAnEmptyOutput) {
