@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <set>
 
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
@@ -9,6 +10,7 @@
 #include "tools/extract/extract_json.h"
 #include "tools/extract/output_pattern.h"
 #include "tools/extract/spts_files.h"
+#include "tools/feed/service_entries.h"
 #include "tools/feed/stream_feed.h"
 #include "tools/outputs/carriage.h"
 #include "tools/outputs/output_answers.h"
@@ -96,6 +98,18 @@ std::vector<SptsFile> ask(thrift::in_module::im_SIControlSrvIf& engine,
   return extractions;
 }
 
+/** Has the daemon know what the SDT does not say of the services. */
+void completeSdt(thrift::in_module::im_SIControlSrvIf& daemon, const StreamInventory& inventory,
+                 const std::vector<OutputOptions>& outputs, std::ostream& err) {
+  std::set<int> services;
+  for (const OutputOptions& output : outputs) {
+    services.insert(output.inputSid);
+  }
+  for (const std::string& line : enterServices(daemon, inventory, services)) {
+    err << line << "\n";
+  }
+}
+
 void printFeed(const ExtractOptions& options, const StreamFeed& stream, std::ostream& out) {
   if (options.json) {
     return;
@@ -159,7 +173,9 @@ int extract(const ExtractOptions& options, const Console& given) {
     printFeed(options, stream, console.out);
     stream.printFaults(console.err);
     const auto asked = settledOutputs(options.drafts, stream.inventory());
-    outputs = ask(engine, asked, filesFor(options.pattern, asked, options.file));
+    const auto files = filesFor(options.pattern, asked, options.file);
+    completeSdt(engine, stream.inventory(), asked, console.err);
+    outputs = ask(engine, asked, files);
   };
   withEngine(options.engine, options.file, console, calls);
   printAnswers(options, outputs, console.out);

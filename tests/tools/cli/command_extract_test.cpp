@@ -185,6 +185,32 @@ std::map<int32_t, SPTSConfiguration> answerEach(const SrvOutputRequest& request)
   return answer;
 }
 
+/** The sample's service 101 without an SDT, its video and a stream that is not carried. */
+std::vector<TsPacket> streamWithoutSdt() {
+  test::StreamBuilder stream;
+  stream.add(0, test::makePat(1, 1, {{101, 0x100}}));
+  stream.add(0x100, test::makePmt(101, 1, 0x101, {{2, 0x101, {}}, {0x86, 0x102, {}}}));
+  for (const int64_t pcr : {0, 1'000'000}) {
+    stream.add(0x101, pcr);
+  }
+  return stream.packets();
+}
+
+TEST_F(ExtractCommand, EntersAServiceThatTheStreamDoesNotDescribeAndSaysSo) {
+  server_.daemon().answerTo = answerEach;
+  const TemporaryFile input("in");
+  input.write(streamWithoutSdt());
+  const TemporaryFile file("out");
+  const Result result =
+      runWithDaemon({"extract", input.path(), "--audio", "none", "-o", file.path()});
+  EXPECT_EQ(kExitDone, result.status) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("there is no SDT to describe service 101: it goes out as "
+                                    "digital television (type 0x01), by its streams\n"));
+  EXPECT_EQ((std::vector<std::string>{"setPAT PAT 1 v1", "setPMT PMT 101 v1", "setSDT SDT 1 v0",
+                                      "getSrvOutputData"}),
+            server_.daemon().calls);
+}
+
 TEST_F(ExtractCommand, AsksForLanguagesAsTheStreamWritesThem) {
   server_.daemon().answerTo = answerEach;
   test::StreamBuilder stream;
