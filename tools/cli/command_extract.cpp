@@ -33,6 +33,7 @@ struct ExtractOptions {
   std::string outputFile;
   OutputPattern pattern;
   bool json = false;
+  bool strict = false;
 };
 
 /** What the user did not say is as in the input. */
@@ -80,6 +81,7 @@ std::vector<OutputOptions> settledOutputs(std::vector<OutputDraft> drafts,
 }
 
 std::vector<SptsFile> ask(thrift::in_module::im_SIControlSrvIf& engine,
+                          const StreamInventory& inventory,
                           const std::vector<OutputOptions>& outputs,
                           const std::vector<std::string>& files) {
   const OutputAnswers answers = askFor(engine, outputs);
@@ -92,6 +94,7 @@ std::vector<SptsFile> ask(thrift::in_module::im_SIControlSrvIf& engine,
   for (size_t index = 0; index < outputs.size(); ++index) {
     SptsFile& extraction = extractions.emplace_back();
     extraction.output = outputs[index];
+    extraction.input = *inventory.pmt(outputs[index].inputSid);
     extraction.file = files[index];
     extraction.configuration = answers.at(outputs[index].resolvedGlobalSid());
   }
@@ -132,7 +135,7 @@ void printAnswers(const ExtractOptions& options, const std::vector<SptsFile>& ou
 void printFile(const SptsFile& output, std::ostream& out) {
   out << "output " << output.file << ": " << counted(output.streamPackets, "packet")
       << " of streams, " << counted(output.tablePackets, "packet") << " of tables, "
-      << fixedText(output.seconds, 2) << " s\n";
+      << (output.seconds ? fixedText(*output.seconds, 2) + " s" : "unknown duration") << "\n";
 }
 
 void printFiles(const std::vector<SptsFile>& outputs, const Console& console) {
@@ -159,6 +162,16 @@ void requireStreams(const std::vector<SptsFile>& outputs) {
   }
 }
 
+void requireNoWarnings(const std::vector<SptsFile>& outputs) {
+  size_t warnings = 0;
+  for (const SptsFile& output : outputs) {
+    warnings += output.warnings.size();
+  }
+  if (warnings != 0) {
+    throw ToolError(counted(warnings, "warning") + ", which --strict does not let pass");
+  }
+}
+
 int extract(const ExtractOptions& options, const Console& given) {
   // What is said must not get between the packets on standard output.
   const Console console = {options.outputFile == kStandardOutput ? given.err : given.out,
@@ -175,7 +188,7 @@ int extract(const ExtractOptions& options, const Console& given) {
     const auto asked = settledOutputs(options.drafts, stream.inventory());
     const auto files = filesFor(options.pattern, asked, options.file);
     completeSdt(engine, stream.inventory(), asked, console.err);
-    outputs = ask(engine, asked, files);
+    outputs = ask(engine, stream.inventory(), asked, files);
   };
   withEngine(options.engine, options.file, console, calls);
   printAnswers(options, outputs, console.out);
@@ -186,6 +199,9 @@ int extract(const ExtractOptions& options, const Console& given) {
     printFiles(outputs, console);
   }
   requireStreams(outputs);
+  if (options.strict) {
+    requireNoWarnings(outputs);
+  }
   return kExitDone;
 }
 
@@ -243,6 +259,7 @@ void addExtractCommand(CommandLine& line) {
       .required();
   addRequestOptions(command, options->request, OutputDefaults::kFromStream);
   command.flag("--json", options->json, "Print what was written as JSON");
+  command.flag("--strict", options->strict, "Fail when there is a warning");
   addEngineOptions(command, options->engine);
   command.action([options](const Console& console) {
     finishOptions(*options);

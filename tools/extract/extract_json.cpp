@@ -22,7 +22,7 @@ Json fileJson(const SptsFile& file) {
           {"file", file.file},
           {"streamPackets", file.streamPackets},
           {"tablePackets", file.tablePackets},
-          {"seconds", file.seconds},
+          {"seconds", orNull(file.seconds)},
           {"pidItems", pidItemsJson(file.configuration.pidItems)},
           {"pids", pidsJson(file.pidPackets)},
           {"warnings", file.warnings}};

@@ -2,6 +2,7 @@
 
 #include <list>
 
+#include "tools/extract/output_warnings.h"
 #include "tools/extract/spts_writer.h"
 #include "tools/stream/files.h"
 #include "tools/stream/ts_packet_reader.h"
@@ -15,7 +16,7 @@ class OpenSpts {
   explicit OpenSpts(SptsFile& output)
       : output_(output), file_(output.file), writer_(output.configuration, [this](auto& packet) {
           file_.write(packet.data(), kTsPacketSize);
-          ++output_.pidPackets[packet.pid()];
+          count(packet);
         }) {}
 
   void push(const TsPacket& packet) { writer_.push(packet); }
@@ -25,11 +26,25 @@ class OpenSpts {
     file_.close();
     output_.streamPackets = writer_.streamPackets();
     output_.tablePackets = writer_.tablePackets();
-    output_.seconds = static_cast<double>(writer_.duration()) / static_cast<double>(kSystemClock);
-    output_.warnings = writer_.warnings();
+    if (const std::optional<int64_t> duration = writer_.duration()) {
+      output_.seconds = static_cast<double>(*duration) / static_cast<double>(kSystemClock);
+    }
+    output_.warnings = outputWarnings(output_);
+    output_.warnings.insert(output_.warnings.begin(), writer_.warnings().begin(),
+                            writer_.warnings().end());
   }
 
  private:
+  void count(const TsPacket& packet) {
+    const int pid = packet.pid();
+    ++output_.pidPackets[pid];
+    if (packet.scrambled()) {
+      ++output_.pidScrambled[pid];
+    }
+    const bool isClock = pid == output_.configuration.outputTables.dvbTables.pmt.pcrPid;
+    output_.pcrs += isClock && packet.pcr() ? 1 : 0;
+  }
+
   SptsFile& output_;
   OutputFile file_;
   SptsWriter writer_;

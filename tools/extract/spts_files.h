@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,15 +13,19 @@ namespace tevra::tools {
 
 /** One output that is written to a file, and what became of it: zero or empty until it is. */
 struct SptsFile {
-  OutputOptions output;             ///< what was asked for; for the account alone
+  OutputOptions output;             ///< what was asked for; for account and warnings alone
+  PMT input;                        ///< of the input service, to know what the output lacks
   std::string file;                 ///< "-" is standard output
   SPTSConfiguration configuration;  ///< the daemon's answer: what goes into the file
 
   uint64_t streamPackets = 0;  ///< packets written that came from the input
   uint64_t tablePackets = 0;   ///< packets written of PAT, SDT and PMT
-  double seconds = 0;          ///< of stream time, from the input's first to its last packet
-  std::map<int, uint64_t> pidPackets;  ///< packets of streams and tables, by output PID
-  std::vector<std::string> warnings;   ///< one line for every PID that is left out
+  uint64_t pcrs = 0;           ///< packets written with a PCR, on the PCR PID of the output's PMT
+  /** Of stream time, from the input's first to its last packet; nothing without PCRs. */
+  std::optional<double> seconds;
+  std::map<int, uint64_t> pidPackets;    ///< packets of streams and tables, by output PID
+  std::map<int, uint64_t> pidScrambled;  ///< those of them that are scrambled
+  std::vector<std::string> warnings;     ///< what a receiver would miss, a line each
 };
 
 /**

@@ -45,8 +45,10 @@ class SptsWriter {
   [[nodiscard]] uint64_t streamPackets() const { return streamPackets_; }
   /** Packets written of PAT, SDT and PMT. */
   [[nodiscard]] uint64_t tablePackets() const { return tablePackets_; }
-  /** Stream time from the first to the last input packet, in 27 MHz ticks. */
-  [[nodiscard]] int64_t duration() const { return duration_; }
+  /** Stream time from the first to the last input packet in 27 MHz ticks; nothing without PCRs. */
+  [[nodiscard]] std::optional<int64_t> duration() const {
+    return clock_.isMeasured() ? std::optional<int64_t>(duration_) : std::nullopt;
+  }
   /** One line for every item of the answer that cannot be carried. */
   [[nodiscard]] const std::vector<std::string>& warnings() const { return routes_.warnings(); }
 

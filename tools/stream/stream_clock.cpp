@@ -36,6 +36,7 @@ void StreamClock::takePcr(size_t index, int64_t pcr, bool discontinuity) {
   const int64_t interval = pcrInterval(anchor_->pcr, pcr);
   if (!discontinuity && interval > 0) {
     ticksPerPacket_ = static_cast<double>(interval) / static_cast<double>(index - anchor_->index);
+    isMeasured_ = true;
   }
   release(index);
   anchor_ = Anchor{0, pcr};

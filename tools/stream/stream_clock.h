@@ -35,6 +35,8 @@ class StreamClock {
   void push(const TsPacket& packet);
   /** Hands on what is left. */
   void finish();
+  /** Whether the times are by PCRs: two have told how fast packets come. */
+  [[nodiscard]] bool isMeasured() const { return isMeasured_; }
 
  private:
   struct Anchor {
@@ -51,6 +53,7 @@ class StreamClock {
   std::vector<TsPacket> pending_;
   int64_t pendingTime_ = 0;  // of the first of them
   double ticksPerPacket_;
+  bool isMeasured_ = false;
   std::optional<Anchor> anchor_;
 };
 

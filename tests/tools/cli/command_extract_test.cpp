@@ -211,6 +211,26 @@ TEST_F(ExtractCommand, EntersAServiceThatTheStreamDoesNotDescribeAndSaysSo) {
             server_.daemon().calls);
 }
 
+TEST_F(ExtractCommand, FailsForAWarningOnlyWhenItIsStrict) {
+  server_.daemon().answerTo = answerEach;
+  const TemporaryFile input("in");
+  input.write(streamWithoutSdt());
+  const TemporaryFile file("out");
+  std::vector<std::string> arguments = {"extract", input.path(), "-o", file.path()};
+  const Result lenient = runWithDaemon(arguments);
+  EXPECT_EQ(kExitDone, lenient.status);
+  const std::string warning = "tornelctl: " + file.path() +
+                              ": left out for a type that is not carried: input PID 258 "
+                              "(SCTE 35 splice information)\n";
+  EXPECT_THAT(lenient.err, HasSubstr(warning));
+  arguments.emplace_back("--strict");
+  const Result strict = runWithDaemon(arguments);
+  EXPECT_EQ(kExitFailed, strict.status);
+  EXPECT_THAT(strict.err,
+              HasSubstr(warning + "tornelctl: 1 warning, which --strict does not let pass\n"));
+  EXPECT_FALSE(file.readPackets().empty()) << "is written all the same";
+}
+
 TEST_F(ExtractCommand, AsksForLanguagesAsTheStreamWritesThem) {
   server_.daemon().answerTo = answerEach;
   test::StreamBuilder stream;

@@ -77,10 +77,32 @@ TEST(SptsFiles, AreAccountedForEach) {
   EXPECT_EQ(1546U, outputs[0].pidPackets.at(kVideo));
   EXPECT_EQ(counters(first, kPmt).size(), outputs[0].pidPackets.at(kPmt));
   EXPECT_EQ(4U, outputs[0].pidPackets.size());
-  EXPECT_NEAR(9.41, outputs[0].seconds, 0.01);
+  EXPECT_NEAR(9.41, outputs[0].seconds.value(), 0.01);
+  EXPECT_GT(outputs[0].pcrs, 90U);
   EXPECT_TRUE(outputs[0].warnings.empty());
   EXPECT_EQ(0U, outputs[1].streamPackets);
   EXPECT_EQ(1U, outputs[1].warnings.size());
+}
+
+TEST(SptsFiles, WithoutPcrsHaveNoDurationAndWarnOfWhatIsScrambled) {
+  test::PacketWriter writer;
+  std::vector<TsPacket> packets;
+  for (int i = 0; i < 3; ++i) {
+    packets.push_back(writer.stream(kInputVideo, 1));
+    packets.back().data()[3] |= i == 0 ? 0x00 : 0x80;
+  }
+  const TemporaryFile input("in");
+  input.write(packets);
+  const TemporaryFile file("out");
+  std::vector<SptsFile> outputs = {outputFor(file)};
+  writeSptsFiles(input.path(), outputs);
+  EXPECT_FALSE(outputs[0].seconds.has_value());
+  EXPECT_EQ(0U, outputs[0].pcrs);
+  EXPECT_EQ((std::map<int, uint64_t>{{kVideo, 2}}), outputs[0].pidScrambled);
+  EXPECT_EQ((std::vector<std::string>{
+                "there is no PCR on output PID 502: a receiver has no clock to play by",
+                "2 packets on output PID 502 are scrambled, but the output is announced as clear"}),
+            outputs[0].warnings);
 }
 
 TEST(SptsFiles, TakeOneReadingOfTheInput) {

@@ -209,7 +209,7 @@ TEST_F(SptsWriterTest, AllPacketsOfATableStandTogether) {
 TEST_F(SptsWriterTest, TellsHowLongTheInputIs) {
   pushInput(2000);
   writer_.finish();
-  EXPECT_NEAR(2000, static_cast<double>(writer_.duration()) / kMillisecond, 2);
+  EXPECT_NEAR(2000, static_cast<double>(writer_.duration().value()) / kMillisecond, 2);
 }
 
 SPTSConfiguration sharedPidConfiguration() {

@@ -48,6 +48,16 @@ TEST_F(StreamClockTest, SpreadsPacketsEvenlyBetweenPcrs) {
   EXPECT_EQ((std::vector<int64_t>{0, 100, 200, 300, 400, 900}), times_);
 }
 
+TEST_F(StreamClockTest, IsMeasuredFromTheSecondPcrOn) {
+  push(3);
+  pushPcr(5000);
+  clock_.finish();
+  EXPECT_FALSE(clock_.isMeasured());
+  pushPcr(5000);
+  pushPcr(5400);
+  EXPECT_TRUE(clock_.isMeasured());
+}
+
 TEST_F(StreamClockTest, TellsThePacketWithAPcrWhenTheNextOneComes) {
   pushPcr(5000);
   push(1);
