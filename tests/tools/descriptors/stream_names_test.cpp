@@ -24,9 +24,9 @@ TEST(StreamNames, AreThoseOfTheType) {
 }
 
 TEST(StreamNames, AreThoseOfTheContentsInPrivatePes) {
-  const std::map<int, std::string> names = {
-      {0x6A, "AC-3 audio"}, {0x7A, "E-AC-3 audio"}, {0x7B, "DTS audio"}, {0x59, "DVB subtitles"},
-      {0x56, "teletext"},   {0x66, "data broadcast"}};
+  const std::map<int, std::string> names = {{0x6A, "AC-3 audio"}, {0x7A, "E-AC-3 audio"},
+                                            {0x7B, "DTS audio"},  {0x59, "DVB subtitles"},
+                                            {0x56, "teletext"},   {0x66, "data broadcast"}};
   for (const auto& [tag, name] : names) {
     EXPECT_EQ(name, streamName(streamRecord(
                         0x06, 512, {descriptorRecord(0x52, "x"), descriptorRecord(tag, "x")})));

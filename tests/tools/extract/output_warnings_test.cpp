@@ -39,9 +39,9 @@ TEST(OutputWarnings, TellOfAPmtWithoutAPid) {
   for (const int pid : {0, 8191, 65535}) {
     SptsFile file = goodFile();
     file.configuration.outputTables.dvbTables.pat.programs.at(0).pid = pid;
-    EXPECT_THAT(outputWarnings(file), ElementsAre("the output's PMT has no usable PID (" +
-                                                  std::to_string(pid) +
-                                                  "): no receiver finds its streams"));
+    EXPECT_THAT(outputWarnings(file),
+                ElementsAre("the output's PMT has no usable PID (" + std::to_string(pid) +
+                            "): no receiver finds its streams"));
   }
   SptsFile file = goodFile();
   file.configuration.outputTables.dvbTables.pat.programs.clear();
@@ -58,7 +58,8 @@ TEST(OutputWarnings, TellOfAnOutputWithoutAClock) {
   }
   SptsFile unlisted = goodFile();
   unlisted.configuration.pidItems[1].attributes = kPidEs;
-  EXPECT_THAT(outputWarnings(unlisted), ElementsAre("the output has no usable PCR PID (502)" + end));
+  EXPECT_THAT(outputWarnings(unlisted),
+              ElementsAre("the output has no usable PCR PID (502)" + end));
   SptsFile clockless = goodFile();
   clockless.configuration.pidItems[1].attributes = kPidEs;
   clockless.configuration.pidItems.push_back(pidItem(8191, 504, kPidPcr));
