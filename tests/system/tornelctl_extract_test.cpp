@@ -168,5 +168,23 @@ TEST_F(TornelctlExtract, OfARecordingWithoutPmtsSaysThatThereAreNone) {
   EXPECT_FALSE(std::filesystem::exists(out_));
 }
 
+TEST_F(TornelctlExtract, OfAStreamWithoutAnSdtHasOneOfItsOwnThatIsCurrent) {
+  constexpr size_t kPacketSize = 188;
+  const std::string sample = readText(samplePath());
+  std::string input;
+  for (size_t at = 0; at < sample.size(); at += kPacketSize) {
+    const int pid = (sample[at + 1] & 0x1F) << 8 | static_cast<unsigned char>(sample[at + 2]);
+    input += pid == kSdtPid ? "" : sample.substr(at, kPacketSize);
+  }
+  const std::string path = directory_ / "in.ts";
+  writeText(path, input);
+  ASSERT_NO_FATAL_FAILURE(extract(path, 104));
+  const std::string sdt = firstSection(TransportStream(out_), kSdtPid, kSdtActualTableId);
+  EXPECT_EQ(sdt.at(5) & 0x01, 1) << "current_next_indicator";
+  const ParsedService service = parseSdt(sdt).services.at(104);
+  EXPECT_EQ(service.type, 2);
+  EXPECT_EQ(service.name, "Service 104");
+}
+
 }  // namespace
 }  // namespace tevra::test
