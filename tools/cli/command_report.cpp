@@ -4,6 +4,7 @@
 #include "tools/cli/command.h"
 #include "tools/cli/engine_options.h"
 #include "tools/report/facts/report_collector.h"
+#include "tools/report/page/check_words.h"
 #include "tools/report/page/report_json.h"
 #include "tools/report/page/report_page.h"
 #include "tools/stream/files.h"
@@ -18,6 +19,8 @@ struct ReportOptions {
   std::string outputFile;
   std::string title;
   bool json = false;
+  bool check = false;
+  int pidPeriod = report::kPidPeriod;
 };
 
 /** Written only when all is known, so that a failure leaves no half of a page. */
@@ -29,6 +32,26 @@ void write(const ReportOptions& options, const report::Report& report) {
   file.close();
 }
 
+void requireOutput(const ReportOptions& options) {
+  if (options.check && !options.outputFile.empty()) {
+    throw ArgumentError("--check writes no page: leave --output out");
+  }
+  if (!options.check && options.outputFile.empty()) {
+    throw ArgumentError("--output is required");
+  }
+}
+
+/** Needs neither an output file nor a daemon. */
+int check(const ReportOptions& options, const Console& console) {
+  const report::Verdict verdict = report::checkStream(options.file, options.pidPeriod);
+  if (options.json) {
+    console.out << report::verdictJson(verdict) << "\n";
+  } else {
+    report::printVerdict(verdict, console.out);
+  }
+  return report::firstPriorityFailed(verdict.checks) ? kExitFailed : kExitDone;
+}
+
 int makeReport(const ReportOptions& options, const Console& console) {
   if (isSameFile(options.file, options.outputFile)) {
     throw ArgumentError("output and input are the same file, " + options.file);
@@ -36,12 +59,12 @@ int makeReport(const ReportOptions& options, const Console& console) {
   requireWritable(options.outputFile);
   report::Collected collected;
   const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
-    collected = report::collectReport(options.file, engine);
+    collected = report::collectReport(options.file, engine, options.pidPeriod);
   };
   withEngine(options.engine, options.file, console, calls);
   collected.report.title = options.title;
   write(options, collected.report);
-  for (const std::string& fault : collected.report.faults) {
+  for (const std::string& fault : collected.report.faultLines()) {
     console.err << fault << "\n";
   }
   if (options.outputFile != "-") {
@@ -60,15 +83,22 @@ void addReportCommand(CommandLine& line) {
       "report",
       "Draw the multiplex on an HTML page, with the output that the daemon would make of every "
       "service");
-  addFileReadTwice(command, options->file);
-  command
-      .option("-o,--output", options->outputFile,
-              "File to write; it is replaced. - is standard output")
-      .required();
+  command.option("FILE", options->file, "Transport stream; - is standard input").required();
+  command.option("-o,--output", options->outputFile,
+                 "File to write; it is replaced. - is standard output");
   command.option("--title", options->title, "Heading of the page (default: the file's name)");
   command.flag("--json", options->json, "Write the facts as JSON instead");
+  command.flag("--check", options->check,
+               "Print the checks of ETSI TR 101 290 alone; fails when one of the first priority does");
+  command
+      .option("--pid-period", options->pidPeriod,
+              "Seconds for which video and audio may stay away (PID_error)")
+      .range(1, 3600);
   addEngineOptions(command, options->engine);
-  command.action([options](const Console& console) { return makeReport(*options, console); });
+  command.action([options](const Console& console) {
+    requireOutput(*options);
+    return options->check ? check(*options, console) : makeReport(*options, console);
+  });
 }
 
 }  // namespace tevra::tools

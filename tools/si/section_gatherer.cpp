@@ -7,7 +7,8 @@
 namespace tevra::tools {
 namespace {
 
-constexpr uint8_t kStuffing = 0xFF;  // in the place of a table_id
+constexpr uint8_t kStuffing = 0xFF;   // in the place of a table_id
+constexpr size_t kSectionNumber = 6;  // where section_number stands in a long header
 
 // Like the TDT without a CRC_32 (EN 300 468, 5.2.7, 5.2.8 and 7.1.1).
 constexpr int kTableRst = 0x71;
@@ -118,10 +119,23 @@ void SectionGatherer::finish(std::vector<Section>& sections) {
   const std::vector<uint8_t> bytes = std::exchange(bytes_, {});
   if (hasCrc(bytes) && crc32(bytes) != 0) {
     ++faults_.crcErrors;
-  } else if (auto section = Section::parse(bytes.data(), bytes.size())) {
+    tell(bytes, SectionSeen::State::kWrongCrc);
+    return;
+  }
+  auto section = Section::parse(bytes.data(), bytes.size());
+  const bool isMalformed = !section && Section::isHandled(bytes[0]);
+  faults_.malformedSections += isMalformed ? 1 : 0;
+  tell(bytes, isMalformed ? SectionSeen::State::kMalformed : SectionSeen::State::kSound);
+  if (section) {
     sections.push_back(std::move(*section));
-  } else if (Section::isHandled(bytes[0])) {
-    ++faults_.malformedSections;
+  }
+}
+
+void SectionGatherer::tell(const std::vector<uint8_t>& bytes, SectionSeen::State state) const {
+  if (onSection_) {
+    const bool isLong = (bytes[1] & 0x80) != 0 && bytes.size() > kSectionNumber;
+    onSection_({state, bytes[0], isLong ? (bytes[3] << 8) | bytes[4] : 0,
+                isLong ? bytes[kSectionNumber] : 0});
   }
 }
 

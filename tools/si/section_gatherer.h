@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <utility>
 #include <vector>
 
 #include "tools/si/section.h"
@@ -19,6 +21,17 @@ struct SectionFaults {
   SectionFaults& operator+=(const SectionFaults& more);
 };
 
+/** A section of any table whose last byte has come. */
+struct SectionSeen {
+  /** Whether it can be believed; one without a CRC_32 is sound. */
+  enum class State { kSound, kWrongCrc, kMalformed };
+
+  State state;    ///< in the words of SectionFaults
+  int tableId;    ///< table_id
+  int extension;  ///< table_id_extension; 0 behind a short header
+  int number;     ///< section_number; 0 behind a short header
+};
+
 /**
  * Puts the sections of one PID together from its packets (ISO/IEC 13818-1, 2.4.4).
  *
@@ -28,8 +41,12 @@ struct SectionFaults {
  */
 class SectionGatherer {
  public:
+  /** Told of every section whose end comes, before it is handed on. */
+  using OnSection = std::function<void(const SectionSeen& section)>;
+
   /** Counts into `faults`, which must outlive it. */
-  explicit SectionGatherer(SectionFaults& faults) : faults_(faults) {}
+  explicit SectionGatherer(SectionFaults& faults, OnSection onSection = nullptr)
+      : faults_(faults), onSection_(std::move(onSection)) {}
 
   /**
    * The sections that end in `packet`, in order. Passed over are packets that repeat the last one,
@@ -45,8 +62,10 @@ class SectionGatherer {
   /** Takes what the section in work lacks, as far as it is there; returns where the rest lies. */
   const uint8_t* take(const uint8_t* begin, const uint8_t* end, std::vector<Section>& sections);
   void finish(std::vector<Section>& sections);
+  void tell(const std::vector<uint8_t>& bytes, SectionSeen::State state) const;
 
   SectionFaults& faults_;
+  OnSection onSection_;
   int counter_ = -1;            // continuity_counter of the last packet; none yet
   std::vector<uint8_t> bytes_;  // of the section in work
 };

@@ -29,6 +29,11 @@ void noteIncomplete(std::vector<std::string>& faults, const std::vector<Incomple
 
 std::vector<std::string> streamFaults(const TsPacketReader& reader, const TableDemux& demux,
                                       const std::string& loss) {
+  return streamFaults(reader, demux, sumOf(demux.faults()), loss);
+}
+
+std::vector<std::string> streamFaults(const TsPacketReader& reader, const TableDemux& demux,
+                                      const SectionFaults& sections, const std::string& loss) {
   std::vector<std::string> faults;
   const auto note = [&faults](uint64_t count, const std::string& what, const std::string& rest) {
     if (count != 0) {
@@ -37,7 +42,6 @@ std::vector<std::string> streamFaults(const TsPacketReader& reader, const TableD
   };
   note(reader.syncLosses(), "time", " packet synchronisation was lost");
   note(reader.skippedBytes(), "byte", " outside of packets");
-  const SectionFaults sections = sumOf(demux.faults());
   note(sections.discontinuities, "gap", " in the packets of tables");
   note(sections.truncatedSections, "section", " cut short, dropped");
   note(sections.crcErrors, "section", " with a wrong CRC, dropped");

@@ -40,8 +40,17 @@ SectionFaults sumOf(const FaultsByPid& faults) {
   return sum;
 }
 
-TableDemux::TableDemux(Consumer consumer) : consumer_(std::move(consumer)) {
+TableDemux::TableDemux(Consumer consumer, OnSection onSection)
+    : consumer_(std::move(consumer)), onSection_(std::move(onSection)) {
   std::for_each(kFixedPids.begin(), kFixedPids.end(), [this](int pid) { lookAt(pid); });
+}
+
+void TableDemux::lookAt(int pid) {
+  SectionGatherer::OnSection tell;
+  if (onSection_) {
+    tell = [this, pid](const SectionSeen& section) { onSection_(pid, section); };
+  }
+  gatherers_.try_emplace(pid, faults_[pid], std::move(tell));
 }
 
 void TableDemux::push(const TsPacket& packet) {

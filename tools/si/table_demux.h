@@ -43,8 +43,11 @@ class TableDemux {
   /** The table came in so many sections. May throw; push then passes the exception on. */
   using Consumer = std::function<void(const SiTable& table, size_t sections)>;
 
+  /** Told of every section on a PID that is looked at, whatever its table, before any table. */
+  using OnSection = std::function<void(int pid, const SectionSeen& section)>;
+
   /** `consumer` is given every table. */
-  explicit TableDemux(Consumer consumer);
+  explicit TableDemux(Consumer consumer, OnSection onSection = nullptr);
   TableDemux(const TableDemux&) = delete;
   TableDemux& operator=(const TableDemux&) = delete;
 
@@ -62,7 +65,7 @@ class TableDemux {
  private:
   using Key = std::tuple<int, int, int>;  // PID, table_id, table_id_extension
 
-  void lookAt(int pid) { gatherers_.try_emplace(pid, faults_[pid]); }
+  void lookAt(int pid);
   void take(int pid, Section section);
   /** Whether the table belongs on this PID. */
   [[nodiscard]] bool belongs(int pid, const Section& section) const;
@@ -72,6 +75,7 @@ class TableDemux {
   void dropUnreferencedPmts();
 
   Consumer consumer_;
+  OnSection onSection_;
   FaultsByPid faults_;
   std::map<int, SectionGatherer> gatherers_;  // by PID; they count into faults_
   std::map<Key, SubTable> subTables_;

@@ -37,7 +37,7 @@ bool TsPacketReader::next(TsPacket& packet) {
     if (buffer_[position_ + gap_] == kTsSyncByte) {
       break;
     }
-    ++syncLosses_;
+    countLoss();
     synchronised_ = false;
   }
   packet = TsPacket(buffer_.data() + position_ + gap_);
@@ -113,6 +113,13 @@ bool TsPacketReader::packetsLieApart(size_t distance) const {
   }
   // Close to the end fewer packets can follow; a single one is believed if it ends with the source.
   return confirmed > 0 || available() == kTsPacketSize || available() == distance;
+}
+
+void TsPacketReader::countLoss() {
+  const size_t next = gap_ + distance_;
+  fill(next + 1);
+  ++syncLosses_;
+  doubleSyncLosses_ += available() > next && buffer_[position_ + next] != kTsSyncByte ? 1 : 0;
 }
 
 void TsPacketReader::skip(size_t bytes) {

@@ -38,6 +38,8 @@ class TsPacketReader {
   [[nodiscard]] uint64_t packets() const { return packets_; }
   /** How often a packet was expected and its sync byte was not there. */
   [[nodiscard]] uint64_t syncLosses() const { return syncLosses_; }
+  /** How often the sync byte of the one behind it was not there either. */
+  [[nodiscard]] uint64_t doubleSyncLosses() const { return doubleSyncLosses_; }
   /** Bytes that belong to no packet, the last packet's missing tail included. */
   [[nodiscard]] uint64_t skippedBytes() const { return skippedBytes_; }
 
@@ -50,6 +52,7 @@ class TsPacketReader {
   /** The distance of the packets that start at the current position; 0 when none do. */
   [[nodiscard]] size_t distanceHere() const;
   [[nodiscard]] bool packetsLieApart(size_t distance) const;
+  void countLoss();
   void skip(size_t bytes);
 
   Source source_;
@@ -65,6 +68,7 @@ class TsPacketReader {
   uint64_t packets_ = 0;
   uint64_t packetsBefore_ = 0;  // the front of the source
   uint64_t syncLosses_ = 0;
+  uint64_t doubleSyncLosses_ = 0;
   uint64_t skippedBytes_ = 0;
 };
 

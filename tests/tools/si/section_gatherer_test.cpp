@@ -200,5 +200,32 @@ TEST_F(SectionGathererTest, TakesSectionsOfNoLength) {
   EXPECT_EQ((Versions{4}), versionsOf(makePat(1, 4, {})));
 }
 
+TEST(SectionGatherer, TellsOfEverySectionWhateverItsTable) {
+  std::vector<SectionSeen> seen;
+  SectionFaults faults;
+  SectionGatherer gatherer(faults, [&](const SectionSeen& section) { seen.push_back(section); });
+  Bytes wrong = makePat(7, 1, {{1, 100}}, 1, 2);
+  wrong.back() ^= 1;
+  const Bytes malformed = test::makeSection({0x02, 101, 1}, {0xFF});
+  const Bytes other = test::makeSection({0x46, 9, 1}, {});
+  const Bytes tdt = {0x70, 0x70, 0x05, 0xC0, 0x79, 0x12, 0x45, 0x00};
+  PacketWriter writer;
+  for (const Bytes& section : {wrong, malformed, other, tdt}) {
+    for (const TsPacket& packet : writer.section(kPid, section)) {
+      (void)gatherer.push(packet);
+    }
+  }
+  ASSERT_EQ(4U, seen.size());
+  EXPECT_EQ(SectionSeen::State::kWrongCrc, seen[0].state);
+  EXPECT_EQ(7, seen[0].extension);
+  EXPECT_EQ(1, seen[0].number);
+  EXPECT_EQ(SectionSeen::State::kMalformed, seen[1].state);
+  EXPECT_EQ(2, seen[1].tableId);
+  EXPECT_EQ(SectionSeen::State::kSound, seen[2].state);
+  EXPECT_EQ(0x46, seen[2].tableId);
+  EXPECT_EQ(SectionSeen::State::kSound, seen[3].state);
+  EXPECT_EQ(0, seen[3].extension);
+}
+
 }  // namespace
 }  // namespace tevra::tools

@@ -134,6 +134,22 @@ TEST(TsPacketReader, LosesOnePacketWhoseSyncByteIsWrong) {
   EXPECT_EQ(188U, reader.skippedBytes());
 }
 
+TEST(TsPacketReader, TellsALossFromAnErrorOfOneSyncByte) {
+  for (const size_t parity : {size_t{0}, size_t{16}}) {
+    Bytes bytes = packetBytes(0, 20, 0, parity);
+    const size_t distance = kTsPacketSize + parity;
+    bytes[10 * distance] = 0x00;
+    TsPacketReader once(sourceOf(bytes, 100));
+    (void)numbersOf(once);
+    EXPECT_EQ(0U, once.doubleSyncLosses());
+    bytes[11 * distance] = 0x00;
+    TsPacketReader twice(sourceOf(bytes, 100));
+    (void)numbersOf(twice);
+    EXPECT_EQ(1U, twice.doubleSyncLosses());
+    EXPECT_EQ(1U, twice.syncLosses());
+  }
+}
+
 TEST(TsPacketReader, FindsThePacketsAgainWhenTheirDistanceChanges) {
   TsPacketReader reader(sourceOf(test::joined({packetBytes(0, 10), packetBytes(10, 10, 0, 16)})));
   EXPECT_EQ(range(0, 20), numbersOf(reader));

@@ -1,20 +1,21 @@
 #include "tools/report/facts/report_collector.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "tools/descriptors/code_names.h"
 #include "tools/descriptors/descriptor_values.h"
-#include "tools/feed/stream_feed.h"
+#include "tools/feed/table_feeder.h"
 #include "tools/outputs/output_answers.h"
 #include "tools/outputs/spts_routes.h"
 #include "tools/report/facts/event_list.h"
 #include "tools/report/facts/output_facts.h"
 #include "tools/report/facts/service_streams.h"
-#include "tools/report/facts/stream_census.h"
-#include "tools/report/facts/table_journal.h"
+#include "tools/report/facts/stream_checks.h"
+#include "tools/report/facts/stream_survey.h"
+#include "tools/si/stream_faults.h"
 #include "tools/stream/files.h"
-#include "tools/stream/stream_clock.h"
-#include "tools/stream/ts_packet_reader.h"
+#include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {
@@ -22,63 +23,90 @@ namespace {
 
 using Daemon = thrift::in_module::im_SIControlSrvIf;
 
-/** Has `census` and `journal` look at what is read. */
-StreamFeed feed(const std::string& path, Daemon& daemon, StreamCensus& census,
-                TableJournal& journal) {
-  InputFile file(path);
-  const auto onPacket = [&census](const TsPacket& packet, size_t /*tablesSent*/) {
-    census.push(packet);
-    return true;
-  };
-  const auto onTable = [&](const SiTable& table, size_t sections) {
-    journal.add(table, sections);
-    if (const TOT* tot = std::get_if<TOT>(&table)) {
-      if (const auto time = streamTime(tot->utcTime)) {
-        census.noteClock(*time);
-      }
-    }
-  };
-  return StreamFeed::feed(file, path, daemon, onPacket, onTable);
-}
-
-/** How long the file lasts, by the PCRs of one PID, the same way as extract times its packets. */
-double secondsOf(const std::string& path, int clockPid) {
-  InputFile file(path);
-  TsPacketReader reader(file);
-  int64_t lastTime = 0;
-  StreamClock clock(clockPid, [&](const TsPacket& /*packet*/, int64_t time, int64_t /*horizon*/) {
-    lastTime = time;
-  });
-  TsPacket packet;
-  while (reader.next(packet)) {
-    clock.push(packet);
+/** What was wrong with packets and tables, but the wrong CRCs, which are counted by PID. */
+std::vector<std::string> faultsOf(const StreamSurvey& survey, const TableFeeder& feeder) {
+  SectionFaults sections = sumOf(survey.demux().faults());
+  sections.crcErrors = 0;
+  std::vector<std::string> faults =
+      streamFaults(survey.reader(), survey.demux(), sections, "not sent");
+  if (feeder.refused() != 0) {
+    faults.push_back(counted(feeder.refused(), "table") + " refused by the daemon");
   }
-  clock.finish();
-  return static_cast<double>(lastTime) / static_cast<double>(kSystemClock);
+  return faults;
 }
 
-void addCounts(const StreamFeed& stream, const StreamCensus& census, Report& report) {
-  report.packets = stream.packets();
-  report.tablesSent = stream.tables().sent();
-  report.faults = stream.faults();
-  report.pids = census.pids();
-  report.firstClock = census.firstClock();
-  report.lastClock = census.lastClock();
-  for (auto& [pid, count] : report.pids) {
-    const auto entry = stream.faultsByPid().find(pid);
-    if (entry != stream.faultsByPid().end()) {
+std::map<int, PidCount> countsOf(const StreamSurvey& survey) {
+  std::map<int, PidCount> pids = survey.census().pids();
+  for (auto& [pid, count] : pids) {
+    const auto entry = survey.demux().faults().find(pid);
+    if (entry != survey.demux().faults().end()) {
+      count.sections = survey.sections().sections(pid);
       count.crcErrors = entry->second.crcErrors;
       count.otherSections = entry->second.truncatedSections + entry->second.malformedSections;
     }
   }
+  return pids;
 }
 
-void addIdentity(const StreamFeed& stream, const TableJournal& journal, Report& report) {
-  report.transportStreamId = stream.inventory().transportStreamId();
-  report.originalNetworkId = stream.inventory().originalNetworkId();
-  if (journal.nit()) {
-    report.networkId = journal.nit()->networkId;
-    report.networkName = networkName(journal.nit()->descriptors);
+std::vector<TableFact> tablesOf(const StreamSurvey& survey) {
+  std::vector<TableFact> tables = survey.journal().facts();
+  for (TableFact& fact : tables) {
+    const auto [kind, subject, tableId] = identityOf(fact.table).place();
+    fact.arrivals = survey.sections().arrivals(tableId, subject);
+  }
+  return tables;
+}
+
+void addStream(const StreamSurvey& survey, Report& report) {
+  report.packets = survey.reader().packets();
+  report.seconds = survey.seconds();
+  report.pids = countsOf(survey);
+  report.firstClock = survey.census().firstClock();
+  report.lastClock = survey.census().lastClock();
+  report.tables = tablesOf(survey);
+  report.checks = checksOf(survey);
+  report.transportStreamId = survey.inventory().transportStreamId();
+  report.originalNetworkId = survey.inventory().originalNetworkId();
+  if (const auto& nit = survey.journal().nit()) {
+    report.networkId = nit->networkId;
+    report.networkName = networkName(nit->descriptors);
+  }
+}
+
+/** Whether the service's PMT or its PCRs come on the PID, whichever is meant. */
+bool isOf(const Service& service, const IntervalFact& fact) {
+  if (fact.what == "PMT") {
+    return service.pmtPid == fact.pid;
+  }
+  return fact.what == "PCR" &&
+         std::any_of(service.streams.begin(), service.streams.end(), [&](const auto& stream) {
+           return stream.hasPcr && stream.pid == fact.pid;
+         });
+}
+
+/** The PCRs of an output are those of the PID that it carries. */
+void addOutputIntervals(const IntervalFact& fact, Output& output) {
+  for (const OutputStream& stream : output.streams) {
+    const bool hasPcr = std::count(stream.attributes.begin(), stream.attributes.end(), "PCR") != 0;
+    if (hasPcr && stream.inputPid == fact.pid && fact.what == "PCR") {
+      IntervalFact& carried = output.intervals.emplace_back(fact);
+      carried.pid = stream.outputPid;
+      carried.serviceIds = {output.serviceId};
+    }
+  }
+}
+
+void addIntervals(const StreamSurvey& survey, Report& report) {
+  report.intervals = intervalsOf(survey);
+  for (IntervalFact& fact : report.intervals) {
+    for (Service& service : report.services) {
+      if (isOf(service, fact)) {
+        fact.serviceIds.push_back(service.serviceId);
+      }
+      if (service.output) {
+        addOutputIntervals(fact, *service.output);
+      }
+    }
   }
 }
 
@@ -132,33 +160,42 @@ std::optional<Output> ask(Daemon& daemon, const Service& service, Report& report
 
 }  // namespace
 
-Collected collectReport(const std::string& file, Daemon& daemon) {
-  StreamCensus census;
-  TableJournal journal;
-  const StreamFeed stream = feed(file, daemon, census, journal);
+Collected collectReport(const std::string& file, Daemon& daemon, int pidPeriod) {
+  InputFile input(file);
+  TableFeeder feeder(daemon);
+  const StreamSurvey survey(
+      input, pidPeriod,
+      [&](const SiTable& table, size_t sections) { feeder.feed(table, sections); });
+  if (feeder.sent() == 0) {
+    throw ToolError(input.explainNothing(file, survey.reader().packets()));
+  }
   Collected collected;
   Report& report = collected.report;
   report.file = file;
-  addCounts(stream, census, report);
-  addIdentity(stream, journal, report);
-  report.tables = journal.facts();
-  collected.refused = stream.tables().refused();
-  for (const ServiceSummary& summary : stream.inventory().services()) {
-    Service service = serviceOf(summary, journal, report.lastClock);
+  report.tablesSent = feeder.sent();
+  report.faults = faultsOf(survey, feeder);
+  addStream(survey, report);
+  collected.refused = feeder.refused();
+  for (const ServiceSummary& summary : survey.inventory().services()) {
+    Service service = serviceOf(summary, survey.journal(), report.lastClock);
     if (service.hasPmt) {
       service.output = ask(daemon, service, report);
       collected.refused += service.output ? 0 : 1;
     }
     report.services.push_back(std::move(service));
   }
-  report.others = otherStreams(report.pids, report.services, journal);
-  if (census.clockPid() != kNullPid) {
-    const double seconds = secondsOf(file, census.clockPid());
-    if (seconds > 0) {  // else it is no file that can be read twice
-      report.seconds = seconds;
-    }
-  }
+  report.others = otherStreams(report.pids, report.services, survey.journal());
+  addIntervals(survey, report);
   return collected;
+}
+
+Verdict checkStream(const std::string& file, int pidPeriod) {
+  InputFile input(file);
+  const StreamSurvey survey(input, pidPeriod, [](const SiTable& /*table*/, size_t /*sections*/) {});
+  if (survey.reader().packets() == 0) {
+    throw ToolError(input.explainNothing(file, 0));
+  }
+  return {file, survey.reader().packets(), survey.seconds(), checksOf(survey)};
 }
 
 }  // namespace tevra::tools::report

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "records/control_service.h"
 #include "tools/report/facts/report_data.h"
+#include "tools/report/facts/stream_intervals.h"
 
 namespace tevra::tools::report {
 
@@ -14,13 +18,29 @@ struct Collected {
 };
 
 /**
- * Feeds the file to the daemon, asks it for the output of every service that has a PMT, under the
- * service's own name and ids, and reads the file a second time for its clock if it has PCRs.
+ * Feeds the file, or standard input for "-", to the daemon, which is then asked for the output of
+ * every service that has a PMT, under the service's own name and ids. The file is read once.
+ * `pidPeriod` is that of the check 1.6, in seconds.
  *
  * Raises ToolError when the file cannot be read, holds no transport stream or none of the tables.
  * Passes on what a call raises.
  */
 [[nodiscard]] Collected collectReport(const std::string& file,
-                                      thrift::in_module::im_SIControlSrvIf& daemon);
+                                      thrift::in_module::im_SIControlSrvIf& daemon,
+                                      int pidPeriod = kPidPeriod);
+
+/** The checks of a stream alone. */
+struct Verdict {
+  std::string file;                 ///< as it was given
+  uint64_t packets = 0;             ///< not 0
+  std::optional<double> seconds;    ///< by the PCRs, more than 0; nothing without any
+  std::vector<StreamCheck> checks;  ///< by their numbers
+};
+
+/**
+ * The same without a daemon. Raises ToolError when the file cannot be read or holds no transport
+ * stream.
+ */
+[[nodiscard]] Verdict checkStream(const std::string& file, int pidPeriod = kPidPeriod);
 
 }  // namespace tevra::tools::report

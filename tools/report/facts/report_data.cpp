@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "tools/stream/ts_packet.h"
-#include "tools/text/words.h"
 
 namespace tevra::tools::report {
 
@@ -23,37 +22,35 @@ double Report::share(uint64_t packetCount) const {
   return packets == 0 ? 0 : static_cast<double>(packetCount) / static_cast<double>(packets);
 }
 
+std::map<StreamKind, uint64_t> Report::packetsByKind() const {
+  std::map<int, StreamKind> kinds;
+  for (const Service& service : services) {
+    for (const InputStream& stream : service.streams) {
+      kinds.emplace(stream.pid, stream.kind);
+    }
+  }
+  for (const InputStream& stream : others) {
+    kinds.emplace(stream.pid, stream.kind);
+  }
+  std::map<StreamKind, uint64_t> sums;
+  for (const auto& [pid, kind] : kinds) {
+    sums[kind] += countOf(pid).packets;
+  }
+  return sums;
+}
+
+uint64_t Report::packetsOf(const Service& service) const {
+  uint64_t sum = 0;
+  for (const InputStream& stream : service.streams) {
+    sum += countOf(stream.pid).packets;
+  }
+  return sum;
+}
+
 size_t Report::outputs() const {
   return static_cast<size_t>(
       std::count_if(services.begin(), services.end(),
                     [](const Service& service) { return service.output.has_value(); }));
-}
-
-std::vector<std::string> Report::faultLines() const {
-  PidCount sum;
-  size_t discontinuousPids = 0;
-  size_t scrambledPids = 0;
-  for (const auto& [pid, count] : pids) {
-    sum.continuityErrors += count.continuityErrors;
-    sum.scrambled += count.scrambled;
-    sum.transportErrors += count.transportErrors;
-    discontinuousPids += count.continuityErrors != 0 ? 1 : 0;
-    scrambledPids += count.scrambled != 0 ? 1 : 0;
-  }
-  std::vector<std::string> lines;
-  if (sum.continuityErrors != 0) {
-    lines.push_back(counted(sum.continuityErrors, "continuity error") + " on " +
-                    counted(discontinuousPids, "PID"));
-  }
-  if (sum.transportErrors != 0) {
-    lines.push_back(counted(sum.transportErrors, "packet") + " flagged as damaged");
-  }
-  if (sum.scrambled != 0) {
-    lines.push_back(counted(sum.scrambled, "scrambled packet") + " on " +
-                    counted(scrambledPids, "PID"));
-  }
-  lines.insert(lines.end(), faults.begin(), faults.end());
-  return lines;
 }
 
 }  // namespace tevra::tools::report

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/report/facts/stream_check.h"
 #include "tools/si/si_table.h"
 #include "tools/text/dvb_time.h"
 
@@ -39,7 +40,10 @@ struct PidCount {
   uint64_t scrambled = 0;         ///< packets
   uint64_t transportErrors = 0;   ///< packets with transport_error_indicator
   uint64_t pcrs = 0;              ///< packets with a PCR
-  uint64_t crcErrors = 0;         ///< of sections; counted on the PIDs of tables alone
+  uint64_t pcrJumps = 0;  ///< from one to the next not 0 to 0.1 s, and nothing announces that
+  std::optional<double> widestPcrStep;  ///< of those, or else of all; seconds, less than 0: back
+  uint64_t sections = 0;          ///< whose end came; counted on the PIDs of tables alone
+  uint64_t crcErrors = 0;         ///< of those, with a wrong CRC_32
   uint64_t otherSections = 0;     ///< cut short, or with lengths that do not add up
 
   /** Whether packets are lost or damaged, or sections have a wrong CRC. */
@@ -74,6 +78,7 @@ struct TableFact {
   size_t sections = 0;  ///< packets for an output
   int pid = 0;          ///< of a PMT as the PAT says; where it does not, 0 (input) or 8191 (output)
   size_t times = 0;     ///< how often a new version was complete, of the input
+  uint64_t arrivals = 0;  ///< how often its first section came, repetitions included, of the input
 };
 
 /** The single-programme stream that the daemon makes of a service. */
@@ -84,6 +89,7 @@ struct Output {
   int originalNetworkId = 0;          ///< in its SDT
   std::vector<OutputStream> streams;  ///< by output PID
   std::vector<TableFact> tables;      ///< PAT, SDT, PMT
+  std::vector<IntervalFact> intervals;  ///< of the PCRs that it carries, if they come
 };
 
 /** An event of a service: one for all EITs that give it the same id, start and duration. */
@@ -127,11 +133,14 @@ struct Report {
   std::optional<StreamTime> firstClock;  ///< of TDT and TOT; nothing without any
   std::optional<StreamTime> lastClock;   ///< of the same, in the order of the stream
   size_t tablesSent = 0;                 ///< to the daemon, those that it refused included
-  std::vector<std::string> faults;       ///< of packets and tables, a line each, for people
+  /** Of packets, tables and answers, but those that are counted by PID; a line each. */
+  std::vector<std::string> faults;
   std::map<int, PidCount> pids;          ///< all that have packets
   std::vector<Service> services;         ///< by service id
   std::vector<InputStream> others;       ///< of no service
   std::vector<TableFact> tables;         ///< of the input
+  std::vector<StreamCheck> checks;       ///< by their numbers
+  std::vector<IntervalFact> intervals;   ///< of the input: PAT, PMTs, SDT, PCRs
 
   /** As constructed for a PID without packets. */
   [[nodiscard]] PidCount countOf(int pid) const;
@@ -139,9 +148,16 @@ struct Report {
   [[nodiscard]] std::optional<double> bitRate(uint64_t packetCount) const;
   /** Of all packets, 0 to 1. */
   [[nodiscard]] double share(uint64_t packetCount) const;
+  /** The kinds that it has, with their packets; a PID of several services counts once. */
+  [[nodiscard]] std::map<StreamKind, uint64_t> packetsByKind() const;
+  /** Of all streams of the service. */
+  [[nodiscard]] uint64_t packetsOf(const Service& service) const;
   /** How many services have an output. */
   [[nodiscard]] size_t outputs() const;
-  /** What is wrong, a line each, for people: what packets show first, then `faults`. */
+  /**
+   * What is wrong, a line each, for people: what viewers miss first, then what packets show, then
+   * `faults`.
+   */
   [[nodiscard]] std::vector<std::string> faultLines() const;
 };
 

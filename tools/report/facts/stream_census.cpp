@@ -1,6 +1,8 @@
 #include "tools/report/facts/stream_census.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 #include "tools/si/section.h"
 #include "tools/si/section_reader.h"
@@ -9,6 +11,27 @@ namespace tevra::tools::report {
 namespace {
 
 constexpr size_t kUtcSize = 5;
+constexpr size_t kPcrBegin = 6;  // in a packet that has one
+constexpr size_t kPcrEnd = 12;
+constexpr int64_t kWidestPcrStep = kSystemClock / 10;  // ETSI TR 101 290, 2.3b
+
+/** Ticks from one PCR to the next, less than 0 where that lies behind. */
+int64_t pcrStep(int64_t from, int64_t to) {
+  const int64_t forwards = (to - from + kPcrModulus) % kPcrModulus;
+  return forwards > kPcrModulus / 2 ? forwards - kPcrModulus : forwards;
+}
+
+/** How far a step is from the middle of those that are well. */
+int64_t deviation(int64_t step) {
+  return std::abs(step - kWidestPcrStep / 2);
+}
+
+/** Byte for byte the same, but for the PCR (ISO/IEC 13818-1, 2.4.3.3). */
+bool isCopy(const TsPacket& packet, const TsPacket& last) {
+  const size_t rest = packet.pcr() && last.pcr() ? kPcrEnd : kPcrBegin;
+  return std::equal(packet.data(), packet.data() + kPcrBegin, last.data()) &&
+         std::equal(packet.data() + rest, packet.data() + kTsPacketSize, last.data() + rest);
+}
 
 }  // namespace
 
@@ -19,7 +42,8 @@ void StreamCensus::push(const TsPacket& packet) {
   ++pid.count.packets;
   if (packet.transportError()) {
     ++pid.count.transportErrors;
-    return;  // nothing else in it can be believed
+    pid.lastCounter = -1;  // nothing else in it can be believed, nor whether it is of this PID
+    return;
   }
   if (packet.pid() == kNullPid) {
     return;  // counters and flags of stuffing mean nothing (ISO/IEC 13818-1, 2.4.3.3)
@@ -38,29 +62,35 @@ void StreamCensus::notePcr(const TsPacket& packet, Pid& pid) {
     return;
   }
   ++pid.count.pcrs;
-  if (pid.lastPcr && !packet.discontinuity() && pcrInterval(*pid.lastPcr, *pcr) > 0) {
-    ++pid.pcrIntervals;
+  if (pid.lastPcr && !packet.discontinuity()) {
+    const int64_t step = pcrStep(*pid.lastPcr, *pcr);
+    pid.count.pcrJumps += step < 0 || step > kWidestPcrStep ? 1 : 0;
+    if (!pid.widestStep || deviation(step) > deviation(*pid.widestStep)) {
+      pid.widestStep = step;
+    }
   }
   pid.lastPcr = pcr;
 }
 
-/** ISO/IEC 13818-1, 2.4.3.3: only payload moves the counter, and a packet may come twice. */
+/**
+ * ISO/IEC 13818-1, 2.4.3.3: only payload moves the counter, and a packet may come twice, with none
+ * of its PID between.
+ */
 void StreamCensus::checkContinuity(const TsPacket& packet, Pid& pid) {
   const int counter = packet.continuityCounter();
-  const int last = pid.lastCounter;
-  pid.lastCounter = counter;
-  if (last < 0 || packet.discontinuity()) {
-    pid.repeatable = packet.hasPayload();
-    return;
-  }
+  const int last = std::exchange(pid.lastCounter, counter);
+  const bool repeatable = std::exchange(pid.repeatable, packet.hasPayload());
+  const bool mayBeAny = last < 0 || packet.discontinuity();
   if (!packet.hasPayload()) {
-    pid.count.continuityErrors += counter == last ? 0 : 1;
+    pid.count.continuityErrors += mayBeAny || counter == last ? 0 : 1;
     return;
   }
-  const bool isNext = counter == ((last + 1) & 0x0F);
-  const bool repeats = !isNext && counter == last && pid.repeatable;
-  pid.count.continuityErrors += isNext || repeats ? 0 : 1;
-  pid.repeatable = !repeats;
+  if (!mayBeAny && counter != ((last + 1) & 0x0F)) {
+    const bool copies = counter == last && isCopy(packet, pid.last);
+    pid.count.continuityErrors += copies && repeatable ? 0 : 1;
+    pid.repeatable = !copies;
+  }
+  pid.last = packet;
 }
 
 void StreamCensus::noteClock(StreamTime time) {
@@ -86,19 +116,16 @@ void StreamCensus::readClock(const TsPacket& packet) {
 std::map<int, PidCount> StreamCensus::pids() const {
   std::map<int, PidCount> counts;
   for (int pid = 0; pid < kPidCount; ++pid) {
-    const PidCount& count = pids_[static_cast<size_t>(pid)].count;
-    if (count.packets != 0) {
-      counts.emplace(pid, count);
+    const Pid& entry = pids_[static_cast<size_t>(pid)];
+    if (entry.count.packets != 0) {
+      PidCount& count = counts.emplace(pid, entry.count).first->second;
+      if (entry.widestStep) {
+        count.widestPcrStep =
+            static_cast<double>(*entry.widestStep) / static_cast<double>(kSystemClock);
+      }
     }
   }
   return counts;
-}
-
-int StreamCensus::clockPid() const {
-  const auto best = std::max_element(pids_.begin(), pids_.end(), [](const Pid& a, const Pid& b) {
-    return a.pcrIntervals < b.pcrIntervals;
-  });
-  return best->pcrIntervals == 0 ? kNullPid : static_cast<int>(best - pids_.begin());
 }
 
 }  // namespace tevra::tools::report

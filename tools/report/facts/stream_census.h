@@ -22,8 +22,6 @@ class StreamCensus {
 
   /** All PIDs that have packets; sections are not looked at. */
   [[nodiscard]] std::map<int, PidCount> pids() const;
-  /** The PID with the most PCRs that tell a rate; kNullPid when none does. */
-  [[nodiscard]] int clockPid() const;
   ///@{
   /** Of the TDTs and the times noted, in stream order; nothing without any. */
   [[nodiscard]] std::optional<StreamTime> firstClock() const { return firstClock_; }
@@ -35,8 +33,9 @@ class StreamCensus {
     PidCount count;
     int lastCounter = -1;     // none yet
     bool repeatable = false;  // the next packet may repeat the last one
+    TsPacket last;            // with payload
     std::optional<int64_t> lastPcr;
-    uint64_t pcrIntervals = 0;  // between PCRs that follow each other as they should
+    std::optional<int64_t> widestStep;  // between two PCRs
   };
 
   static void checkContinuity(const TsPacket& packet, Pid& pid);

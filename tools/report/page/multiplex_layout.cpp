@@ -1,8 +1,11 @@
 #include "tools/report/page/multiplex_layout.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <utility>
+
+#include "tools/report/page/multiplex_folds.h"
 
 namespace tevra::tools::report {
 namespace {
@@ -30,11 +33,25 @@ std::vector<Box> rowsOf(const Box& card, size_t count) {
   return rows;
 }
 
+std::vector<InputStream> streamsOf(const Report& report, std::optional<size_t> service) {
+  if (service) {
+    return report.services[*service].streams;
+  }
+  std::vector<InputStream> streams;
+  std::copy_if(report.others.begin(), report.others.end(), std::back_inserter(streams),
+               [&](const InputStream& stream) { return !isStray(report, stream); });
+  return streams;
+}
+
 Band bandAt(double y, const Report& report, std::optional<size_t> service) {
   Band band;
   band.service = service;
   band.top = y - kInset;
-  const size_t streams = inputStreams(report, band).size();
+  if (service && isEmpty(report, report.services[*service])) {
+    return band;
+  }
+  band.streams = streamsOf(report, service);
+  const size_t streams = band.streams.size();
   band.input = cardAt(kInset, kInputWidth, y, streams);
   band.inputRows = rowsOf(band.input, streams);
   band.inputServices.resize(streams, service ? std::set<size_t>{*service} : std::set<size_t>());
@@ -54,7 +71,7 @@ double bottomOf(const Band& band) {
 double fullRateOf(const Report& report, const std::vector<Band>& bands) {
   uint64_t most = 1;
   for (const Band& band : bands) {
-    for (const InputStream& stream : inputStreams(report, band)) {
+    for (const InputStream& stream : band.streams) {
       if (stream.kind != StreamKind::kStuffing) {
         most = std::max(most, report.countOf(stream.pid).packets);
       }
@@ -66,10 +83,10 @@ double fullRateOf(const Report& report, const std::vector<Band>& bands) {
 /** Rows by PID and band. */
 using Places = std::map<std::pair<int, size_t>, size_t>;
 
-Places placesOf(const Report& report, const std::vector<Band>& bands) {
+Places placesOf(const std::vector<Band>& bands) {
   Places places;
   for (size_t band = 0; band < bands.size(); ++band) {
-    const auto& streams = inputStreams(report, bands[band]);
+    const std::vector<InputStream>& streams = bands[band].streams;
     for (size_t row = 0; row < streams.size(); ++row) {
       places.emplace(std::pair(streams[row].pid, band), row);
     }
@@ -85,7 +102,7 @@ Places::const_iterator sourceOf(const Places& places, int pid, size_t ownBand) {
 }
 
 std::vector<Link> linksOf(const Report& report, const MultiplexLayout& layout) {
-  const Places places = placesOf(report, layout.bands);
+  const Places places = placesOf(layout.bands);
   std::vector<Link> links;
   for (size_t service = 0; service < report.services.size(); ++service) {
     const auto& output = report.services[service].output;
@@ -105,10 +122,6 @@ std::vector<Link> linksOf(const Report& report, const MultiplexLayout& layout) {
 
 }  // namespace
 
-const std::vector<InputStream>& inputStreams(const Report& report, const Band& band) {
-  return band.service ? report.services[*band.service].streams : report.others;
-}
-
 MultiplexLayout layoutMultiplex(const Report& report) {
   MultiplexLayout layout;
   double y = kHeadingsHeight + kInset;  // of the cards
@@ -119,12 +132,12 @@ MultiplexLayout layoutMultiplex(const Report& report) {
   };
   for (size_t place = 0; place < report.services.size(); ++place) {
     const Band band = bandAt(y, report, place);
-    add(band, bottomOf(band));
+    add(band, band.input.height == 0 ? y - kGap : bottomOf(band));
   }
-  if (!report.others.empty()) {
+  const Band others = bandAt(y, report, std::nullopt);
+  if (!others.streams.empty()) {
     layout.key = Box{kOutputLeft, y, kOutputWidth, kKeyHeight};
-    const Band band = bandAt(y, report, std::nullopt);
-    add(band, std::max(bottomOf(band), layout.key->bottom()));
+    add(others, std::max(bottomOf(others), layout.key->bottom()));
   }
   layout.fullRate = fullRateOf(report, layout.bands);
   layout.links = linksOf(report, layout);

@@ -14,7 +14,8 @@ namespace tevra::tools::report {
 struct Band {
   std::optional<size_t> service;  ///< its place in the report; nothing for the PIDs of none
   double top = 0;                 ///< kInset above its cards
-  double height = 0;              ///< down to the next band
+  double height = 0;              ///< down to the next band; 0 for a service that is not drawn
+  std::vector<InputStream> streams;  ///< the service's, or those of none
   Box input;                      ///< the card on the left: its head, then its rows
   std::vector<Box> inputRows;     ///< one per stream
   /** For each row its own service; for a PID of none all services whose outputs take it. */
@@ -47,10 +48,10 @@ inline constexpr double kInputWidth = 520;  ///< of the cards on the left, which
 inline constexpr double kOutputLeft = 690;  ///< where the cards on the right begin
 inline constexpr double kHeadHeight = 50;   ///< of a card, above its first row
 
-/** Computes the layout; depends on nothing but the report. */
+/**
+ * Computes the layout; depends on nothing but the report. What multiplex_folds.h leaves out of the
+ * picture has no place in it.
+ */
 [[nodiscard]] MultiplexLayout layoutMultiplex(const Report& report);
-
-/** The streams of a band on the left. */
-[[nodiscard]] const std::vector<InputStream>& inputStreams(const Report& report, const Band& band);
 
 }  // namespace tevra::tools::report

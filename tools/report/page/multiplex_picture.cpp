@@ -5,6 +5,7 @@
 
 #include "tools/report/facts/stream_traits.h"
 #include "tools/report/page/card.h"
+#include "tools/report/page/multiplex_folds.h"
 #include "tools/report/page/multiplex_layout.h"
 #include "tools/report/page/multiplex_sides.h"
 #include "tools/report/page/page_words.h"
@@ -73,7 +74,7 @@ void drawLink(const Report& report, const MultiplexLayout& layout, const Link& l
   const Band& fromBand = layout.bands[link.fromBand];
   const Box& from = fromBand.inputRows[link.fromRow];
   const Box& to = layout.bands[link.toBand].outputRows[link.toRow];
-  const InputStream& source = inputStreams(report, fromBand)[link.fromRow];
+  const InputStream& source = fromBand.streams[link.fromRow];
   const OutputStream& target = report.services[link.toBand].output->streams[link.toRow];
   const uint64_t packets = report.countOf(source.pid).packets;
   const std::string dashed = target.made || packets == 0 ? " dashed" : "";
@@ -103,6 +104,20 @@ void drawBand(const Report& report, const MultiplexLayout& layout, size_t place,
   }
 }
 
+void drawPicture(const Report& report, Markup& markup) {
+  const MultiplexLayout layout = layoutMultiplex(report);
+  const auto scroller = markup.scroller("The multiplex");
+  const auto bands = markup.open(
+      "div", {{"class", "multiplex"}, {"role", "group"}, {"aria-label", "Input PIDs, outputs"}});
+  Svg svg(markup);
+  drawHeadings(report, svg);
+  for (size_t place = 0; place < layout.bands.size(); ++place) {
+    if (layout.bands[place].height > 0) {
+      drawBand(report, layout, place, svg);
+    }
+  }
+}
+
 }  // namespace
 
 void multiplexSection(const Report& report, Markup& markup) {
@@ -115,15 +130,8 @@ void multiplexSection(const Report& report, Markup& markup) {
                 "Choose a service to light up its PIDs; choose it again, or press Escape, to see "
                 "all.");
   }
-  const MultiplexLayout layout = layoutMultiplex(report);
-  const auto scroller = markup.scroller("The multiplex");
-  const auto bands = markup.open(
-      "div", {{"class", "multiplex"}, {"role", "group"}, {"aria-label", "Input PIDs, outputs"}});
-  Svg svg(markup);
-  drawHeadings(report, svg);
-  for (size_t place = 0; place < layout.bands.size(); ++place) {
-    drawBand(report, layout, place, svg);
-  }
+  drawPicture(report, markup);
+  drawFolds(report, markup);
 }
 
 }  // namespace tevra::tools::report

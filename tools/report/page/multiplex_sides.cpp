@@ -64,7 +64,7 @@ void drawAmount(const Report& report, const Box& row, const PidCount& count, Svg
 
 void drawRow(const Report& report, const Band& band, size_t place, double fullRate, Svg& svg) {
   const Box& box = band.inputRows[place];
-  const InputStream& stream = inputStreams(report, band)[place];
+  const InputStream& stream = band.streams[place];
   const PidCount count = report.countOf(stream.pid);
   CardRow row(svg, box,
               {stream.pid, stream.kind, stream.description, stream.languages,
@@ -131,7 +131,7 @@ std::string titleOf(const OutputStream& stream) {
 void drawInput(const Report& report, const Band& band, double fullRate, Svg& svg) {
   Card card(svg, "input", band.input, band.service);
   uint64_t packets = 0;
-  for (const InputStream& stream : inputStreams(report, band)) {
+  for (const InputStream& stream : band.streams) {
     packets += report.countOf(stream.pid).packets;
   }
   if (band.service) {

@@ -16,6 +16,9 @@ void summarySection(const Report& report, const std::string& title, Markup& mark
  */
 void multiplexSection(const Report& report, Markup& markup);
 
+/** The checks of ETSI TR 101 290, and the intervals of tables and PCRs. */
+void checksSection(const Report& report, Markup& markup);
+
 /** The tables of the input with their versions, and those that the daemon makes of them. */
 void tablesSection(const Report& report, Markup& markup);
 

@@ -1,5 +1,6 @@
 #include "tools/report/page/page_sections.h"
 
+#include <algorithm>
 #include <map>
 #include <vector>
 
@@ -57,11 +58,21 @@ void figures(const Report& report, Markup& markup) {
   figure(markup, "Clock", clockText(report));
 }
 
+/** What could not be looked at: no word of it would be a word too many. */
+std::string unmeasured(const Report& report) {
+  const auto count =
+      std::count_if(report.checks.begin(), report.checks.end(), [](const StreamCheck& check) {
+        return check.result == CheckResult::kNotMeasurable;
+      });
+  return count == 0 ? "."
+                    : "; " + counted(static_cast<uint64_t>(count), "check") + " of " +
+                          std::to_string(report.checks.size()) + " not measurable.";
+}
+
 void faults(const Report& report, Markup& markup) {
   const std::vector<std::string> lines = report.faultLines();
   if (lines.empty()) {
-    markup.leaf("p", {{"class", "sound"}},
-                "No fault seen: no continuity error, no CRC error, no scrambled packet.");
+    markup.leaf("p", {{"class", "sound"}}, "No fault seen" + unmeasured(report));
     return;
   }
   const auto box = markup.open("div", {{"class", "faults"}});
@@ -72,28 +83,10 @@ void faults(const Report& report, Markup& markup) {
   }
 }
 
-/** The kinds that the picture shows, with their packets; a PID of several services counts once. */
-std::map<StreamKind, uint64_t> packetsByKind(const Report& report) {
-  std::map<int, StreamKind> pids;
-  for (const Service& service : report.services) {
-    for (const InputStream& stream : service.streams) {
-      pids.emplace(stream.pid, stream.kind);
-    }
-  }
-  for (const InputStream& stream : report.others) {
-    pids.emplace(stream.pid, stream.kind);
-  }
-  std::map<StreamKind, uint64_t> sums;
-  for (const auto& [pid, kind] : pids) {
-    sums[kind] += report.countOf(pid).packets;
-  }
-  return sums;
-}
-
 /** One bar for the whole bit rate, which is the legend of the colours, too. */
 void strip(const Report& report, Markup& markup) {
   constexpr double kHeight = 18;
-  const std::map<StreamKind, uint64_t> sums = packetsByKind(report);
+  const std::map<StreamKind, uint64_t> sums = report.packetsByKind();
   {
     Svg svg(markup);
     const auto picture = svg.picture(

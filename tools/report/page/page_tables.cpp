@@ -1,45 +1,16 @@
 #include "tools/report/page/page_sections.h"
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tools/report/page/figures.h"
 #include "tools/report/page/page_words.h"
+#include "tools/report/page/table_cells.h"
 #include "tools/si/table_identity.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {
 namespace {
-
-/** All other columns hold figures, which are set flush right. */
-bool holdsText(std::string_view column) {
-  return column == "Output" || column == "Table" || column == "Of";
-}
-
-void headRow(const std::vector<const char*>& columns, Markup& markup) {
-  const auto head = markup.open("thead");
-  const auto row = markup.open("tr");
-  for (const char* column : columns) {
-    Attributes attributes = {{"scope", "col"}};
-    if (!holdsText(column)) {
-      attributes.emplace_back("class", "figure");
-    }
-    markup.leaf("th", attributes, column);
-  }
-}
-
-void cell(Markup& markup, const std::string& text) {
-  markup.leaf("td", {}, text);
-}
-
-void figureCell(Markup& markup, const std::string& text) {
-  markup.leaf("td", {{"class", "figure"}}, text);
-}
-
-void faultCell(Markup& markup, uint64_t count) {
-  markup.leaf("td", {{"class", count == 0 ? "figure none" : "figure fault"}}, groupedText(count));
-}
 
 /** What is said of a table of either side; `sections` and what comes behind differ. */
 void factCells(const TableFact& fact, Markup& markup) {
@@ -55,7 +26,8 @@ void factCells(const TableFact& fact, Markup& markup) {
 void inputRow(const TableFact& fact, const PidCount& count, Markup& markup) {
   const auto row = markup.open("tr");
   factCells(fact, markup);
-  figureCell(markup, std::to_string(fact.times));
+  figureCell(markup, groupedText(fact.times));
+  figureCell(markup, groupedText(fact.arrivals));
   figureCell(markup, idText(fact.pid));
   faultCell(markup, count.crcErrors);
   faultCell(markup, count.otherSections);
@@ -65,12 +37,13 @@ void inputRow(const TableFact& fact, const PidCount& count, Markup& markup) {
 void inputTables(const Report& report, Markup& markup) {
   markup.leaf("h3", {}, "Input");
   markup.leaf("p", {{"class", "note"}},
-              "The last version of each. Faults are those of the whole PID: which table a damaged "
+              "The last version of each; how often a version was complete, and how often the table "
+              "came with its repetitions. Faults are those of the whole PID: which table a damaged "
               "section is of, nobody knows.");
   const auto frame = markup.scroller("Input tables");
   const auto table = markup.open("table");
-  headRow({"Table", "table_id", "Of", "Version", "Sections", "Came", "PID", "CRC errors", "Damaged",
-           "Gaps"},
+  headRow({"Table", "table_id", "Of", "Version", "Sections", "Versions", "Came", "PID",
+           "CRC errors", "Damaged", "Gaps"},
           markup);
   const auto body = markup.open("tbody");
   for (const TableFact& fact : report.tables) {

@@ -1,12 +1,18 @@
 #include "tools/report/page/page_words.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
 
 #include "tools/report/page/figures.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {
+
+std::string titleOf(const Report& report) {
+  return report.title.empty() ? std::filesystem::path(report.file).filename().string()
+                              : report.title;
+}
 
 std::string nameOf(const Service& service) {
   return service.name.empty() ? "Service " + std::to_string(service.serviceId) : service.name;

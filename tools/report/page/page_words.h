@@ -8,6 +8,8 @@
 
 namespace tevra::tools::report {
 
+/** What the report is headed by: its title, or else the file's name. */
+[[nodiscard]] std::string titleOf(const Report& report);
 /** As its SDT has it; "Service 101" where that has none. */
 [[nodiscard]] std::string nameOf(const Service& service);
 /** The event's own name; "event 7" where it has none. */

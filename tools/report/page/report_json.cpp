@@ -1,6 +1,8 @@
 #include "tools/report/page/report_json.h"
 
 #include "tools/report/facts/stream_traits.h"
+#include "tools/report/page/check_words.h"
+#include "tools/report/page/page_words.h"
 #include "tools/tables/table_json.h"
 #include "tools/text/json_text.h"
 
@@ -20,8 +22,32 @@ Json pidJson(int pid, const PidCount& count, const Report& report) {
           {"scrambledPackets", count.scrambled},
           {"damagedPackets", count.transportErrors},
           {"pcrs", count.pcrs},
+          {"pcrJumps", count.pcrJumps},
+          {"widestPcrStep", orNull(count.widestPcrStep)},
+          {"sections", count.sections},
           {"crcErrors", count.crcErrors},
           {"damagedSections", count.otherSections}};
+}
+
+Json intervalJson(const IntervalFact& fact) {
+  Json services = Json::array();
+  for (const int id : fact.serviceIds) {
+    services.push_back(id);
+  }
+  return {{"what", fact.what},         {"pid", fact.pid},   {"serviceIds", services},
+          {"count", fact.count},       {"min", fact.shortest}, {"mean", fact.mean},
+          {"max", fact.longest}};
+}
+
+Json kindsJson(const Report& report) {
+  Json kinds = Json::array();
+  for (const auto& [kind, packets] : report.packetsByKind()) {
+    kinds.push_back(Json({{"kind", kindWord(kind)},
+                          {"packets", packets},
+                          {"share", report.share(packets)},
+                          {"bitRate", orNull(report.bitRate(packets))}}));
+  }
+  return kinds;
 }
 
 Json streamJson(const InputStream& stream) {
@@ -46,6 +72,7 @@ Json inputTableJson(const TableFact& fact) {
   return {{"pid", fact.pid},
           {"sections", fact.sections},
           {"times", fact.times},
+          {"arrivals", fact.arrivals},
           {"table", tableFieldsJson(tableFields(fact.table))}};
 }
 
@@ -61,7 +88,8 @@ Json outputJson(const Output& output) {
           {"transportStreamId", output.transportStreamId},
           {"originalNetworkId", output.originalNetworkId},
           {"streams", jsonList(output.streams, outputStreamJson)},
-          {"tables", jsonList(output.tables, outputTableJson)}};
+          {"tables", jsonList(output.tables, outputTableJson)},
+          {"intervals", jsonList(output.intervals, intervalJson)}};
 }
 
 Json eventJson(const Event& event) {
@@ -71,13 +99,17 @@ Json eventJson(const Event& event) {
           {"following", event.isFollowing}};
 }
 
-Json serviceJson(const Service& service) {
+Json serviceJson(const Service& service, const Report& report) {
+  const uint64_t packets = report.packetsOf(service);
   return {{"serviceId", service.serviceId},
           {"type", service.typeName},
           {"name", service.name},
           {"provider", service.provider},
           {"pmtPid", orNull(service.pmtPid)},
           {"hasPmt", service.hasPmt},
+          {"packets", packets},
+          {"share", report.share(packets)},
+          {"bitRate", orNull(report.bitRate(packets))},
           {"streams", jsonList(service.streams, streamJson)},
           {"output", service.output ? outputJson(*service.output) : Json(nullptr)},
           {"events", jsonList(service.events, eventJson)},
@@ -91,8 +123,12 @@ std::string reportJson(const Report& report) {
   for (const auto& [pid, count] : report.pids) {
     pids.push_back(pidJson(pid, count, report));
   }
+  Json services = Json::array();
+  for (const Service& service : report.services) {
+    services.push_back(serviceJson(service, report));
+  }
   return indentedJson({{"file", report.file},
-                       {"title", report.title},
+                       {"title", titleOf(report)},
                        {"packets", report.packets},
                        {"seconds", orNull(report.seconds)},
                        {"bitRate", orNull(report.bitRate(report.packets))},
@@ -103,11 +139,14 @@ std::string reportJson(const Report& report) {
                        {"firstClock", clockJson(report.firstClock)},
                        {"lastClock", clockJson(report.lastClock)},
                        {"tablesSent", report.tablesSent},
-                       {"faults", report.faults},
+                       {"faults", report.faultLines()},
+                       {"kinds", kindsJson(report)},
                        {"pids", pids},
-                       {"services", jsonList(report.services, serviceJson)},
+                       {"services", services},
                        {"others", jsonList(report.others, streamJson)},
-                       {"tables", jsonList(report.tables, inputTableJson)}});
+                       {"tables", jsonList(report.tables, inputTableJson)},
+                       {"checks", checksJson(report.checks)},
+                       {"intervals", jsonList(report.intervals, intervalJson)}});
 }
 
 }  // namespace tevra::tools::report

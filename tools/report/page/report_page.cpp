@@ -1,9 +1,9 @@
 #include "tools/report/page/report_page.h"
 
-#include <filesystem>
 
 #include "tools/report/page/markup.h"
 #include "tools/report/page/page_sections.h"
+#include "tools/report/page/page_words.h"
 #include "tools/report/page/report_assets.h"
 
 namespace tevra::tools::report {
@@ -29,8 +29,7 @@ void head(const std::string& title, Markup& markup) {
 }  // namespace
 
 std::string reportPage(const Report& report) {
-  const std::string title =
-      report.title.empty() ? std::filesystem::path(report.file).filename().string() : report.title;
+  const std::string title = titleOf(report);
   Markup markup;
   markup.raw("<!DOCTYPE html>\n");
   {
@@ -41,6 +40,7 @@ std::string reportPage(const Report& report) {
       const auto main = markup.open("main");
       summarySection(report, title, markup);
       multiplexSection(report, markup);
+      checksSection(report, markup);
       tablesSection(report, markup);
       scheduleSection(report, markup);
       markup.leaf("footer", {}, "tornelctl " TORNEL_VERSION " report");

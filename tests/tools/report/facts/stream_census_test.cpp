@@ -91,20 +91,6 @@ TEST_F(StreamCensusTest, ExpectsNothingOfStuffing) {
   EXPECT_EQ(0U, count(0x1FFF).scrambled);
 }
 
-TEST_F(StreamCensusTest, TakesThePidWithTheMostUsefulPcrsForTheClock) {
-  EXPECT_EQ(kNullPid, census_.clockPid());
-  census_.push(writer_.stream(0x200, 0, 0));
-  EXPECT_EQ(kNullPid, census_.clockPid()) << "one PCR tells no rate";
-  constexpr int64_t kTooLong = 6 * kSystemClock;
-  for (int i = 1; i < 5; ++i) {
-    census_.push(writer_.stream(0x200, 0, i * kTooLong));
-  }
-  EXPECT_EQ(kNullPid, census_.clockPid()) << "nor do PCRs that jump";
-  census_.push(writer_.stream(0x300, 0, kPcrModulus - 100));
-  census_.push(writer_.stream(0x300, 0, 1000));  // over the end of the counter
-  EXPECT_EQ(0x300, census_.clockPid());
-}
-
 TEST_F(StreamCensusTest, ReadsTheClockOfTdts) {
   EXPECT_FALSE(census_.firstClock().has_value());
   const auto push = [&](const test::Bytes& section) {

@@ -1,0 +1,474 @@
+#include "tools/report/facts/stream_checks.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include <gmock/gmock.h>
+
+#include "tests/tools/support/ts_builder.h"
+
+namespace tevra::tools::report {
+namespace {
+
+using test::Bytes;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int kPmtPid = 0x100;
+constexpr int kVideoPid = 0x101;
+constexpr int kAudioPid = 0x102;
+constexpr int kSubtitlePid = 0x103;
+constexpr int64_t kTicksPerSlot = kSystemClock / 1000;
+constexpr uint8_t kDamaged = 0x80;        // transport_error_indicator
+constexpr uint8_t kScrambled = 0x80;      // transport_scrambling_control
+constexpr uint8_t kDiscontinuity = 0x80;  // its indicator
+
+/**
+ * A multiplex in which all is well, a packet a millisecond: PAT, PMT and CAT every 100 ms, the SDT
+ * every 500 ms, PCRs and audio every 20 ms, and stuffing. A test takes one thing away or changes it.
+ */
+class Multiplex {
+ public:
+  std::function<bool(int slot)> leavesOut = [](int /*slot*/) { return false; };
+  std::function<void(int slot, TsPacket& packet)> changes = [](int /*slot*/, TsPacket&) {};
+  int64_t firstPcr = 0;
+  Bytes pmt = test::makePmt(
+      101, 1, kVideoPid,
+      {{2, kVideoPid, {}},
+       {4, kAudioPid, {}},
+       {6, kSubtitlePid, test::descriptor(0x59, {'e', 'n', 'g', 0x10, 0, 1, 0, 1})}});
+  Bytes cat = test::makeSection({0x01, 0xFFFF, 1}, {});
+  test::PacketWriter writer;
+
+  [[nodiscard]] std::vector<TsPacket> packets(int slots) {
+    std::vector<TsPacket> all;
+    for (int slot = 0; slot < slots; ++slot) {
+      all.push_back(leavesOut(slot) ? writer.stream(kNullPid, 0) : packetOf(slot));
+      changes(slot, all.back());
+    }
+    return all;
+  }
+
+ private:
+  TsPacket packetOf(int slot) {
+    switch (slot % 100) {
+      case 0:
+        return writer.section(kPatPid, test::makePat(1, 1, {{0, 0x10}, {101, kPmtPid}})).at(0);
+      case 1:
+        return writer.section(kPmtPid, pmt).at(0);
+      case 4:
+        return writer.section(kCatPid, cat).at(0);
+      case 5:
+        return slot % 500 == 5 ? writer.section(kSdtPid, test::makeSdt(1, 1, 101, "Uno")).at(0)
+                               : writer.stream(kNullPid, 0);
+      default:
+        return streamPacketOf(slot);
+    }
+  }
+
+  TsPacket streamPacketOf(int slot) {
+    switch (slot % 20) {
+      case 2:
+        return writer.stream(kVideoPid, 1, (firstPcr + slot * kTicksPerSlot) % kPcrModulus);
+      case 3:
+        return writer.stream(kAudioPid, 2);
+      default:
+        return writer.stream(kNullPid, 0);
+    }
+  }
+};
+
+/** Bytes from memory. */
+class MemorySource : public ByteSource {
+ public:
+  explicit MemorySource(Bytes bytes) : bytes_(std::move(bytes)) {}
+  [[nodiscard]] size_t read(uint8_t* buffer, size_t size) override {
+    const size_t count = std::min(size, bytes_.size() - at_);
+    std::memcpy(buffer, bytes_.data() + at_, count);
+    at_ += count;
+    return count;
+  }
+
+ private:
+  Bytes bytes_;
+  size_t at_ = 0;
+};
+
+Bytes bytesOf(const std::vector<TsPacket>& packets) {
+  Bytes bytes;
+  for (const TsPacket& packet : packets) {
+    bytes.insert(bytes.end(), packet.data(), packet.data() + kTsPacketSize);
+  }
+  return bytes;
+}
+
+std::vector<StreamCheck> checksOf(Bytes bytes) {
+  MemorySource source(std::move(bytes));
+  return checksOf(StreamSurvey(source, kPidPeriod, [](const SiTable&, size_t) {}));
+}
+
+std::vector<StreamCheck> checksOf(const std::vector<TsPacket>& packets) {
+  return checksOf(bytesOf(packets));
+}
+
+constexpr int kSlots = 6000;
+
+std::vector<StreamCheck> checksOf(Multiplex multiplex) {
+  return checksOf(multiplex.packets(kSlots));
+}
+
+/** The numbers of the checks with this result. */
+std::vector<std::string> numbersOf(const std::vector<StreamCheck>& checks, CheckResult result) {
+  std::vector<std::string> numbers;
+  for (const StreamCheck& check : checks) {
+    if (check.result == result) {
+      numbers.push_back(check.number);
+    }
+  }
+  return numbers;
+}
+
+std::vector<std::string> failedOf(const std::vector<StreamCheck>& checks) {
+  return numbersOf(checks, CheckResult::kFailed);
+}
+
+/** The only one that failed; all others passed. */
+StreamCheck onlyFailure(const std::vector<StreamCheck>& checks) {
+  EXPECT_EQ(10U, numbersOf(checks, CheckResult::kPassed).size());
+  const auto failed = std::find_if(checks.begin(), checks.end(), [](const StreamCheck& check) {
+    return check.result == CheckResult::kFailed;
+  });
+  return failed == checks.end() ? StreamCheck() : *failed;
+}
+
+/** Number, count, worst value in milliseconds, and the one PID: "1.4 1x -1 ms 257". */
+std::string briefly(const StreamCheck& check) {
+  const long long worst = check.worst ? std::llround(*check.worst * 1000) : -1;
+  return check.number + " " + std::to_string(check.count) + "x " + std::to_string(worst) + " ms " +
+         (check.pids.size() == 1 ? std::to_string(check.pids[0].pid)
+                                 : std::to_string(check.pids.size()) + " PIDs");
+}
+
+/** Leaves the slots of one packet in each hundred out, from one to before another. */
+std::function<bool(int)> without(int place, int every, int from, int to) {
+  return [=](int slot) { return slot % every == place && slot >= from && slot < to; };
+}
+
+/** One packet in the place of a null packet. */
+std::function<void(int, TsPacket&)> put(int at, std::function<TsPacket()> make) {
+  return [=](int slot, TsPacket& packet) {
+    if (slot == at) {
+      packet = make();
+    }
+  };
+}
+
+constexpr int kFreeSlot = 3010;
+
+TEST(StreamChecks, AllPassWhereAllIsWell) {
+  const std::vector<StreamCheck> checks = checksOf(Multiplex());
+  EXPECT_THAT(numbersOf(checks, CheckResult::kPassed),
+              ElementsAre("1.1", "1.2", "1.3.a", "1.4", "1.5.a", "1.6", "2.1", "2.2", "2.3a",
+                          "2.3b", "2.6"));
+  EXPECT_FALSE(firstPriorityFailed(checks));
+  EXPECT_NEAR(0.1, checks[2].worst.value(), 0.0001);
+  EXPECT_NEAR(0.02, checks[8].worst.value(), 0.0001);
+  EXPECT_EQ("5.2.1", checks[2].clause);
+  EXPECT_EQ("PAT_error_2", checks[2].name);
+  EXPECT_EQ("0.5 s", checks[2].limit);
+}
+
+TEST(StreamChecks, PassWhereverARecordingBeginsAndEnds) {
+  Multiplex multiplex;
+  multiplex.firstPcr = kPcrModulus - 2 * kSystemClock;  // runs over its end
+  const Bytes whole = bytesOf(multiplex.packets(6000));
+  for (const size_t cut : {size_t{1}, size_t{188} * 97 + 100, size_t{188} * 503}) {
+    const Bytes part(whole.begin() + static_cast<std::ptrdiff_t>(cut),
+                     whole.end() - static_cast<std::ptrdiff_t>(cut));
+    EXPECT_THAT(failedOf(checksOf(part)), IsEmpty()) << cut;
+  }
+}
+
+TEST(StreamChecks, OneSyncByteIsAnErrorAndTwoInARowALoss) {
+  Bytes bytes = bytesOf(Multiplex().packets(kSlots));
+  bytes[kFreeSlot * kTsPacketSize] = 0x00;
+  EXPECT_EQ("1.2 1x -1 ms 0 PIDs", briefly(onlyFailure(checksOf(bytes))));
+  bytes[(kFreeSlot + 1) * kTsPacketSize] = 0x00;
+  const std::vector<StreamCheck> checks = checksOf(bytes);
+  EXPECT_THAT(failedOf(checks), ElementsAre("1.1", "1.2"));
+  EXPECT_EQ(1U, checks[0].count);
+  EXPECT_EQ(1U, checks[1].count) << "where sync is lost no byte has to be one";
+}
+
+TEST(StreamChecks, JunkBetweenPacketsIsALossOfSync) {
+  Bytes bytes = bytesOf(Multiplex().packets(kSlots));
+  const auto place = bytes.begin() + static_cast<std::ptrdiff_t>(kFreeSlot * kTsPacketSize);
+  bytes.insert(place, 77, 0x12);
+  EXPECT_THAT(failedOf(checksOf(bytes)), ElementsAre("1.1", "1.2"));
+}
+
+TEST(StreamChecks, APatHasToComeEveryHalfSecond) {
+  Multiplex multiplex;
+  multiplex.leavesOut = without(0, 100, 1000, 1500);  // from 900 to 1500 ms
+  EXPECT_EQ("1.3.a 1x 600 ms 0", briefly(onlyFailure(checksOf(multiplex))));
+  multiplex.leavesOut = without(0, 100, 1000, 1400);
+  EXPECT_THAT(failedOf(checksOf(multiplex)), IsEmpty()) << "500 ms are as long as it may take";
+}
+
+TEST(StreamChecks, APatThatIsAwayAtTheEndsOfARecordingIsMissed) {
+  Multiplex multiplex;
+  multiplex.leavesOut = without(0, 100, 0, 700);
+  EXPECT_EQ("1.3.a 1x 700 ms 0", briefly(onlyFailure(checksOf(multiplex))));
+  multiplex.leavesOut = without(0, 100, 5300, 6000);  // 5200 to 5999
+  EXPECT_EQ("1.3.a 1x 799 ms 0", briefly(onlyFailure(checksOf(multiplex))));
+}
+
+TEST(StreamChecks, AWrongPatCountsAsNone) {
+  Multiplex multiplex;
+  multiplex.changes = [](int slot, TsPacket& packet) {
+    if (packet.pid() == kPatPid && slot >= 1000 && slot < 1500) {
+      packet.data()[10] ^= 1;
+    }
+  };
+  const auto checks = checksOf(multiplex);
+  EXPECT_THAT(failedOf(checks), ElementsAre("1.3.a", "2.2"));
+  EXPECT_EQ("1.3.a 1x 600 ms 0", briefly(checks[2]));
+  EXPECT_EQ("2.2 5x -1 ms 0", briefly(checks[7]));
+}
+
+TEST(StreamChecks, NothingButPatsMayComeOnTheirPid) {
+  Multiplex multiplex;
+  multiplex.changes =
+      put(kFreeSlot, [&] { return multiplex.writer.section(kPatPid, multiplex.cat).at(0); });
+  EXPECT_EQ("1.3.a 1x 100 ms 0", briefly(onlyFailure(checksOf(multiplex.packets(kSlots)))));
+}
+
+TEST(StreamChecks, APatMayNotBeScrambled) {
+  Multiplex multiplex;
+  multiplex.changes = [](int slot, TsPacket& packet) {
+    packet.data()[3] |= slot == 3000 ? kScrambled : uint8_t{0};
+  };
+  EXPECT_EQ("1.3.a 1x 200 ms 0", briefly(onlyFailure(checksOf(multiplex))));
+}
+
+TEST(StreamChecks, WithoutAPatNothingIsKnownOfPmts) {
+  Multiplex multiplex;
+  multiplex.leavesOut = without(0, 100, 0, kSlots);
+  const std::vector<StreamCheck> checks = checksOf(multiplex);
+  EXPECT_EQ("1.3.a 1x 5999 ms 0", briefly(checks[2]));
+  EXPECT_THAT(numbersOf(checks, CheckResult::kNotMeasurable),
+              ElementsAre("1.5.a", "1.6", "2.3a", "2.3b"));
+  EXPECT_EQ("no PAT", checks[4].reason);
+}
+
+TEST(StreamChecks, APacketThatIsLostIsAContinuityError) {
+  Multiplex multiplex;
+  multiplex.changes = [&](int slot, TsPacket& /*packet*/) {
+    multiplex.writer.lose(kAudioPid, slot == kFreeSlot ? 1 : 0);
+  };
+  EXPECT_EQ("1.4 1x -1 ms 258", briefly(onlyFailure(checksOf(multiplex.packets(kSlots)))));
+}
+
+TEST(StreamChecks, APacketMayComeTwiceButNotThrice) {
+  std::vector<TsPacket> packets = Multiplex().packets(kSlots);
+  const auto audio = packets[3003];
+  ASSERT_EQ(kAudioPid, audio.pid());
+  packets[3010] = audio;
+  EXPECT_THAT(failedOf(checksOf(packets)), IsEmpty());
+  packets[3011] = audio;
+  EXPECT_EQ("1.4 1x -1 ms 258", briefly(onlyFailure(checksOf(packets))));
+  packets[3012] = audio;
+  EXPECT_EQ("1.4 2x -1 ms 258", briefly(onlyFailure(checksOf(packets))));
+}
+
+TEST(StreamChecks, APacketThatHasTheCounterOfTheLastAloneRepeatsNothing) {
+  std::vector<TsPacket> packets = Multiplex().packets(kSlots);
+  packets[3010] = packets[3003];
+  packets[3010].data()[100] ^= 1;
+  EXPECT_EQ("1.4 1x -1 ms 258", briefly(onlyFailure(checksOf(packets))));
+}
+
+TEST(StreamChecks, ARepeatedPacketHasAPcrOfItsOwn) {
+  std::vector<TsPacket> packets = Multiplex().packets(kSlots);
+  packets[3010] = packets[3002];
+  TsPacket later = test::PacketWriter().stream(kVideoPid, 1, 3010 * kTicksPerSlot);
+  std::copy_n(later.data() + 4, 8, packets[3010].data() + 4);
+  EXPECT_THAT(failedOf(checksOf(packets)), IsEmpty());
+}
+
+TEST(StreamChecks, APmtHasToComeEveryHalfSecond) {
+  Multiplex multiplex;
+  multiplex.leavesOut = without(1, 100, 1000, 1600);
+  EXPECT_EQ("1.5.a 1x 700 ms 256", briefly(onlyFailure(checksOf(multiplex))));
+  multiplex.leavesOut = without(1, 100, 5400, 6000);  // 5301 to 5999
+  EXPECT_EQ("1.5.a 1x 698 ms 256", briefly(onlyFailure(checksOf(multiplex))));
+}
+
+TEST(StreamChecks, APmtThatNeverComesIsMissedFromThePatOn) {
+  Multiplex multiplex;
+  multiplex.leavesOut = without(1, 100, 0, kSlots);
+  const auto checks = checksOf(multiplex);
+  EXPECT_THAT(failedOf(checks), ElementsAre("1.5.a"));
+  EXPECT_EQ("1.5.a 1x 5999 ms 256", briefly(checks[4]));
+  EXPECT_EQ(CheckResult::kNotMeasurable, checks[5].result) << "no stream is known";
+}
+
+TEST(StreamChecks, APmtThatThePatNoLongerNamesNeedNotCome) {
+  Multiplex multiplex;
+  multiplex.changes = [&](int slot, TsPacket& packet) {
+    if (slot >= 1000 && packet.pid() == kPatPid) {
+      const int counter = packet.continuityCounter();
+      packet = multiplex.writer.section(0x1000, test::makePat(1, 2, {{0, 0x10}})).at(0);
+      packet.setPid(kPatPid);
+      packet.setContinuityCounter(counter);
+    }
+  };
+  multiplex.leavesOut = [](int slot) { return slot > 1000 && slot % 100 == 1; };
+  EXPECT_THAT(failedOf(checksOf(multiplex.packets(kSlots))), IsEmpty());
+}
+
+TEST(StreamChecks, APmtMayNotBeScrambled) {
+  Multiplex multiplex;
+  multiplex.changes = [](int slot, TsPacket& packet) {
+    packet.data()[3] |= slot == 3001 ? kScrambled : uint8_t{0};
+  };
+  EXPECT_EQ("1.5.a 1x 200 ms 256", briefly(onlyFailure(checksOf(multiplex))));
+}
+
+TEST(StreamChecks, VideoAndAudioMayNotStayAwayFor5Seconds) {
+  Multiplex multiplex;
+  multiplex.leavesOut = without(3, 20, 500, 5600);
+  EXPECT_EQ("1.6 1x 5120 ms 258", briefly(onlyFailure(checksOf(multiplex))));
+  multiplex.leavesOut = without(3, 20, 900, kSlots);  // 883 to 5999
+  EXPECT_EQ("1.6 1x 5116 ms 258", briefly(onlyFailure(checksOf(multiplex))));
+  multiplex.leavesOut = without(3, 20, 500, 5400);
+  EXPECT_THAT(failedOf(checksOf(multiplex)), IsEmpty());
+}
+
+TEST(StreamChecks, AudioForTheFewMayPause) {
+  Multiplex multiplex;
+  multiplex.pmt = test::makePmt(
+      101, 1, kVideoPid,
+      {{2, kVideoPid, {}},
+       {4, kAudioPid, test::descriptor(0x0A, {'e', 'n', 'g', 0x03})}});  // for who cannot see well
+  multiplex.leavesOut = without(3, 20, 0, kSlots);
+  EXPECT_THAT(failedOf(checksOf(multiplex)), IsEmpty());
+}
+
+TEST(StreamChecks, ThePeriodOfPidsIsTheUsers) {
+  Multiplex multiplex;
+  multiplex.leavesOut = without(3, 20, 500, 2600);
+  MemorySource source(bytesOf(multiplex.packets(kSlots)));
+  const StreamSurvey survey(source, 2, [](const SiTable&, size_t) {});
+  const StreamCheck check = onlyFailure(checksOf(survey));
+  EXPECT_EQ("1.6 1x 2120 ms 258", briefly(check));
+  EXPECT_EQ("2 s", check.limit);
+}
+
+TEST(StreamChecks, ADamagedPacketIsATransportErrorAndNothingElse) {
+  Multiplex multiplex;
+  multiplex.changes = [](int slot, TsPacket& packet) {
+    packet.data()[1] |= slot == 3003 ? kDamaged : uint8_t{0};
+  };
+  EXPECT_EQ("2.1 1x -1 ms 258", briefly(onlyFailure(checksOf(multiplex))));
+}
+
+TEST(StreamChecks, AWrongCrcIsAnErrorOnItsPid) {
+  Multiplex multiplex;
+  multiplex.changes = [](int slot, TsPacket& packet) { packet.data()[20] ^= uint8_t{slot == 3005}; };
+  EXPECT_EQ("2.2 1x -1 ms 17", briefly(onlyFailure(checksOf(multiplex))));
+}
+
+TEST(StreamChecks, AWrongCrcOfAnotherTableThanAPmtOnItsPidIsNone) {
+  Multiplex multiplex;
+  Bytes other = test::makeSection({0x80, 1, 1}, {1, 2, 3});
+  other.back() ^= 1;
+  multiplex.changes =
+      put(kFreeSlot, [&] { return multiplex.writer.section(kPmtPid, other).at(0); });
+  EXPECT_THAT(failedOf(checksOf(multiplex.packets(kSlots))), IsEmpty());
+}
+
+TEST(StreamChecks, PcrsHaveToComeEveryTenthOfASecond) {
+  Multiplex multiplex;
+  multiplex.leavesOut = without(2, 20, 3000, 3120);  // 2982 to 3122
+  multiplex.changes = [](int slot, TsPacket& packet) {
+    packet.data()[5] |= slot == 3122 ? kDiscontinuity : uint8_t{0};  // the step is announced
+  };
+  EXPECT_EQ("2.3a 1x 140 ms 257", briefly(onlyFailure(checksOf(multiplex))));
+}
+
+TEST(StreamChecks, AStepOfPcrsHasToBeAnnounced) {
+  for (const int64_t step : {int64_t{10}, int64_t{-1}}) {
+    Multiplex multiplex;
+    multiplex.changes = [&](int slot, TsPacket& /*packet*/) {
+      multiplex.firstPcr =
+          slot < 3000 ? 2 * kSystemClock : (2 + step) * kSystemClock;
+    };
+    EXPECT_EQ("2.3b 1x " + std::to_string(step * 1000 + 20) + " ms 257",
+              briefly(onlyFailure(checksOf(multiplex.packets(kSlots)))));
+  }
+}
+
+TEST(StreamChecks, ScrambledPacketsNeedACat) {
+  Multiplex multiplex;
+  multiplex.changes = [](int /*slot*/, TsPacket& packet) {
+    packet.data()[3] |= packet.pid() == kAudioPid ? kScrambled : uint8_t{0};
+  };
+  EXPECT_THAT(failedOf(checksOf(multiplex)), IsEmpty());
+  multiplex.leavesOut = without(4, 100, 0, kSlots);
+  EXPECT_EQ("2.6 300x -1 ms 258", briefly(onlyFailure(checksOf(multiplex))));
+}
+
+TEST(StreamChecks, NothingButCatsMayComeOnTheirPid) {
+  Multiplex multiplex;
+  multiplex.changes = put(
+      kFreeSlot, [&] { return multiplex.writer.section(kCatPid, multiplex.pmt).at(0); });
+  EXPECT_EQ("2.6 1x -1 ms 1", briefly(onlyFailure(checksOf(multiplex.packets(kSlots)))));
+}
+
+TEST(StreamChecks, WithoutAClockNoIntervalIsMeasured) {
+  Multiplex multiplex;
+  multiplex.leavesOut = without(2, 20, 0, kSlots);
+  const std::vector<StreamCheck> checks = checksOf(multiplex);
+  EXPECT_THAT(failedOf(checks), IsEmpty());
+  EXPECT_THAT(numbersOf(checks, CheckResult::kNotMeasurable),
+              ElementsAre("1.3.a", "1.5.a", "1.6", "2.3a", "2.3b"));
+  EXPECT_EQ("no PCR", checks[2].reason);
+}
+
+TEST(StreamChecks, WithoutAClockWhatNeedsNoneStillFails) {
+  Multiplex multiplex;
+  multiplex.leavesOut = without(2, 20, 0, kSlots);
+  multiplex.changes =
+      put(kFreeSlot, [&] { return multiplex.writer.section(kPatPid, multiplex.cat).at(0); });
+  EXPECT_THAT(failedOf(checksOf(multiplex.packets(kSlots))), ElementsAre("1.3.a"));
+}
+
+TEST(StreamChecks, ARecordingShorterThanALimitDoesNotShowIt) {
+  const std::vector<StreamCheck> checks = checksOf(Multiplex().packets(400));
+  EXPECT_THAT(numbersOf(checks, CheckResult::kNotMeasurable),
+              ElementsAre("1.3.a", "1.5.a", "1.6"));
+  EXPECT_EQ("shorter than the limit", checks[2].reason);
+}
+
+TEST(StreamChecks, IntervalsAreThoseOfTheStreamsClock) {
+  MemorySource source(bytesOf(Multiplex().packets(kSlots)));
+  const StreamSurvey survey(source, kPidPeriod, [](const SiTable&, size_t) {});
+  const std::vector<IntervalFact> facts = intervalsOf(survey);
+  ASSERT_EQ(4U, facts.size());
+  EXPECT_EQ("PAT", facts[0].what);
+  EXPECT_EQ(59U, facts[0].count);
+  EXPECT_NEAR(0.1, facts[0].shortest, 1e-6);
+  EXPECT_NEAR(0.1, facts[0].mean, 1e-6);
+  EXPECT_EQ("PMT", facts[1].what);
+  EXPECT_EQ(kPmtPid, facts[1].pid);
+  EXPECT_EQ("SDT", facts[2].what);
+  EXPECT_NEAR(0.5, facts[2].longest, 1e-6);
+  EXPECT_EQ("PCR", facts[3].what);
+  EXPECT_EQ(kVideoPid, facts[3].pid);
+  EXPECT_NEAR(0.02, facts[3].longest, 1e-6);
+  EXPECT_NEAR(5.999, survey.seconds().value(), 1e-6);
+}
+
+}  // namespace
+}  // namespace tevra::tools::report

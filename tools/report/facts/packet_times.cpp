@@ -1,0 +1,69 @@
+#include "tools/report/facts/packet_times.h"
+
+#include <cmath>
+
+namespace tevra::tools::report {
+
+void PacketTimes::push(const TsPacket& packet) {
+  if (pending_.size() >= kMaxPending) {
+    makeRoom();
+  }
+  PacketMark& mark = pending_.emplace_back();
+  mark.pid = static_cast<uint16_t>(packet.pid());
+  if (packet.transportError() || packet.pid() == kNullPid) {
+    return;
+  }
+  if (const std::optional<int64_t> pcr = packet.pcr()) {
+    mark.hasPcr = true;
+    takePcr(packet.pid(), *pcr, packet.discontinuity());
+  }
+}
+
+void PacketTimes::takePcr(int pid, int64_t pcr, bool discontinuity) {
+  const Anchor here = {pending_.size() - 1, pcr};
+  if (clockPid_ == kNullPid && !findClock(pid, here, discontinuity)) {
+    return;
+  }
+  if (pid != clockPid_) {
+    return;
+  }
+  const int64_t interval = anchor_ && !discontinuity ? pcrInterval(anchor_->pcr, pcr) : 0;
+  if (interval > 0) {
+    ticksPerPacket_ =
+        static_cast<double>(interval) / static_cast<double>(here.index - anchor_->index);
+  }
+  release(here.index);
+  anchor_ = Anchor{0, pcr};
+}
+
+bool PacketTimes::findClock(int pid, const Anchor& here, bool discontinuity) {
+  const auto [last, isFirst] = lastPcrs_.try_emplace(pid, here);
+  if (isFirst || discontinuity || pcrInterval(last->second.pcr, here.pcr) <= 0) {
+    last->second = here;
+    return false;
+  }
+  clockPid_ = pid;
+  anchor_ = last->second;
+  lastPcrs_.clear();
+  return true;
+}
+
+void PacketTimes::makeRoom() {
+  release(pending_.size());
+  anchor_.reset();
+  lastPcrs_.clear();
+}
+
+void PacketTimes::release(size_t count) {
+  const auto timeAt = [this](size_t index) {
+    return pendingTime_ + std::llround(static_cast<double>(index) * ticksPerPacket_);
+  };
+  for (size_t index = 0; index < count && ticksPerPacket_ > 0; ++index) {
+    consumer_(pending_[index], firstPending_ + index, timeAt(index));
+  }
+  pendingTime_ = timeAt(count);
+  firstPending_ += count;
+  pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(count));
+}
+
+}  // namespace tevra::tools::report

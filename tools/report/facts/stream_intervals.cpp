@@ -1,0 +1,81 @@
+#include "tools/report/facts/stream_intervals.h"
+
+namespace tevra::tools::report {
+namespace {
+
+/** Has what is in `now` and was not in `before` come, and what no longer is come no more. */
+template <class Part>
+void replace(const std::set<int>& before, const std::set<int>& now, int64_t time, Part part) {
+  for (const int pid : before) {
+    if (now.count(pid) == 0) {
+      part(pid).expectNoMore(time);
+    }
+  }
+  for (const int pid : now) {
+    part(pid).expect(time);
+  }
+}
+
+}  // namespace
+
+StreamIntervals::StreamIntervals(int pidPeriod)
+    : pidPeriod_(pidPeriod * kSystemClock),
+      pids_(kPidCount),
+      times_([this](const PacketMark& mark, uint64_t number, int64_t time) {
+        take(mark, number, time);
+      }) {}
+
+void StreamIntervals::refer(References references) {
+  coming_.emplace_back(times_.last(), std::move(references));
+}
+
+PidIntervals& StreamIntervals::at(int pid) {
+  std::unique_ptr<PidIntervals>& entry = pids_[static_cast<size_t>(pid)];
+  if (!entry) {
+    entry = std::make_unique<PidIntervals>(pidPeriod_);
+  }
+  return *entry;
+}
+
+void StreamIntervals::take(const PacketMark& mark, uint64_t number, int64_t time) {
+  if (!span_) {
+    at(kPatPid).tables.expect(time);
+  }
+  span_ = time;
+  if (mark.hasTable || mark.hasPcr) {
+    PidIntervals& pid = at(mark.pid);
+    if (mark.hasTable) {
+      pid.tables.come(time);
+    }
+    if (mark.hasPcr) {
+      pid.pcrs.come(time);
+    }
+  }
+  if (PidIntervals* pid = pids_[mark.pid].get()) {
+    pid->packets.come(time);
+  }
+  while (!coming_.empty() && coming_.front().first <= number) {
+    expect(coming_.front().second, time);
+    coming_.pop_front();
+  }
+}
+
+void StreamIntervals::expect(const References& references, int64_t time) {
+  replace(current_.pmts, references.pmts, time,
+          [this](int pid) -> Recurrence& { return at(pid).tables; });
+  replace(current_.clocks, references.clocks, time,
+          [this](int pid) -> Recurrence& { return at(pid).pcrs; });
+  replace(current_.media, references.media, time,
+          [this](int pid) -> Recurrence& { return at(pid).packets; });
+  current_ = references;
+}
+
+void StreamIntervals::finish() {
+  times_.finish();
+  if (span_) {
+    expect({}, *span_);
+    at(kPatPid).tables.expectNoMore(*span_);
+  }
+}
+
+}  // namespace tevra::tools::report
