@@ -128,8 +128,8 @@ bool isSaidElsewhere(const StreamCheck& check) {
 void addFailedChecks(const Report& report, Lines& lines) {
   for (const StreamCheck& check : report.checks) {
     if (check.result == CheckResult::kFailed && !isSaidElsewhere(check)) {
-      lines.push_back(check.name + " (ETSI TR 101 290, " + check.number + "): " +
-                      counted(check.count, "time") +
+      lines.push_back(check.name + " (ETSI TR 101 290, " + check.number +
+                      "): " + counted(check.count, "time") +
                       (check.pids.empty() ? "" : " on " + counted(check.pids.size(), "PID")));
     }
   }

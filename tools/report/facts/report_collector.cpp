@@ -79,9 +79,8 @@ bool isOf(const Service& service, const IntervalFact& fact) {
     return service.pmtPid == fact.pid;
   }
   return fact.what == "PCR" &&
-         std::any_of(service.streams.begin(), service.streams.end(), [&](const auto& stream) {
-           return stream.hasPcr && stream.pid == fact.pid;
-         });
+         std::any_of(service.streams.begin(), service.streams.end(),
+                     [&](const auto& stream) { return stream.hasPcr && stream.pid == fact.pid; });
 }
 
 /** The PCRs of an output are those of the PID that it carries. */
@@ -163,9 +162,9 @@ std::optional<Output> ask(Daemon& daemon, const Service& service, Report& report
 Collected collectReport(const std::string& file, Daemon& daemon, int pidPeriod) {
   InputFile input(file);
   TableFeeder feeder(daemon);
-  const StreamSurvey survey(
-      input, pidPeriod,
-      [&](const SiTable& table, size_t sections) { feeder.feed(table, sections); });
+  const StreamSurvey survey(input, pidPeriod, [&](const SiTable& table, size_t sections) {
+    feeder.feed(table, sections);
+  });
   if (feeder.sent() == 0) {
     throw ToolError(input.explainNothing(file, survey.reader().packets()));
   }

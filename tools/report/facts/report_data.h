@@ -42,9 +42,9 @@ struct PidCount {
   uint64_t pcrs = 0;              ///< packets with a PCR
   uint64_t pcrJumps = 0;  ///< from one to the next not 0 to 0.1 s, and nothing announces that
   std::optional<double> widestPcrStep;  ///< of those, or else of all; seconds, less than 0: back
-  uint64_t sections = 0;          ///< whose end came; counted on the PIDs of tables alone
-  uint64_t crcErrors = 0;         ///< of those, with a wrong CRC_32
-  uint64_t otherSections = 0;     ///< cut short, or with lengths that do not add up
+  uint64_t sections = 0;                ///< whose end came; counted on the PIDs of tables alone
+  uint64_t crcErrors = 0;               ///< of those, with a wrong CRC_32
+  uint64_t otherSections = 0;           ///< cut short, or with lengths that do not add up
 
   /** Whether packets are lost or damaged, or sections have a wrong CRC. */
   [[nodiscard]] bool isFaulty() const {
@@ -83,12 +83,12 @@ struct TableFact {
 
 /** The single-programme stream that the daemon makes of a service. */
 struct Output {
-  int serviceId = 0;                  ///< of the input service; the output has the same
-  std::string name;                   ///< in its SDT; empty where that has none
-  int transportStreamId = 0;          ///< in its PAT
-  int originalNetworkId = 0;          ///< in its SDT
-  std::vector<OutputStream> streams;  ///< by output PID
-  std::vector<TableFact> tables;      ///< PAT, SDT, PMT
+  int serviceId = 0;                    ///< of the input service; the output has the same
+  std::string name;                     ///< in its SDT; empty where that has none
+  int transportStreamId = 0;            ///< in its PAT
+  int originalNetworkId = 0;            ///< in its SDT
+  std::vector<OutputStream> streams;    ///< by output PID
+  std::vector<TableFact> tables;        ///< PAT, SDT, PMT
   std::vector<IntervalFact> intervals;  ///< of the PCRs that it carries, if they come
 };
 
@@ -135,12 +135,12 @@ struct Report {
   size_t tablesSent = 0;                 ///< to the daemon, those that it refused included
   /** Of packets, tables and answers, but those that are counted by PID; a line each. */
   std::vector<std::string> faults;
-  std::map<int, PidCount> pids;          ///< all that have packets
-  std::vector<Service> services;         ///< by service id
-  std::vector<InputStream> others;       ///< of no service
-  std::vector<TableFact> tables;         ///< of the input
-  std::vector<StreamCheck> checks;       ///< by their numbers
-  std::vector<IntervalFact> intervals;   ///< of the input: PAT, PMTs, SDT, PCRs
+  std::map<int, PidCount> pids;         ///< all that have packets
+  std::vector<Service> services;        ///< by service id
+  std::vector<InputStream> others;      ///< of no service
+  std::vector<TableFact> tables;        ///< of the input
+  std::vector<StreamCheck> checks;      ///< by their numbers
+  std::vector<IntervalFact> intervals;  ///< of the input: PAT, PMTs, SDT, PCRs
 
   /** As constructed for a PID without packets. */
   [[nodiscard]] PidCount countOf(int pid) const;

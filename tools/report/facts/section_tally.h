@@ -29,7 +29,7 @@ class SectionTally {
   [[nodiscard]] uint64_t arrivals(int tableId, int extension) const;
 
  private:
-  std::map<int, std::map<int, SectionCount>> counts_;     // by PID, then table_id
+  std::map<int, std::map<int, SectionCount>> counts_;      // by PID, then table_id
   std::map<std::pair<int, int>, uint64_t> firstSections_;  // by table_id and its extension
 };
 

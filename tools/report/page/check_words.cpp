@@ -45,16 +45,11 @@ Json pidJson(const CheckedPid& pid) {
 }
 
 Json checkJson(const StreamCheck& check) {
-  return {{"priority", check.priority},
-          {"clause", check.clause},
-          {"number", check.number},
-          {"name", check.name},
-          {"limit", check.limit},
-          {"result", resultWord(check.result)},
-          {"reason", check.reason},
-          {"count", check.count},
-          {"worst", orNull(check.worst)},
-          {"pids", jsonList(check.pids, pidJson)}};
+  return {{"priority", check.priority},   {"clause", check.clause},
+          {"number", check.number},       {"name", check.name},
+          {"limit", check.limit},         {"result", resultWord(check.result)},
+          {"reason", check.reason},       {"count", check.count},
+          {"worst", orNull(check.worst)}, {"pids", jsonList(check.pids, pidJson)}};
 }
 
 }  // namespace
@@ -76,9 +71,9 @@ std::string pidsText(const std::vector<CheckedPid>& pids) {
   for (size_t place = 0; place < std::min(pids.size(), kMostPids); ++place) {
     texts.push_back(std::to_string(pids[place].pid));
   }
-  return joined(texts, ", ") +
-         (pids.size() > kMostPids ? " and " + std::to_string(pids.size() - kMostPids) + " more"
-                                  : "");
+  return joined(texts, ", ") + (pids.size() > kMostPids
+                                    ? " and " + std::to_string(pids.size() - kMostPids) + " more"
+                                    : "");
 }
 
 std::string firstPriorityText(const std::vector<StreamCheck>& checks) {

@@ -24,7 +24,8 @@ void serviceRow(const Service& service, Markup& markup) {
     markup.leaf("bdi", {}, nameOf(service));
   }
   cell(markup, joinedNonEmpty({service.typeName, service.provider}, " · "));
-  const std::string noPmt = service.pmtPid ? "none on PID " + idText(*service.pmtPid) : "not in the PAT";
+  const std::string noPmt =
+      service.pmtPid ? "none on PID " + idText(*service.pmtPid) : "not in the PAT";
   cell(markup, service.hasPmt ? "without an output" : noPmt);
 }
 
@@ -65,9 +66,9 @@ void strayPids(const Report& report, const std::vector<const InputStream*>& stre
     packets += report.countOf(stream->pid).packets;
   }
   const auto details = markup.open("details", {{"class", "fold"}});
-  markup.leaf("summary", {},
-              counted(streams.size(), "PID") + " in no PAT, CAT or PMT: " +
-                  amountText(report, packets));
+  markup.leaf(
+      "summary", {},
+      counted(streams.size(), "PID") + " in no PAT, CAT or PMT: " + amountText(report, packets));
   const auto frame = markup.scroller("PIDs in no table");
   const auto table = markup.open("table");
   headRow({"PID", "Bit rate", "Share", "Packets", "Gaps", "Scrambled", "Damaged"}, markup);

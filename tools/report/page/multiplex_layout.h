@@ -12,12 +12,12 @@ namespace tevra::tools::report {
 
 /** A service with its output, or, last of all, the PIDs of no service. */
 struct Band {
-  std::optional<size_t> service;  ///< its place in the report; nothing for the PIDs of none
-  double top = 0;                 ///< kInset above its cards
-  double height = 0;              ///< down to the next band; 0 for a service that is not drawn
+  std::optional<size_t> service;     ///< its place in the report; nothing for the PIDs of none
+  double top = 0;                    ///< kInset above its cards
+  double height = 0;                 ///< down to the next band; 0 for a service that is not drawn
   std::vector<InputStream> streams;  ///< the service's, or those of none
-  Box input;                      ///< the card on the left: its head, then its rows
-  std::vector<Box> inputRows;     ///< one per stream
+  Box input;                         ///< the card on the left: its head, then its rows
+  std::vector<Box> inputRows;        ///< one per stream
   /** For each row its own service; for a PID of none all services whose outputs take it. */
   std::vector<std::set<size_t>> inputServices;
   std::optional<Box> output;    ///< the card on the right; nothing without an output

@@ -67,8 +67,8 @@ void intervals(const Report& report, Markup& markup) {
     intervalRow("input", fact, markup);
   }
   for (const Service& service : report.services) {
-    for (const IntervalFact& fact : service.output ? service.output->intervals
-                                                   : std::vector<IntervalFact>{}) {
+    for (const IntervalFact& fact :
+         service.output ? service.output->intervals : std::vector<IntervalFact>{}) {
       intervalRow("output", fact, markup);
     }
   }
@@ -79,9 +79,10 @@ void intervals(const Report& report, Markup& markup) {
 void checksSection(const Report& report, Markup& markup) {
   const auto section = markup.open("section", {{"class", "checks-section"}});
   markup.leaf("h2", {}, "Checks");
-  markup.leaf("p", {{"class", "note"}},
-              "ETSI TR 101 290, 5.2.1 and 5.2.2, as far as a recording shows them. First priority " +
-                  firstPriorityText(report.checks) + ".");
+  markup.leaf(
+      "p", {{"class", "note"}},
+      "ETSI TR 101 290, 5.2.1 and 5.2.2, as far as a recording shows them. First priority " +
+          firstPriorityText(report.checks) + ".");
   checks(report, markup);
   intervals(report, markup);
 }

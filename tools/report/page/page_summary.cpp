@@ -60,10 +60,9 @@ void figures(const Report& report, Markup& markup) {
 
 /** What could not be looked at: no word of it would be a word too many. */
 std::string unmeasured(const Report& report) {
-  const auto count =
-      std::count_if(report.checks.begin(), report.checks.end(), [](const StreamCheck& check) {
-        return check.result == CheckResult::kNotMeasurable;
-      });
+  const auto count = std::count_if(
+      report.checks.begin(), report.checks.end(),
+      [](const StreamCheck& check) { return check.result == CheckResult::kNotMeasurable; });
   return count == 0 ? "."
                     : "; " + counted(static_cast<uint64_t>(count), "check") + " of " +
                           std::to_string(report.checks.size()) + " not measurable.";

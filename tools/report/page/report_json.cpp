@@ -34,8 +34,8 @@ Json intervalJson(const IntervalFact& fact) {
   for (const int id : fact.serviceIds) {
     services.push_back(id);
   }
-  return {{"what", fact.what},         {"pid", fact.pid},   {"serviceIds", services},
-          {"count", fact.count},       {"min", fact.shortest}, {"mean", fact.mean},
+  return {{"what", fact.what},   {"pid", fact.pid},      {"serviceIds", services},
+          {"count", fact.count}, {"min", fact.shortest}, {"mean", fact.mean},
           {"max", fact.longest}};
 }
 

@@ -1,6 +1,5 @@
 #include "tools/report/page/report_page.h"
 
-
 #include "tools/report/page/markup.h"
 #include "tools/report/page/page_sections.h"
 #include "tools/report/page/page_words.h"

@@ -63,6 +63,51 @@ TEST_F(ReportOfTheSample, KnowsWhatTheStreamIs) {
   EXPECT_EQ(18U, report_.tables.size());
 }
 
+TEST_F(ReportOfTheSample, KnowsHowOftenTablesCameAndHowFarApart) {
+  EXPECT_EQ(1U, report_.tables[0].times) << "the PAT has one version";
+  EXPECT_EQ(118U, report_.tables[0].arrivals);
+  ASSERT_FALSE(report_.intervals.empty());
+  EXPECT_EQ("PAT", report_.intervals[0].what);
+  EXPECT_EQ(117U, report_.intervals[0].count);
+  EXPECT_NEAR(0.08, report_.intervals[0].mean, 0.002);
+  const auto pmt = std::find_if(report_.intervals.begin(), report_.intervals.end(),
+                                [](const auto& fact) { return fact.what == "PMT"; });
+  ASSERT_NE(report_.intervals.end(), pmt);
+  EXPECT_THAT(pmt->serviceIds, ElementsAre(101));
+}
+
+TEST_F(ReportOfTheSample, PassesAllChecks) {
+  ASSERT_EQ(11U, report_.checks.size());
+  for (const StreamCheck& check : report_.checks) {
+    EXPECT_EQ(CheckResult::kPassed, check.result) << check.number;
+  }
+}
+
+TEST(ReportCollector, GivesAnOutputThePcrIntervalsOfThePidThatItCarries) {
+  RecordingDaemon daemon;
+  daemon.answer = {{101, test::sampleAnswer().at(1201)}};
+  daemon.answer.at(101).pidItems.at(1).inputPid = 0x101;
+  const Report report = collectReport(test::sample(), daemon).report;
+  const std::vector<IntervalFact>& intervals = report.services[0].output.value().intervals;
+  ASSERT_EQ(1U, intervals.size());
+  EXPECT_EQ("PCR", intervals[0].what);
+  EXPECT_EQ(502, intervals[0].pid);
+  EXPECT_LT(intervals[0].longest, 0.04);
+}
+
+TEST(ReportCollector, ChecksAStreamWithoutATableThatADaemonCouldBeFed) {
+  test::StreamBuilder stream;
+  stream.add(0x300);
+  stream.add(0x300);
+  const TemporaryFile file("ts");
+  file.write(stream.packets());
+  const Verdict verdict = checkStream(file.path());
+  EXPECT_EQ(2U, verdict.packets);
+  EXPECT_EQ(11U, verdict.checks.size());
+  RecordingDaemon daemon;
+  EXPECT_THROW((void)collectReport(file.path(), daemon), ToolError);
+}
+
 TEST_F(ReportOfTheSample, CountsEveryPacketOnce) {
   uint64_t sum = 0;
   for (const auto& [pid, count] : report_.pids) {
@@ -209,7 +254,8 @@ TEST(ReportCollector, CountsFaultsByPid) {
   const Report report = reportOf(stream);
   EXPECT_EQ(1U, report.countOf(0x11).crcErrors);
   EXPECT_EQ(0U, report.countOf(0x00).crcErrors);
-  EXPECT_THAT(report.faults, ElementsAre("1 section with a wrong CRC, dropped"));
+  EXPECT_EQ(1U, report.countOf(0x11).sections);
+  EXPECT_THAT(report.faultLines(), ElementsAre("SDT, BAT on PID 17: 1 section with a wrong CRC"));
 }
 
 TEST(ReportCollector, ReadsAFrenchMultiplexOfSiAlone) {
@@ -246,6 +292,7 @@ TEST(ReportCollector, FailsAsFeedDoes) {
   const TemporaryFile nothing("ts");
   nothing.write(std::string(1000, 'x'));
   EXPECT_THROW((void)collectReport(nothing.path(), daemon), ToolError);
+  EXPECT_THROW((void)checkStream(nothing.path()), ToolError);
 }
 
 // Any file must become a page or an error; the sanitizers watch.

@@ -25,18 +25,19 @@ constexpr uint8_t kDiscontinuity = 0x80;  // its indicator
 
 /**
  * A multiplex in which all is well, a packet a millisecond: PAT, PMT and CAT every 100 ms, the SDT
- * every 500 ms, PCRs and audio every 20 ms, and stuffing. A test takes one thing away or changes it.
+ * every 500 ms, PCRs and audio every 20 ms, and stuffing. A test takes one thing away or changes
+ * it.
  */
 class Multiplex {
  public:
   std::function<bool(int slot)> leavesOut = [](int /*slot*/) { return false; };
   std::function<void(int slot, TsPacket& packet)> changes = [](int /*slot*/, TsPacket&) {};
   int64_t firstPcr = 0;
-  Bytes pmt = test::makePmt(
-      101, 1, kVideoPid,
-      {{2, kVideoPid, {}},
-       {4, kAudioPid, {}},
-       {6, kSubtitlePid, test::descriptor(0x59, {'e', 'n', 'g', 0x10, 0, 1, 0, 1})}});
+  Bytes pmt =
+      test::makePmt(101, 1, kVideoPid,
+                    {{2, kVideoPid, {}},
+                     {4, kAudioPid, {}},
+                     {6, kSubtitlePid, test::descriptor(0x59, {'e', 'n', 'g', 0x10, 0, 1, 0, 1})}});
   Bytes cat = test::makeSection({0x01, 0xFFFF, 1}, {});
   test::PacketWriter writer;
 
@@ -375,7 +376,9 @@ TEST(StreamChecks, ADamagedPacketIsATransportErrorAndNothingElse) {
 
 TEST(StreamChecks, AWrongCrcIsAnErrorOnItsPid) {
   Multiplex multiplex;
-  multiplex.changes = [](int slot, TsPacket& packet) { packet.data()[20] ^= uint8_t{slot == 3005}; };
+  multiplex.changes = [](int slot, TsPacket& packet) {
+    packet.data()[20] ^= uint8_t{slot == 3005};
+  };
   EXPECT_EQ("2.2 1x -1 ms 17", briefly(onlyFailure(checksOf(multiplex))));
 }
 
@@ -401,8 +404,7 @@ TEST(StreamChecks, AStepOfPcrsHasToBeAnnounced) {
   for (const int64_t step : {int64_t{10}, int64_t{-1}}) {
     Multiplex multiplex;
     multiplex.changes = [&](int slot, TsPacket& /*packet*/) {
-      multiplex.firstPcr =
-          slot < 3000 ? 2 * kSystemClock : (2 + step) * kSystemClock;
+      multiplex.firstPcr = slot < 3000 ? 2 * kSystemClock : (2 + step) * kSystemClock;
     };
     EXPECT_EQ("2.3b 1x " + std::to_string(step * 1000 + 20) + " ms 257",
               briefly(onlyFailure(checksOf(multiplex.packets(kSlots)))));
@@ -421,8 +423,8 @@ TEST(StreamChecks, ScrambledPacketsNeedACat) {
 
 TEST(StreamChecks, NothingButCatsMayComeOnTheirPid) {
   Multiplex multiplex;
-  multiplex.changes = put(
-      kFreeSlot, [&] { return multiplex.writer.section(kCatPid, multiplex.pmt).at(0); });
+  multiplex.changes =
+      put(kFreeSlot, [&] { return multiplex.writer.section(kCatPid, multiplex.pmt).at(0); });
   EXPECT_EQ("2.6 1x -1 ms 1", briefly(onlyFailure(checksOf(multiplex.packets(kSlots)))));
 }
 
@@ -446,8 +448,7 @@ TEST(StreamChecks, WithoutAClockWhatNeedsNoneStillFails) {
 
 TEST(StreamChecks, ARecordingShorterThanALimitDoesNotShowIt) {
   const std::vector<StreamCheck> checks = checksOf(Multiplex().packets(400));
-  EXPECT_THAT(numbersOf(checks, CheckResult::kNotMeasurable),
-              ElementsAre("1.3.a", "1.5.a", "1.6"));
+  EXPECT_THAT(numbersOf(checks, CheckResult::kNotMeasurable), ElementsAre("1.3.a", "1.5.a", "1.6"));
   EXPECT_EQ("shorter than the limit", checks[2].reason);
 }
 
