@@ -88,8 +88,9 @@ void addReportCommand(CommandLine& line) {
                  "File to write; it is replaced. - is standard output");
   command.option("--title", options->title, "Heading of the page (default: the file's name)");
   command.flag("--json", options->json, "Write the facts as JSON instead");
-  command.flag("--check", options->check,
-               "Print the checks of ETSI TR 101 290 alone; fails when one of the first priority does");
+  command.flag(
+      "--check", options->check,
+      "Print the checks of ETSI TR 101 290 alone; fails when one of the first priority does");
   command
       .option("--pid-period", options->pidPeriod,
               "Seconds for which video and audio may stay away (PID_error)")

@@ -70,5 +70,23 @@ TEST_F(ReportCommand, FeedsNothingWhenThePageCannotBeWritten) {
   EXPECT_THAT(server_.daemon().calls, testing::IsEmpty());
 }
 
+TEST(ReportCheck, PrintsTheVerdictAloneWithoutADaemon) {
+  const Result result = test::run({"report", "--check", test::sample()});
+  EXPECT_EQ(kExitDone, result.status);
+  EXPECT_EQ("", result.err);
+  EXPECT_THAT(result.out, testing::StartsWith(test::sample() + ": 10013 packets, 9.41 s;"));
+  EXPECT_THAT(result.out, testing::EndsWith("\nfirst priority passed\n"));
+}
+
+TEST(ReportCheck, FailsWhenACheckOfTheFirstPriorityDoes) {
+  const TemporaryFile file("lost.ts");
+  std::string bytes = test::contentOf(test::sample());
+  bytes.erase(size_t{188} * 5000, size_t{188} * 10);
+  file.write(bytes);
+  const Result result = test::run({"report", "--check", "--json", file.path()});
+  EXPECT_EQ(kExitFailed, result.status);
+  EXPECT_EQ(true, nlohmann::json::parse(result.out).at("firstPriorityFailed"));
+}
+
 }  // namespace
 }  // namespace tevra::tools
