@@ -2,12 +2,12 @@
 
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
 #include <iostream>
 #include <random>
 #include <string>
 #include <thread>
 
+#include "tests/support/environment.h"
 #include "tests/system/kill_restart.h"
 
 // kill -9 at any moment of a running load. The environment sets how often (TORNEL_KILLS) and where
@@ -20,17 +20,13 @@ using std::chrono::microseconds;
 
 constexpr microseconds kLongestLoad{150'000};
 
-uint32_t fromEnvironment(const char* name, uint32_t otherwise) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? otherwise : static_cast<uint32_t>(std::strtoul(value, nullptr, 10));
-}
-
 class KillAndRestart : public testing::Test {
  protected:
   void killDuringLoad();
   void report() const;
 
-  const uint32_t seed_ = fromEnvironment("TORNEL_SEED", std::random_device()());
+  const uint32_t seed_ =
+      static_cast<uint32_t>(fromEnvironment("TORNEL_SEED", std::random_device()()));
   const int kills_ = static_cast<int>(fromEnvironment("TORNEL_KILLS", 25));
   std::mt19937 random_{seed_};
   KilledDaemon killed_{seed_ + 1};

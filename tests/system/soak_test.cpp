@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
-#include <cstdlib>
 #include <iostream>
 #include <random>
 #include <string>
 
 #include "tests/fakes/fake_main_task.h"
 #include "tests/platform/temporary_directory.h"
+#include "tests/support/environment.h"
 #include "tests/support/sanitizers.h"
 #include "tests/system/daemon.h"
 #include "tests/system/process_figures.h"
@@ -25,11 +25,6 @@ constexpr int64_t kVariedRun = 4000;
 
 /** From here on a run is meant to judge memory, and tells how far it is. */
 constexpr int64_t kLongRun = 100000;
-
-int64_t fromEnvironment(const char* name, int64_t otherwise) {
-  const char* text = std::getenv(name);
-  return text == nullptr ? otherwise : std::atoll(text);
-}
 
 int64_t callsToMake() {
   return fromEnvironment("TORNEL_SOAK_CALLS", kDefaultCalls);
