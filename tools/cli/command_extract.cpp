@@ -1,18 +1,16 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
-#include <set>
 
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
 #include "tools/cli/engine_options.h"
 #include "tools/cli/request_options.h"
+#include "tools/cli/stream_outputs.h"
 #include "tools/extract/extract_json.h"
 #include "tools/extract/output_pattern.h"
 #include "tools/extract/spts_files.h"
-#include "tools/feed/service_entries.h"
 #include "tools/feed/stream_feed.h"
-#include "tools/outputs/carriage.h"
 #include "tools/outputs/output_answers.h"
 #include "tools/outputs/output_text.h"
 #include "tools/stream/files.h"
@@ -36,50 +34,6 @@ struct ExtractOptions {
   bool strict = false;
 };
 
-/** What the user did not say is as in the input. */
-void takeStreamDefaults(OutputDraft& draft, const StreamInventory& inventory) {
-  if (!draft.service) {
-    draft.service = inventory.firstServiceWithPmt();
-  }
-  if (!draft.service) {
-    throw ToolError("no service of this stream has a PMT");
-  }
-  OutputOptions& output = draft.output;
-  const std::string name = inventory.service(*draft.service).name;
-  if (!output.name && !name.empty()) {
-    output.name = name;
-  }
-  if (!output.transportStreamId) {
-    output.transportStreamId = inventory.transportStreamId();
-  }
-  if (!output.originalNetworkId) {
-    output.originalNetworkId = inventory.originalNetworkId();
-  }
-  if (const PMT* pmt = inventory.pmt(*draft.service)) {
-    output.streamLanguages = filterLanguages(*pmt);
-  }
-}
-
-void requireService(int32_t serviceId, const StreamInventory& inventory) {
-  if (!inventory.service(serviceId).hasPmt) {
-    throw ToolError(
-        "service " + std::to_string(serviceId) +
-        " has no PMT in this stream; services that have: " + inventory.servicesWithPmt());
-  }
-}
-
-/** The outputs as the stream completes them. */
-std::vector<OutputOptions> settledOutputs(std::vector<OutputDraft> drafts,
-                                          const StreamInventory& inventory) {
-  for (OutputDraft& draft : drafts) {
-    takeStreamDefaults(draft, inventory);
-    requireService(*draft.service, inventory);
-  }
-  requireConsistent(drafts);
-  requireDistinct(drafts);
-  return outputsOf(drafts);
-}
-
 std::vector<SptsFile> ask(thrift::in_module::im_SIControlSrvIf& engine,
                           const StreamInventory& inventory,
                           const std::vector<OutputOptions>& outputs,
@@ -99,18 +53,6 @@ std::vector<SptsFile> ask(thrift::in_module::im_SIControlSrvIf& engine,
     extraction.configuration = answers.at(outputs[index].resolvedGlobalSid());
   }
   return extractions;
-}
-
-/** Has the daemon know what the SDT does not say of the services. */
-void completeSdt(thrift::in_module::im_SIControlSrvIf& daemon, const StreamInventory& inventory,
-                 const std::vector<OutputOptions>& outputs, std::ostream& err) {
-  std::set<int> services;
-  for (const OutputOptions& output : outputs) {
-    services.insert(output.inputSid);
-  }
-  for (const std::string& line : enterServices(daemon, inventory, services)) {
-    err << line << "\n";
-  }
 }
 
 void printFeed(const ExtractOptions& options, const StreamFeed& stream, std::ostream& out) {
@@ -187,7 +129,7 @@ int extract(const ExtractOptions& options, const Console& given) {
     stream.printFaults(console.err);
     const auto asked = settledOutputs(options.drafts, stream.inventory());
     const auto files = filesFor(options.pattern, asked, options.file);
-    completeSdt(engine, stream.inventory(), asked, console.err);
+    enterServicesOf(asked, engine, stream.inventory(), console.err);
     outputs = ask(engine, stream.inventory(), asked, files);
   };
   withEngine(options.engine, options.file, console, calls);

@@ -4,6 +4,7 @@
 #include "tools/cli/command.h"
 #include "tools/cli/engine_options.h"
 #include "tools/cli/request_options.h"
+#include "tools/cli/stream_outputs.h"
 #include "tools/feed/stream_feed.h"
 #include "tools/outputs/audio_warnings.h"
 #include "tools/outputs/output_answers.h"
@@ -46,45 +47,54 @@ void printWarnings(const std::vector<OutputOptions>& outputs, const OutputAnswer
   }
 }
 
-/** Without a service's PMT there is an answer for none of its outputs. */
-void requireAll(const AskOptions& options, const std::vector<OutputOptions>& outputs,
-                const OutputAnswers& answers) {
+/** Without a service's PMT the daemon answers for none of its outputs. */
+void requireAll(const std::vector<OutputOptions>& outputs, const OutputAnswers& answers) {
   const auto missing = unanswered(outputs, answers);
-  if (missing.empty()) {
-    return;
+  if (!missing.empty()) {
+    throw ToolError("the daemon has no PMT of " + servicesText(missing) +
+                    ": feed it a stream that holds the service first");
   }
-  throw ToolError(options.file.empty() ? "the daemon has no PMT of " + servicesText(missing) +
-                                             ": feed it a stream that holds the service first"
-                                       : options.file + " has no PMT of " + servicesText(missing));
 }
 
-OutputAnswers answersTo(const std::vector<OutputOptions>& outputs, const AskOptions& options,
-                        const Console& console) {
+/** Outputs that were asked for, and what was answered. */
+struct Asked {
+  std::vector<OutputOptions> outputs;
   OutputAnswers answers;
-  const auto ask = [&](thrift::in_module::im_SIControlSrvIf& engine) {
-    answers = askFor(engine, outputs);
+};
+
+Asked askDaemon(const AskOptions& options) {
+  Asked asked;
+  asked.outputs = outputsOf(draftsOf(options.request, OutputDefaults::kFixed));
+  withDaemon(daemonAddress(options.engine.daemon),
+             [&](thrift::in_module::im_SIControlSrvIf& daemon) {
+               asked.answers = askFor(daemon, asked.outputs);
+             });
+  return asked;
+}
+
+Asked askAboutFile(const AskOptions& options, const Console& console) {
+  const auto drafts = draftsOf(options.request, OutputDefaults::kFromStream);
+  Asked asked;
+  const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
+    const StreamFeed stream = StreamFeed::feedFile(options.file, engine);
+    stream.printFaults(console.err);
+    asked.outputs = settledOutputs(drafts, stream.inventory());
+    enterServicesOf(asked.outputs, engine, stream.inventory(), console.err);
+    asked.answers = askFor(engine, asked.outputs);
   };
-  if (options.file.empty()) {
-    withDaemon(daemonAddress(options.engine.daemon), ask);
-    return answers;
-  }
-  const auto feedAndAsk = [&](thrift::in_module::im_SIControlSrvIf& engine) {
-    StreamFeed::feedFile(options.file, engine).printFaults(console.err);
-    ask(engine);
-  };
-  withEngine(options.engine, options.file, console, feedAndAsk);
-  return answers;
+  withEngine(options.engine, options.file, console, calls);
+  return asked;
 }
 
 int output(const AskOptions& options, const Console& console) {
   if (options.file.empty() && !options.engine.state.empty()) {
     throw ArgumentError("--state is for --from: the daemon keeps its own");
   }
-  const auto outputs = outputsOf(draftsOf(options.request, OutputDefaults::kFixed));
-  const OutputAnswers answers = answersTo(outputs, options, console);
+  const auto [outputs, answers] =
+      options.file.empty() ? askDaemon(options) : askAboutFile(options, console);
   print(options, answers, console.out);
   printWarnings(outputs, answers, console.err);
-  requireAll(options, outputs, answers);
+  requireAll(outputs, answers);
   return kExitDone;
 }
 
@@ -98,7 +108,8 @@ void addOutputCommand(CommandLine& line) {
       "moves its versions: it takes every request for a real one. With --from it is left alone");
   command
       .option("--from", options->file,
-              "Transport stream to make the outputs of, - for standard input")
+              "Transport stream to make the outputs of, - for standard input; what is not said of "
+              "them is then as extract has it")
       .called("FILE");
   addRequestOptions(command, options->request, OutputDefaults::kFixed);
   command.flag("--json", options->json, "Print the answer as JSON");

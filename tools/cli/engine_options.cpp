@@ -8,8 +8,7 @@ namespace {
 void tellWhatIsReplaced(const DaemonAddress& address, const std::string& file,
                         const Console& console) {
   console.err << "tornelctl: the tables of " << file << " replace those of the daemon at "
-              << nameOf(address)
-              << "; if its transport stream was another, its PIDs begin anew\n"
+              << nameOf(address) << "; if its transport stream was another, its PIDs begin anew\n"
               << std::flush;
 }
 

@@ -161,14 +161,22 @@ TEST_F(OutputCommand, MakesTheOutputsOfAFileWithoutADaemon) {
   EXPECT_EQ(kExitDone, result.status);
   EXPECT_EQ("", result.err);
   EXPECT_FALSE(json::parse(result.out).at("101").at("pidItems").empty());
-  std::vector<std::string> more = arguments;
-  more.insert(more.end(), {"--out", "service=999"});
-  const Result partly = run(more);
-  EXPECT_EQ(kExitFailed, partly.status);
-  EXPECT_EQ("tornelctl: " + test::sample() + " has no PMT of service 999 (global service id 999)\n",
-            partly.err);
-  EXPECT_TRUE(json::parse(partly.out).contains("101"));
   EXPECT_TRUE(server_.daemon().calls.empty());
+}
+
+TEST_F(OutputCommand, CompletesOutputsOfAFileAsExtractDoes) {
+  const Result result = run({"output", "--from", test::sample(), "--audio", "zzz"});
+  EXPECT_EQ(kExitDone, result.status);
+  EXPECT_THAT(result.out, HasSubstr("programme 101 "));
+  EXPECT_THAT(result.err, HasSubstr("there is no audio in zzz"));
+}
+
+TEST_F(OutputCommand, NamesTheServicesOfAFileInPlaceOfOneThatItLacks) {
+  const Result result = run({"output", "--from", test::sample(), "--service", "999"});
+  EXPECT_EQ(kExitFailed, result.status);
+  EXPECT_EQ("", result.out);
+  EXPECT_THAT(result.err,
+              HasSubstr("service 999 has no PMT in this stream; services that have: 101"));
 }
 
 TEST_F(OutputCommand, FeedsTheDaemonFirstWhereItIsAskedAboutAFile) {

@@ -35,9 +35,9 @@ extern "C" int __wrap_socket(int /*domain*/, int /*type*/, int /*protocol*/) {  
 namespace tevra::tools {
 namespace {
 
-using tevra::test::TemporaryDirectory;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using tevra::test::TemporaryDirectory;
 using Engine = thrift::in_module::im_SIControlSrvIf;
 
 /** Feeds the sample and asks for service 101 under this name. */
@@ -101,8 +101,8 @@ TEST_F(PrivateEngine, BeginsAnewEveryTimeWithoutAStateDirectory) {
 
 TEST_F(PrivateEngine, GoesOnFromItsStateDirectory) {
   const SPTSConfiguration first = outputNamed("Uno", state_.path());
-  EXPECT_THAT(filesIn(state_.path()),
-              ElementsAre("PIDRemap0", "Tornel/EITTableVersionStoreFile0", "Tornel/TableStoreFile0"));
+  EXPECT_THAT(filesIn(state_.path()), ElementsAre("PIDRemap0", "Tornel/EITTableVersionStoreFile0",
+                                                  "Tornel/TableStoreFile0"));
   const SPTSConfiguration second = outputNamed("Uno HD", state_.path());
   EXPECT_TRUE(first.pidItems == second.pidItems);
   EXPECT_EQ(first.outputTables.dvbTables.sdt.version + 1,

@@ -63,10 +63,9 @@ TEST_F(StateDirectories, AreRefusedWithAFileThatCannotBeRead) {
        {"PIDRemap0", "Tornel/TableStoreFile0", "Tornel/EITTableVersionStoreFile0"}) {
     const std::string file = state_ + "/" + name;
     test::writeText(file, "{\"1\":");
-    EXPECT_THAT(faultOf(state_),
-                AllOf(StartsWith("cannot keep state in " + state_ + ": " + file +
-                                 " cannot be read ("),
-                      HasSubstr("): remove it to begin anew")));
+    EXPECT_THAT(faultOf(state_), AllOf(StartsWith("cannot keep state in " + state_ + ": " + file +
+                                                  " cannot be read ("),
+                                       HasSubstr("): remove it to begin anew")));
     std::filesystem::remove(file);
   }
   EXPECT_EQ("", faultOf(state_));

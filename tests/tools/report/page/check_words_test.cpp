@@ -45,8 +45,7 @@ TEST(CheckWords, PrintTheVerdictLast) {
 TEST(CheckWords, SayWhatOfTheFirstPriorityIsNotKnown) {
   Verdict verdict = verdictOf();
   verdict.checks[0].result = CheckResult::kPassed;
-  EXPECT_EQ("without a failure; not measurable: 1.6 Some_error",
-            firstPriorityText(verdict.checks));
+  EXPECT_EQ("without a failure; not measurable: 1.6 Some_error", firstPriorityText(verdict.checks));
   verdict.checks[1].result = CheckResult::kPassed;
   verdict.checks[2].result = CheckResult::kFailed;
   EXPECT_EQ("passed", firstPriorityText(verdict.checks));

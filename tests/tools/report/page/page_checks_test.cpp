@@ -17,15 +17,31 @@ std::string sectionOf(const Report& report) {
 
 TEST(PageChecks, ShowEachCheckWithWhatCameOfIt) {
   Report report = test::reportOf(1, 1);
-  report.checks = {{1, "5.2.1", "1.5.a", "PMT_error_2", "0.5 s", CheckResult::kFailed, 3, 0.7,
-                    {{256, 2, 0.7}, {512, 1, 0.6}}, ""},
-                   {1, "5.2.1", "1.6", "PID_error", "5 s", CheckResult::kNotMeasurable, 0,
-                    std::nullopt, {}, "no PCR"}};
-  EXPECT_THAT(sectionOf(report),
-              AllOf(HasSubstr("First priority failed: 1.5.a PMT_error_2."),
-                    HasSubstr("<td>256, 512</td>"), HasSubstr(">700.0 ms</td>"),
-                    HasSubstr("<td class=\"fault\">failed</td>"),
-                    HasSubstr("<td class=\"none\">not measurable: no PCR</td>")));
+  report.checks = {{1,
+                    "5.2.1",
+                    "1.5.a",
+                    "PMT_error_2",
+                    "0.5 s",
+                    CheckResult::kFailed,
+                    3,
+                    0.7,
+                    {{256, 2, 0.7}, {512, 1, 0.6}},
+                    ""},
+                   {1,
+                    "5.2.1",
+                    "1.6",
+                    "PID_error",
+                    "5 s",
+                    CheckResult::kNotMeasurable,
+                    0,
+                    std::nullopt,
+                    {},
+                    "no PCR"}};
+  EXPECT_THAT(
+      sectionOf(report),
+      AllOf(HasSubstr("First priority failed: 1.5.a PMT_error_2."), HasSubstr("<td>256, 512</td>"),
+            HasSubstr(">700.0 ms</td>"), HasSubstr("<td class=\"fault\">failed</td>"),
+            HasSubstr("<td class=\"none\">not measurable: no PCR</td>")));
 }
 
 TEST(PageChecks, ShowTheIntervalsOfBothSides) {
