@@ -309,6 +309,30 @@ class Multiplexes(ReportTest):
         self.assertEqual(100, self.browser.run("return document.querySelectorAll('.output.card').length"))
         self.expect_sound()
 
+    def test_fold_what_needs_no_picture(self):
+        multiplex = Multiplex([b"Eins"])
+        multiplex.listed = [(90, b"Nur gelistet"), (91, b"Auch nur")]
+        multiplex.strays = list(range(0x1A00, 0x1A20))
+        multiplex.write(self.folder / "folds.ts")
+        page = self.report(self.folder / "folds.ts", "folds")
+        self.browser.open(page)
+        folds = self.browser.driver.find_elements("css selector", ".fold")
+        summaries = [fold.find_element("css selector", "summary") for fold in folds]
+        self.assertEqual("2 services without a packet", summaries[0].text)
+        self.assertIn("32 PIDs in no PAT, CAT or PMT", summaries[1].text)
+        self.assertEqual(1, self.browser.run("return document.querySelectorAll('.input.card[data-service]').length"))
+        rows = lambda: self.browser.run(
+            "return [...document.querySelectorAll('.fold tbody')].map((rows) => rows.checkVisibility())")
+        self.assertEqual([False, False], rows())
+        summaries[0].click()
+        summaries[1].send_keys(Keys.ENTER)
+        self.assertEqual([True, True], rows())
+        self.assertIn("Nur gelistet", folds[0].text)
+        self.browser.picture("folds")
+        self.expect_sound()
+        self.browser.open(page, width=PHONE)
+        self.assertEqual(PHONE, self.browser.run("return document.documentElement.scrollWidth"))
+
     def test_of_one_service_show_it(self):
         self.browser.open(self.synthetic([b"Eins"], "one"))
         self.browser.picture("one")

@@ -18,6 +18,8 @@ UTF_8 = b"\x15"
 class Multiplex:
     def __init__(self, names):
         self.services = list(enumerate(names, start=1))
+        self.listed = []  # further services, number and name, that the SDT alone has
+        self.strays = []  # PIDs in no table
         self.packets = []
         self.counters = {}
 
@@ -44,7 +46,7 @@ class Multiplex:
         entries = [dvb.u16(service, 0xE000 | self.pmt_pid(service)) for service, _ in self.services]
         self.sections(PAT_PID, 0x00, STREAM, chunks(entries, 200) or [b""])
         entries = [dvb.u16(service) + b"\xff" + dvb.loop(service_descriptor(name), 0x8)
-                   for service, name in self.services]
+                   for service, name in self.services + self.listed]
         self.sections(SDT_PID, 0x42, STREAM, [dvb.u16(NETWORK) + b"\xff" + chunk for chunk in chunks(entries, 8)])
         for service, name in self.services:
             self.sections(self.pmt_pid(service), 0x02, service, [self.pmt(service)])
@@ -71,7 +73,8 @@ class Multiplex:
                 self.packet(pid + 1, bytes(184), scrambled=scrambled)
             for other in (2, 3, 4, 5):
                 self.packet(pid + other, bytes(184))
-        self.packet(NULL_PID, bytes(184))
+        for pid in [*self.strays, NULL_PID]:
+            self.packet(pid, bytes(184))
 
     def write(self, path):
         for round_number in range(ROUNDS):

@@ -19,16 +19,12 @@ void drawHeadings(const Report& report, Svg& svg) {
   constexpr double kLine = 16;
   const auto picture = svg.picture({{"class", "headings"}}, 0, kHeadingsHeight);
   svg.text(kInset, kLine, "heading", "Input");
-  if (report.services.empty()) {
+  if (report.outputs() == 0) {
     return;
   }
   svg.text((kInset + kInputWidth + kOutputLeft) / 2, kLine, "heading", "PID map",
            Svg::Anchor::kMiddle);
   svg.text(kOutputLeft, kLine, "heading", "Outputs, one per service");
-  if (report.outputs() == 0) {
-    svg.text(kOutputLeft, 54, "facts", "No service has a PMT: there is nothing to make");
-    svg.text(kOutputLeft, 72, "facts", "a single-programme stream of.");
-  }
 }
 
 bool hasFaultyPid(const Report& report) {
@@ -125,7 +121,11 @@ void multiplexSection(const Report& report, Markup& markup) {
   markup.leaf("h2", {}, "Multiplex");
   if (report.services.empty()) {
     markup.leaf("p", {{"class", "note"}}, "Neither PAT nor SDT of this stream lists a service.");
-  } else {
+  } else if (report.outputs() == 0) {
+    markup.leaf("p", {{"class", "note"}}, "No service has an output.");
+  }
+  if (std::any_of(report.services.begin(), report.services.end(),
+                  [&](const Service& service) { return !isEmpty(report, service); })) {
     markup.leaf("p", {{"class", "note choice"}},
                 "Choose a service to light up its PIDs; choose it again, or press Escape, to see "
                 "all.");

@@ -14,19 +14,19 @@ namespace {
 void checkRow(const StreamCheck& check, Markup& markup) {
   static constexpr std::array<const char*, 3> kClasses = {"passed", "fault", "none"};
   const auto row = markup.open("tr");
-  figureCell(markup, check.number);
+  cell(markup, check.number);
+  markup.leaf("td", {{"class", kClasses.at(static_cast<size_t>(check.result))}}, resultText(check));
   cell(markup, check.name);
-  figureCell(markup, check.limit);
   figureCell(markup, timeText(check.worst));
+  figureCell(markup, check.limit);
   faultCell(markup, check.count);
   cell(markup, pidsText(check.pids));
-  markup.leaf("td", {{"class", kClasses.at(static_cast<size_t>(check.result))}}, resultText(check));
 }
 
 void checks(const Report& report, Markup& markup) {
   const auto frame = markup.scroller("Checks");
   const auto table = markup.open("table");
-  headRow({"No.", "Check", "Limit", "Worst", "Count", "PIDs", "Result"}, markup);
+  headRow({"No.", "Result", "Check", "Worst", "Limit", "Count", "PIDs"}, markup);
   const auto body = markup.open("tbody");
   for (const StreamCheck& check : report.checks) {
     checkRow(check, markup);

@@ -11,8 +11,8 @@ namespace {
 
 /** All other columns hold figures. */
 bool holdsText(std::string_view column) {
-  static constexpr std::array<std::string_view, 10> kTexts = {
-      "Output", "Table", "Of", "Check", "PIDs", "Side", "Result", "Name", "Kind", "PMT"};
+  static constexpr std::array<std::string_view, 11> kTexts = {
+      "Output", "Table", "Of", "No.", "Check", "PIDs", "Side", "Result", "Name", "Kind", "PMT"};
   return std::find(kTexts.begin(), kTexts.end(), column) != kTexts.end();
 }
 
