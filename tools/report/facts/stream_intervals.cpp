@@ -3,6 +3,9 @@
 namespace tevra::tools::report {
 namespace {
 
+/** Of tables, held back until their time is known; more come of no stream that means well. */
+constexpr size_t kMostChanges = 256;
+
 /** Has what is in `now` and was not in `before` come, and what no longer is come no more. */
 template <class Part>
 void replace(const std::set<int>& before, const std::set<int>& now, int64_t time, Part part) {
@@ -26,6 +29,9 @@ StreamIntervals::StreamIntervals(int pidPeriod)
       }) {}
 
 void StreamIntervals::refer(References references) {
+  if (coming_.size() == kMostChanges) {
+    coming_.pop_back();  // as if it had not been: what comes later says more
+  }
   coming_.emplace_back(times_.last(), std::move(references));
 }
 
