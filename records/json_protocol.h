@@ -49,7 +49,7 @@ class JsonProtocol : public apache::thrift::protocol::TVirtualProtocol<JsonProto
    * What generated code calls. Each returns 0, not the bytes read, which nobody asks for, and
    * leaves its arguments as they are when it raises. Names are none, and a field's `id` is left
    * alone when its `type` is T_STOP. A bool is a number of 16 bits, any but 0 being true; a byte
-   * is one of -128 to 255; a double, which no record has, may also be a name, such as NaN.
+   * is one of -128 to 255; a double, which no record has, may stand in quotes anywhere.
    */
   uint32_t readStructBegin(std::string& name);
   uint32_t readStructEnd() { return end("}"); }
