@@ -55,8 +55,8 @@ std::vector<OutputOptions> settledOutputs(std::vector<OutputDraft> drafts,
 }
 
 void enterServicesOf(const std::vector<OutputOptions>& outputs,
-                     thrift::in_module::im_SIControlSrvIf& engine,
-                     const StreamInventory& inventory, std::ostream& err) {
+                     thrift::in_module::im_SIControlSrvIf& engine, const StreamInventory& inventory,
+                     std::ostream& err) {
   std::set<int> services;
   for (const OutputOptions& output : outputs) {
     services.insert(output.inputSid);

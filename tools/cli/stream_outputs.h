@@ -23,7 +23,7 @@ namespace tevra::tools {
 
 /** As enterServices, of the outputs' services; prints its lines. */
 void enterServicesOf(const std::vector<OutputOptions>& outputs,
-                     thrift::in_module::im_SIControlSrvIf& engine,
-                     const StreamInventory& inventory, std::ostream& err);
+                     thrift::in_module::im_SIControlSrvIf& engine, const StreamInventory& inventory,
+                     std::ostream& err);
 
 }  // namespace tevra::tools

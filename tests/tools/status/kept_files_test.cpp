@@ -9,6 +9,7 @@
 #include "records/records.h"
 #include "store/record_file.h"
 #include "tests/fakes/fake_platform.h"
+#include "tests/store/store_files.h"
 #include "tests/support/files.h"
 
 namespace tevra::tools {
@@ -30,7 +31,7 @@ class KeptFiles : public fake::PlatformTest {
 
   template <class Record>
   static void save(const std::string& name, const Record& record) {
-    ASSERT_EQ(kRecordFileDone, writeRecordToFile(path(name), record));
+    ASSERT_EQ(kRecordFileDone, writeRecordToFile(path(name), test::storedEntries(record)));
   }
   static KeptState read(int set = 0) {
     return readKeptState(platform().configurationRoot, set, kTypeFive);
