@@ -100,14 +100,17 @@ ServiceWorkRecord makeWork(const ServiceTables& service, ByteSource& source) {
 }
 
 /** As a file may have left them. */
-void setVersions(TableStore& store, ByteSource& source) {
+StoredTables makeStored(ByteSource& source) {
+  TableStore store;
   store.pat.version = source.number();
   store.sdt.version = source.number();
   store.pmt.version = source.number();
+  return StoredTables(store);
 }
 
 void synthesise(StoredTables& stored, ServiceWorkRecord work) {
   const auto pmtPid = findProgramPid(work.pmt.programNumber, work.service.pat) & 0x1FFF;
+  const bool currentNext = work.pmt.currentNext;
   TORNEL_FUZZ_CHECK(synthPAT(work, stored) == 0);
   TORNEL_FUZZ_CHECK(synthSDT(work, stored) == 0);
   TORNEL_FUZZ_CHECK(synthPMT(work, stored) == 0);
@@ -116,7 +119,7 @@ void synthesise(StoredTables& stored, ServiceWorkRecord work) {
   TORNEL_FUZZ_CHECK(pat.sections == 1 && pat.table == carried(output.dvbTables.pat));
   const auto sdt = receiveSdt(output.sdtPackets);
   TORNEL_FUZZ_CHECK(sdt.sections == 1 && sdt.table == carried(output.dvbTables.sdt));
-  checkPmt(receivePmt(output.pmtPackets, pmtPid), output.dvbTables.pmt, work.pmt.currentNext);
+  checkPmt(receivePmt(output.pmtPackets, pmtPid), output.dvbTables.pmt, currentNext);
   TORNEL_FUZZ_CHECK(test::faultOfPat(output.patPackets).empty());
   TORNEL_FUZZ_CHECK(test::faultOfSdt(output.sdtPackets).empty());
   TORNEL_FUZZ_CHECK(test::faultOfPmt(output.pmtPackets, pmtPid).empty());
@@ -130,8 +133,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   ByteSource source(bytes, size);
   const tevra::ServiceTables service = makeServiceTables(source);
   tevra::ServiceWorkRecord work = makeWork(service, source);
-  tevra::TableStore stored;
-  setVersions(stored, source);
+  tevra::StoredTables stored = makeStored(source);
   synthesise(stored, work);
   synthesise(stored, work);  // the tables known, the versions kept
   work.identity.serviceName = source.text(300);
