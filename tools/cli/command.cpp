@@ -6,12 +6,6 @@
 namespace tevra::tools {
 namespace {
 
-std::string faultOfFile(const std::string& path) {
-  return isLiveSource(path)
-             ? "'" + path + "' is a live stream, which feed alone takes: record it to a file first"
-             : "";
-}
-
 std::string faultOfFileReadTwice(const std::string& path) {
   if (path == "-") {
     return "standard input cannot be read twice: save it to a file first";
@@ -23,6 +17,12 @@ std::string faultOfFileReadTwice(const std::string& path) {
 }
 
 }  // namespace
+
+std::string faultOfFile(const std::string& path) {
+  return isLiveSource(path)
+             ? "'" + path + "' is a live stream, which feed alone takes: record it to a file first"
+             : "";
+}
 
 void addEndpointOptions(Command& command, EndpointOptions& options, int firstPort) {
   bool& isGiven = options.isGiven;

@@ -110,7 +110,8 @@ void addOutputCommand(CommandLine& line) {
       .option("--from", options->file,
               "Transport stream to make the outputs of, - for standard input; what is not said of "
               "them is then as extract has it")
-      .called("FILE");
+      .called("FILE")
+      .checked(faultOfFile);
   addRequestOptions(command, options->request, OutputDefaults::kFixed);
   command.flag("--json", options->json, "Print the answer as JSON");
   addEngineOptions(command, options->engine);

@@ -83,7 +83,7 @@ void addReportCommand(CommandLine& line) {
       "report",
       "Draw the multiplex on an HTML page, with the output that the daemon would make of every "
       "service");
-  command.option("FILE", options->file, "Transport stream; - is standard input").required();
+  addFile(command, options->file);
   command.option("-o,--output", options->outputFile,
                  "File to write; it is replaced. - is standard output");
   command.option("--title", options->title, "Heading of the page (default: the file's name)");

@@ -166,6 +166,7 @@ TEST(Cli, RefusesArgumentsThatMakeNoSense) {
       {{"tables", "a.ts", "b.ts"}, "b.ts"},
       {{"tables", "a.ts", "--table", "rst"}, "--table"},
       {{"tables", "a.ts", "--service", "65536"}, "--service"},
+      {{"output", "--from", "udp://127.0.0.1:5000"}, "--from: 'udp://127.0.0.1:5000' is a live"},
       {{"status", "--json", "--metrics"}, "--json and --metrics exclude each other"},
       {{"status", "--type", "4"}, "--type"},
       {{"listen", "--timeout", "0"}, "--timeout"},

@@ -51,8 +51,8 @@ TEST_F(ReportCommand, WritesThePageButFailsWhenTheDaemonRefusesSomething) {
   const Result result = runWithDaemon({"report", test::sample(), "-o", file_.path()});
   EXPECT_EQ(kExitFailed, result.status);
   EXPECT_THAT(result.err, StartsWith(replacing(test::sample())));
-  EXPECT_THAT(result.err, HasSubstr("service 103: the daemon gives no output"));
-  EXPECT_THAT(file_.read(), HasSubstr("service 103: the daemon gives no output"));
+  EXPECT_THAT(result.err, HasSubstr("service 103: there is no output"));
+  EXPECT_THAT(file_.read(), HasSubstr("service 103: there is no output"));
 }
 
 TEST_F(ReportCommand, LeavesNoFileWhenItFails) {

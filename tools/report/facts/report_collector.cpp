@@ -146,7 +146,7 @@ std::optional<Output> ask(Daemon& daemon, const Service& service, Report& report
   const std::string of = "service " + std::to_string(service.serviceId) + ": ";
   const auto entry = answer.find(options.resolvedGlobalSid());
   if (entry == answer.end()) {
-    report.faults.push_back(of + "the daemon gives no output; its log may say why");
+    report.faults.push_back(of + "there is no output; the log of a daemon may say why");
     return std::nullopt;
   }
   Output output = outputFacts(service.serviceId, entry->second);

@@ -184,8 +184,7 @@ TEST_F(ReportOfTheSample, TakesTheOutputFromTheAnswer) {
 TEST_F(ReportOfTheSample, SaysWhereTheDaemonGivesNoOutput) {
   EXPECT_FALSE(report_.services[2].output.has_value());
   EXPECT_EQ(3U, collected_.refused);
-  EXPECT_THAT(report_.faults,
-              testing::Contains(HasSubstr("service 103: the daemon gives no output")));
+  EXPECT_THAT(report_.faults, testing::Contains(HasSubstr("service 103: there is no output")));
   EXPECT_THAT(report_.faults, testing::Contains(HasSubstr("service 101: output PID 503")))
       << "what cannot be carried";
 }
