@@ -146,7 +146,6 @@ TEST(Cli, RefusesArgumentsThatMakeNoSense) {
       {{"extract", "udp://127.0.0.1:5000", "-o", "x.ts"}, "5000' is a live stream, which feed"},
       {{"report", "rtp://127.0.0.1:5000", "-o", "x.html"}, "5000' is a live stream, which feed"},
       {{"extract", "/dev/null", "-o", "x.ts"}, "'/dev/null' is a pipe or device, which cannot be"},
-      {{"report", "/dev/null", "-o", "x.html"}, "'/dev/null' is a pipe or device, which cannot"},
       {{"output", "--service", "1", "--name", "Caf\xE9"},
        "--name: 'Caf\xEF\xBF\xBD' is not UTF-8: convert it, with iconv for one"},
       {{"output", "--service", "65536"}, "--service: '65536' is no whole number from 0 to 65535"},
