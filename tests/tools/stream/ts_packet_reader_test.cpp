@@ -196,7 +196,7 @@ TEST(TsPacketReader, AccountsForEveryByteOfRandomInput) {
 
 TEST(TsPacketReader, BegunAgainLosesNeitherPacketsNorSynchronisation) {
   // Time-stamped packets, the last one cut within its gap: what is left is no part of the next.
-  for (const size_t gap : {0, 4}) {
+  for (const size_t gap : {size_t{0}, size_t{4}}) {
     Bytes bytes = packetBytes(0, 6, gap);
     bytes.insert(bytes.end(), gap, 0x11);
     size_t position = 0;
