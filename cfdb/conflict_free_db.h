@@ -110,6 +110,9 @@ class ConflictFreeDB {
   /** As PidAllocator::getInputPID: kUnknownPid for an output PID that was never handed out. */
   [[nodiscard]] int32_t getInputPID(int32_t outputPid) { return pids_.getInputPID(outputPid); }
 
+  /** As PidAllocator::resolveInputPids. */
+  void resolveInputPids(std::vector<PIDItem>& items) { pids_.resolveInputPids(items); }
+
  private:
   using GetRestamped = bool (ConflictFreeDB::*)(EIT&, int32_t serviceId, int32_t tableId);
 

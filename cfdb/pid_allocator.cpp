@@ -98,10 +98,21 @@ void PidAllocator::warnIfExhausted(int64_t pid) {
                chainIndex_, static_cast<uint16_t>(pid), pidPoolLast_);
 }
 
-int32_t PidAllocator::getInputPID(int32_t outputPid) {
-  RecursiveMutexLock lock(mutex_);
+int32_t PidAllocator::inputPidOf(int32_t outputPid) {
   const auto known = remap_.outputToInput.find(outputPid);
   return known == remap_.outputToInput.end() ? kUnknownPid : known->second;
+}
+
+int32_t PidAllocator::getInputPID(int32_t outputPid) {
+  RecursiveMutexLock lock(mutex_);
+  return inputPidOf(outputPid);
+}
+
+void PidAllocator::resolveInputPids(std::vector<PIDItem>& items) {
+  RecursiveMutexLock lock(mutex_);
+  for (PIDItem& item : items) {
+    item.inputPid = inputPidOf(item.outputPid);
+  }
 }
 
 void PidAllocator::resetPIDRemap() {

@@ -42,6 +42,9 @@ class PidAllocator {
   /** The input PID of `outputPid`, or kUnknownPid. Never allocates. */
   [[nodiscard]] int32_t getInputPID(int32_t outputPid);
 
+  /** Gives each of `items` the input PID of its output PID, as getInputPID, under one lock. */
+  void resolveInputPids(std::vector<PIDItem>& items);
+
   /** Forgets the mapping, which then belongs to transport stream 0xFFFF. What is unsaved stays so.
    */
   void resetPIDRemap();
@@ -64,6 +67,7 @@ class PidAllocator {
  private:
   PidAllocator(int32_t chainIndex, int32_t poolSize);
   void load();
+  [[nodiscard]] int32_t inputPidOf(int32_t outputPid) REQUIRES(mutex_);
   void warnIfExhausted(int64_t pid) REQUIRES(mutex_);
 
   const int32_t chainIndex_;

@@ -153,10 +153,10 @@ void OutputData::addEmmPids(PidList& pidItems) {
 }
 
 void OutputData::resolveInputPids(std::vector<PIDItem>& pidItems, bool remapPids) {
-  for (PIDItem& item : pidItems) {
-    if (remapPids) {
-      item.inputPid = database_.getInputPID(item.outputPid);
-    }
+  if (remapPids) {
+    database_.resolveInputPids(pidItems);
+  }
+  for (const PIDItem& item : pidItems) {
     log_function(kLogDebug, kNoTag, "iPID [%05d] oPID [%05d]", item.inputPid, item.outputPid);
   }
 }
