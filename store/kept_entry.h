@@ -30,7 +30,7 @@ template <class Record>
 [[nodiscard]] std::string entryText(const Record& record);
 
 /**
- * An entry of a store with its text in the store's file, which takes some hundred times as many
+ * An entry of a store with its text in the store's file, which takes some thousand times as many
  * instructions as a copy of it. Whoever uses it locks.
  */
 template <class Record>

@@ -23,7 +23,7 @@ enum RecordFileResult : int {
   kRecordFileFailed = -2,
 };
 
-/** Of the text that is written at a time; the last of them follows the sync of the file system. */
+/** Of the buffer before a file; what it holds in the end follows the sync of the file system. */
 inline constexpr size_t kRecordFileBuffer = size_t{64} * 1024;
 
 /**

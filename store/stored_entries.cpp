@@ -6,8 +6,9 @@ namespace {
 template <class Stored, class Record>
 std::map<int32_t, Stored> stored(std::map<int32_t, Record> records) {
   std::map<int32_t, Stored> entries;
-  for (auto& [key, record] : records) {
-    entries.emplace_hint(entries.end(), key, Stored(std::move(record)));
+  while (!records.empty()) {  // one after the other: both maps together take twice the memory
+    auto record = records.extract(records.begin());
+    entries.emplace_hint(entries.end(), record.key(), Stored(std::move(record.mapped())));
   }
   return entries;
 }
