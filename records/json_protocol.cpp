@@ -52,7 +52,7 @@ std::string fromBase64(std::string_view text) {
     text.remove_suffix(1);
   }
   std::string bytes;
-  bytes.reserve(text.size());
+  bytes.reserve(text.size() * 3 / 4);
   for (size_t start = 0; start + 1 < text.size(); start += kBase64Group) {
     std::array<char, kBase64Group> group{};
     const size_t size = text.copy(group.data(), kBase64Group, start);
@@ -195,7 +195,7 @@ uint32_t JsonProtocol::readNumber(Number& value) {
   const auto [stop, error] = std::from_chars(at_, end_, number);
   at_ = stop;
   if (error != std::errc() || kNumberCharacters.find(peek()) != std::string_view::npos) {
-    refuse("no number of its type, " + std::to_string(end_ - at_) + " bytes before the end");
+    refuse("no number of its type before byte " + std::to_string(textSize_ - (end_ - at_)));
   }
   if (quoted) {
     take('"');
@@ -223,12 +223,6 @@ uint32_t JsonProtocol::readByte(int8_t& byte) {
     refuse("byte out of range");
   }
   byte = static_cast<int8_t>(number);
-  return kNotCounted;
-}
-
-uint32_t JsonProtocol::readString(std::string& text) {
-  (void)separate();
-  text = takeText();
   return kNotCounted;
 }
 

@@ -26,10 +26,11 @@ inline constexpr uint32_t kSmallText = 64 * 1024;
  * or hostile file may hold. It does not write.
  *
  * What the library reads gives the same values here, and what it refuses is refused. So is what it
- * takes for success, or worse: an integer without digits or beyond its type, be it a value, a map's
- * key, a field's id or a container's size; a byte above 255; a container that claims more than the
- * text has room for; base64 of nothing but padding; and an escaped character beyond ASCII, which
- * nothing writes. All raise TProtocolException; where the text ends too early, TTransportException.
+ * takes for success, or worse: an integer without digits, with a plus or beyond its type, be it a
+ * value, a map's key, a field's id or a container's size; a byte above 255; a container that claims
+ * more than the text has room for; base64 of nothing but padding; and an escaped character beyond
+ * ASCII, which nothing writes. All raise TProtocolException; where the text ends too early,
+ * TTransportException.
  */
 class JsonProtocol : public apache::thrift::protocol::TVirtualProtocol<JsonProtocol> {
  public:
@@ -46,10 +47,10 @@ class JsonProtocol : public apache::thrift::protocol::TVirtualProtocol<JsonProto
 
   ///@{
   /**
-   * What generated code calls. Each returns 0, not the bytes read, which nobody asks for, and
-   * leaves its arguments as they are when it raises. Names are none, and a field's `id` is left
-   * alone when its `type` is T_STOP. A bool is a number of 16 bits, any but 0 being true; a byte
-   * is one of -128 to 255; a double, which no record has, may stand in quotes anywhere.
+   * What generated code calls. Each returns 0, not the bytes read, which nobody asks for. Names
+   * are none, and a field's `id` is left alone when its `type` is T_STOP. A bool is a number of 16
+   * bits, any but 0 being true; a byte is one of -128 to 255; a double, which no record has, may
+   * stand in quotes anywhere.
    */
   uint32_t readStructBegin(std::string& name);
   uint32_t readStructEnd() { return end("}"); }
@@ -69,7 +70,6 @@ class JsonProtocol : public apache::thrift::protocol::TVirtualProtocol<JsonProto
   uint32_t readI32(int32_t& value) { return readNumber(value); }
   uint32_t readI64(int64_t& value) { return readNumber(value); }
   uint32_t readDouble(double& value) { return readNumber(value); }
-  uint32_t readString(std::string& text);
   uint32_t readBinary(std::string& bytes);
   ///@}
 

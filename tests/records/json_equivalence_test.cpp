@@ -97,7 +97,7 @@ struct Text<TableStore> {
     store.pat.programs[1].pid = 8191;
     store.pmt.currentNext = true;
     store.pmt.esList.resize(1);
-    for (const char* bytes : {"", "\xFB", "\x01\x02", "abc", "\0\xFF\x7F\x3E"}) {
+    for (const char* bytes : {"", "\xFB", "\x01\x02", "abc", "\xFE\xFF\x7F\x3E"}) {
       store.pmt.esList[0].descriptors.emplace_back().data = bytes;
     }
     return jsonOf(store);

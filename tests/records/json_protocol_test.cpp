@@ -365,7 +365,7 @@ std::string dataOf(const std::string& text) {
 }
 
 TEST(JsonProtocol, ReadsBase64WithAndWithoutPadding) {
-  for (const char* text : {"YQ", "YQ=", "YQ==", "\\u0059Q"}) {
+  for (const char* text : {"YQ", "YQ=", "YQ==", "\\u0059Q", "Y\\u0000Q"}) {
     EXPECT_EQ(dataOf(text), "a") << text;
   }
   EXPECT_EQ(dataOf("YWI="), "ab");
