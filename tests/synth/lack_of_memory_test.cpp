@@ -139,6 +139,24 @@ TEST_F(LackOfMemory, AtAnyPointOfARequestChangesNoLaterAnswer) {
   EXPECT_GT(allowed, 50U);
 }
 
+TEST_F(LackOfMemory, WhileTablesChangeLeavesNoPacketsOfOthers) {
+  ask();
+  size_t allowed = 0;
+  for (bool lacking = true; lacking; ++allowed) {
+    request_.outputs[1].outputSID = 1300;
+    EXPECT_NO_THROW(lacking = lacksMemory(allowed, [this] { ask(); }));
+    request_.outputs[1].outputSID = 1301;
+    for (const char* time : {"made", "kept"}) {
+      ask();
+      const OutputTables& tables = answer_.at(50).outputTables;
+      ASSERT_EQ(decodePat(tables.patPackets), tables.dvbTables.pat) << time << allowed;
+      ASSERT_EQ(decodeSdt(tables.sdtPackets), tables.dvbTables.sdt) << time << allowed;
+      ASSERT_EQ(decodePmt(tables.pmtPackets, 1301), tables.dvbTables.pmt) << time << allowed;
+    }
+  }
+  EXPECT_GT(allowed, 50U);
+}
+
 TEST_F(LackOfMemory, LeavesAnOutputWithoutSectionsOutOfTheAnswer) {
   refuseSections = true;
   ask();

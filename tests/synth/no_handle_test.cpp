@@ -67,6 +67,16 @@ TYPED_TEST(NoHandleFor, ATableFailsAndChangesNothing) {
   EXPECT_THAT(fake::logLines(), IsEmpty());
 }
 
+TYPED_TEST(NoHandleFor, ATableFailsThoughItsPacketsAreKept) {
+  StoredTables stored;
+  ServiceWorkRecord first = makeWorkRecord(this->service_);
+  refuseHandles = false;
+  ASSERT_EQ(Synthesis<TypeParam>::kRun(first, stored), 0);
+  refuseHandles = true;
+  EXPECT_NE(Synthesis<TypeParam>::kRun(this->work_, stored), 0);
+  EXPECT_TRUE(this->work_ == makeWorkRecord(this->service_));
+}
+
 TEST_F(NoHandle, AllFailuresAreIgnoredAndTheFileIsWritten) {
   SavedTableStores stores;
   saveSynthesisedTables(stores, work_);

@@ -43,14 +43,6 @@ TEST_F(SynthPmt, TheSectionIsExactToTheByte) {
   EXPECT_EQ(packets()[0].substr(0, 5), std::string("\x47\x40\x65\x10\x00", 5));
 }
 
-TEST_F(SynthPmt, TheFilteredPmtTakesNumberAndStoredVersionToo) {
-  restoreVersion(17);
-  synthesise();
-  EXPECT_EQ(work_->pmt.programNumber, 1201);
-  EXPECT_EQ(work_->pmt.version, 17);  // the one before it moved
-  EXPECT_EQ(output().version, 18);
-}
-
 TEST_F(SynthPmt, AStreamMoreOrAnotherPcrMovesTheVersion) {
   synthesise();
   filtered_.esList.push_back(makeStream(6, 0x68));
