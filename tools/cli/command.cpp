@@ -19,6 +19,9 @@ std::string faultOfFileReadTwice(const std::string& path) {
 }  // namespace
 
 std::string faultOfFile(const std::string& path) {
+  if (path.empty()) {
+    return "a file is missing";
+  }
   return isLiveSource(path)
              ? "'" + path + "' is a live stream, which feed alone takes: record it to a file first"
              : "";

@@ -110,7 +110,10 @@ void addFeedCommand(CommandLine& line) {
       .option("FILE", options->source,
               "Transport stream: a file, - for standard input, or udp://ADDRESS:PORT for a live "
               "one, raw or RTP, that arrives there")
-      .required();
+      .required()
+      .checked([](const std::string& source) {
+        return source.empty() ? "a file is missing" : std::string();
+      });
   command.flag("--loop", options->loop, "Begin again at the end, until interrupted");
   command
       .option("--rate", options->rate,

@@ -188,6 +188,13 @@ TEST_F(OutputCommand, FeedsTheDaemonFirstWhereItIsAskedAboutAFile) {
   EXPECT_EQ(1U, server_.daemon().requests.size());
 }
 
+TEST_F(OutputCommand, AsksNoDaemonAboutAFileWithoutAName) {
+  const Result result = runWithDaemon({"output", "--from", "", "--service", "101"});
+  EXPECT_EQ(kExitUsage, result.status);
+  EXPECT_THAT(result.err, HasSubstr("--from: a file is missing"));
+  EXPECT_TRUE(server_.daemon().calls.empty());
+}
+
 TEST_F(OutputCommand, KeepsNoStateForWhatTheDaemonIsAsked) {
   const Result result = run({"output", "--service", "101", "--state", testing::TempDir()});
   EXPECT_EQ(kExitUsage, result.status);
