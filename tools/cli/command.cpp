@@ -43,7 +43,7 @@ void addDaemonOptions(Command& command, EndpointOptions& options) {
   addEndpointOptions(command, options, kFirstControlPort);
   command.option("--timeout", options.timeoutSeconds, "Seconds to wait for the daemon's answer")
       .range(1, 3600)
-      .marks(options.isGiven);
+      .marks(options.isTimeoutGiven);
 }
 
 void addFile(Command& command, std::string& file) {

@@ -27,7 +27,8 @@ struct EndpointOptions {
   int set = 0;                     ///< index of the multiplex, 0 to 3
   std::optional<int> port;         ///< TCP; default: the set's own
   int timeoutSeconds = 30;         ///< 1 to 3600, as in DaemonAddress
-  bool isGiven = false;            ///< whether any of them is on the command line
+  bool isGiven = false;            ///< whether host, set or port is on the command line
+  bool isTimeoutGiven = false;     ///< whether the time to wait is
 
   /** `port`, or else the set's own, where `firstPort` is that of set 0. */
   [[nodiscard]] int resolvedPort(int firstPort) const { return port.value_or(firstPort + set); }

@@ -25,13 +25,16 @@ void addEngineOptions(Command& command, EngineOptions& options) {
       });
   command.flag("--daemon", options.daemon.isGiven,
                "Feed FILE to the daemon, whose tables it replaces, and not to an engine of this "
-               "run's own; so do --host, --set, --port and --timeout");
+               "run's own; so do --host, --set and --port");
   addDaemonOptions(command, options.daemon);
 }
 
 void withEngine(const EngineOptions& options, const std::string& file, const Console& console,
                 const std::function<void(thrift::in_module::im_SIControlSrvIf& engine)>& calls) {
   if (!options.daemon.isGiven) {
+    if (options.daemon.isTimeoutGiven) {
+      throw ArgumentError("--timeout is for a daemon: add --daemon");
+    }
     withPrivateEngine(options.state, calls);
     return;
   }

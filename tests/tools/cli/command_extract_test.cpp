@@ -65,11 +65,19 @@ TEST_F(ExtractCommand, NeedsNoDaemonAndLeavesOneAloneUnlessItIsAskedFor) {
   EXPECT_THAT(result.out, HasSubstr("output " + file.path() + ": "));
   EXPECT_GT(file.readPackets().size(), 3000U);
   EXPECT_TRUE(server_.daemon().calls.empty());
-  for (const char* option : {"--daemon", "--host=127.0.0.1", "--set=0", "--timeout=5"}) {
+  for (const char* option : {"--daemon", "--host=127.0.0.1", "--set=0"}) {
     std::vector<std::string> more = arguments;
     more.emplace_back(option);
     EXPECT_THAT(run(more).err, HasSubstr("no daemon answers at 127.0.0.1:9224")) << option;
   }
+}
+
+TEST_F(ExtractCommand, WaitsForNoDaemonThatItIsNotToldToFeed) {
+  const TemporaryFile file("out");
+  const Result result = run({"extract", test::sample(), "-o", file.path(), "--timeout", "5"});
+  EXPECT_EQ(kExitUsage, result.status);
+  EXPECT_THAT(result.err, HasSubstr("--timeout is for a daemon: add --daemon"));
+  EXPECT_FALSE(std::filesystem::exists(file.path()));
 }
 
 TEST_F(ExtractCommand, TakesAStateDirectoryOrADaemonNotBoth) {
