@@ -31,6 +31,7 @@ std::string wrapped(const std::string& text, size_t width, size_t indent) {
   std::string result;
   std::string line;
   while (width != 0 && std::getline(lines, line)) {
+    line.erase(line.find_last_not_of(' ') + 1);
     const std::string blanks(line[0] == ' ' ? indent : 0, ' ');
     size_t start = line.find_first_not_of(' ');
     for (size_t place = breakOf(line, width, start); place != std::string::npos;

@@ -24,7 +24,9 @@ TEST(Wrapped, WordsThatAreTooLongStayWhole) {
 
 TEST(Wrapped, TextCountsCharactersAndKeepsNoBlanksAtItsLinesEnds) {
   EXPECT_EQ("été été\nété\n", wrapped("été été été\n", 7, 0));
-  EXPECT_EQ("one\ntwo  \n\n    \n", wrapped("one   two  \n\n    \n", 6, 0));
+  EXPECT_EQ("one two\nthree\n", wrapped("one two three \n", 7, 0));
+  EXPECT_EQ("one two\n", wrapped("one two  \n", 7, 0));
+  EXPECT_EQ("one\ntwo\n\n\n", wrapped("one   two  \n\n    \n", 6, 0));
 }
 
 TEST(Wrapped, TextWithoutAWidthStaysAsItIs) {
