@@ -70,6 +70,9 @@ void requireWritable(const std::string& path) {
   if (path == "-") {
     return;
   }
+  if (path.empty()) {
+    throw ToolError("cannot write the output: no file is named");
+  }
   if (std::filesystem::is_directory(file, ignored)) {
     problem = "it is a directory; name a file in it";
   } else if (std::filesystem::exists(file, ignored)) {

@@ -93,6 +93,7 @@ TEST_F(ReplacedFile, CanBeToldToBeWritableWithoutTouchingIt) {
   EXPECT_EQ("former", readText(path_));
   EXPECT_EQ("cannot write " + directory_.path() + ": it is a directory; name a file in it",
             faultOf(directory_.path()));
+  EXPECT_EQ("cannot write the output: no file is named", faultOf(""));
   EXPECT_EQ("cannot write /no/such/file: there is no directory /no/such; make it first",
             faultOf("/no/such/file"));
 }
