@@ -5,9 +5,9 @@
 namespace tevra::tools {
 namespace {
 
-void tellWhatIsReplaced(const DaemonAddress& address, const std::string& file,
-                        const Console& console) {
-  console.err << "tornelctl: the tables of " << file << " replace those of the daemon at "
+void tellWhatWillBeReplaced(const DaemonAddress& address, const std::string& file,
+                            const Console& console) {
+  console.err << "tornelctl: what " << file << " holds will replace the tables of the daemon at "
               << nameOf(address) << "; if its transport stream was another, its PIDs begin anew\n"
               << std::flush;
 }
@@ -43,7 +43,7 @@ void withEngine(const EngineOptions& options, const std::string& file, const Con
   }
   const DaemonAddress address = daemonAddress(options.daemon);
   withDaemon(address, [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    tellWhatIsReplaced(address, file, console);
+    tellWhatWillBeReplaced(address, file, console);
     calls(daemon);
   });
 }

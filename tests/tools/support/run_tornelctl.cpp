@@ -24,8 +24,8 @@ Result WithFakeDaemon::runWithDaemon(std::vector<std::string> arguments) const {
 }
 
 std::string WithFakeDaemon::replacing(const std::string& file) const {
-  return "tornelctl: the tables of " + file +
-         " replace those of the daemon at 127.0.0.1:" + std::to_string(server_.port()) +
+  return "tornelctl: what " + file + " holds will replace the tables of the daemon at 127.0.0.1:" +
+         std::to_string(server_.port()) +
          "; if its transport stream was another, its PIDs begin anew\n";
 }
 
