@@ -30,6 +30,10 @@ struct StatusOptions {
   bool metrics = false;
 };
 
+bool isThisMachine(const StatusOptions& options) {
+  return options.host == kThisMachine || options.host == "localhost";
+}
+
 std::string rootOf(const StatusOptions& options) {
   if (!options.root.empty()) {
     return options.root;
@@ -43,11 +47,11 @@ KeptState keptStateOf(const StatusOptions& options, int set) {
 }
 
 /** Calls getSIData, which changes nothing, once. */
-DaemonStatus askDaemon(const DaemonAddress& address, bool isThisMachine) {
+DaemonStatus askDaemon(const DaemonAddress& address, bool isHere) {
   using Clock = std::chrono::steady_clock;
   DaemonStatus status;
   status.address = address.host + ":" + std::to_string(address.port);
-  if (isThisMachine) {
+  if (isHere) {
     status.listens = isListening(address.port);
   }
   try {
@@ -68,24 +72,24 @@ DaemonStatus askDaemon(const DaemonAddress& address, bool isThisMachine) {
 SetStatus look(const StatusOptions& options, int set) {
   SetStatus status;
   status.set = set;
-  const bool isThisMachine = options.host == kThisMachine || options.host == "localhost";
+  const bool isHere = isThisMachine(options);
   const int port = kFirstNotificationPort + set;
   status.mainTaskAddress = options.host + ":" + std::to_string(port);
-  if (isThisMachine) {
+  if (isHere) {
     status.root = rootOf(options);
     status.kept = keptStateOf(options, set);
     status.mainTaskListens = isListening(port);
   }
   status.daemon = askDaemon(
       {options.host, options.port.value_or(kFirstControlPort + set), options.timeoutSeconds},
-      isThisMachine);
+      isHere);
   return status;
 }
 
 /** Without --set those of this machine that there is anything of, or the first. */
 std::vector<int> setsOf(const StatusOptions& options) {
   std::vector<int> sets;
-  if (options.set || options.port || options.host != kThisMachine) {
+  if (options.set || options.port || !isThisMachine(options)) {
     return {options.set.value_or(0)};
   }
   for (int set = 0; set < kSets; ++set) {

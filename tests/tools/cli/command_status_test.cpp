@@ -82,6 +82,8 @@ TEST_F(StatusCommand, LooksAtTheSetsThatThereIsAnythingOf) {
   EXPECT_THAT(setsOf(run({"status", "--json", "--conf", root_.path()})), ElementsAre(0));
   savePidMap(2);
   EXPECT_THAT(setsOf(run({"status", "--json", "--conf", root_.path()})), ElementsAre(2));
+  EXPECT_THAT(setsOf(run({"status", "--json", "--host", "localhost", "--conf", root_.path()})),
+              ElementsAre(2));
   const tevra::test::RawListener daemon(9225);
   EXPECT_THAT(setsOf(run({"status", "--json", "--conf", root_.path(), "--timeout", "1"})),
               ElementsAre(1, 2));
