@@ -1,6 +1,8 @@
 #include "tools/status/kept_files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -34,6 +36,7 @@ Record readFile(const std::string& root, const std::string& name, KeptState& sta
     file.state = FileState::kAbsent;
     if (errno != ENOENT) {
       file.state = FileState::kUnreadable;
+      file.isForbidden = errno == EACCES;
       file.reason = std::string("cannot open: ") + std::strerror(errno);
     }
     return record;
@@ -41,6 +44,7 @@ Record readFile(const std::string& root, const std::string& name, KeptState& sta
   file.saved = std::chrono::system_clock::from_time_t(status.st_mtime);
   const RecordFileResult result = readRecordFromFile(path, record, &file.reason);
   if (result != kRecordFileDone) {
+    file.isForbidden = faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0 && errno == EACCES;
     file.state = result == kRecordFileNotOpened ? FileState::kUnreadable : FileState::kDamaged;
   }
   return record;

@@ -31,6 +31,7 @@ struct KeptFile {
   std::string reason;                  ///< why it was not read, or not to its end
   /** When it was last saved, where it can be looked at. */
   std::optional<std::chrono::system_clock::time_point> saved;
+  bool isForbidden = false;  ///< who runs this may not read it
 };
 
 /** The PIDs that one daemon may hand out; the first never is (docs/contract.md, "First PID of a

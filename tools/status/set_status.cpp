@@ -6,7 +6,8 @@ namespace {
 std::string problemOf(const KeptFile& file, const std::string& root) {
   const std::string path = root + "/" + file.name;
   if (file.state == FileState::kUnreadable) {
-    return path + " cannot be read (" + file.reason + "): run this as root or as its owner";
+    return path + " cannot be read (" + file.reason + ")" +
+           (file.isForbidden ? ": run this as root or as its owner" : "");
   }
   if (file.state == FileState::kDamaged) {
     return path + " is damaged (" + file.reason +

@@ -1,5 +1,7 @@
 #include "tools/status/kept_files.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <limits>
 
@@ -178,7 +180,26 @@ TEST_F(KeptFiles, ThatCannotBeOpenedAreUnreadableAndNotAbsent) {
               ElementsAre(FileState::kUnreadable, FileState::kUnreadable, FileState::kUnreadable));
   EXPECT_THAT(state.files[0].reason, HasSubstr("symbolic links"));
   EXPECT_THAT(state.files[1].reason, HasSubstr("Not a directory"));
+  EXPECT_FALSE(state.files[0].isForbidden || state.files[1].isForbidden);
   EXPECT_FALSE(state.any());
+}
+
+TEST_F(KeptFiles, ThatTheUserMayNotReadAreForbidden) {
+  save("PIDRemap0", mapOf({101}));
+  std::filesystem::permissions(path("PIDRemap0"), std::filesystem::perms::none);
+  std::filesystem::permissions(path("Tornel"), std::filesystem::perms::none);
+  const uid_t user = geteuid();
+  if (user == 0) {  // who may read everything
+    std::filesystem::permissions(platform().configurationRoot, std::filesystem::perms::all);
+    ASSERT_EQ(0, seteuid(65534));
+  }
+  const KeptState state = read();
+  EXPECT_EQ(0, seteuid(user));
+  std::filesystem::permissions(path("Tornel"), std::filesystem::perms::all);
+  EXPECT_THAT(states(state),
+              ElementsAre(FileState::kUnreadable, FileState::kUnreadable, FileState::kUnreadable));
+  EXPECT_TRUE(state.files[0].isForbidden);
+  EXPECT_TRUE(state.files[1].isForbidden);
 }
 
 TEST_F(KeptFiles, MayHoldAnyNumbersAndTexts) {

@@ -36,6 +36,13 @@ TEST(SetStatus, NamesAllThatIsWrongAndWhatToDo) {
           "start it"));
 }
 
+TEST(SetStatus, SendsNobodyToRootForAFileThatRootCannotReadEither) {
+  SetStatus status = healthy();
+  status.kept.files[0] = {"PIDRemap0", FileState::kUnreadable, "cannot open: a circle", {}};
+  EXPECT_THAT(problemsOf(status), ElementsAre("/conf/PIDRemap0 cannot be read (cannot open: a "
+                                              "circle)"));
+}
+
 TEST(SetStatus, TellsADaemonThatIsBusyFromOneThatIsNotThere) {
   DaemonStatus daemon;
   daemon.answerSeconds = 1;

@@ -35,7 +35,8 @@ inline SetStatus broken() {
   SetStatus status = healthy();
   status.daemon = {"127.0.0.1:9224", std::nullopt, "no daemon answers", true};
   status.mainTaskListens = false;
-  status.kept.files[0] = {"PIDRemap0", FileState::kUnreadable, "cannot open: Not allowed", {}};
+  status.kept.files[0] = {
+      "PIDRemap0", FileState::kUnreadable, "cannot open: Not allowed", {}, true};
   status.kept.files[1] = {"Tornel/TableStoreFile0", FileState::kDamaged, "cut\nshort", kSaved};
   status.kept.pids->highest = 300;
   return status;
