@@ -1,6 +1,8 @@
 #include <chrono>
+#include <filesystem>
 #include <memory>
 #include <optional>
+#include <system_error>
 
 #include "im_SIControlSrv.h"
 #include "tools/cli/cli.h"
@@ -108,9 +110,21 @@ std::string textOf(const StatusOptions& options, const std::vector<SetStatus>& s
                       : statusText(sets, std::chrono::system_clock::now());
 }
 
+/** Without one of its own the root may be missing: then nothing has been saved yet. */
+bool lacksGivenRoot(const StatusOptions& options) {
+  const bool isGiven = !options.root.empty() || !options.environmentRoot.empty();
+  std::error_code error;
+  return isGiven && isThisMachine(options) &&
+         !std::filesystem::is_directory(rootOf(options), error) &&
+         error != std::errc::permission_denied;  // that is said of its files
+}
+
 /** Raises ToolError with all that is wrong. */
-void requireNoProblem(const std::vector<SetStatus>& sets) {
+void requireNoProblem(const StatusOptions& options, const std::vector<SetStatus>& sets) {
   std::vector<std::string> problems;
+  if (lacksGivenRoot(options)) {
+    problems.push_back("there is no directory " + rootOf(options) + ": see --conf");
+  }
   for (const SetStatus& status : sets) {
     for (const std::string& problem : problemsOf(status)) {
       problems.push_back("MPTS " + std::to_string(status.set) + ": " + problem);
@@ -135,7 +149,7 @@ int status(const StatusOptions& options, const Console& console) {
   } else {
     replaceFile(options.outputFile, text);
   }
-  requireNoProblem(sets);
+  requireNoProblem(options, sets);
   return kExitDone;
 }
 

@@ -96,6 +96,13 @@ TEST_F(StatusCommand, ReadsWhereTheEnvironmentSaysUnlessItIsTold) {
   EXPECT_THAT(run({"status", "--conf", "/absent"}).out, HasSubstr("  below /absent "));
 }
 
+TEST_F(StatusCommand, FailsWithoutTheDirectoryThatItIsTold) {
+  const tevra::test::RawListener mainTask(9256, 1);
+  const Result result = runWithDaemon({"status", "--conf", "/no/such/dir"});
+  EXPECT_EQ(kExitFailed, result.status);
+  EXPECT_EQ("tornelctl: there is no directory /no/such/dir: see --conf\n", result.err);
+}
+
 TEST_F(StatusCommand, KnowsThePoolOfTheTypeThatItIsTold) {
   savePidMap(0);
   EXPECT_THAT(run({"status", "--conf", root_.path()}).out, HasSubstr(" of 199 used"));
