@@ -1,4 +1,7 @@
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
@@ -32,9 +35,25 @@ void write(const ReportOptions& options, const report::Report& report) {
   file.close();
 }
 
+/** What the checks make no use of. */
+void requireCheckAlone(const ReportOptions& options) {
+  const EndpointOptions& daemon = options.engine.daemon;
+  const std::vector<std::pair<std::string, bool>> useless = {
+      {"--output", !options.outputFile.empty()},
+      {"--title", !options.title.empty()},
+      {"--state", !options.engine.state.empty()},
+      {"--daemon, --host, --set and --port", daemon.isGiven},
+      {"--timeout", daemon.isTimeoutGiven}};
+  for (const auto& [name, isGiven] : useless) {
+    if (isGiven) {
+      throw ArgumentError("--check writes no page and needs no engine: leave " + name + " out");
+    }
+  }
+}
+
 void requireOutput(const ReportOptions& options) {
-  if (options.check && !options.outputFile.empty()) {
-    throw ArgumentError("--check writes no page: leave --output out");
+  if (options.check) {
+    requireCheckAlone(options);
   }
   if (!options.check && options.outputFile.empty()) {
     throw ArgumentError("--output is required");
