@@ -25,6 +25,14 @@ constexpr int32_t kTablePmt = 0x02;
 constexpr int32_t kTableSdt = 0x42;
 constexpr int32_t kServiceDescriptor = 0x48;
 
+/** A file system keeps later times than the clock can say, and nobody saved before its first. */
+std::chrono::system_clock::time_point timeOf(time_t seconds) {
+  using Clock = std::chrono::system_clock;
+  const time_t last =
+      std::chrono::duration_cast<std::chrono::seconds>(Clock::duration::max()).count();
+  return Clock::from_time_t(std::clamp<time_t>(seconds, 0, last));
+}
+
 template <class Record>
 Record readFile(const std::string& root, const std::string& name, KeptState& state) {
   KeptFile& file = state.files.emplace_back();
@@ -41,7 +49,7 @@ Record readFile(const std::string& root, const std::string& name, KeptState& sta
     }
     return record;
   }
-  file.saved = std::chrono::system_clock::from_time_t(status.st_mtime);
+  file.saved = timeOf(status.st_mtime);
   const RecordFileResult result = readRecordFromFile(path, record, &file.reason);
   if (result != kRecordFileDone) {
     file.isForbidden = faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0 && errno == EACCES;

@@ -1,7 +1,11 @@
 #include "tools/status/kept_files.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
+#include <chrono>
 #include <filesystem>
 #include <limits>
 
@@ -221,6 +225,18 @@ TEST_F(KeptFiles, MayHoldAnyNumbersAndTexts) {
   EXPECT_EQ("", state.services.at(kLowest + 2).name);
   EXPECT_EQ(kHighest - 1, state.pids->highest);
   EXPECT_FALSE(state.pids->pool.has_value());
+}
+
+TEST_F(KeptFiles, MayBeOfAnyTime) {
+  using std::chrono::system_clock;
+  save("PIDRemap0", mapOf({101}));
+  const auto savedAt = [](time_t seconds) {
+    const std::array<timespec, 2> times = {{{seconds, 0}, {seconds, 0}}};
+    EXPECT_EQ(0, utimensat(AT_FDCWD, path("PIDRemap0").c_str(), times.data(), 0));
+    return read().files[0].saved.value();
+  };
+  EXPECT_GT(savedAt(10'000'000'000), system_clock::from_time_t(2'000'000'000)) << "year 2286";
+  EXPECT_EQ(savedAt(-1), system_clock::from_time_t(0));
 }
 
 TEST_F(KeptFiles, AreWrittenNowhere) {
