@@ -32,7 +32,7 @@ size_t distanceOf(const std::string& a, const std::string& b) {
 
 std::string nearestTo(const std::string& word, const std::vector<std::string>& words) {
   std::string nearest;
-  size_t least = std::max<size_t>(1, word.size() / kLettersAFault) + 1;
+  size_t least = (word.size() + kLettersAFault - 1) / kLettersAFault + 1;
   for (const std::string& candidate : words) {
     const bool isLonger = candidate.size() >= word.size() + least;
     const size_t distance =

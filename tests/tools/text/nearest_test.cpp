@@ -12,13 +12,14 @@ TEST(Nearest, IsTheWordWithOneFaultInThreeLetters) {
   EXPECT_EQ("--table", nearestTo("--tabble", kWords)) << "too much";
   EXPECT_EQ("--service", nearestTo("--srvice", kWords)) << "missing";
   EXPECT_EQ("--json", nearestTo("--jzom", kWords)) << "wrong, two of six letters";
+  EXPECT_EQ("tables", nearestTo("tabel", {"feed", "tables"})) << "two of five letters";
   EXPECT_EQ("feed", nearestTo("fed", kWords));
   EXPECT_EQ("tables", nearestTo("tables", kWords));
 }
 
 TEST(Nearest, IsNoneThatIsFarOff) {
   EXPECT_EQ("", nearestTo("fxx", kWords));
-  EXPECT_EQ("", nearestTo("--tab", kWords)) << "two letters of five";
+  EXPECT_EQ("", nearestTo("--serv", kWords)) << "three letters of six";
   EXPECT_EQ("", nearestTo("", kWords));
   EXPECT_EQ("", nearestTo("feed", {}));
   EXPECT_EQ("", nearestTo(std::string(100'000, 'x'), kWords));
