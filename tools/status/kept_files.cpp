@@ -15,7 +15,7 @@
 #include "records/records.h"
 #include "store/record_file.h"
 #include "store/table_store_files.h"
-#include "tools/text/dvb_text.h"
+#include "tools/descriptors/descriptor_values.h"
 
 namespace tevra::tools {
 namespace {
@@ -23,7 +23,6 @@ namespace {
 constexpr int32_t kTablePat = 0x00;
 constexpr int32_t kTablePmt = 0x02;
 constexpr int32_t kTableSdt = 0x42;
-constexpr int32_t kServiceDescriptor = 0x48;
 
 /** A file system keeps later times than the clock can say, and nobody saved before its first. */
 std::chrono::system_clock::time_point timeOf(time_t seconds) {
@@ -62,24 +61,6 @@ int64_t startsLeft(int32_t restartCounter) {
   return std::max<int64_t>(0, int64_t{kMaxRestartCounter} + 1 - restartCounter);
 }
 
-size_t byteOf(const std::string& bytes, size_t place) {
-  return place < bytes.size() ? static_cast<unsigned char>(bytes[place]) : 0;
-}
-
-/** Of the first service: behind its type and its provider (EN 300 468, 6.2.33). */
-std::string serviceName(const SDT& sdt) {
-  if (sdt.services.empty()) {
-    return "";
-  }
-  for (const Descriptor& descriptor : sdt.services.front().descriptors) {
-    const size_t length = 2 + byteOf(descriptor.data, 1);
-    if (descriptor.tag == kServiceDescriptor && length < descriptor.data.size()) {
-      return utf8FromDvbText(descriptor.data.substr(length + 1, byteOf(descriptor.data, length)));
-    }
-  }
-  return "";
-}
-
 void take(const TableStoreFile& file, KeptState& state) {
   for (const auto& [service, store] : file.tableStores) {
     KeptService& kept = state.services[service];
@@ -88,7 +69,9 @@ void take(const TableStoreFile& file, KeptState& state) {
                                 {kTablePmt, store.pmt.version}},
                                startsLeft(store.restartCounter)};
     kept.outputSid = store.pmt.programNumber;
-    kept.name = serviceName(store.sdt);
+    if (!store.sdt.services.empty()) {
+      kept.name = serviceNames(store.sdt.services.front().descriptors).name;
+    }
   }
 }
 
