@@ -105,7 +105,8 @@ void addOutputCommand(CommandLine& line) {
   Command command = line.command(
       "output",
       "Print what outputs of a service are made of, PIDs and tables. The daemon is asked, which "
-      "moves its versions: it takes every request for a real one. With --from it is left alone");
+      "moves its versions: it takes every request for a real one. With --from it is left alone, "
+      "unless --daemon is given");
   command
       .option("--from", options->file,
               "Transport stream to make the outputs of, - for standard input; what is not said of "

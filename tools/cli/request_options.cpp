@@ -24,8 +24,11 @@ void addServiceOptions(Command& command, RequestOptions& options, OutputDefaults
   OutputOptions& output = options.output;
   const auto withDefault = [defaults](const std::string& help, const std::string& fixed,
                                       const std::string& fromStream) {
-    const std::string& given = defaults == OutputDefaults::kFromStream ? fromStream : fixed;
-    return given.empty() ? help : help + " (default: " + given + ")";
+    const std::string given =
+        defaults == OutputDefaults::kFromStream
+            ? fromStream
+            : fixed + (fixed.empty() ? "" : "; ") + "with --from " + fromStream;
+    return help + " (default: " + given + ")";
   };
   const std::string streams = "the input stream's";
   command

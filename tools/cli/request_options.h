@@ -20,7 +20,8 @@ struct RequestOptions {
   std::vector<std::string> outs;         ///< --out: each as parseOutArgument takes it
 };
 
-/** Where service, name and ids come from if they are not given; there is no fixed service. */
+/** Where service, name and ids come from if they are not given; there is no fixed service. With
+ * --from they are the stream's all the same. */
 enum class OutputDefaults { kFixed, kFromStream };
 
 /**

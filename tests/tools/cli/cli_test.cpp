@@ -126,6 +126,7 @@ TEST(Cli, HelpListsTheCommandsAndExplainsEach) {
 
 TEST(Cli, HelpSaysWhichLanguageCodesAreMeant) {
   EXPECT_THAT(run({"output", "--help"}).out, HasSubstr("fra keeps fre and FRE"));
+  EXPECT_THAT(run({"output", "--help"}).out, HasSubstr("1; with --from the input stream's"));
 }
 
 TEST(Cli, RefusesArgumentsThatMakeNoSense) {
