@@ -144,8 +144,8 @@ std::string statusMetrics(const std::vector<SetStatus>& sets) {
   for (const Family& family : kFamilies) {
     const std::string samples = samplesOf(family, sets);
     if (!samples.empty()) {
-      const std::string name = family.name;
-      text += "# HELP " + name + " " + family.help + "\n# TYPE " + name + " gauge\n" + samples;
+      text.append("# HELP ").append(family.name).append(" ").append(family.help);
+      text.append("\n# TYPE ").append(family.name).append(" gauge\n").append(samples);
     }
   }
   return text + "# EOF\n";

@@ -44,12 +44,14 @@ void addWrongCrcs(const Report& report, Lines& lines) {
     if (count.crcErrors == 0) {
       continue;
     }
-    const std::string on = tableOn(pid, report.services) + " on PID " + std::to_string(pid) + ": ";
-    const std::string rest = " with a wrong CRC";
-    lines.push_back(on + (allWrong(count) ? counted(count.sections, "section") +
-                                                (count.sections == 1 ? "" : ", all") + rest
-                                          : std::to_string(count.crcErrors) + " of " +
-                                                counted(count.sections, "section") + rest));
+    std::string line = tableOn(pid, report.services);
+    line.append(" on PID ").append(std::to_string(pid)).append(": ");
+    if (!allWrong(count)) {
+      line.append(std::to_string(count.crcErrors)).append(" of ");
+    }
+    line.append(counted(count.sections, "section"));
+    line.append(allWrong(count) && count.sections > 1 ? ", all" : "");
+    lines.push_back(line.append(" with a wrong CRC"));
   }
 }
 
