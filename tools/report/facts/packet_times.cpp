@@ -3,6 +3,16 @@
 #include <cmath>
 
 namespace tevra::tools::report {
+namespace {
+
+constexpr int64_t kLongestSure = kSystemClock / 10;  // ISO/IEC 13818-1, 2.7.2
+
+/** Whether a PCR's interval is no time that its packets took, which is about `expected`. */
+bool isJump(int64_t interval, double expected) {
+  return expected > 0 && interval > kLongestSure && static_cast<double>(interval) > 2 * expected;
+}
+
+}  // namespace
 
 void PacketTimes::push(const TsPacket& packet) {
   if (pending_.size() >= kMaxPending) {
@@ -28,9 +38,10 @@ void PacketTimes::takePcr(int pid, int64_t pcr, bool discontinuity) {
     return;
   }
   const int64_t interval = anchor_ && !discontinuity ? pcrInterval(anchor_->pcr, pcr) : 0;
-  if (interval > 0) {
-    ticksPerPacket_ =
-        static_cast<double>(interval) / static_cast<double>(here.index - anchor_->index);
+  const auto packets = static_cast<double>(anchor_ ? here.index - anchor_->index : 0);
+  jumped_ = !jumped_ && isJump(interval, packets * ticksPerPacket_);  // twice is a rate
+  if (interval > 0 && !jumped_) {
+    ticksPerPacket_ = static_cast<double>(interval) / packets;
   }
   release(here.index);
   anchor_ = Anchor{0, pcr};

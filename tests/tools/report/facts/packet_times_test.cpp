@@ -73,8 +73,20 @@ TEST_F(PacketTimesTest, GoOnWhereTheClockJumps) {
   pcr(kClock, 8000);
   pcr(kClock, 8060, /*announced=*/true);
   pcr(kClock, 8080);
+  pcr(kClock, 8380);
+  pcr(kClock, 8400);
   times_.finish();
-  EXPECT_THAT(told_, ElementsAre(0, 10, 20, 30, 40, 60));
+  EXPECT_THAT(told_, ElementsAre(0, 10, 20, 30, 40, 60, 80, 100));
+}
+
+TEST_F(PacketTimesTest, TakeARateThatFallsForGood) {
+  pcr(kClock, 0);
+  pcr(kClock, 10);
+  pcr(kClock, 210);
+  pcr(kClock, 410);
+  pcr(kClock, 610);
+  times_.finish();
+  EXPECT_THAT(told_, ElementsAre(0, 10, 20, 220, 420));
 }
 
 TEST_F(PacketTimesTest, TellNothingWithoutTwoPcrsThatFollowEachOther) {

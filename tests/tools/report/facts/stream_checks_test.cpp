@@ -402,14 +402,31 @@ TEST(StreamChecks, PcrsHaveToComeEveryTenthOfASecond) {
 }
 
 TEST(StreamChecks, AStepOfPcrsHasToBeAnnounced) {
-  for (const int64_t step : {int64_t{10}, int64_t{-1}}) {
+  for (const int step : {10'000, 2000, 300, -1000}) {  // milliseconds
     Multiplex multiplex;
     multiplex.changes = [&](int slot, TsPacket& /*packet*/) {
-      multiplex.firstPcr = slot < 3000 ? 2 * kSystemClock : (2 + step) * kSystemClock;
+      multiplex.firstPcr = 2 * kSystemClock + (slot < 3000 ? 0 : step * kTicksPerSlot);
     };
-    EXPECT_EQ("2.3b 1x " + std::to_string(step * 1000 + 20) + " ms 257",
+    EXPECT_EQ("2.3b 1x " + std::to_string(step + 20) + " ms 257",
               briefly(onlyFailure(checksOf(multiplex.packets(kSlots)))));
   }
+}
+
+TEST(StreamChecks, OfAGapInTheRecordingCountersAndClockTell) {
+  std::vector<TsPacket> packets = Multiplex().packets(kSlots);
+  packets.erase(packets.begin() + 2010, packets.begin() + 4015);  // 2 s
+  const auto checks = checksOf(packets);
+  EXPECT_THAT(failedOf(checks), ElementsAre("1.4", "2.3b"));
+  EXPECT_EQ("2.3b 1x 2020 ms 257", briefly(checks[9]));
+}
+
+TEST(StreamChecks, PcrsThatAreRareAtASteadyRateAreMeasured) {
+  Multiplex multiplex;
+  multiplex.leavesOut = [](int slot) { return slot % 20 == 2 && slot % 300 != 2; };
+  const auto checks = checksOf(multiplex);
+  EXPECT_THAT(failedOf(checks), ElementsAre("2.3a", "2.3b"));
+  EXPECT_EQ("2.3a 20x 300 ms 257", briefly(checks[8]));
+  EXPECT_NEAR(0.1, checks[2].worst.value(), 0.0001);
 }
 
 TEST(StreamChecks, ScrambledPacketsNeedACat) {
