@@ -19,8 +19,8 @@ void PacketTimes::push(const TsPacket& packet) {
     makeRoom();
   }
   PacketMark& mark = pending_.emplace_back();
-  mark.pid = static_cast<uint16_t>(packet.pid());
-  if (packet.transportError() || packet.pid() == kNullPid) {
+  mark.pid = static_cast<uint16_t>(packet.transportError() ? kNullPid : packet.pid());
+  if (mark.pid == kNullPid) {
     return;
   }
   if (const std::optional<int64_t> pcr = packet.pcr()) {

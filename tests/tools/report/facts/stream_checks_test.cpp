@@ -375,6 +375,16 @@ TEST(StreamChecks, ADamagedPacketIsATransportErrorAndNothingElse) {
   EXPECT_EQ("2.1 1x -1 ms 258", briefly(onlyFailure(checksOf(multiplex))));
 }
 
+TEST(StreamChecks, DamagedPacketsEndNoWait) {
+  Multiplex multiplex;
+  multiplex.changes = [](int /*slot*/, TsPacket& packet) {
+    packet.data()[1] |= packet.pid() == kAudioPid ? kDamaged : uint8_t{0};
+  };
+  const auto checks = checksOf(multiplex);
+  EXPECT_THAT(failedOf(checks), ElementsAre("1.6", "2.1"));
+  EXPECT_EQ("1.6 1x 5998 ms 258", briefly(checks[5]));
+}
+
 TEST(StreamChecks, AWrongCrcIsAnErrorOnItsPid) {
   Multiplex multiplex;
   multiplex.changes = [](int slot, TsPacket& packet) {
