@@ -37,7 +37,7 @@ std::string wrapped(const std::string& text, size_t width, size_t indent) {
     for (size_t place = breakOf(line, width, start); place != std::string::npos;
          place = breakOf(line, width, start)) {
       result += line.substr(0, line.find_last_not_of(' ', place) + 1) + "\n";
-      line = blanks + line.substr(line.find_first_not_of(' ', place));
+      line.replace(0, line.find_first_not_of(' ', place), blanks);
       start = blanks.size();
     }
     result += line + "\n";
