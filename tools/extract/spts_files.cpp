@@ -27,7 +27,7 @@ class OpenSpts {
     output_.streamPackets = writer_.streamPackets();
     output_.tablePackets = writer_.tablePackets();
     if (const std::optional<int64_t> duration = writer_.duration()) {
-      output_.seconds = static_cast<double>(*duration) / static_cast<double>(kSystemClock);
+      output_.seconds = ticksToSeconds(*duration);
     }
     output_.warnings = outputWarnings(output_);
     output_.warnings.insert(output_.warnings.begin(), writer_.warnings().begin(),

@@ -30,15 +30,14 @@ void pushAll(ByteSource& source, TsPacketReader& reader, TableDemux& demux,
 }  // namespace
 
 StreamFeed StreamFeed::feed(ByteSource& source, const std::string& name,
-                            thrift::in_module::im_SIControlSrvIf& daemon, const OnPacket& onPacket,
-                            const OnTable& onTable) {
+                            thrift::in_module::im_SIControlSrvIf& daemon,
+                            const OnPacket& onPacket) {
   StreamFeed stream(daemon);
   TableFeeder& feeder = stream.feeder_;
   TsPacketReader reader(source);
   TableDemux demux([&](const SiTable& table, size_t sections) {
     feeder.feed(table, sections);
     stream.inventory_.add(table);
-    onTable(table, sections);
   });
   pushAll(source, reader, demux,
           [&](const TsPacket& packet) { return onPacket(packet, feeder.sent()); });
@@ -46,7 +45,7 @@ StreamFeed StreamFeed::feed(ByteSource& source, const std::string& name,
   if (feeder.sent() == 0) {
     throw ToolError(source.explainNothing(name, stream.packets_));
   }
-  stream.faultsByPid_ = demux.faults();
+  stream.statistics_ = sumOf(demux.faults());
   stream.faults_ = streamFaults(reader, demux, "not sent");
   if (feeder.refused() != 0) {
     stream.faults_.push_back(counted(feeder.refused(), "table") + " refused by the daemon");

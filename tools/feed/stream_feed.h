@@ -21,19 +21,15 @@ class StreamFeed {
    */
   using OnPacket = std::function<bool(const TsPacket& packet, size_t tablesSent)>;
 
-  /** Told of every table, and in how many sections it came, when it has been sent. */
-  using OnTable = TableDemux::Consumer;
-
   /**
    * Reads `source`, called `name`, to its end, and sends each table as soon as it is complete.
    *
    * Raises ToolError when the source cannot be read, holds no transport stream or none of the
    * tables. Passes on what a call raises.
    */
-  [[nodiscard]] static StreamFeed feed(
-      ByteSource& source, const std::string& name, thrift::in_module::im_SIControlSrvIf& daemon,
-      const OnPacket& onPacket,
-      const OnTable& onTable = [](const SiTable& /*table*/, size_t /*sections*/) {});
+  [[nodiscard]] static StreamFeed feed(ByteSource& source, const std::string& name,
+                                       thrift::in_module::im_SIControlSrvIf& daemon,
+                                       const OnPacket& onPacket);
   /** The same with a file, or with standard input for "-". */
   [[nodiscard]] static StreamFeed feedFile(const std::string& path,
                                            thrift::in_module::im_SIControlSrvIf& daemon);
@@ -44,10 +40,8 @@ class StreamFeed {
   [[nodiscard]] const TableFeeder& tables() const { return feeder_; }
   /** Transport stream packets read. */
   [[nodiscard]] uint64_t packets() const { return packets_; }
-  /** What was lost on the way to tables, by every PID on which they were looked for. */
-  [[nodiscard]] const FaultsByPid& faultsByPid() const { return faultsByPid_; }
-  /** The same of all PIDs. */
-  [[nodiscard]] SectionFaults statistics() const { return sumOf(faultsByPid_); }
+  /** What was lost on the way to tables. */
+  [[nodiscard]] const SectionFaults& statistics() const { return statistics_; }
 
   /** For people: what was wrong with the stream, one line per fault. */
   [[nodiscard]] const std::vector<std::string>& faults() const { return faults_; }
@@ -60,7 +54,7 @@ class StreamFeed {
   TableFeeder feeder_;
   StreamInventory inventory_;
   uint64_t packets_ = 0;
-  FaultsByPid faultsByPid_;
+  SectionFaults statistics_;
   std::vector<std::string> faults_;
 };
 

@@ -31,13 +31,8 @@ std::string servicesText(const std::map<int32_t, std::vector<int32_t>>& globalSi
   std::vector<std::string> services;
   services.reserve(globalSids.size());
   for (const auto& [service, ids] : globalSids) {
-    std::vector<std::string> texts;
-    texts.reserve(ids.size());
-    for (const int32_t id : ids) {
-      texts.push_back(std::to_string(id));
-    }
     services.push_back("service " + std::to_string(service) + " (global service id " +
-                       joined(texts, ", ") + ")");
+                       numbersText(ids) + ")");
   }
   return joined(services, ", ");
 }

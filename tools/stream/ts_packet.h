@@ -25,6 +25,12 @@ inline constexpr int kPidCount = 0x2000;  ///< 13 bits
 
 /** Ticks of the 27 MHz system clock per second. */
 inline constexpr int64_t kSystemClock = 27'000'000;
+/** The most from one PCR to the next (ISO/IEC 13818-1, 2.7.2; ETSI TR 101 290, 2.3a and 2.3b). */
+inline constexpr int64_t kPcrLimit = kSystemClock / 10;
+/** Seconds that so many ticks take. */
+[[nodiscard]] constexpr double ticksToSeconds(int64_t ticks) {
+  return static_cast<double>(ticks) / static_cast<double>(kSystemClock);
+}
 /** A PCR's range: 33 bits at 90 kHz, extended to 27 MHz (ISO/IEC 13818-1, 2.4.3.5). */
 inline constexpr int64_t kPcrModulus = (int64_t{1} << 33) * 300;
 

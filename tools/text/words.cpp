@@ -56,4 +56,13 @@ std::string joined(const std::vector<std::string>& parts, const std::string& sep
   return text;
 }
 
+std::string numbersText(const std::vector<int>& numbers) {
+  std::vector<std::string> texts;
+  texts.reserve(numbers.size());
+  for (const int number : numbers) {
+    texts.push_back(std::to_string(number));
+  }
+  return joined(texts, ", ");
+}
+
 }  // namespace tevra::tools

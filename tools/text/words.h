@@ -34,5 +34,7 @@ namespace tevra::tools {
 /** The parts with `separator` between them. */
 [[nodiscard]] std::string joined(const std::vector<std::string>& parts,
                                  const std::string& separator);
+/** "1, 2, 3". */
+[[nodiscard]] std::string numbersText(const std::vector<int>& numbers);
 
 }  // namespace tevra::tools

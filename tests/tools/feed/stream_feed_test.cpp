@@ -101,22 +101,6 @@ TEST_F(StreamFeedTest, SaysWhyAFileIsOfNoUse) {
   EXPECT_THAT(errorOf(file_.path()), HasSubstr("10 packets, but no complete table"));
 }
 
-TEST_F(StreamFeedTest, TellsOfEveryTableAndItsSectionsWhenItHasBeenSent) {
-  stream_.add(0x11, test::makeSdt(1, 4, 101, "One", 0, 1));
-  stream_.add(0x11, test::makeSdt(1, 4, 102, "Two", 1, 1));
-  file_.write(stream_.packets());
-  std::vector<std::string> told;
-  const auto source = openSource(file_.path());
-  const StreamFeed stream = StreamFeed::feed(
-      *source, file_.path(), daemon_, [](const TsPacket&, size_t) { return true; },
-      [&](const SiTable& table, size_t sections) {
-        told.push_back(daemon_.calls.back() + ", " + std::to_string(sections) + " sections");
-        EXPECT_TRUE(std::holds_alternative<SDT>(table));
-      });
-  EXPECT_THAT(told, ElementsAre("setSDT SDT 1 v4, 2 sections"));
-  EXPECT_EQ(0U, stream.faultsByPid().at(0x11).crcErrors);
-}
-
 TEST_F(StreamFeedTest, PassesOnWhatTheDaemonRaises) {
   daemon_.beforeCall = [] { throw std::runtime_error("gone"); };
   stream_.add(0x11, test::makeSdt(1, 4, 101, "One"));

@@ -40,6 +40,8 @@ TEST(Words, StandWithASeparatorBetween) {
   EXPECT_EQ("", joined({}, ", "));
   EXPECT_EQ("a", joined({"a"}, ", "));
   EXPECT_EQ("a, b", joined({"a", "b"}, ", "));
+  EXPECT_EQ("", numbersText({}));
+  EXPECT_EQ("1, 20", numbersText({1, 20}));
 }
 
 }  // namespace

@@ -10,15 +10,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-std::string numbersOf(const std::vector<int>& numbers) {
-  Lines texts;
-  texts.reserve(numbers.size());
-  for (const int number : numbers) {
-    texts.push_back(std::to_string(number));
-  }
-  return joined(texts, ", ");
-}
-
 /** Whether the PID has sections, and not one of them is good. */
 bool allWrong(const PidCount& count) {
   return count.sections != 0 && count.crcErrors == count.sections;
@@ -33,7 +24,8 @@ std::string tableOn(int pid, const std::vector<Service>& services) {
     }
   }
   if (!ids.empty()) {
-    return std::string(ids.size() == 1 ? "PMT of service " : "PMTs of services ") + numbersOf(ids);
+    return std::string(ids.size() == 1 ? "PMT of service " : "PMTs of services ") +
+           numbersText(ids);
   }
   const std::string name = reservedPidName(pid);
   return name.empty() ? "Tables" : name;
@@ -77,7 +69,7 @@ void addServicesWithoutPmt(const Report& report, Lines& lines) {
   }
   for (const auto& [reason, ids] : services) {
     lines.push_back(counted(ids.size(), "service") + " without a PMT, " + reason + ": " +
-                    numbersOf(ids));
+                    numbersText(ids));
   }
 }
 
@@ -92,7 +84,7 @@ void addSilentStreams(const Report& report, Lines& lines) {
     if (!silent.empty()) {
       lines.push_back("Service " + std::to_string(service.serviceId) + ": " +
                       counted(silent.size(), "declared stream") + " without a packet, PID " +
-                      numbersOf(silent));
+                      numbersText(silent));
     }
   }
 }

@@ -5,11 +5,9 @@
 namespace tevra::tools::report {
 namespace {
 
-constexpr int64_t kLongestSure = kSystemClock / 10;  // ISO/IEC 13818-1, 2.7.2
-
 /** Whether a PCR's interval is no time that its packets took, which is about `expected`. */
 bool isJump(int64_t interval, double expected) {
-  return expected > 0 && interval > kLongestSure && static_cast<double>(interval) > 2 * expected;
+  return expected > 0 && interval > kPcrLimit && static_cast<double>(interval) > 2 * expected;
 }
 
 }  // namespace

@@ -13,7 +13,6 @@ namespace {
 constexpr size_t kUtcSize = 5;
 constexpr size_t kPcrBegin = 6;  // in a packet that has one
 constexpr size_t kPcrEnd = 12;
-constexpr int64_t kWidestPcrStep = kSystemClock / 10;  // ETSI TR 101 290, 2.3b
 
 /** Ticks from one PCR to the next, less than 0 where that lies behind. */
 int64_t pcrStep(int64_t from, int64_t to) {
@@ -23,7 +22,7 @@ int64_t pcrStep(int64_t from, int64_t to) {
 
 /** How far a step is from the middle of those that are well. */
 int64_t deviation(int64_t step) {
-  return std::abs(step - kWidestPcrStep / 2);
+  return std::abs(step - kPcrLimit / 2);
 }
 
 /** Byte for byte the same, but for the PCR (ISO/IEC 13818-1, 2.4.3.3). */
@@ -64,7 +63,7 @@ void StreamCensus::notePcr(const TsPacket& packet, Pid& pid) {
   ++pid.count.pcrs;
   if (pid.lastPcr && !packet.discontinuity()) {
     const int64_t step = pcrStep(*pid.lastPcr, *pcr);
-    pid.count.pcrJumps += step < 0 || step > kWidestPcrStep ? 1 : 0;
+    pid.count.pcrJumps += step < 0 || step > kPcrLimit ? 1 : 0;
     if (!pid.widestStep || deviation(step) > deviation(*pid.widestStep)) {
       pid.widestStep = step;
     }
@@ -120,8 +119,7 @@ std::map<int, PidCount> StreamCensus::pids() const {
     if (entry.count.packets != 0) {
       PidCount& count = counts.emplace(pid, entry.count).first->second;
       if (entry.widestStep) {
-        count.widestPcrStep =
-            static_cast<double>(*entry.widestStep) / static_cast<double>(kSystemClock);
+        count.widestPcrStep = ticksToSeconds(*entry.widestStep);
       }
     }
   }

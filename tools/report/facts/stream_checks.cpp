@@ -13,10 +13,6 @@ namespace {
 
 constexpr const char* kNoClock = "no PCR";
 
-double secondsOf(int64_t ticks) {
-  return static_cast<double>(ticks) / static_cast<double>(kSystemClock);
-}
-
 /** A check while its PIDs are looked at. */
 class Finding {
  public:
@@ -59,7 +55,7 @@ class Finding {
 
 std::optional<double> longestWait(const Recurrence& recurrence) {
   const auto wait = recurrence.longestWait();
-  return wait ? std::optional<double>(secondsOf(*wait)) : std::nullopt;
+  return wait ? std::optional<double>(ticksToSeconds(*wait)) : std::nullopt;
 }
 
 /** Why an interval of more than `limit` ticks could not have been seen; empty if it could. */
@@ -197,9 +193,9 @@ void add(const char* what, int pid, const Recurrence& recurrence,
                      pid,
                      {},
                      recurrence.intervals(),
-                     secondsOf(recurrence.shortest()),
-                     secondsOf(recurrence.sum()) / static_cast<double>(recurrence.intervals()),
-                     secondsOf(recurrence.longest())});
+                     ticksToSeconds(recurrence.shortest()),
+                     ticksToSeconds(recurrence.sum()) / static_cast<double>(recurrence.intervals()),
+                     ticksToSeconds(recurrence.longest())});
   }
 }
 

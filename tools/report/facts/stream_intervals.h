@@ -13,11 +13,8 @@
 
 namespace tevra::tools::report {
 
-///@{
-/** Limits in 27 MHz ticks (ETSI TR 101 290, 5.2.1 and 5.2.2). */
-inline constexpr int64_t kTableLimit = kSystemClock / 2;  ///< 1.3.a and 1.5.a
-inline constexpr int64_t kPcrLimit = kSystemClock / 10;   ///< 2.3a and 2.3b
-///@}
+/** Of 1.3.a and 1.5.a, in 27 MHz ticks (ETSI TR 101 290, 5.2.1). */
+inline constexpr int64_t kTableLimit = kSystemClock / 2;
 /** Seconds for 1.6: the most that it allows for video and audio. */
 inline constexpr int kPidPeriod = 5;
 

@@ -70,9 +70,7 @@ void StreamSurvey::follow() {
 
 std::optional<double> StreamSurvey::seconds() const {
   const std::optional<int64_t> span = intervals_.span();
-  return span && *span > 0
-             ? std::optional<double>(static_cast<double>(*span) / static_cast<double>(kSystemClock))
-             : std::nullopt;
+  return span && *span > 0 ? std::optional<double>(ticksToSeconds(*span)) : std::nullopt;
 }
 
 }  // namespace tevra::tools::report

@@ -34,15 +34,10 @@ void checks(const Report& report, Markup& markup) {
 }
 
 void intervalRow(const std::string& side, const IntervalFact& fact, Markup& markup) {
-  std::vector<std::string> services;
-  services.reserve(fact.serviceIds.size());
-  for (const int id : fact.serviceIds) {
-    services.push_back(std::to_string(id));
-  }
   const auto row = markup.open("tr");
   cell(markup, side);
   cell(markup, fact.what);
-  cell(markup, services.empty() ? "" : "service " + joined(services, ", "));
+  cell(markup, fact.serviceIds.empty() ? "" : "service " + numbersText(fact.serviceIds));
   figureCell(markup, idText(fact.pid));
   figureCell(markup, groupedText(fact.count));
   figureCell(markup, timeText(fact.shortest));

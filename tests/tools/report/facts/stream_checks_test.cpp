@@ -191,11 +191,12 @@ TEST(StreamChecks, PassWhereverARecordingBeginsAndEnds) {
   }
 }
 
-TEST(StreamChecks, OneSyncByteIsAnErrorAndTwoInARowALoss) {
+TEST(StreamChecks, OneSyncByteIsAnErrorAndMoreInARowALoss) {
   Bytes bytes = bytesOf(Multiplex().packets(kSlots));
   bytes[kFreeSlot * kTsPacketSize] = 0x00;
   EXPECT_EQ("1.2 1x -1 ms 0 PIDs", briefly(onlyFailure(checksOf(bytes))));
   bytes[(kFreeSlot + 1) * kTsPacketSize] = 0x00;
+  bytes[(kFreeSlot + 2) * kTsPacketSize] = 0x00;
   const std::vector<StreamCheck> checks = checksOf(bytes);
   EXPECT_THAT(failedOf(checks), ElementsAre("1.1", "1.2"));
   EXPECT_EQ(1U, checks[0].count);
