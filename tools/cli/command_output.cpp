@@ -4,7 +4,7 @@
 #include "tools/cli/command.h"
 #include "tools/cli/engine_options.h"
 #include "tools/cli/request_options.h"
-#include "tools/cli/stream_outputs.h"
+#include "tools/extract/stream_outputs.h"
 #include "tools/feed/stream_feed.h"
 #include "tools/outputs/audio_warnings.h"
 #include "tools/outputs/output_answers.h"

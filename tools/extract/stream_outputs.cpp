@@ -1,4 +1,4 @@
-#include "tools/cli/stream_outputs.h"
+#include "tools/extract/stream_outputs.h"
 
 #include <set>
 
