@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "tools/cli/command.h"
-#include "tools/cli/terminal.h"
+#include "tools/text/terminal.h"
 
 namespace tevra::tools {
 namespace {

@@ -7,8 +7,8 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/cli/cli.h"
-#include "tools/cli/terminal.h"
 #include "tools/text/nearest.h"
+#include "tools/text/terminal.h"
 #include "tools/text/wrap.h"
 
 namespace tevra::tools {

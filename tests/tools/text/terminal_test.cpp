@@ -1,4 +1,4 @@
-#include "tools/cli/terminal.h"
+#include "tools/text/terminal.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
