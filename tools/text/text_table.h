@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/text/terminal.h"
+
 namespace tevra::tools {
 
 /** Columns of UTF-8 text, each as wide as its widest cell, for people to read. */
@@ -18,11 +20,19 @@ class TextTable {
   [[nodiscard]] bool empty() const { return rows_.size() == 1; }
 
   /**
-   * One line per row, the heading first, each behind `indent` blanks; no blanks at a line's end.
+   * One line per row, the heading first, each behind `indent` blanks; no blanks at a line's end. On
+   * a terminal that is narrower, a row is a paragraph: a line for each cell that is not empty,
+   * behind its column's heading, broken between words.
    */
-  void print(std::ostream& out, size_t indent = 0) const;
+  void print(std::ostream& out, size_t indent = 0) const { print(out, indent, widthOf(out)); }
+  /** The same for lines of `width` characters; 0 is no limit. */
+  void print(std::ostream& out, size_t indent, size_t width) const;
 
  private:
+  [[nodiscard]] std::vector<size_t> columnWidths() const;
+  [[nodiscard]] std::string inColumns(size_t indent) const;
+  [[nodiscard]] std::string inParagraphs(size_t indent) const;
+
   std::vector<std::vector<std::string>> rows_;
 };
 
