@@ -16,7 +16,7 @@
 #include "tools/stream/byte_source.h"
 #include "tools/stream/files.h"
 #include "tools/stream/pacer.h"
-#include "tools/stream/udp_source.h"
+#include "tools/stream/udp_address.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {

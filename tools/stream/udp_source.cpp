@@ -18,7 +18,6 @@
 namespace tevra::tools {
 namespace {
 
-constexpr int kLargestPort = 65535;
 constexpr int kReceiveBuffer = 4 * 1024 * 1024;  // half a second of a full multiplex
 constexpr std::chrono::milliseconds kSlice(200);
 
@@ -84,34 +83,7 @@ std::string noPacket(const std::string& name, const std::string& time) {
          ": is the stream sent there, and does a firewall let it in?";
 }
 
-/** 0 where `text` is no port. */
-int portFrom(const std::string& text) {
-  if (text.empty() || text.size() > 5 ||
-      text.find_first_not_of("0123456789") != std::string::npos) {
-    return 0;
-  }
-  const int port = std::stoi(text);
-  return port <= kLargestPort ? port : 0;
-}
-
 }  // namespace
-
-UdpAddress parseUdpAddress(const std::string& text) {
-  const size_t start = kUdpScheme.size();
-  const size_t colon = text.rfind(':');
-  UdpAddress result;
-  in_addr parsed{};
-  if (colon != std::string::npos && colon > start && text.compare(0, start, kUdpScheme) == 0) {
-    result.address = text.substr(start, colon - start);
-    result.address.erase(0, result.address[0] == '@' ? 1 : 0);  // as some players write a group
-    result.port = portFrom(text.substr(colon + 1));
-  }
-  if (result.port == 0 || inet_pton(AF_INET, result.address.c_str(), &parsed) != 1) {
-    throw ToolError("'" + text +
-                    "' is not udp://ADDRESS:PORT with an IPv4 address; RTP is taken there, too");
-  }
-  return result;
-}
 
 size_t rtpPayloadOffset(const uint8_t* datagram, size_t size) {
   if (size < kRtpHeader || datagram[0] == kTsSyncByte || (datagram[0] >> 6) != 2) {

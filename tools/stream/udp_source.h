@@ -4,23 +4,11 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
-#include <string_view>
 
 #include "tools/stream/byte_source.h"
+#include "tools/stream/udp_address.h"
 
 namespace tevra::tools {
-
-/** What the name of a UDP source begins with. */
-inline constexpr std::string_view kUdpScheme = "udp://";
-
-/** An IPv4 address and a port to receive at. */
-struct UdpAddress {
-  std::string address;  ///< dotted decimal; a multicast group or one of the machine's own
-  int port = 0;         ///< 1 to 65535
-};
-
-/** Reads "udp://ADDRESS:PORT"; raises ToolError when it is not one. */
-[[nodiscard]] UdpAddress parseUdpAddress(const std::string& text);
 
 /**
  * The payload of the datagrams that arrive at an address, a multicast group (which is joined) or
