@@ -29,7 +29,8 @@ bool LoopedSource::goesOn() {
 }
 
 bool isLiveSource(const std::string& name) {
-  return name.compare(0, kUdpScheme.size(), kUdpScheme) == 0 || name.compare(0, 6, "rtp://") == 0;
+  return name.compare(0, kUdpScheme.size(), kUdpScheme) == 0 ||
+         name.compare(0, kRtpScheme.size(), kRtpScheme) == 0;
 }
 
 }  // namespace tevra::tools

@@ -42,8 +42,8 @@ struct LiveOptions {
 };
 
 /**
- * A file, "-" for standard input, or "udp://ADDRESS:PORT" for packets that arrive there. Raises
- * ToolError when it cannot be opened.
+ * A file, "-" for standard input, or "udp://ADDRESS:PORT" or "rtp://ADDRESS:PORT" for packets that
+ * arrive there. Raises ToolError when it cannot be opened.
  */
 [[nodiscard]] std::unique_ptr<ByteSource> openSource(const std::string& name,
                                                      const LiveOptions& live = {});

@@ -22,20 +22,27 @@ int portFrom(const std::string& text) {
 }  // namespace
 
 UdpAddress parseUdpAddress(const std::string& text) {
-  const size_t start = kUdpScheme.size();
-  const size_t colon = text.rfind(':');
   UdpAddress result;
+  if (text.compare(0, kRtpScheme.size(), kRtpScheme) == 0) {
+    result.scheme = kRtpScheme;
+  }
+  const size_t start = result.scheme.size();
+  const size_t colon = text.rfind(':');
   in_addr parsed{};
-  if (colon != std::string::npos && colon > start && text.compare(0, start, kUdpScheme) == 0) {
+  if (colon != std::string::npos && colon > start && text.compare(0, start, result.scheme) == 0) {
     result.address = text.substr(start, colon - start);
     result.address.erase(0, result.address[0] == '@' ? 1 : 0);  // as some players write a group
     result.port = portFrom(text.substr(colon + 1));
   }
   if (result.port == 0 || inet_pton(AF_INET, result.address.c_str(), &parsed) != 1) {
-    throw ToolError("'" + text +
-                    "' is not udp://ADDRESS:PORT with an IPv4 address; RTP is taken there, too");
+    throw ToolError("'" + text + "' is not " + std::string(result.scheme) +
+                    "ADDRESS:PORT with an IPv4 address");
   }
   return result;
+}
+
+std::string urlOf(const UdpAddress& address) {
+  return std::string(address.scheme) + address.address + ":" + std::to_string(address.port);
 }
 
 }  // namespace tevra::tools

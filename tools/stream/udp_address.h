@@ -5,16 +5,23 @@
 
 namespace tevra::tools {
 
-/** What the name of a stream over UDP begins with. */
+///@{
+/** What the name of a stream over UDP begins with: as it is, or behind the headers of RTP. */
 inline constexpr std::string_view kUdpScheme = "udp://";
+inline constexpr std::string_view kRtpScheme = "rtp://";
+///@}
 
 /** An IPv4 address and a port. */
 struct UdpAddress {
-  std::string address;  ///< dotted decimal
-  int port = 0;         ///< 1 to 65535
+  std::string address;                   ///< dotted decimal
+  int port = 0;                          ///< 1 to 65535
+  std::string_view scheme = kUdpScheme;  ///< kUdpScheme or kRtpScheme
 };
 
-/** Reads "udp://ADDRESS:PORT"; raises ToolError when it is not one. */
+/** Reads "udp://ADDRESS:PORT" or "rtp://ADDRESS:PORT"; raises ToolError when it is neither. */
 [[nodiscard]] UdpAddress parseUdpAddress(const std::string& text);
+
+/** What parseUdpAddress would read. */
+[[nodiscard]] std::string urlOf(const UdpAddress& address);
 
 }  // namespace tevra::tools

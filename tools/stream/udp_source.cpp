@@ -69,10 +69,6 @@ int openSocket(const UdpAddress& address, const std::string& name) {
   return socket;
 }
 
-std::string nameOf(const UdpAddress& address) {
-  return std::string(kUdpScheme) + address.address + ":" + std::to_string(address.port);
-}
-
 std::string secondsText(std::chrono::steady_clock::duration time) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time).count();
   return seconds == 0 ? "less than 1 s" : std::to_string(seconds) + " s";
@@ -99,7 +95,7 @@ size_t rtpPayloadOffset(const uint8_t* datagram, size_t size) {
 }
 
 UdpSource::UdpSource(const UdpAddress& address, LiveOptions live)
-    : name_(nameOf(address)), live_(std::move(live)), socket_(openSocket(address, name_)) {}
+    : name_(urlOf(address)), live_(std::move(live)), socket_(openSocket(address, name_)) {}
 
 UdpSource::~UdpSource() {
   close(socket_);
