@@ -2,10 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+
+#include "tools/stream/live_wait.h"
 
 namespace tevra::tools {
 
@@ -31,14 +32,6 @@ class ByteSource {
 
   /** At its end: begins again if it is meant to. */
   [[nodiscard]] virtual bool goesOn() { return false; }
-};
-
-/** How a live source is waited for. */
-struct LiveOptions {
-  /** Without a packet for so long the source counts as dead. */
-  int timeoutSeconds = 30;
-  /** Asked several times a second; true ends the source. */
-  std::function<bool()> stopped = [] { return false; };
 };
 
 /**

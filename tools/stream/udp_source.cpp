@@ -19,7 +19,6 @@ namespace tevra::tools {
 namespace {
 
 constexpr int kReceiveBuffer = 4 * 1024 * 1024;  // half a second of a full multiplex
-constexpr std::chrono::milliseconds kSlice(200);
 
 constexpr size_t kRtpHeader = 12;
 constexpr size_t kRtpWord = 4;
@@ -95,7 +94,11 @@ size_t rtpPayloadOffset(const uint8_t* datagram, size_t size) {
 }
 
 UdpSource::UdpSource(const UdpAddress& address, LiveOptions live)
-    : name_(urlOf(address)), live_(std::move(live)), socket_(openSocket(address, name_)) {}
+    : name_(urlOf(address)), live_(std::move(live)), socket_(openSocket(address, name_)) {
+  if (!live_.onSilence) {
+    live_.onSilence = [this](std::chrono::milliseconds silence) { failWhenDead(silence); };
+  }
+}
 
 UdpSource::~UdpSource() {
   close(socket_);
@@ -114,28 +117,21 @@ size_t UdpSource::read(uint8_t* buffer, size_t size) {
   return count;
 }
 
-/** False when the source has been stopped. */
-bool UdpSource::waitForDatagram() const {
-  const auto deadline = Clock::now() + std::chrono::seconds(live_.timeoutSeconds);
-  while (!live_.stopped()) {
+bool UdpSource::waitForDatagram() {
+  return waitFor(live_, [this](std::chrono::milliseconds most) {
     pollfd socket = {socket_, POLLIN, 0};
-    if (poll(&socket, 1, static_cast<int>(kSlice.count())) > 0) {
-      return true;
-    }
-    if (Clock::now() >= deadline) {
-      failForSilence();
-    }
-  }
-  return false;
+    return poll(&socket, 1, static_cast<int>(most.count())) > 0;
+  });
 }
 
-void UdpSource::failForSilence() const {
-  const std::string time = std::to_string(live_.timeoutSeconds) + " s";
-  if (payload_ == 0) {
-    throw ToolError(noPacket(name_, time));
+void UdpSource::failWhenDead(std::chrono::milliseconds silence) const {
+  if (silence < std::chrono::seconds(live_.timeoutSeconds)) {
+    return;
   }
-  throw ToolError("nothing more has come from " + name_ + " for " + time +
-                  ": has the stream ended? --timeout says how long a pause may be");
+  const std::string time = std::to_string(live_.timeoutSeconds) + " s";
+  throw ToolError(payload_ == 0 ? noPacket(name_, time)
+                                : "nothing more has come from " + name_ + " for " + time +
+                                      ": has the stream ended?");
 }
 
 std::string UdpSource::explainNothing(const std::string& name, uint64_t packets) const {
@@ -148,7 +144,7 @@ std::string UdpSource::explainNothing(const std::string& name, uint64_t packets)
            ", is no transport stream: no packets of 188, 192 or 204 bytes";
   }
   return counted(packets, "packet") + " came from " + name + " in " + time +
-         ", but no complete table: feed it for longer, or see whether it carries PSI";
+         ", but no complete table: give it longer, or see whether it carries PSI";
 }
 
 void UdpSource::receive() {

@@ -14,7 +14,7 @@ namespace tevra::tools {
  * The payload of the datagrams that arrive at an address, a multicast group (which is joined) or
  * one of the machine's own; behind the RTP header (RFC 3550, 5.1) where there is one.
  *
- * Reading raises ToolError when nothing arrives for the time-out.
+ * Reading raises ToolError when nothing arrives for the time-out, unless silence is told of.
  */
 class UdpSource : public ByteSource {
  public:
@@ -31,8 +31,8 @@ class UdpSource : public ByteSource {
  private:
   using Clock = std::chrono::steady_clock;
 
-  [[nodiscard]] bool waitForDatagram() const;
-  [[noreturn]] void failForSilence() const;
+  [[nodiscard]] bool waitForDatagram();
+  void failWhenDead(std::chrono::milliseconds silence) const;
   void receive();
 
   static constexpr size_t kLargestDatagram = 65536;

@@ -52,9 +52,14 @@ TEST(UdpSource, EndsWhenStopped) {
   EXPECT_EQ("", readOnce(source));
 }
 
-TEST(UdpSource, FailsWhenNothingArrives) {
-  UdpSource source({"127.0.0.1", kPort}, impatient());
-  EXPECT_THROW((void)readOnce(source), ToolError);
+TEST(UdpSource, ThatPausesIsWaitedForWhereSilenceIsToldOf) {
+  LiveOptions live;
+  live.timeoutSeconds = 0;  // would end it at once
+  live.onSilence = [](std::chrono::milliseconds /*silence*/) { test::sendDatagram("Gtwo", kPort); };
+  UdpSource source({"127.0.0.1", kPort}, live);
+  test::sendDatagram("Gone", kPort);
+  EXPECT_EQ("Gone", readOnce(source));
+  EXPECT_EQ("Gtwo", readOnce(source));
 }
 
 /** What is said when nothing comes any more. */
