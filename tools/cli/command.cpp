@@ -1,7 +1,6 @@
 #include "tools/cli/command.h"
 
 #include "tools/stream/byte_source.h"
-#include "tools/stream/files.h"
 
 namespace tevra::tools {
 namespace {
@@ -10,10 +9,10 @@ std::string faultOfFileReadTwice(const std::string& path) {
   if (path == "-") {
     return "standard input cannot be read twice: save it to a file first";
   }
-  return isReadOnce(path) ? "'" + path +
-                                "' is a pipe or device, which cannot be read twice: copy "
-                                "it to a file first"
-                          : faultOfFile(path);
+  return isReadOnce(path) && !isLiveSource(path)
+             ? "'" + path +
+                   "' is a pipe or device, which cannot be read twice: copy it to a file first"
+             : faultOfFile(path);
 }
 
 }  // namespace

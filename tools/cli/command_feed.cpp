@@ -14,7 +14,6 @@
 #include "tools/feed/feed_json.h"
 #include "tools/feed/stream_feed.h"
 #include "tools/stream/byte_source.h"
-#include "tools/stream/files.h"
 #include "tools/stream/pacer.h"
 #include "tools/stream/udp_address.h"
 #include "tools/text/words.h"
@@ -80,8 +79,7 @@ StreamFeed feedStream(const FeedOptions& options, thrift::in_module::im_SIContro
 }
 
 int feed(const FeedOptions& options, const Console& console) {
-  if (options.loop &&
-      (options.source == "-" || isLiveSource(options.source) || isReadOnce(options.source))) {
+  if (options.loop && isReadOnce(options.source)) {
     throw ArgumentError("--loop needs a file: " + options.source + " cannot begin again");
   }
   if (isLiveSource(options.source)) {

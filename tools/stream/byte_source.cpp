@@ -1,5 +1,7 @@
 #include "tools/stream/byte_source.h"
 
+#include <sys/stat.h>
+
 #include "tools/stream/files.h"
 #include "tools/stream/udp_source.h"
 #include "tools/text/tool_error.h"
@@ -18,7 +20,7 @@ std::unique_ptr<ByteSource> openSource(const std::string& name, const LiveOption
   if (isLiveSource(name)) {
     return std::make_unique<UdpSource>(parseUdpAddress(name), live);
   }
-  return std::make_unique<InputFile>(name);
+  return std::make_unique<InputFile>(name, live);
 }
 
 bool LoopedSource::goesOn() {
@@ -31,6 +33,12 @@ bool LoopedSource::goesOn() {
 bool isLiveSource(const std::string& name) {
   return name.compare(0, kUdpScheme.size(), kUdpScheme) == 0 ||
          name.compare(0, kRtpScheme.size(), kRtpScheme) == 0;
+}
+
+bool isReadOnce(const std::string& name) {
+  struct stat status {};
+  return name == "-" || isLiveSource(name) ||
+         (stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode));
 }
 
 }  // namespace tevra::tools

@@ -36,7 +36,8 @@ class ByteSource {
 
 /**
  * A file, "-" for standard input, or "udp://ADDRESS:PORT" or "rtp://ADDRESS:PORT" for packets that
- * arrive there. Raises ToolError when it cannot be opened.
+ * arrive there. Each ends when it is stopped, and what has nothing to give is waited for; only a
+ * live source is dead after a time. Raises ToolError when it cannot be opened.
  */
 [[nodiscard]] std::unique_ptr<ByteSource> openSource(const std::string& name,
                                                      const LiveOptions& live = {});
@@ -59,5 +60,8 @@ class LoopedSource : public ByteSource {
 
 /** Whether openSource would take it for a live source, were its address right. */
 [[nodiscard]] bool isLiveSource(const std::string& name);
+
+/** Whether it can be read from front to end once only: all but a regular file, and all of "-". */
+[[nodiscard]] bool isReadOnce(const std::string& name);
 
 }  // namespace tevra::tools

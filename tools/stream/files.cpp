@@ -1,21 +1,38 @@
 #include "tools/stream/files.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-
-#include <sys/stat.h>
-#include <unistd.h>
+#include <utility>
 
 #include "tools/text/tool_error.h"
 
 namespace tevra::tools {
 namespace {
 
-std::FILE* open(const std::string& path, const char* mode, std::FILE* standard) {
-  std::FILE* file = path == "-" ? standard : std::fopen(path.c_str(), mode);
+[[noreturn]] void fail(const std::string& what, const std::string& path) {
+  throw ToolError("cannot " + what + " " + path + ": " + std::strerror(errno));
+}
+
+/** Without waiting for a writer, so that the wait can be ended. */
+int openForReading(const std::string& path) {
+  const int descriptor =
+      path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (descriptor < 0) {
+    fail("open", path);
+  }
+  return descriptor;
+}
+
+std::FILE* openForWriting(const std::string& path) {
+  std::FILE* file = path == "-" ? stdout : std::fopen(path.c_str(), "wb");
   if (file == nullptr) {
-    throw ToolError("cannot open " + path + ": " + std::strerror(errno));
+    fail("open", path);
   }
   return file;
 }
@@ -23,31 +40,46 @@ std::FILE* open(const std::string& path, const char* mode, std::FILE* standard) 
 }  // namespace
 
 void FileCloser::operator()(std::FILE* file) const {
-  if (file != stdin && file != stdout) {
+  if (file != stdout) {
     std::fclose(file);
   }
 }
 
-InputFile::InputFile(const std::string& path) : path_(path), file_(open(path, "rb", stdin)) {}
+InputFile::InputFile(std::string path, LiveOptions live)
+    : path_(std::move(path)), live_(std::move(live)), descriptor_(openForReading(path_)) {}
+
+InputFile::~InputFile() {
+  if (path_ != "-") {
+    close(descriptor_);
+  }
+}
 
 size_t InputFile::read(uint8_t* buffer, size_t size) {
-  const size_t count = std::fread(buffer, 1, size, file_.get());
-  if (count == 0 && std::ferror(file_.get()) != 0) {
-    throw ToolError("cannot read " + path_ + ": " + std::strerror(errno));
+  ssize_t count = 0;
+  const bool comes = waitFor(live_, [&](std::chrono::milliseconds most) {
+    pollfd file = {descriptor_, POLLIN, 0};
+    if (poll(&file, 1, static_cast<int>(most.count())) <= 0) {
+      return false;
+    }
+    count = ::read(descriptor_, buffer, size);
+    return count >= 0 || (errno != EAGAIN && errno != EINTR);  // taken away meanwhile
+  });
+  if (count < 0 && comes) {
+    fail("read", path_);
   }
-  return count;
+  return comes ? static_cast<size_t>(count) : 0;
 }
 
 std::optional<uint64_t> InputFile::size() const {
   struct stat status {};
-  if (fstat(fileno(file_.get()), &status) != 0 || !S_ISREG(status.st_mode)) {
+  if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
     return std::nullopt;
   }
   return static_cast<uint64_t>(status.st_size);
 }
 
 bool InputFile::rewind() {
-  return std::fseek(file_.get(), 0, SEEK_SET) == 0;
+  return lseek(descriptor_, 0, SEEK_SET) == 0;
 }
 
 bool isSameFile(const std::string& a, const std::string& b) {
@@ -55,11 +87,6 @@ bool isSameFile(const std::string& a, const std::string& b) {
   struct stat second {};
   return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
-bool isReadOnce(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
 void requireWritable(const std::string& path) {
@@ -87,7 +114,7 @@ void requireWritable(const std::string& path) {
   }
 }
 
-OutputFile::OutputFile(const std::string& path) : path_(path), file_(open(path, "wb", stdout)) {}
+OutputFile::OutputFile(const std::string& path) : path_(path), file_(openForWriting(path)) {}
 
 void OutputFile::write(const uint8_t* bytes, size_t size) {
   if (std::fwrite(bytes, 1, size, file_.get()) != size) {
@@ -102,7 +129,7 @@ void OutputFile::close() {
 }
 
 void OutputFile::fail() const {
-  throw ToolError("cannot write " + path_ + ": " + std::strerror(errno));
+  tools::fail("write", path_);
 }
 
 void replaceFile(const std::string& path, const std::string& text) {

@@ -10,16 +10,24 @@
 
 namespace tevra::tools {
 
-/** Closes a file, but neither standard input nor standard output. */
+/** Closes a file, but not standard output. */
 struct FileCloser {
   void operator()(std::FILE* file) const;  ///< `file` is not null
 };
 
-/** A file that is read from front to end; "-" is standard input. */
+/**
+ * A file that is read from front to end; "-" is standard input.
+ *
+ * What is no regular file is waited for: a FIFO's first writer, a pipe's next bytes. Each read
+ * hands on what is there.
+ */
 class InputFile : public ByteSource {
  public:
   /** Raises ToolError when the file cannot be opened. */
-  explicit InputFile(const std::string& path);
+  explicit InputFile(std::string path, LiveOptions live = {});
+  ~InputFile() override;
+  InputFile(const InputFile&) = delete;
+  InputFile& operator=(const InputFile&) = delete;
 
   [[nodiscard]] size_t read(uint8_t* buffer, size_t size) override;
   /** Of a regular file alone. */
@@ -28,14 +36,12 @@ class InputFile : public ByteSource {
 
  private:
   std::string path_;
-  std::unique_ptr<std::FILE, FileCloser> file_;
+  LiveOptions live_;
+  int descriptor_;
 };
 
 /** Whether both paths lead to the same existing file. */
 [[nodiscard]] bool isSameFile(const std::string& a, const std::string& b);
-
-/** Whether what lies there can be read from front to end once only: a pipe, a socket, a device. */
-[[nodiscard]] bool isReadOnce(const std::string& path);
 
 /**
  * Raises ToolError where a file cannot be written under `path`, as far as that can be told without

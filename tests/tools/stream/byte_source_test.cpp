@@ -1,6 +1,7 @@
 #include "tools/stream/byte_source.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <array>
 #include <fstream>
@@ -62,6 +63,15 @@ TEST(ByteSource, OfWhatIsNoRegularFileKnowsNoSize) {
   EXPECT_FALSE(openSource("/dev/null")->size().has_value());
 }
 
+TEST(ByteSource, EndsWhenStoppedAlsoIfItIsAFile) {
+  const test::TemporaryFile file("ts");
+  file.write(std::string("abcdefghij"));
+  LiveOptions live;
+  int asked = 0;
+  live.stopped = [&asked] { return ++asked > 2; };
+  EXPECT_EQ("abcdefgh", readAll(*openSource(file.path(), live), 100)) << "two times four bytes";
+}
+
 TEST(ByteSource, OfAMissingFileFails) {
   EXPECT_THROW((void)openSource("/no/such/file.ts"), ToolError);
   EXPECT_THROW((void)openSource("udp://nonsense"), ToolError);
@@ -72,6 +82,18 @@ TEST(ByteSource, IsLiveByItsName) {
   EXPECT_TRUE(isLiveSource("rtp://239.1.1.1:5000"));
   EXPECT_FALSE(isLiveSource("udp.ts"));
   EXPECT_FALSE(isLiveSource("-"));
+}
+
+TEST(ByteSource, IsReadAgainOnlyIfItIsAFile) {
+  const test::TemporaryFile file("ts");
+  EXPECT_FALSE(isReadOnce(file.path())) << "what is not there is told of when it is opened";
+  ASSERT_EQ(0, mkfifo(file.path().c_str(), 0600));
+  EXPECT_TRUE(isReadOnce(file.path()));
+  EXPECT_FALSE(isReadOnce(test::sample()));
+  EXPECT_FALSE(isReadOnce(testing::TempDir()));
+  for (const char* name : {"-", "/dev/null", "udp://239.1.1.1:5000", "rtp://239.1.1.1:5000"}) {
+    EXPECT_TRUE(isReadOnce(name)) << name;
+  }
 }
 
 }  // namespace
