@@ -10,7 +10,8 @@ namespace tevra::tools {
 
 /**
  * While it lives SIGINT and SIGTERM run `action`, once, on a thread of its own instead of ending
- * the process. The only other thread is the one that constructs it.
+ * the process. Threads that are there before, other than the one that constructs it, would still
+ * be ended by them.
  */
 class StopSignals {
  public:

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/stream/live_wait.h"
 
@@ -26,6 +27,9 @@ class ByteSource {
    * transport stream but no complete table among them. `name` is how the user called the source.
    */
   [[nodiscard]] virtual std::string explainNothing(const std::string& name, uint64_t packets) const;
+
+  /** For people: what got lost on the way here so far, a line for each kind of loss. */
+  [[nodiscard]] virtual std::vector<std::string> faults() const { return {}; }
 
   /** Begins again at the front; false for a source that cannot. */
   [[nodiscard]] virtual bool rewind() { return false; }

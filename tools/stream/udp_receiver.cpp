@@ -1,0 +1,100 @@
+#include "tools/stream/udp_receiver.h"
+
+#include <arpa/inet.h>
+#include <linux/sock_diag.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "tools/text/tool_error.h"
+
+namespace tevra::tools {
+namespace {
+
+constexpr int kReceiveBuffer = 4 * 1024 * 1024;  // half a second of a full multiplex
+constexpr int kPatience = 20;                    // ms, for what ends the receiver
+
+[[noreturn]] void fail(const std::string& what, const std::string& name) {
+  throw ToolError("cannot " + what + " " + name + ": " + std::strerror(errno));
+}
+
+sockaddr_in socketAddress(const UdpAddress& address) {
+  sockaddr_in result{};
+  result.sin_family = AF_INET;
+  result.sin_port = htons(static_cast<uint16_t>(address.port));
+  (void)inet_pton(AF_INET, address.address.c_str(), &result.sin_addr);  // has been parsed
+  return result;
+}
+
+/** As large as it may be: beyond the limit of all others with the rights of an administrator. */
+void enlargeBuffer(int socket) {
+  if (setsockopt(socket, SOL_SOCKET, SO_RCVBUFFORCE, &kReceiveBuffer, sizeof kReceiveBuffer) != 0) {
+    (void)setsockopt(socket, SOL_SOCKET, SO_RCVBUF, &kReceiveBuffer, sizeof kReceiveBuffer);
+  }
+}
+
+void joinGroup(int socket, const sockaddr_in& group, const std::string& name) {
+  ip_mreq membership{};
+  membership.imr_multiaddr = group.sin_addr;
+  if (setsockopt(socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, &membership, sizeof membership) != 0) {
+    fail("join", name);
+  }
+}
+
+/** A socket that receives at `address`; the caller closes it. */
+int openSocket(const UdpAddress& address) {
+  const std::string name = urlOf(address);
+  const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  if (socket < 0) {
+    fail("receive at", name);
+  }
+  const int yes = 1;  // several may listen to a group
+  (void)setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  enlargeBuffer(socket);
+  const sockaddr_in local = socketAddress(address);
+  try {
+    if (bind(socket, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
+      fail("receive at", name);
+    }
+    if (IN_MULTICAST(ntohl(local.sin_addr.s_addr))) {
+      joinGroup(socket, local, name);
+    }
+  } catch (const ToolError&) {
+    close(socket);
+    throw;
+  }
+  return socket;
+}
+
+}  // namespace
+
+UdpReceiver::UdpReceiver(const UdpAddress& address) : socket_(openSocket(address)) {}
+
+UdpReceiver::~UdpReceiver() {
+  close(socket_);
+}
+
+size_t UdpReceiver::receive(uint8_t* buffer, size_t size) {
+  const ssize_t received = recv(socket_, buffer, size, MSG_DONTWAIT);
+  if (received >= 0) {
+    return static_cast<size_t>(received);
+  }
+  pollfd socket = {socket_, POLLIN, 0};
+  (void)poll(&socket, 1, kPatience);  // whatever comes is taken the next time
+  return 0;
+}
+
+uint64_t UdpReceiver::dropped() const {
+  std::array<uint32_t, SK_MEMINFO_VARS> account{};
+  socklen_t size = sizeof account;
+  (void)getsockopt(socket_, SOL_SOCKET, SO_MEMINFO, account.data(), &size);  // or 0 are known of
+  return account[SK_MEMINFO_DROPS];
+}
+
+}  // namespace tevra::tools
