@@ -7,7 +7,8 @@
 
 namespace tevra::tools {
 
-/** A socket that receives at an address: a multicast group, which it joins, or the machine's own. */
+/** A socket that receives at an address: a multicast group, which it joins, or the machine's own.
+ */
 class UdpReceiver {
  public:
   /** Raises ToolError when the machine does not let it. */

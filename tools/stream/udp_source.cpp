@@ -2,15 +2,12 @@
 
 #include <utility>
 
-#include "tools/stream/ts_packet.h"
+#include "tools/stream/rtp.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {
-
-constexpr size_t kRtpHeader = 12;
-constexpr size_t kRtpWord = 4;
 
 std::string secondsText(std::chrono::steady_clock::duration time) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time).count();
@@ -34,20 +31,8 @@ std::vector<std::string> lossLines(const UdpLosses& losses) {
   add(losses.inKernel,
       "in the kernel's receive buffer: the machine is busy, or net.core.rmem_max too small");
   add(losses.untaken, "because what had come before was not taken in time");
+  add(losses.missing, "or late on the way, by the sequence numbers of RTP");
   return lines;
-}
-
-size_t rtpPayloadOffset(const uint8_t* datagram, size_t size) {
-  if (size < kRtpHeader || datagram[0] == kTsSyncByte || (datagram[0] >> 6) != 2) {
-    return 0;
-  }
-  size_t offset = kRtpHeader + kRtpWord * (datagram[0] & 0x0F);
-  const bool extended = (datagram[0] & 0x10) != 0;
-  if (extended && offset + kRtpWord <= size) {
-    const auto words = static_cast<size_t>(datagram[offset + 2] << 8 | datagram[offset + 3]);
-    offset += kRtpWord + kRtpWord * words;
-  }
-  return offset <= size ? offset : 0;
 }
 
 UdpSource::UdpSource(const UdpAddress& address, LiveOptions live, size_t capacity)
@@ -64,9 +49,12 @@ UdpSource::~UdpSource() {
 }
 
 void UdpSource::receive() {
+  RtpSequence sequence;
   while (!ending_) {
     const size_t size = receiver_.receive(datagram_.data(), datagram_.size());
-    const size_t start = rtpPayloadOffset(datagram_.data(), size);
+    const std::optional<RtpHeader> header = rtpHeader(datagram_.data(), size);
+    const size_t start = header ? header->size : 0;
+    missing_ += header ? sequence.missingBefore(*header) : 0;
     if (!buffer_.push(datagram_.data() + start, size - start)) {
       ++untaken_;
     }
@@ -107,7 +95,7 @@ std::string UdpSource::explainNothing(const std::string& name, uint64_t packets)
 }
 
 std::vector<std::string> UdpSource::faults() const {
-  return lossLines({receiver_.dropped(), untaken_});
+  return lossLines({receiver_.dropped(), untaken_, missing_});
 }
 
 }  // namespace tevra::tools

@@ -19,6 +19,7 @@ namespace tevra::tools {
 struct UdpLosses {
   uint64_t inKernel = 0;  ///< its receive buffer was full
   uint64_t untaken = 0;   ///< the source's own buffer was, since its reader is slow
+  uint64_t missing = 0;   ///< before they came here, or too late; RTP alone tells
 };
 
 /** For people: a line for each kind of loss. */
@@ -66,14 +67,9 @@ class UdpSource : public ByteSource {
   DatagramBuffer buffer_;
   std::array<uint8_t, kLargestDatagram> datagram_{};  // the thread's
   std::atomic<uint64_t> untaken_{0};
+  std::atomic<uint64_t> missing_{0};
   std::atomic<bool> ending_{false};
   std::thread thread_;
 };
-
-/**
- * Where the payload of a datagram starts: behind its RTP header, CSRCs and extension included; 0
- * for one that is no RTP or whose header is longer than itself.
- */
-[[nodiscard]] size_t rtpPayloadOffset(const uint8_t* datagram, size_t size);
 
 }  // namespace tevra::tools

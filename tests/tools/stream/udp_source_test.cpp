@@ -40,12 +40,37 @@ TEST(UdpSource, GivesThePayloadOfTheDatagramsInOrder) {
   EXPECT_EQ("wo", readOnce(source, 2));
 }
 
+/** Behind an RTP header of this sequence number. */
+std::string rtp(char number, const std::string& payload) {
+  return std::string("\x80\x21\0", 3) + number + std::string(8, '\0') + payload;
+}
+
 TEST(UdpSource, PassesOverDatagramsWithoutPayload) {
   UdpSource source({"127.0.0.1", kPort}, impatient());
   test::sendDatagram("", kPort);
-  test::sendDatagram(std::string("\x80\x21", 2) + std::string(10, '\0'), kPort);  // a header alone
+  test::sendDatagram(rtp(1, ""), kPort);
   test::sendDatagram("Gone", kPort);
   EXPECT_EQ("Gone", readOnce(source));
+}
+
+TEST(UdpSource, TakesTheLargestDatagramAndATruncatedHeader) {
+  UdpSource source({"127.0.0.1", kPort}, impatient());
+  const std::string largest(65'507, 'G');
+  test::sendDatagram(largest, kPort);
+  EXPECT_EQ(largest, readOnce(source, 70'000));
+  const std::string truncated = rtp(1, "").substr(0, 11);
+  test::sendDatagram(truncated, kPort);
+  EXPECT_EQ(truncated, readOnce(source)) << "it is none, and so payload";
+}
+
+TEST(UdpSource, CountsWhatIsMissingBetweenTheRtpDatagramsThatItReads) {
+  UdpSource source(parseUdpAddress("rtp://127.0.0.1:21046"), impatient());
+  test::sendDatagram(rtp(1, "Gone"), kPort);
+  EXPECT_EQ("Gone", readOnce(source));
+  test::sendDatagram(rtp(4, "Gtwo"), kPort);
+  EXPECT_EQ("Gtwo", readOnce(source));
+  EXPECT_THAT(source.faults(),
+              ElementsAre("2 datagrams lost or late on the way, by the sequence numbers of RTP"));
 }
 
 TEST(UdpSource, EndsWhenStopped) {
@@ -127,31 +152,11 @@ TEST(UdpSource, DropsAndCountsWhatASlowReaderLeavesNoRoomFor) {
 TEST(UdpLosses, AreToldEachInALine) {
   EXPECT_THAT(lossLines({}), IsEmpty());
   EXPECT_THAT(
-      lossLines({12, 1}),
+      lossLines({12, 1, 2}),
       ElementsAre("12 datagrams lost in the kernel's receive buffer: the machine is busy, or "
                   "net.core.rmem_max too small",
-                  "1 datagram lost because what had come before was not taken in time"));
-}
-
-size_t payloadOffset(const std::string& datagram) {
-  return rtpPayloadOffset(reinterpret_cast<const uint8_t*>(datagram.data()), datagram.size());
-}
-
-TEST(RtpPayload, LiesBehindTheHeader) {
-  const std::string rest(11, '\0');
-  EXPECT_EQ(12U, payloadOffset("\x80" + rest + "G"));
-  EXPECT_EQ(12U + 8, payloadOffset("\x82" + rest + "........G"));
-  const std::string extension("\xBE\xDE\0\x01....", 8);
-  EXPECT_EQ(12U + 8, payloadOffset("\x90" + rest + extension + "G"));
-}
-
-TEST(RtpPayload, IsAllOfADatagramWithoutAHeader) {
-  EXPECT_EQ(0U, payloadOffset(""));
-  EXPECT_EQ(0U, payloadOffset("G" + std::string(187, '\x80')));
-  EXPECT_EQ(0U, payloadOffset("\x40" + std::string(20, '\0'))) << "version 1";
-  EXPECT_EQ(0U, payloadOffset("\x80" + std::string(10, '\0'))) << "shorter than a header";
-  EXPECT_EQ(0U, payloadOffset("\x8F" + std::string(20, '\0'))) << "fifteen CSRCs do not fit";
-  EXPECT_EQ(0U, payloadOffset("\x90" + std::string(13, '\xFF') + "\xFF\xFF.")) << "nor that";
+                  "1 datagram lost because what had come before was not taken in time",
+                  "2 datagrams lost or late on the way, by the sequence numbers of RTP"));
 }
 
 }  // namespace
