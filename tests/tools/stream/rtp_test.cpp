@@ -12,7 +12,11 @@ std::optional<RtpHeader> headerOf(const std::string& datagram) {
 }
 
 TEST(RtpHeader, TellsNumberAndSenderAndEndsWherePayloadBegins) {
-  const std::string numbers("\x21\x12\x34" "time" "\xCA\xFE\xBA\xBE", 11);
+  const std::string numbers(
+      "\x21\x12\x34"
+      "time"
+      "\xCA\xFE\xBA\xBE",
+      11);
   const auto header = headerOf("\x80" + numbers + "G");
   ASSERT_TRUE(header);
   EXPECT_EQ(0x1234, header->sequenceNumber);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <random>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -100,6 +101,24 @@ TEST(TsPacketReader, TakesPacketsBehindTimeStamps) {
   EXPECT_EQ(range(0, 30), numbersOf(reader));
   EXPECT_EQ(0U, reader.skippedBytes());
   EXPECT_EQ(0U, reader.syncLosses());
+}
+
+TEST(TsPacketReader, HandsOnAPacketAsSoonAsItHasCome) {
+  for (const auto& [before, behind] : {std::pair(size_t{0}, size_t{0}), {4, 0}, {0, 16}}) {
+    const Bytes bytes = packetBytes(0, 10, before, behind);
+    size_t read = 0;
+    TsPacketReader reader([&](uint8_t* buffer, size_t /*size*/) {
+      *buffer = bytes.at(read);
+      return ++read, size_t{1};
+    });
+    const size_t distance = before + kTsPacketSize + behind;
+    TsPacket packet;
+    for (size_t end = before + kTsPacketSize; end <= bytes.size(); end += distance) {
+      ASSERT_TRUE(reader.next(packet));
+      EXPECT_TRUE(read == end || end < 5 * distance) << distance << ": " << read << " for " << end;
+    }
+    EXPECT_EQ(10U, reader.packets());
+  }
 }
 
 TEST(TsPacketReader, SkipsJunkBeforeTheFirstPacket) {
