@@ -28,16 +28,11 @@ Pacer::Pacer() : Pacer(waitByTheClock()) {}
 Pacer::Pacer(Wait wait) : wait_(std::move(wait)) {}
 
 void Pacer::pace(const TsPacket& packet) {
-  const std::optional<int64_t> pcr = packet.pcr();
-  if (!pcr || packet.pid() != pid_.value_or(packet.pid())) {
-    return;
+  const int64_t time = clock_.at(packet).time;
+  if (packet.pcr() && packet.pid() == clock_.pcrPid()) {
+    start_ = start_.value_or(time);
+    wait_(toTime(time - *start_));
   }
-  if (pid_ && !packet.discontinuity()) {
-    elapsed_ += pcrInterval(lastPcr_, *pcr);
-  }
-  pid_ = packet.pid();
-  lastPcr_ = *pcr;
-  wait_(toTime(elapsed_));
 }
 
 }  // namespace tevra::tools

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 
+#include "tools/stream/running_clock.h"
 #include "tools/stream/ts_packet.h"
 
 namespace tevra::tools {
@@ -30,9 +31,8 @@ class Pacer {
 
  private:
   Wait wait_;
-  std::optional<int> pid_;
-  int64_t lastPcr_ = 0;
-  int64_t elapsed_ = 0;  // 27 MHz ticks of the stream
+  RunningClock clock_;
+  std::optional<int64_t> start_;  // the first PCR's time
 };
 
 }  // namespace tevra::tools
