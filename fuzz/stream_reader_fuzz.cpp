@@ -88,14 +88,24 @@ SPTSConfiguration makeConfiguration(const std::vector<TsPacket>& packets) {
   return configuration;
 }
 
-void writeOutput(const std::vector<TsPacket>& packets) {
+/** The answer changes half-way. */
+void writeOutput(const std::vector<TsPacket>& packets, tools::SptsWriter::Timing timing) {
   size_t written = 0;
-  tools::SptsWriter writer(makeConfiguration(packets), [&](const TsPacket& packet) {
+  const auto count = [&](const TsPacket& packet) {
     TORNEL_FUZZ_CHECK(packet.data()[0] == tools::kTsSyncByte);
     ++written;
-  });
-  for (const TsPacket& packet : packets) {
-    writer.push(packet);
+  };
+  tools::SptsWriter writer(makeConfiguration(packets), count, timing);
+  int64_t time = 0;
+  for (size_t index = 0; index < packets.size(); ++index) {
+    if (index == packets.size() / 2) {
+      writer.configure(
+          makeConfiguration({packets.begin() + static_cast<std::ptrdiff_t>(index), packets.end()}));
+    }
+    writer.push(packets[index]);
+    const int64_t now = writer.duration().value_or(time);
+    TORNEL_FUZZ_CHECK(now >= time);
+    time = now;
   }
   writer.finish();
   TORNEL_FUZZ_CHECK(written == writer.streamPackets() + writer.tablePackets());
@@ -115,10 +125,13 @@ int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   const auto packets = readPackets(stream, kind < 128 ? 7 : 64 * 1024);
   (void)takeTables(packets);
   if (!packets.empty()) {
-    try {
-      writeOutput(packets);
-    } catch (const tevra::tools::ToolError&) {
-      // The configuration was refused.
+    for (const auto timing :
+         {tevra::tools::SptsWriter::Timing::kExact, tevra::tools::SptsWriter::Timing::kAtOnce}) {
+      try {
+        writeOutput(packets, timing);
+      } catch (const tevra::tools::ToolError&) {
+        // The configuration was refused.
+      }
     }
   }
   return 0;

@@ -8,12 +8,6 @@
 namespace tevra::tools {
 namespace {
 
-// Tables are inserted where a packet lies, and a receiver takes them for as much as a PCR interval
-// (at most 40 ms, ETSI TR 101 154) earlier, since it spreads the packets between two PCRs evenly:
-// less than what is allowed by that.
-constexpr int64_t kPatAndPmtInterval = kSystemClock * 6 / 100;
-constexpr int64_t kSdtInterval = kSystemClock * 9 / 10;
-
 std::vector<TsPacket> packetsOf(const std::vector<std::string>& list, const std::string& table) {
   const bool areGood =
       !list.empty() && std::all_of(list.begin(), list.end(), [](const std::string& packet) {
@@ -32,46 +26,69 @@ std::vector<TsPacket> packetsOf(const std::vector<std::string>& list, const std:
   return packets;
 }
 
-/** Whether waiting until `horizon` would be too long. */
-bool isDue(const std::optional<int64_t>& last, int64_t interval, int64_t horizon) {
-  return !last || horizon - *last >= interval;
-}
-
 }  // namespace
 
-SptsWriter::SptsWriter(const SPTSConfiguration& configuration, Sink sink)
-    : pat_(packetsOf(configuration.outputTables.patPackets, "PAT")),
-      sdt_(packetsOf(configuration.outputTables.sdtPackets, "SDT")),
-      pmt_(packetsOf(configuration.outputTables.pmtPackets, "PMT")),
-      routes_(configuration.pidItems, pmt_.front().pid()),
-      sink_(std::move(sink)),
-      clock_(routes_.pcrPid(), [this](const TsPacket& packet, int64_t time,
-                                      int64_t horizon) { take(packet, time, horizon); }),
-      counters_(kPidCount, 0) {}
+SptsWriter::Plan::Plan(const SPTSConfiguration& configuration)
+    : pat(packetsOf(configuration.outputTables.patPackets, "PAT")),
+      sdt(packetsOf(configuration.outputTables.sdtPackets, "SDT")),
+      pmt(packetsOf(configuration.outputTables.pmtPackets, "PMT")),
+      routes(configuration.pidItems, pmt.front().pid()) {}
 
-void SptsWriter::take(const TsPacket& packet, int64_t time, int64_t horizon) {
-  insertTables(time, horizon);
-  duration_ = time;
-  if (const std::optional<PidRoute>& route = routes_.of(packet.pid())) {
-    carry(packet, *route);
+SptsWriter::SptsWriter(const SPTSConfiguration& configuration, Sink sink, Timing timing)
+    : plan_(configuration),
+      sink_(std::move(sink)),
+      timing_(timing),
+      exact_(plan_.routes.pcrPid(),
+             [this](const TsPacket& packet, int64_t time, int64_t horizon) {
+               take(packet, {time, horizon});
+             }),
+      running_(plan_.routes.pcrPid()) {}
+
+void SptsWriter::push(const TsPacket& packet) {
+  if (timing_ == Timing::kExact) {
+    exact_.push(packet);
+  } else {
+    take(packet, running_.at(packet));
   }
 }
 
-void SptsWriter::insertTables(int64_t time, int64_t horizon) {
-  if (isDue(patAndPmtTime_, kPatAndPmtInterval, horizon)) {
-    insert(pat_);
-    insert(pmt_);
-    patAndPmtTime_ = time;
+void SptsWriter::configure(const SPTSConfiguration& configuration) {
+  Plan next(configuration);
+  exact_.follow(next.routes.pcrPid());  // what it holds back goes as the former answer says
+  running_.follow(next.routes.pcrPid());
+  noteChanges(next.routes);
+  plan_ = std::move(next);
+  repetition_.restart();
+}
+
+void SptsWriter::noteChanges(const SptsRoutes& next) {
+  for (int inputPid = 0; inputPid < kPidCount; ++inputPid) {
+    const std::optional<PidRoute>& before = plan_.routes.of(inputPid);
+    const std::optional<PidRoute>& after = next.of(inputPid);
+    if (after && (!before || before->outputPid != after->outputPid)) {
+      counters_.change(after->outputPid);
+    }
   }
-  if (isDue(sdtTime_, kSdtInterval, horizon)) {
-    insert(sdt_);
-    sdtTime_ = time;
+}
+
+void SptsWriter::take(const TsPacket& packet, const RunningClock::Moment& moment) {
+  const TableRepetition::Due due = repetition_.before(moment.time, moment.horizon);
+  if (due.patAndPmt) {
+    insert(plan_.pat);
+    insert(plan_.pmt);
+  }
+  if (due.sdt) {
+    insert(plan_.sdt);
+  }
+  duration_ = moment.time;
+  if (const std::optional<PidRoute>& route = plan_.routes.of(packet.pid())) {
+    carry(packet, *route);
   }
 }
 
 void SptsWriter::insert(const Packets& table) {
   for (TsPacket packet : table) {
-    packet.setContinuityCounter(nextCounter(packet.pid()));
+    counters_.number(packet);
     sink_(packet);
     ++tablePackets_;
   }
@@ -84,19 +101,12 @@ void SptsWriter::carry(const TsPacket& packet, const PidRoute& route) {
   TsPacket copy = route.pcrOnly ? packet.withoutPayload() : packet;
   copy.setPid(route.outputPid);
   if (route.pcrOnly || route.renumbers) {
-    // A packet without payload repeats the counter of the one before (ISO/IEC 13818-1, 2.4.3.3).
-    const int last = counters_[static_cast<size_t>(route.outputPid)] - 1;
-    copy.setContinuityCounter(copy.hasPayload() ? nextCounter(route.outputPid) : last);
+    counters_.number(copy);
+  } else {
+    counters_.carry(copy);
   }
   sink_(copy);
   ++streamPackets_;
-}
-
-int SptsWriter::nextCounter(int pid) {
-  uint8_t& counter = counters_[static_cast<size_t>(pid)];
-  const int current = counter;
-  counter = static_cast<uint8_t>((counter + 1) & 0x0F);
-  return current;
 }
 
 }  // namespace tevra::tools

@@ -7,7 +7,10 @@
 #include <vector>
 
 #include "records/records.h"
+#include "tools/extract/continuity_counters.h"
 #include "tools/outputs/spts_routes.h"
+#include "tools/outputs/table_repetition.h"
+#include "tools/stream/running_clock.h"
 #include "tools/stream/stream_clock.h"
 #include "tools/stream/ts_packet.h"
 
@@ -18,28 +21,38 @@ namespace tevra::tools {
  * multiplex.
  *
  * Packets of the listed PIDs go on under their output PIDs, everything else stays behind, the
- * input's PAT, SDT and PMT included. The answer's own come first of all, then PAT and PMT at least
- * every 100 ms of stream time and the SDT every second; they stand before a packet with a PCR
- * where those are close enough, so that a meter that knows the PCRs alone finds the same.
- * Continuity counters of the tables run on; those of the streams stay as they are, unless several
- * input PIDs share an output PID.
+ * input's PAT, SDT and PMT included. The answer's own come first of all, and again as a
+ * TableRepetition says by the stream's own time. Continuity counters of the tables run on; those of
+ * the streams stay as they are, unless several input PIDs share an output PID, or another stream
+ * comes to a PID.
  */
 class SptsWriter {
  public:
-  /** May throw; push and finish pass the exception on. */
+  /** May throw; what calls it passes the exception on. */
   using Sink = std::function<void(const TsPacket& packet)>;
+
+  /** How stream time is told. */
+  enum class Timing {
+    kExact,  ///< by the PCRs on both sides, for which packets wait
+    kAtOnce  ///< by those that have come: every packet goes on when it is pushed
+  };
 
   /**
    * Raises ToolError when the answer holds no PAT, SDT or PMT packets, or some that are no packets.
    */
-  SptsWriter(const SPTSConfiguration& configuration, Sink sink);
+  SptsWriter(const SPTSConfiguration& configuration, Sink sink, Timing timing = Timing::kExact);
   SptsWriter(const SptsWriter&) = delete;  // the clock refers to it
   SptsWriter& operator=(const SptsWriter&) = delete;
 
-  /** The next packet of the input multiplex. What comes of it may wait for a later one. */
-  void push(const TsPacket& packet) { clock_.push(packet); }
+  /** The next packet of the input multiplex. */
+  void push(const TsPacket& packet);
   /** Writes what is held back. */
-  void finish() { clock_.finish(); }
+  void finish() { exact_.finish(); }
+  /**
+   * From the next packet on the output is as this answer says, and its tables come before that.
+   * Raises ToolError as the constructor does, and then changes nothing.
+   */
+  void configure(const SPTSConfiguration& configuration);
 
   /** Packets written that came from the input. */
   [[nodiscard]] uint64_t streamPackets() const { return streamPackets_; }
@@ -47,31 +60,39 @@ class SptsWriter {
   [[nodiscard]] uint64_t tablePackets() const { return tablePackets_; }
   /** Stream time from the first to the last input packet in 27 MHz ticks; nothing without PCRs. */
   [[nodiscard]] std::optional<int64_t> duration() const {
-    return clock_.isMeasured() ? std::optional<int64_t>(duration_) : std::nullopt;
+    const bool isMeasured = exact_.isMeasured() || running_.isMeasured();
+    return isMeasured ? std::optional<int64_t>(duration_) : std::nullopt;
   }
   /** One line for every item of the answer that cannot be carried. */
-  [[nodiscard]] const std::vector<std::string>& warnings() const { return routes_.warnings(); }
+  [[nodiscard]] const std::vector<std::string>& warnings() const { return plan_.routes.warnings(); }
 
  private:
   using Packets = std::vector<TsPacket>;
 
-  void take(const TsPacket& packet, int64_t time, int64_t horizon);
-  void insertTables(int64_t time, int64_t horizon);
+  /** What an answer says. */
+  struct Plan {
+    explicit Plan(const SPTSConfiguration& configuration);
+
+    Packets pat;
+    Packets sdt;
+    Packets pmt;
+    SptsRoutes routes;
+  };
+
+  void take(const TsPacket& packet, const RunningClock::Moment& moment);
   void insert(const Packets& table);
   void carry(const TsPacket& packet, const PidRoute& route);
-  /** The continuity counter that the next packet with a payload on the PID gets. */
-  [[nodiscard]] int nextCounter(int pid);
+  /** Notes which output PIDs get another stream with these routes. */
+  void noteChanges(const SptsRoutes& next);
 
-  Packets pat_;
-  Packets sdt_;
-  Packets pmt_;
-  SptsRoutes routes_;
+  Plan plan_;
   Sink sink_;
-  StreamClock clock_;
+  Timing timing_;
+  StreamClock exact_;  // one of the two is used
+  RunningClock running_;
 
-  std::vector<uint8_t> counters_;  // by output PID
-  std::optional<int64_t> patAndPmtTime_;
-  std::optional<int64_t> sdtTime_;
+  TableRepetition repetition_;
+  ContinuityCounters counters_;
   uint64_t streamPackets_ = 0;
   uint64_t tablePackets_ = 0;
   int64_t duration_ = 0;

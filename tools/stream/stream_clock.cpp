@@ -47,6 +47,11 @@ void StreamClock::finish() {
   anchor_.reset();
 }
 
+void StreamClock::follow(int pcrPid) {
+  finish();
+  pcrPid_ = pcrPid;
+}
+
 void StreamClock::release(size_t count) {
   const auto timeAt = [this](size_t index) {
     return pendingTime_ + std::llround(static_cast<double>(index) * ticksPerPacket_);

@@ -35,6 +35,8 @@ class StreamClock {
   void push(const TsPacket& packet);
   /** Hands on what is left. */
   void finish();
+  /** The same, and goes on by the PCRs of another PID; so does time. */
+  void follow(int pcrPid);
   /** Whether the times are by PCRs: two have told how fast packets come. */
   [[nodiscard]] bool isMeasured() const { return isMeasured_; }
 

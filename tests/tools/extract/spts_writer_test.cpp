@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <random>
 
 #include <gtest/gtest.h>
 
@@ -43,8 +44,10 @@ SPTSConfiguration makeConfiguration() {
 
 class SptsWriterTest : public testing::Test {
  protected:
-  explicit SptsWriterTest(const SPTSConfiguration& configuration = makeConfiguration())
-      : writer_(configuration, [this](const TsPacket& packet) { output_.push_back(packet); }) {}
+  explicit SptsWriterTest(const SPTSConfiguration& configuration = makeConfiguration(),
+                          SptsWriter::Timing timing = SptsWriter::Timing::kExact)
+      : writer_(
+            configuration, [this](const TsPacket& packet) { output_.push_back(packet); }, timing) {}
 
   /**
    * `milliseconds` of input: every 10 ms a video packet with a PCR, eight without and an audio
@@ -252,6 +255,209 @@ TEST_F(SptsWriterSharedPidTest, NumbersPacketsAnewWhereInputPidsShareAnOutputPid
   const std::vector<TsPacket> packets = outputOf(kVideo);
   EXPECT_EQ(601U, packets.size());
   expectCountersRunOn(packets);
+}
+
+class SptsWriterAtOnceTest : public SptsWriterTest {
+ protected:
+  SptsWriterAtOnceTest() : SptsWriterTest(makeConfiguration(), SptsWriter::Timing::kAtOnce) {}
+
+  /**
+   * Both streams for so many PCRs, at most 40 ms apart, with anything from no packet to fifty in
+   * between.
+   */
+  void pushIrregularInput(int pcrs) {
+    for (int i = 0; i < pcrs; ++i) {
+      writer_.push(input_.stream(kInputVideo, 0x10, pcr_));
+      for (auto j = random_() % 51; j > 0; --j) {
+        writer_.push(input_.stream(random_() % 2 == 0 ? kInputVideo : kNullPid, 0x11));
+      }
+      pcr_ += static_cast<int64_t>(1 + random_() % 40) * kMillisecond;
+    }
+  }
+
+  /** The same as startTimes, with the packets between two PCRs spread evenly. */
+  std::vector<int64_t> spreadTimes(int pid) const {
+    std::vector<int64_t> times;
+    std::vector<size_t> waiting;
+    std::optional<std::pair<size_t, int64_t>> anchor;
+    for (size_t i = 0; i < output_.size(); ++i) {
+      if (output_[i].pid() == pid && output_[i].unitStart()) {
+        waiting.push_back(i);
+      }
+      if (output_[i].pid() != kVideo || !output_[i].pcr()) {
+        continue;
+      }
+      const int64_t pcr = *output_[i].pcr();
+      for (const size_t index : waiting) {
+        if (anchor) {
+          times.push_back(anchor->second + (pcr - anchor->second) *
+                                               static_cast<int64_t>(index - anchor->first) /
+                                               static_cast<int64_t>(i - anchor->first));
+        }
+      }
+      waiting.clear();
+      anchor = {i, pcr};
+    }
+    return times;
+  }
+
+  void expectTablesOften() const {
+    for (const int pid : {kPatPid, kPmt}) {
+      EXPECT_LE(longestInterval(startTimes(pid)), 100 * kMillisecond) << pid;
+      EXPECT_LE(longestInterval(spreadTimes(pid)), 100 * kMillisecond) << pid;
+    }
+    EXPECT_LE(longestInterval(startTimes(kSdtPid)), kSystemClock);
+    EXPECT_LE(longestInterval(spreadTimes(kSdtPid)), kSystemClock);
+  }
+
+  std::mt19937 random_;
+};
+
+TEST_F(SptsWriterAtOnceTest, HoldsNothingBack) {
+  writer_.push(input_.stream(kInputAudio, 0x22));
+  EXPECT_EQ(6U, output_.size()) << "the tables and the packet";
+  pushInput(100);
+  EXPECT_EQ(101U, writer_.streamPackets());
+  EXPECT_EQ(kAudio, output_.back().pid());
+  const size_t size = output_.size();
+  writer_.finish();
+  EXPECT_EQ(size, output_.size());
+}
+
+TEST_F(SptsWriterAtOnceTest, WritesWhatTheOtherTimingDoesWherePcrsAreRegular) {
+  std::vector<TsPacket> exact;
+  SptsWriter other(makeConfiguration(), [&](const TsPacket& packet) { exact.push_back(packet); });
+  test::PacketWriter input;
+  for (int i = 0; i < 500; ++i) {
+    const TsPacket packet = input.stream(kInputVideo, 0, i * 20 * kMillisecond);
+    const TsPacket audio = input.stream(kInputAudio, 0);
+    for (SptsWriter* writer : {&other, &writer_}) {
+      writer->push(packet);
+      writer->push(audio);
+    }
+  }
+  other.finish();
+  EXPECT_NEAR(static_cast<double>(exact.size()), static_cast<double>(output_.size()), 8);
+  EXPECT_NEAR(static_cast<double>(other.duration().value()),
+              static_cast<double>(writer_.duration().value()), 10.0 * kMillisecond);
+  expectTablesOften();
+}
+
+TEST_F(SptsWriterAtOnceTest, RepeatsTablesInTimeWherePcrsAreIrregular) {
+  pushIrregularInput(3000);
+  expectTablesOften();
+  EXPECT_LE(startTimes(kPatPid).size(), 2 * static_cast<size_t>(pcr_ / (60 * kMillisecond)));
+}
+
+TEST_F(SptsWriterAtOnceTest, RepeatsTablesWithoutPcrs) {
+  for (int i = 0; i < 10'000; ++i) {
+    writer_.push(input_.stream(kInputVideo, 0));
+  }
+  EXPECT_GT(outputOf(kPatPid).size(), 100U);
+  EXPECT_EQ(std::nullopt, writer_.duration());
+}
+
+/** Another version of makeConfiguration, with a larger PAT, on other PIDs where they are given. */
+SPTSConfiguration nextConfiguration(int pmtPid = kPmt, const std::vector<PIDItem>& items = {}) {
+  SPTSConfiguration configuration = makeConfiguration();
+  OutputTables& tables = configuration.outputTables;
+  tables.patPackets = packetStrings(kPatPid, test::makePat(1, 2, test::Programs(60, {1, pmtPid})));
+  tables.pmtPackets = packetStrings(pmtPid, test::makePmt(1201, 2, kVideo, {{2, kVideo, {}}}));
+  if (!items.empty()) {
+    configuration.pidItems = items;
+  }
+  return configuration;
+}
+
+TEST_F(SptsWriterAtOnceTest, SendsTheTablesOfANewAnswerBeforeTheNextPacket) {
+  pushInput(10);
+  const size_t before = output_.size();
+  writer_.configure(nextConfiguration());
+  EXPECT_EQ(before, output_.size());
+  pushInput(10);
+  std::vector<int> pids;
+  for (size_t i = before; i < before + 5; ++i) {
+    pids.push_back(output_.at(i).pid());
+  }
+  EXPECT_EQ((std::vector<int>{kPatPid, kPatPid, kPmt, kSdtPid, kVideo}), pids);
+}
+
+TEST_F(SptsWriterAtOnceTest, LetsCountersRunOnOverANewAnswer) {
+  constexpr int kOtherPmt = 511;
+  pushInput(250);
+  writer_.configure(nextConfiguration());
+  pushInput(250);
+  const PIDItem pmt = pidItem(kInputPmt, kOtherPmt, kPidPmt);
+  const std::vector<std::vector<PIDItem>> answers = {
+      {pmt, pidItem(kInputVideo, kVideo, kPidPcr | kPidEs),
+       pidItem(kInputAudio, kVideo, kPidEs)},                 // now they share a PID
+      {pmt, pidItem(kInputVideo, kVideo, kPidPcr | kPidEs)},  // and do not any more
+      {pmt, pidItem(kInputAudio, kVideo, kPidEs)},            // another stream
+      {pidItem(kInputVideo, kVideo, kPidPcr | kPidEs)},       // and back
+      {pmt, pidItem(kInputAudio, kOtherPmt + 1, kPidEs)},     // away
+      {pmt, pidItem(kInputVideo, kVideo, kPidPcr | kPidEs)},  // and back
+  };
+  for (const std::vector<PIDItem>& items : answers) {
+    writer_.configure(nextConfiguration(kOtherPmt, items));
+    pushInput(130);
+  }
+  writer_.configure(makeConfiguration());
+  pushInput(250);
+  for (const int pid : {kPatPid, kSdtPid, kPmt, kOtherPmt, kVideo}) {
+    expectCountersRunOn(outputOf(pid));
+  }
+}
+
+TEST_F(SptsWriterAtOnceTest, LeavesTheInputsLossesInAStreamOverANewAnswer) {
+  input_.lose(kInputVideo, 3);
+  pushInput(10);
+  writer_.configure(nextConfiguration());
+  input_.lose(kInputVideo, 2);
+  pushInput(10);
+  const std::vector<TsPacket> video = outputOf(kVideo);
+  EXPECT_EQ(3, video[0].continuityCounter());
+  EXPECT_EQ(3 + 9 + 2, video[9].continuityCounter());
+}
+
+TEST_F(SptsWriterAtOnceTest, GoesOnInTimeByANewPcrPid) {
+  pushInput(1000);
+  const int64_t before = writer_.duration().value();
+  writer_.configure(nextConfiguration(
+      kPmt, {pidItem(kInputPmt, kPmt, kPidPmt), pidItem(kInputVideo, kVideo, kPidEs),
+             pidItem(kInputAudio, kAudio, kPidPcr | kPidEs)}));
+  const size_t tables = outputOf(kPatPid).size();
+  for (int i = 0; i < 25; ++i) {
+    writer_.push(input_.stream(kInputAudio, 0, 77 * kSystemClock + i * 40 * kMillisecond));
+    writer_.push(input_.stream(kInputVideo, 0));
+  }
+  EXPECT_NEAR(static_cast<double>(before + 980 * kMillisecond),
+              static_cast<double>(writer_.duration().value()), 2.0 * kMillisecond);
+  EXPECT_EQ(tables + 2 * 25, outputOf(kPatPid).size()) << "before every PCR, two packets each";
+}
+
+TEST_F(SptsWriterAtOnceTest, GoesOnAsBeforeWhereANewAnswerCannotBeUsed) {
+  pushInput(500);
+  SPTSConfiguration bad = nextConfiguration(511, {pidItem(kInputAudio, 77, kPidPcr | kPidEs)});
+  bad.outputTables.pmtPackets = {std::string(188, 'H')};
+  EXPECT_THROW(writer_.configure(bad), ToolError);
+  const size_t before = outputOf(kPatPid).size();
+  pushInput(500);
+  EXPECT_EQ(before + 10, outputOf(kPatPid).size()) << "none comes at once";
+  EXPECT_EQ(100U, outputOf(kAudio).size());
+  expectCountersRunOn(outputOf(kVideo));
+  expectCountersRunOn(outputOf(kPmt));
+}
+
+TEST_F(SptsWriterTest, WritesWhatWaitsAsTheFormerAnswerSaysWhenANewOneComes) {
+  pushInput(10);
+  EXPECT_TRUE(output_.empty());
+  writer_.configure(nextConfiguration());
+  EXPECT_EQ(10U, writer_.streamPackets());
+  EXPECT_EQ(1U, outputOf(kPatPid).size());
+  pushInput(1000);
+  writer_.finish();
+  EXPECT_NEAR(1010, static_cast<double>(writer_.duration().value()) / kMillisecond, 20);
+  expectCountersRunOn(outputOf(kPmt));
 }
 
 TEST(SptsWriter, RefusesAnAnswerWithoutUsablePackets) {

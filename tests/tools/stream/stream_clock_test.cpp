@@ -116,6 +116,18 @@ TEST_F(StreamClockTest, IgnoresThePcrsOfOtherPids) {
   EXPECT_EQ((std::vector<int64_t>{0, 100}), times_);
 }
 
+TEST_F(StreamClockTest, FollowsAnotherPidWithoutAJumpOfTime) {
+  pushPcr(0);
+  push(1);
+  pushPcr(200);
+  clock_.follow(kOtherPid);
+  EXPECT_EQ((std::vector<int64_t>{0, 100, 200}), times_) << "what waited for the former";
+  clock_.push(writer_.stream(kOtherPid, 0, 7000));
+  pushPcr(400);
+  clock_.push(writer_.stream(kOtherPid, 0, 7100));
+  EXPECT_EQ((std::vector<int64_t>{0, 100, 200, 300, 350}), times_);
+}
+
 TEST_F(StreamClockTest, AssumesOneMegabitPerSecondWithoutPcrs) {
   push(3);
   clock_.finish();
