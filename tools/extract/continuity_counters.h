@@ -8,8 +8,8 @@
 namespace tevra::tools {
 
 /**
- * The continuity counters of an output (ISO/IEC 13818-1, 2.4.3.3), which run on whatever each PID is
- * made of, now and before.
+ * The continuity counters of an output (ISO/IEC 13818-1, 2.4.3.3), which run on whatever each PID
+ * is made of, now and before.
  */
 class ContinuityCounters {
  public:

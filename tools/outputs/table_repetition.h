@@ -19,8 +19,8 @@ class TableRepetition {
   };
 
   /**
-   * Before the next packet, which is at `time`; what is due has gone out then. `horizon` is when the
-   * next packet with a PCR comes if this one has one, else `time`. Both in 27 MHz ticks.
+   * Before the next packet, which is at `time`; what is due has gone out then. `horizon` is when
+   * the next packet with a PCR comes if this one has one, else `time`. Both in 27 MHz ticks.
    */
   [[nodiscard]] Due before(int64_t time, int64_t horizon);
 

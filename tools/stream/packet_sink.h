@@ -24,14 +24,14 @@ class PacketSink {
 };
 
 /**
- * A file, "-" for standard output, or "udp://ADDRESS:PORT" for datagrams that are sent there. A file
- * that is there is replaced. Raises ToolError when it cannot be opened.
+ * A file, "-" for standard output, or "udp://ADDRESS:PORT" for datagrams that are sent there. A
+ * file that is there is replaced. Raises ToolError when it cannot be opened.
  */
 [[nodiscard]] std::unique_ptr<PacketSink> openSink(const std::string& name);
 
 /**
- * Raises ToolError where openSink or writing would fail, as far as that can be told without touching
- * anything.
+ * Raises ToolError where openSink or writing would fail, as far as that can be told without
+ * touching anything.
  */
 void requireSink(const std::string& name);
 

@@ -15,8 +15,8 @@ namespace tevra::tools {
  * Sends packets to a machine or a multicast group, seven in a datagram; a group's go as far as the
  * next router, as is the kernel's default.
  *
- * What nobody listens to is sent all the same. A datagram that the machine cannot send within 200 ms
- * is lost and counted.
+ * What nobody listens to is sent all the same. A datagram that the machine cannot send within 200
+ * ms is lost and counted.
  */
 class UdpSink : public PacketSink {
  public:

@@ -13,8 +13,7 @@ constexpr int64_t kMillisecond = kSystemClock / 1000;
 
 /** "PAT+PMT", "SDT", both or nothing. */
 std::string due(TableRepetition& tables, int64_t time, int64_t horizon) {
-  const TableRepetition::Due due =
-      tables.before(time * kMillisecond, horizon * kMillisecond);
+  const TableRepetition::Due due = tables.before(time * kMillisecond, horizon * kMillisecond);
   return std::string(due.patAndPmt ? "PAT+PMT" : "") + (due.sdt ? "SDT" : "");
 }
 std::string due(TableRepetition& tables, int64_t time) {

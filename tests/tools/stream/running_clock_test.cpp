@@ -157,9 +157,9 @@ TEST_F(RunningClockTest, FollowsAnotherPidWithoutAJump) {
   pushPcr(77'000, kOtherPid);
   push(1);
   pushPcr(77'020, kOtherPid);
-  EXPECT_EQ((std::vector<int64_t>{before, before, before + 4 * kMillisecond,
-                                  before + 20 * kMillisecond}),
-            std::vector<int64_t>(times_.end() - 4, times_.end()));
+  EXPECT_EQ(
+      (std::vector<int64_t>{before, before, before + 4 * kMillisecond, before + 20 * kMillisecond}),
+      std::vector<int64_t>(times_.end() - 4, times_.end()));
   EXPECT_TRUE(clock_.isMeasured());
   clock_.follow(kOtherPid);
   pushPcr(77'060, kOtherPid);
