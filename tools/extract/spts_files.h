@@ -11,11 +11,11 @@
 
 namespace tevra::tools {
 
-/** One output that is written to a file, and what became of it: zero or empty until it is. */
+/** One output that is written, and what became of it: zero or empty until it is. */
 struct SptsFile {
   OutputOptions output;             ///< what was asked for; for account and warnings alone
   PMT input;                        ///< of the input service, to know what the output lacks
-  std::string file;                 ///< "-" is standard output
+  std::string file;                 ///< where to, as openSink takes it
   SPTSConfiguration configuration;  ///< the daemon's answer: what goes into the file
 
   uint64_t streamPackets = 0;  ///< packets written that came from the input
