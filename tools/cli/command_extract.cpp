@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <memory>
 
@@ -6,15 +7,17 @@
 #include "tools/cli/command.h"
 #include "tools/cli/engine_options.h"
 #include "tools/cli/request_options.h"
+#include "tools/cli/source_options.h"
 #include "tools/extract/extract_json.h"
+#include "tools/extract/live_extract.h"
 #include "tools/extract/output_pattern.h"
 #include "tools/extract/spts_files.h"
 #include "tools/extract/stream_outputs.h"
 #include "tools/feed/stream_feed.h"
-#include "tools/outputs/output_answers.h"
 #include "tools/outputs/output_text.h"
 #include "tools/stream/files.h"
 #include "tools/text/decimals.h"
+#include "tools/text/time_stamp.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
@@ -27,41 +30,32 @@ struct ExtractOptions {
   EngineOptions engine;
   RequestOptions request;
   std::vector<OutputDraft> drafts;
-  std::string file;
+  SourceOptions source;
   std::string outputFile;
   OutputPattern pattern;
   bool json = false;
   bool strict = false;
 };
 
-std::vector<SptsFile> ask(thrift::in_module::im_SIControlSrvIf& engine,
-                          const StreamInventory& inventory,
-                          const std::vector<OutputOptions>& outputs,
-                          const std::vector<std::string>& files) {
-  const OutputAnswers answers = askFor(engine, outputs);
-  const auto missing = unanswered(outputs, answers);
-  if (!missing.empty()) {
-    throw ToolError("there is no output for " + servicesText(missing) +
-                    " though the service has a PMT; the log of a daemon may say why");
+/** What was read, and what became of it. */
+struct Extraction {
+  uint64_t packets = 0;
+  uint64_t tables = 0;
+  std::vector<SptsFile> outputs;
+};
+
+void printInput(const ExtractOptions& options, const StreamFeed& stream, std::ostream& out) {
+  if (!options.json) {
+    out << "input " << options.source.name << ": " << counted(stream.packets(), "packet") << ", "
+        << counted(stream.tables().sent(), "table") << "\n";
   }
-  std::vector<SptsFile> extractions;
-  for (size_t index = 0; index < outputs.size(); ++index) {
-    SptsFile& extraction = extractions.emplace_back();
-    extraction.output = outputs[index];
-    extraction.input = *inventory.pmt(outputs[index].inputSid);
-    extraction.file = files[index];
-    extraction.configuration = answers.at(outputs[index].resolvedGlobalSid());
-  }
-  return extractions;
 }
 
-void printFeed(const ExtractOptions& options, const StreamFeed& stream, std::ostream& out) {
-  if (options.json) {
-    return;
+void printServices(const ExtractOptions& options, const StreamInventory& inventory,
+                   std::ostream& out) {
+  if (!options.json) {
+    inventory.print(out);
   }
-  out << "input " << options.file << ": " << counted(stream.packets(), "packet") << ", "
-      << counted(stream.tables().sent(), "table") << "\n";
-  stream.inventory().print(out);
 }
 
 void printAnswers(const ExtractOptions& options, const std::vector<SptsFile>& outputs,
@@ -114,35 +108,74 @@ void requireNoWarnings(const std::vector<SptsFile>& outputs) {
   }
 }
 
+/** The file is read twice: tables first. */
+Extraction extractFile(const ExtractOptions& options, const Console& console) {
+  const std::string& file = options.source.name;
+  Extraction extraction;
+  const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
+    const StreamFeed stream = StreamFeed::feedFile(file, engine);
+    extraction.packets = stream.packets();
+    extraction.tables = stream.tables().sent();
+    printInput(options, stream, console.out);
+    printServices(options, stream.inventory(), console.out);
+    stream.printFaults(console.err);
+    const auto asked = settledOutputs(options.drafts, stream.inventory());
+    const auto files = filesFor(options.pattern, asked, file);
+    extraction.outputs = askForFiles(asked, engine, stream.inventory(),
+                                     [&](const std::string& line) { console.err << line << "\n"; });
+    for (size_t index = 0; index < files.size(); ++index) {
+      extraction.outputs[index].file = files[index];
+    }
+  };
+  withEngine(options.engine, file, console, calls);
+  printAnswers(options, extraction.outputs, console.out);
+  writeSptsFiles(file, extraction.outputs);
+  return extraction;
+}
+
+/** The source is read once, until it ends or is told to. */
+Extraction extractLive(const ExtractOptions& options, const Console& console) {
+  Extraction extraction;
+  LiveEvents events;
+  events.begun = [&](const StreamInventory& inventory, const std::vector<SptsFile>& outputs) {
+    printServices(options, inventory, console.out);
+    printAnswers(options, outputs, console.out);
+    console.out.flush();
+  };
+  events.tell = [&](const std::string& line) {
+    console.err << timeStamp(std::chrono::system_clock::now(), Zone::kLocal) << " " << line << "\n"
+                << std::flush;
+  };
+  const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
+    LiveExtract extract({options.source.name, options.drafts, options.pattern}, engine, events);
+    LiveOptions live;
+    live.onSilence = [&](std::chrono::milliseconds silence) { extract.silent(silence); };
+    withSource(options.source, live, [&](ByteSource& source) {
+      const StreamFeed stream = extract.run(source);
+      extraction = {stream.packets(), stream.tables().sent(), extract.outputs()};
+      printInput(options, stream, console.out);
+      stream.printFaults(console.err);
+    });
+  };
+  withEngine(options.engine, options.source.name, console, calls);
+  return extraction;
+}
+
 int extract(const ExtractOptions& options, const Console& given) {
   // What is said must not get between the packets on standard output.
   const Console console = {options.outputFile == kStandardOutput ? given.err : given.out,
                            given.err};
-  std::vector<SptsFile> outputs;
-  uint64_t packets = 0;
-  uint64_t tables = 0;
-  const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
-    const StreamFeed stream = StreamFeed::feedFile(options.file, engine);
-    packets = stream.packets();
-    tables = stream.tables().sent();
-    printFeed(options, stream, console.out);
-    stream.printFaults(console.err);
-    const auto asked = settledOutputs(options.drafts, stream.inventory());
-    const auto files = filesFor(options.pattern, asked, options.file);
-    enterServicesOf(asked, engine, stream.inventory(), console.err);
-    outputs = ask(engine, stream.inventory(), asked, files);
-  };
-  withEngine(options.engine, options.file, console, calls);
-  printAnswers(options, outputs, console.out);
-  writeSptsFiles(options.file, outputs);
+  const Extraction done = isReadOnce(options.source.name) ? extractLive(options, console)
+                                                          : extractFile(options, console);
   if (options.json) {
-    console.out << extractJson(options.file, packets, tables, outputs) << "\n";
+    console.out << extractJson(options.source.name, done.packets, done.tables, done.outputs)
+                << "\n";
   } else {
-    printFiles(outputs, console);
+    printFiles(done.outputs, console);
   }
-  requireStreams(outputs);
+  requireStreams(done.outputs);
   if (options.strict) {
-    requireNoWarnings(outputs);
+    requireNoWarnings(done.outputs);
   }
   return kExitDone;
 }
@@ -171,9 +204,9 @@ void requireFiles(const ExtractOptions& options) {
   }
   std::vector<std::string> files;
   if (!options.pattern.hasPlaceholder()) {
-    files = filesFor(options.pattern, {OutputOptions()}, options.file);
+    files = filesFor(options.pattern, {OutputOptions()}, options.source.name);
   } else if (isComplete(options)) {
-    files = filesFor(options.pattern, outputsOf(options.drafts), options.file);
+    files = filesFor(options.pattern, outputsOf(options.drafts), options.source.name);
   } else if (folderOf(options.outputFile).find('{') == std::string::npos) {
     files = {options.outputFile};  // its folder is what counts
   }
@@ -181,6 +214,10 @@ void requireFiles(const ExtractOptions& options) {
 }
 
 void finishOptions(ExtractOptions& options) {
+  if (options.source.seconds && !isReadOnce(options.source.name)) {
+    throw ArgumentError("--seconds is for a live source: " + options.source.name +
+                        " is read to its end");
+  }
   options.drafts = draftsOf(options.request, OutputDefaults::kFromStream);
   options.pattern = OutputPattern(options.outputFile);
   requireFiles(options);
@@ -193,7 +230,7 @@ void addExtractCommand(CommandLine& line) {
   Command command = line.command(
       "extract",
       "Make single-programme transport streams of services, as the daemon would have them made");
-  addFileReadTwice(command, options->file);
+  addSource(command, options->source);
   command
       .option("-o,--output", options->outputFile,
               "File to write; it is replaced. {gsid}, {sid}, {service} and {name} stand for those "

@@ -79,7 +79,8 @@ Asked askAboutFile(const AskOptions& options, const Console& console) {
     const StreamFeed stream = StreamFeed::feedFile(options.file, engine);
     stream.printFaults(console.err);
     asked.outputs = settledOutputs(drafts, stream.inventory());
-    enterServicesOf(asked.outputs, engine, stream.inventory(), console.err);
+    enterServicesOf(asked.outputs, engine, stream.inventory(),
+                    [&](const std::string& line) { console.err << line << "\n"; });
     asked.answers = askFor(engine, asked.outputs);
   };
   withEngine(options.engine, options.file, console, calls);

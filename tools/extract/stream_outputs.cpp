@@ -4,6 +4,7 @@
 
 #include "tools/feed/service_entries.h"
 #include "tools/outputs/carriage.h"
+#include "tools/outputs/output_answers.h"
 #include "tools/text/tool_error.h"
 
 namespace tevra::tools {
@@ -56,14 +57,34 @@ std::vector<OutputOptions> settledOutputs(std::vector<OutputDraft> drafts,
 
 void enterServicesOf(const std::vector<OutputOptions>& outputs,
                      thrift::in_module::im_SIControlSrvIf& engine, const StreamInventory& inventory,
-                     std::ostream& err) {
+                     const Tell& tell) {
   std::set<int> services;
   for (const OutputOptions& output : outputs) {
     services.insert(output.inputSid);
   }
   for (const std::string& line : enterServices(engine, inventory, services)) {
-    err << line << "\n";
+    tell(line);
   }
+}
+
+std::vector<SptsFile> askForFiles(const std::vector<OutputOptions>& outputs,
+                                  thrift::in_module::im_SIControlSrvIf& engine,
+                                  const StreamInventory& inventory, const Tell& tell) {
+  enterServicesOf(outputs, engine, inventory, tell);
+  const OutputAnswers answers = askFor(engine, outputs);
+  const auto missing = unanswered(outputs, answers);
+  if (!missing.empty()) {
+    throw ToolError("there is no output for " + servicesText(missing) +
+                    " though the service has a PMT; the log of a daemon may say why");
+  }
+  std::vector<SptsFile> files;
+  for (const OutputOptions& output : outputs) {
+    SptsFile& file = files.emplace_back();
+    file.output = output;
+    file.input = *inventory.pmt(output.inputSid);
+    file.configuration = answers.at(output.resolvedGlobalSid());
+  }
+  return files;
 }
 
 }  // namespace tevra::tools

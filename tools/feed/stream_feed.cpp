@@ -30,14 +30,15 @@ void pushAll(ByteSource& source, TsPacketReader& reader, TableDemux& demux,
 }  // namespace
 
 StreamFeed StreamFeed::feed(ByteSource& source, const std::string& name,
-                            thrift::in_module::im_SIControlSrvIf& daemon,
-                            const OnPacket& onPacket) {
+                            thrift::in_module::im_SIControlSrvIf& daemon, const OnPacket& onPacket,
+                            const OnTable& onTable) {
   StreamFeed stream(daemon);
   TableFeeder& feeder = stream.feeder_;
   TsPacketReader reader(source);
   TableDemux demux([&](const SiTable& table, size_t sections) {
     feeder.feed(table, sections);
     stream.inventory_.add(table);
+    onTable(table, stream.inventory_);
   });
   pushAll(source, reader, demux,
           [&](const TsPacket& packet) { return onPacket(packet, feeder.sent()); });

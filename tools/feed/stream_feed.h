@@ -21,15 +21,20 @@ class StreamFeed {
    */
   using OnPacket = std::function<bool(const TsPacket& packet, size_t tablesSent)>;
 
+  /** Told of every table when it has been sent, and what the stream then holds. */
+  using OnTable = std::function<void(const SiTable& table, const StreamInventory& inventory)>;
+
   /**
    * Reads `source`, called `name`, to its end, and sends each table as soon as it is complete.
    *
    * Raises ToolError when the source cannot be read, holds no transport stream or none of the
    * tables. Passes on what a call raises.
    */
-  [[nodiscard]] static StreamFeed feed(ByteSource& source, const std::string& name,
-                                       thrift::in_module::im_SIControlSrvIf& daemon,
-                                       const OnPacket& onPacket);
+  [[nodiscard]] static StreamFeed feed(
+      ByteSource& source, const std::string& name, thrift::in_module::im_SIControlSrvIf& daemon,
+      const OnPacket& onPacket,
+      const OnTable& onTable = [](const SiTable& /*table*/, const StreamInventory& /*inventory*/) {
+      });
   /** The same with a file, or with standard input for "-". */
   [[nodiscard]] static StreamFeed feedFile(const std::string& path,
                                            thrift::in_module::im_SIControlSrvIf& daemon);

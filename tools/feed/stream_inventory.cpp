@@ -42,6 +42,9 @@ void describe(const PMT& pmt, ServiceSummary& service) {
 
 void StreamInventory::add(const SiTable& table) {
   if (const PAT* pat = std::get_if<PAT>(&table)) {
+    if (pat_ && pat_->transportStreamId != pat->transportStreamId) {
+      *this = StreamInventory();
+    }
     pat_ = *pat;
   } else if (const SDT* sdt = std::get_if<SDT>(&table)) {
     sdt_ = *sdt;

@@ -25,7 +25,9 @@ struct ServiceSummary {
 /** The last PAT, SDT and PMTs of a stream: what its services are. */
 class StreamInventory {
  public:
-  /** Takes the place of the one before, of a PMT's by programme number; other tables are ignored.
+  /**
+   * Takes the place of the one before, of a PMT's by programme number; other tables are ignored.
+   * The PAT of another transport stream takes the place of all.
    */
   void add(const SiTable& table);
 

@@ -1,0 +1,392 @@
+#include "tools/extract/live_extract.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/tools/support/recording_daemon.h"
+#include "tests/tools/support/sample_answer.h"
+#include "tests/tools/support/temporary_file.h"
+#include "tests/tools/support/ts_builder.h"
+#include "tools/engine/private_engine.h"
+#include "tools/text/tool_error.h"
+
+namespace tevra::tools {
+namespace {
+
+using test::TemporaryFile;
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+using Engine = thrift::in_module::im_SIControlSrvIf;
+
+constexpr int kService = 101;
+constexpr int kPmt = 0x100;
+constexpr int kVideo = 0x101;
+constexpr int kAudio = 0x102;
+constexpr int64_t kPcrInterval = kSystemClock / 25;
+
+/** For global service id 1201, with the video as the one stream. */
+std::map<int32_t, SPTSConfiguration> answerWithVideo() {
+  auto answer = test::sampleAnswer();
+  auto& items = answer.at(1201).pidItems;
+  items.resize(1);
+  items.push_back(test::pidItem(kVideo, 502, 0x0C));
+  return answer;
+}
+
+/** A source whose packets come one at a time. */
+class Air : public ByteSource {
+ public:
+  void pat(int transportStreamId = 1, int version = 0, bool hasService = true) {
+    stream_.add(kPatPid, test::makePat(transportStreamId, version,
+                                       hasService ? test::Programs{{kService, kPmt}, {7, 0x200}}
+                                                  : test::Programs{{7, 0x200}}));
+  }
+  void sdt(int version = 0, const std::string& name = "Uno", int transportStreamId = 1) {
+    stream_.add(kSdtPid, test::makeSdt(transportStreamId, version, kService, name));
+  }
+  void pmt(int version = 0, bool hasAudio = false) {
+    std::vector<test::Stream> streams = {{0x1B, kVideo, {}}};
+    if (hasAudio) {
+      streams.push_back({0x04, kAudio, {}});
+    }
+    stream_.add(kPmt, test::makePmt(kService, version, kVideo, streams));
+  }
+  void otherPmt(int version = 0) {
+    stream_.add(0x200, test::makePmt(7, version, 0x201, {{0x1B, 0x201, {}}}));
+  }
+  void all() {
+    pat();
+    pmt();
+    sdt();
+  }
+  void section(int pid, const test::Bytes& section) { stream_.add(pid, section); }
+  /** So much of the video, with a PCR in every packet, and as much of the sound. */
+  void play(double seconds) {
+    const auto count = static_cast<int>(seconds * 25);
+    for (int i = 0; i < count; ++i) {
+      stream_.add(kVideo, clock_ += kPcrInterval);
+      stream_.add(kAudio);
+    }
+  }
+  /** `action` is run when all that has been added by now has been read. */
+  void then(const std::function<void()>& action) { actions_[stream_.packets().size()] = action; }
+
+  size_t read(uint8_t* buffer, size_t size) override {
+    const auto action = actions_.find(next_);
+    if (action != actions_.end()) {
+      action->second();
+    }
+    if (next_ == stream_.packets().size() || size < kTsPacketSize) {
+      return 0;
+    }
+    std::copy_n(stream_.packets()[next_++].data(), kTsPacketSize, buffer);
+    return kTsPacketSize;
+  }
+
+ private:
+  test::StreamBuilder stream_;
+  std::map<size_t, std::function<void()>> actions_;
+  size_t next_ = 0;
+  int64_t clock_ = 0;
+};
+
+class LiveExtractTest : public testing::Test {
+ protected:
+  static OutputDraft draftOf(std::optional<int> service) {
+    OutputDraft draft;
+    draft.service = service;
+    return draft;
+  }
+
+  /** Of the draft's output, by `engine`. */
+  void run(Engine& engine) {
+    const LiveEvents events = {[this](const auto& /*inventory*/, const auto& outputs) {
+                                 begunWith_ = outputs.at(0).output.inputSid;
+                               },
+                               [this](const std::string& line) { told_.push_back(line); }};
+    extract_ = std::make_unique<LiveExtract>(
+        LiveRequest{"air", {draft_}, OutputPattern(file_.path())}, engine, events);
+    (void)extract_->run(air_);
+  }
+  void run() {
+    withPrivateEngine("", [this](Engine& engine) { run(engine); });
+  }
+
+  [[nodiscard]] std::string errorOfRun() {
+    try {
+      run();
+    } catch (const ToolError& error) {
+      return error.what();
+    }
+    return "";
+  }
+
+  [[nodiscard]] const SPTSConfiguration& answer() const {
+    return extract_->outputs().at(0).configuration;
+  }
+  [[nodiscard]] int pidOf(int inputPid) const {
+    for (const PIDItem& item : answer().pidItems) {
+      if (item.inputPid == inputPid) {
+        return item.outputPid;
+      }
+    }
+    return -1;
+  }
+  /** How many packets of an output PID are written. */
+  [[nodiscard]] long written(int pid) const {
+    const auto packets = file_.readPackets();
+    return std::count_if(packets.begin(), packets.end(),
+                         [&](const TsPacket& packet) { return packet.pid() == pid; });
+  }
+  /** The versions of the tables on a PID, each once, in the order in which they go out. */
+  [[nodiscard]] std::vector<int> versionsOn(int pid) const {
+    std::vector<int> versions;
+    for (const TsPacket& packet : file_.readPackets()) {
+      const int version =
+          packet.data()[10] >> 1 & 0x1F;  // behind header, pointer, table and length
+      if (packet.pid() == pid && (versions.empty() || versions.back() != version)) {
+        versions.push_back(version);
+      }
+    }
+    return versions;
+  }
+  /** That no packet of a table is missing. */
+  void expectSteadyCounters(int pid) const {
+    int next = 0;
+    for (const TsPacket& packet : file_.readPackets()) {
+      if (packet.pid() == pid) {
+        EXPECT_EQ(next, packet.continuityCounter()) << "PID " << pid;
+        next = (next + 1) % 16;
+      }
+    }
+  }
+
+  const TemporaryFile file_{"out"};
+  Air air_;
+  OutputDraft draft_ = draftOf(kService);
+  std::unique_ptr<LiveExtract> extract_;
+  std::vector<std::string> told_;
+  std::optional<int> begunWith_;
+};
+
+TEST_F(LiveExtractTest, BeginsWhenTheTablesOfItsServiceAreThere) {
+  air_.play(1);
+  air_.pat();
+  air_.pmt();
+  air_.play(1);
+  air_.sdt();
+  air_.play(1);
+  run();
+  EXPECT_EQ(25, written(pidOf(kVideo)));
+  EXPECT_EQ(kPatPid, file_.readPackets().at(0).pid());
+  EXPECT_THAT(told_, IsEmpty());
+  EXPECT_EQ("Uno", extract_->outputs().at(0).output.resolvedName());
+}
+
+TEST_F(LiveExtractTest, WaitsTwoSecondsForAnSdtAndThenEntersTheService) {
+  air_.pat();
+  air_.pmt();
+  air_.play(2.52);
+  run();
+  EXPECT_NEAR(13, static_cast<double>(written(pidOf(kVideo))), 1);
+  EXPECT_THAT(told_, ElementsAre(StartsWith("there is no SDT to describe service 101: ")));
+}
+
+TEST_F(LiveExtractTest, TakesTheSdtThatComesLater) {
+  air_.pat();
+  air_.pmt();
+  air_.play(3);
+  air_.sdt(5, "Late");
+  air_.play(1);
+  run();
+  EXPECT_EQ("Late", extract_->outputs().at(0).output.resolvedName());
+  EXPECT_THAT(versionsOn(kSdtPid), SizeIs(2));
+  EXPECT_THAT(told_, ElementsAre(StartsWith("there is no SDT"),
+                                 StartsWith(file_.path() + ": SDT version ")));
+}
+
+TEST_F(LiveExtractTest, RefusesAServiceThatTheStreamLacks) {
+  draft_ = draftOf(9);
+  air_.all();
+  air_.otherPmt();
+  air_.play(3);
+  EXPECT_EQ("service 9 has no PMT in this stream; services that have: 7, 101 \"Uno\"",
+            errorOfRun());
+}
+
+TEST_F(LiveExtractTest, SaysWhatWasMissingWhenTheSourceEndsEarly) {
+  air_.pat();
+  air_.pmt();
+  air_.play(1);
+  EXPECT_EQ("air ended while its SDT was still waited for", errorOfRun());
+}
+
+TEST_F(LiveExtractTest, TakesTheFirstServiceHoweverLateItsPmtComes) {
+  draft_ = draftOf(std::nullopt);
+  air_.all();
+  air_.play(0.5);
+  air_.otherPmt();
+  air_.play(0.5);
+  run();
+  EXPECT_EQ(7, begunWith_);
+}
+
+TEST_F(LiveExtractTest, MovesOnWithTheInputsPmt) {
+  air_.all();
+  air_.play(1);
+  air_.pmt(1, true);
+  air_.play(1);
+  run();
+  const int pmtPid = pidOf(kPmt);
+  EXPECT_EQ(50, written(pidOf(kVideo)));
+  EXPECT_EQ(25, written(pidOf(kAudio)));
+  EXPECT_THAT(versionsOn(pmtPid), ElementsAre(1, 2));
+  EXPECT_THAT(told_, ElementsAre(file_.path() + ": PMT version 2"));
+  expectSteadyCounters(kPatPid);
+  expectSteadyCounters(pmtPid);
+}
+
+TEST_F(LiveExtractTest, MovesOnWithTheServicesName) {
+  air_.all();
+  air_.play(1);
+  air_.sdt(1, "Due");
+  air_.play(1);
+  run();
+  EXPECT_THAT(versionsOn(kSdtPid), ElementsAre(1, 2));
+  EXPECT_EQ("Due", extract_->outputs().at(0).output.resolvedName());
+}
+
+TEST_F(LiveExtractTest, AsksAgainWhereAnAnswerMayDependOnTheTableAndNowhereElse) {
+  test::RecordingDaemon daemon;
+  daemon.answer = test::sampleAnswer();
+  draft_.output.globalSid = 1201;
+  std::map<std::string, size_t> requests;
+  air_.all();
+  air_.play(1);
+  const auto afterwards = [&](const std::string& what) {
+    air_.then([&, what] {
+      requests[what] = daemon.requests.size();
+      daemon.requests.clear();
+    });
+  };
+  const auto table = [&](const std::string& what, int pid, const test::Bytes& section) {
+    air_.section(pid, section);
+    afterwards(what);
+  };
+  afterwards("the beginning");
+  table("EIT", kEitPid, test::makeEit({0x4E, kService}, 0, {1}));
+  table("TOT", kTotPid, test::makeTot(1'000'000'000));
+  table("NIT", kNitPid, test::makeSection({0x40, 1}, {0xF0, 0, 0xF0, 0}));
+  table("BAT", kSdtPid, test::makeSection({0x4A, 1}, {0xF0, 0, 0xF0, 0}));
+  table("another's PMT", 0x200, test::makePmt(7, 0, 0x201, {}));
+  table("CAT", kCatPid, test::makeSection({0x01, 0xFFFF}, {}));
+  table("PAT", kPatPid, test::makePat(1, 1, {{kService, kPmt}}));
+  table("SDT", kSdtPid, test::makeSdt(1, 1, kService, "Due"));
+  table("PMT", kPmt, test::makePmt(kService, 1, kVideo, {}));
+  run(daemon);
+  const std::map<std::string, size_t> expected = {
+      {"the beginning", 1}, {"EIT", 0}, {"TOT", 0}, {"NIT", 0}, {"BAT", 0},
+      {"another's PMT", 0}, {"CAT", 1}, {"PAT", 1}, {"SDT", 1}, {"PMT", 1}};
+  EXPECT_EQ(expected, requests);
+  EXPECT_THAT(daemon.calls, AllOf(Contains(StartsWith("setEITPresentFollowing")),
+                                  Contains(StartsWith("setNIT")), Contains(StartsWith("setBAT"))));
+}
+
+TEST_F(LiveExtractTest, GoesOnAsItWasWhereThereIsNoAnswer) {
+  test::RecordingDaemon daemon;
+  daemon.answer = answerWithVideo();
+  draft_.output.globalSid = 1201;
+  air_.all();
+  air_.play(1);
+  air_.then([&] { daemon.answer.clear(); });
+  air_.pmt(1);
+  air_.play(1);
+  air_.then([&] {
+    daemon.answer = answerWithVideo();
+    daemon.answer.at(1201).outputTables.pmtPackets.clear();
+  });
+  air_.pmt(2);
+  air_.play(1);
+  run(daemon);
+  EXPECT_THAT(told_, ElementsAre(StartsWith("there is no output for service 101 "),
+                                 StartsWith("the daemon's answer holds no usable PMT packets")));
+  EXPECT_GT(written(501), 25);
+  expectSteadyCounters(501);
+}
+
+TEST_F(LiveExtractTest, PausesWhileTheStreamLacksTheService) {
+  air_.all();
+  air_.play(1);
+  air_.pat(1, 1, false);
+  air_.play(1);
+  air_.pat(1, 2);
+  air_.pmt();
+  air_.play(1);
+  run();
+  EXPECT_EQ(50, written(pidOf(kVideo)));
+  EXPECT_THAT(told_, ElementsAre(file_.path() + ": pauses, for service 101 is not in the stream",
+                                 StartsWith(file_.path() + ": goes on")));
+}
+
+TEST_F(LiveExtractTest, FollowsTheSourceIntoAnotherTransportStream) {
+  air_.all();
+  air_.play(1);
+  air_.pat(2);
+  air_.play(1);  // whose packets these are nobody knows yet
+  air_.pmt();
+  air_.sdt(0, "Uno", 2);
+  air_.play(1);
+  run();
+  EXPECT_EQ(50, written(pidOf(kVideo)));
+  ASSERT_FALSE(told_.empty());
+  EXPECT_EQ("the transport stream is now 2 (0x0002), no longer 1 (0x0001): waiting for its tables",
+            told_[0]);
+  EXPECT_EQ(2, answer().outputTables.dvbTables.pat.transportStreamId);
+  expectSteadyCounters(kPatPid);
+}
+
+TEST_F(LiveExtractTest, WaitsForItsServiceInAnotherTransportStream) {
+  air_.all();
+  air_.play(1);
+  air_.pat(2, 0, false);
+  air_.sdt(0, "Uno", 2);
+  air_.play(3);
+  air_.pat(2, 1);
+  air_.pmt();
+  air_.play(1);
+  run();
+  EXPECT_EQ(50, written(pidOf(kVideo)));
+  EXPECT_THAT(told_, Contains(file_.path() + ": pauses, for service 101 is not in the stream"));
+}
+
+TEST_F(LiveExtractTest, TellsOfSilenceOnceAndOfItsEnd) {
+  air_.all();
+  air_.play(1);
+  const auto silences = [this](const std::vector<int>& milliseconds) {
+    for (const int silence : milliseconds) {
+      extract_->silent(std::chrono::milliseconds(silence));
+    }
+  };
+  air_.then([&] { silences({200, 800}); });
+  air_.play(1);
+  air_.then([&] { silences({200, 1000, 1200, 12'400}); });
+  air_.play(1);
+  run();
+  EXPECT_THAT(told_,
+              ElementsAre("nothing comes from air: waiting for it", "air is back after 12 s"));
+  EXPECT_EQ(75, written(pidOf(kVideo)));
+}
+
+}  // namespace
+}  // namespace tevra::tools

@@ -1,0 +1,225 @@
+#include "tools/extract/live_extract.h"
+
+#include <algorithm>
+#include <utility>
+#include <variant>
+
+#include "tools/stream/ts_packet.h"
+#include "tools/text/tool_error.h"
+#include "tools/text/words.h"
+
+namespace tevra::tools {
+namespace {
+
+// Within two seconds every table that is waited for has come (ETSI TR 101 211, 4.4.1).
+constexpr int64_t kPatience = 2 * kSystemClock;
+/** The same of a stream without PCRs: at 40 Mbit/s. */
+constexpr uint64_t kPatienceInPackets = 50'000;
+constexpr std::chrono::seconds kUntilTold(1);
+
+/** Whether an answer may depend on the table. */
+bool isAskedAbout(const SiTable& table) {
+  return std::holds_alternative<PAT>(table) || std::holds_alternative<SDT>(table) ||
+         std::holds_alternative<PMT>(table) || std::holds_alternative<CAT>(table);
+}
+
+/** "PMT version 4, SDT version 1" of the tables whose versions differ. */
+std::string movedVersions(const SPTSConfiguration& before, const SPTSConfiguration& after) {
+  std::vector<std::string> moved;
+  const auto compare = [&](const char* name, int from, int to) {
+    if (from != to) {
+      moved.push_back(std::string(name) + " version " + std::to_string(to));
+    }
+  };
+  const auto& from = before.outputTables.dvbTables;
+  const auto& to = after.outputTables.dvbTables;
+  compare("PAT", from.pat.version, to.pat.version);
+  compare("PMT", from.pmt.version, to.pmt.version);
+  compare("SDT", from.sdt.version, to.sdt.version);
+  return joined(moved, ", ");
+}
+
+}  // namespace
+
+bool LiveExtract::Wait::isOver(const TsPacket& packet) {
+  const int64_t time = clock.at(packet).time;
+  ticks += clock.isMeasured() ? time - last : 0;
+  last = time;
+  ++packets;
+  return ticks >= kPatience || (!clock.isMeasured() && packets >= kPatienceInPackets);
+}
+
+LiveExtract::LiveExtract(LiveRequest request, thrift::in_module::im_SIControlSrvIf& engine,
+                         LiveEvents events)
+    : request_(std::move(request)), engine_(engine), events_(std::move(events)) {}
+
+StreamFeed LiveExtract::run(ByteSource& source) {
+  StreamFeed stream = StreamFeed::feed(
+      source, request_.source, engine_,
+      [this](const TsPacket& packet, size_t /*tablesSent*/) {
+        take(packet);
+        return true;
+      },
+      [this](const SiTable& table, const StreamInventory& inventory) { take(table, inventory); });
+  if (outputs_.empty()) {
+    (void)settledOutputs(request_.drafts, stream.inventory());  // says which service is missing
+    throw ToolError(request_.source + " ended while its SDT was still waited for");
+  }
+  for (Writer& writer : writers_) {
+    writer.output->finish();
+  }
+  return stream;
+}
+
+void LiveExtract::silent(std::chrono::milliseconds silence) {
+  for (Writer& writer : writers_) {
+    writer.output->flush();
+  }
+  silence_ = silence;
+  if (!isSilenceTold_ && silence >= kUntilTold) {
+    isSilenceTold_ = true;
+    events_.tell("nothing comes from " + request_.source + ": waiting for it");
+  }
+}
+
+void LiveExtract::take(const TsPacket& packet) {
+  if (isSilenceTold_) {
+    isSilenceTold_ = false;
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(silence_).count();
+    events_.tell(request_.source + " is back after " + std::to_string(seconds) + " s");
+  }
+  if (wait_ && wait_->isOver(packet)) {
+    settle();
+  }
+  if (wait_) {
+    return;  // its PIDs may mean anything until the tables say what
+  }
+  for (Writer& writer : writers_) {
+    if (!writer.isPaused) {
+      writer.output->push(packet);
+    }
+  }
+}
+
+void LiveExtract::take(const SiTable& table, const StreamInventory& inventory) {
+  inventory_ = &inventory;
+  if (const PAT* pat = std::get_if<PAT>(&table)) {
+    follow(*pat);
+  }
+  if (wait_) {
+    if (isComplete()) {
+      settle();
+    }
+  } else if (!outputs_.empty() && isAskedAbout(table)) {
+    const PMT* pmt = std::get_if<PMT>(&table);
+    askAgain(pmt != nullptr ? std::optional<int>(pmt->programNumber) : std::nullopt);
+  }
+}
+
+void LiveExtract::follow(const PAT& pat) {
+  if (transportStreamId_ == pat.transportStreamId) {
+    return;
+  }
+  if (transportStreamId_) {
+    events_.tell("the transport stream is now " + idText(pat.transportStreamId) + ", no longer " +
+                 idText(*transportStreamId_) + ": waiting for its tables");
+  }
+  transportStreamId_ = pat.transportStreamId;
+  wait_.emplace();
+}
+
+bool LiveExtract::hasPmt(int serviceId) const {
+  return inventory_->service(serviceId).hasPmt;
+}
+
+bool LiveExtract::isComplete() const {
+  const std::vector<ServiceSummary> services = inventory_->services();
+  const bool hasAll = std::all_of(services.begin(), services.end(), [](const auto& service) {
+    return service.hasPmt || !service.pmtPid;
+  });
+  return inventory_->sdt() &&
+         std::all_of(request_.drafts.begin(), request_.drafts.end(), [&](const OutputDraft& draft) {
+           return draft.service ? hasPmt(*draft.service) : hasAll;
+         });
+}
+
+void LiveExtract::settle() {
+  wait_.reset();
+  if (outputs_.empty()) {
+    begin();
+  } else {
+    askAgain(std::nullopt);
+  }
+}
+
+void LiveExtract::begin() {
+  const std::vector<OutputOptions> settled = settledOutputs(request_.drafts, *inventory_);
+  const auto files = filesFor(request_.pattern, settled, request_.source);
+  outputs_ = ask(settled);
+  for (size_t index = 0; index < outputs_.size(); ++index) {
+    request_.drafts[index].service = settled[index].inputSid;  // whatever else comes
+    outputs_[index].file = files[index];
+  }
+  for (SptsFile& output : outputs_) {
+    writers_.push_back({std::make_unique<SptsOutput>(output, SptsWriter::Timing::kAtOnce)});
+  }
+  events_.begun(*inventory_, outputs_);
+}
+
+std::vector<SptsFile> LiveExtract::ask(const std::vector<OutputOptions>& outputs) {
+  return askForFiles(outputs, engine_, *inventory_, [this](const std::string& line) {
+    if (entered_.insert(line).second) {
+      events_.tell(line);
+    }
+  });
+}
+
+void LiveExtract::askAgain(std::optional<int> service) {
+  std::vector<size_t> places;
+  std::vector<OutputDraft> drafts;
+  for (size_t index = 0; index < outputs_.size(); ++index) {
+    const int own = outputs_[index].output.inputSid;
+    if (!hasPmt(own)) {
+      pause(index);
+    } else if (!service || *service == own) {
+      places.push_back(index);
+      drafts.push_back(request_.drafts[index]);
+    }
+  }
+  if (places.empty()) {
+    return;
+  }
+  try {
+    const std::vector<SptsFile> asked = ask(settledOutputs(drafts, *inventory_));
+    for (size_t i = 0; i < places.size(); ++i) {
+      goOn(places[i], asked[i]);
+    }
+  } catch (const ToolError& error) {
+    events_.tell(error.what());  // they go on as they were
+  }
+}
+
+void LiveExtract::pause(size_t index) {
+  if (!writers_[index].isPaused) {
+    writers_[index].isPaused = true;
+    events_.tell(outputs_[index].file + ": pauses, for service " +
+                 std::to_string(outputs_[index].output.inputSid) + " is not in the stream");
+  }
+}
+
+void LiveExtract::goOn(size_t index, const SptsFile& asked) {
+  SptsFile& output = outputs_[index];
+  const std::string moved = movedVersions(output.configuration, asked.configuration);
+  output.configuration = asked.configuration;
+  writers_[index].output->configure();
+  output.output = asked.output;
+  output.input = asked.input;
+  const std::string news =
+      writers_[index].isPaused ? "goes on" + (moved.empty() ? "" : ", " + moved) : moved;
+  writers_[index].isPaused = false;
+  if (!news.empty()) {
+    events_.tell(output.file + ": " + news);
+  }
+}
+
+}  // namespace tevra::tools
