@@ -15,7 +15,7 @@
 #include "tools/extract/stream_outputs.h"
 #include "tools/feed/stream_feed.h"
 #include "tools/outputs/output_text.h"
-#include "tools/stream/files.h"
+#include "tools/stream/packet_sink.h"
 #include "tools/text/decimals.h"
 #include "tools/text/time_stamp.h"
 #include "tools/text/tool_error.h"
@@ -207,10 +207,11 @@ void requireFiles(const ExtractOptions& options) {
     files = filesFor(options.pattern, {OutputOptions()}, options.source.name);
   } else if (isComplete(options)) {
     files = filesFor(options.pattern, outputsOf(options.drafts), options.source.name);
-  } else if (folderOf(options.outputFile).find('{') == std::string::npos) {
+  } else if (!isLiveSink(options.outputFile) &&
+             folderOf(options.outputFile).find('{') == std::string::npos) {
     files = {options.outputFile};  // its folder is what counts
   }
-  std::for_each(files.begin(), files.end(), requireWritable);
+  std::for_each(files.begin(), files.end(), requireSink);
 }
 
 void finishOptions(ExtractOptions& options) {
@@ -233,8 +234,8 @@ void addExtractCommand(CommandLine& line) {
   addSource(command, options->source);
   command
       .option("-o,--output", options->outputFile,
-              "File to write; it is replaced. {gsid}, {sid}, {service} and {name} stand for those "
-              "of the output")
+              "File to write; it is replaced. Or udp://ADDRESS:PORT to send to, in real time. "
+              "{gsid}, {sid}, {service} and {name} stand for those of the output")
       .required();
   addRequestOptions(command, options->request, OutputDefaults::kFromStream);
   command.flag("--json", options->json, "Print what was written as JSON");

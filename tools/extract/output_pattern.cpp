@@ -6,6 +6,7 @@
 #include <set>
 
 #include "tools/stream/files.h"
+#include "tools/stream/packet_sink.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
@@ -104,6 +105,9 @@ std::vector<std::string> filesFor(const OutputPattern& pattern,
   std::set<std::filesystem::path> taken;
   for (const OutputOptions& output : outputs) {
     const std::string file = pattern.fileFor(output);
+    if (isLiveSink(file) && file == input) {
+      throw UsageError("output and input are the same address, " + file);
+    }
     if (isSameFile(file, input)) {
       throw UsageError("output and input are the same file, " + file);
     }

@@ -43,7 +43,8 @@ class OutputPattern {
 };
 
 /**
- * The files of outputs, in their order. Raises UsageError when one is `input`, or two are the same.
+ * The files or addresses of outputs, in their order. Raises UsageError when one is `input`, or two
+ * are the same.
  */
 [[nodiscard]] std::vector<std::string> filesFor(const OutputPattern& pattern,
                                                 const std::vector<OutputOptions>& outputs,

@@ -30,7 +30,8 @@ struct SptsFile {
 
 /**
  * Writes all outputs of the multiplex `input`, which is read once; each is a stream of its own. A
- * file that is there is replaced.
+ * file that is there is replaced. Where one is sent, all are written in real time, by the PCRs of
+ * the input.
  *
  * Raises ToolError when the input or an answer cannot be used, or a file cannot be written; what is
  * written by then stays.

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -11,6 +12,7 @@
 #include "tests/tools/support/sample_answer.h"
 #include "tests/tools/support/temporary_file.h"
 #include "tests/tools/support/ts_builder.h"
+#include "tests/tools/support/udp_receiver.h"
 #include "tools/cli/cli.h"
 
 namespace tevra::tools {
@@ -70,6 +72,32 @@ TEST_F(ExtractCommand, NeedsNoDaemonAndLeavesOneAloneUnlessItIsAskedFor) {
     more.emplace_back(option);
     EXPECT_THAT(run(more).err, HasSubstr("no daemon answers at 127.0.0.1:9224")) << option;
   }
+}
+
+TEST(ExtractCommandSending, SendsWhatAFileWouldHoldInTheTimeThatItWasMade) {
+  constexpr int kPort = 21048;
+  test::StreamBuilder stream;
+  stream.add(0, test::makePat(1, 1, {{101, 0x100}}));
+  stream.add(0x100, test::makePmt(101, 1, 0x101, {{2, 0x101, {}}}));
+  for (int i = 0; i <= 15; ++i) {
+    stream.add(0x101, i * kSystemClock / 50);
+  }
+  const TemporaryFile input("in");
+  input.write(stream.packets());
+  const TemporaryFile file("out");
+  EXPECT_EQ(kExitDone, run({"extract", input.path(), "-o", file.path()}).status);
+  const test::UdpReceiver receiver(kPort);
+  const std::string address = "udp://127.0.0.1:" + std::to_string(kPort);
+  const auto start = std::chrono::steady_clock::now();
+  const Result result = run({"extract", input.path(), "-o", address});
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
+  EXPECT_EQ(kExitDone, result.status) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("output " + address + ": 16 packets of streams, "));
+  std::string sent;
+  while (receiver.hasMore()) {
+    sent += receiver.receive();
+  }
+  EXPECT_TRUE(sent == file.read());
 }
 
 TEST_F(ExtractCommand, WaitsForNoDaemonThatItIsNotToldToFeed) {
@@ -392,6 +420,9 @@ TEST(ExtractCommandLine, SaysWhatIsWrongWithTheFilesBeforeTheStreamIsRead) {
        "-o x{name}: two outputs would go to xa_b; {gsid} keeps them apart"},
       {{"-o", "x{foo}.ts"},
        "-o x{foo}.ts: '{foo}' is not {service}, {gsid}, {sid} or {name}; {{ stands for a brace"},
+      {{"-o", "udp://127.0.0.1:5{sid}", "--service", "101", "--out", "gsid=1", "--out", "gsid=2"},
+       "-o udp://127.0.0.1:5{sid}: two outputs would go to udp://127.0.0.1:5101; {gsid} keeps them "
+       "apart"},
       {{"-o", test::sample()}, "output and input are the same file, " + test::sample()},
       {{"-o", "x{gsid}", "--out", "name=a", "--out", "name=b"},
        "--out 'name=b': the global service id of the same service is taken by --out 'name=a': give "

@@ -82,12 +82,24 @@ TEST(OutputPattern, FindsOneFileUnderTwoNames) {
   EXPECT_NE("", errorOf(stem + "{gsid}", {outputOf(1, "a"), outputOf(2, "b")}));
 }
 
+TEST(OutputPattern, GivesEachOutputAnAddressOfItsOwn) {
+  EXPECT_THAT(filesFor(OutputPattern("udp://127.0.0.1:500{gsid}"),
+                       {outputOf(1, "A"), outputOf(2, "A")}, "in.ts"),
+              ElementsAre("udp://127.0.0.1:5001", "udp://127.0.0.1:5002"));
+  EXPECT_EQ(
+      "-o udp://127.0.0.1:5{sid}: two outputs would go to udp://127.0.0.1:51201; {gsid} keeps "
+      "them apart",
+      errorOf("udp://127.0.0.1:5{sid}", {outputOf(1, "A"), outputOf(2, "A")}));
+}
+
 TEST(OutputPattern, RefusesTheInput) {
   const TemporaryFile input("1");
   input.write("");
   const std::string stem = input.path().substr(0, input.path().size() - 1);
   EXPECT_THAT(errorOf(stem + "{gsid}", {outputOf(2, "a"), outputOf(1, "b")}, input.path()),
               HasSubstr("output and input are the same file, " + input.path()));
+  EXPECT_EQ("output and input are the same address, udp://127.0.0.1:1",
+            errorOf("udp://127.0.0.1:{gsid}", {outputOf(1, "a")}, "udp://127.0.0.1:1"));
 }
 
 TEST(SafeFileName, KeepsWhatEveryFileSystemTakes) {
