@@ -32,7 +32,7 @@ TEST(TextTable, StandsInParagraphsWhereItsColumnsDoNotFit) {
             printed(27));
   EXPECT_EQ(
       "  id 1\n    name Télé\n  id 1000\n    name T\n    notes of\n      three\n      words\n",
-      printed(12));
+      printed(13));
 }
 
 }  // namespace
