@@ -9,8 +9,10 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <string>
+#include <thread>
 
 #include "tools/text/tool_error.h"
 
@@ -19,6 +21,8 @@ namespace {
 
 constexpr int kReceiveBuffer = 4 * 1024 * 1024;  // half a second of a full multiplex
 constexpr int kPatience = 20;                    // ms, for what ends the receiver
+/** Little beside the buffer of the kernel, a dozen datagrams of a full multiplex. */
+constexpr std::chrono::milliseconds kGathering(2);
 
 [[noreturn]] void fail(const std::string& what, const std::string& name) {
   throw ToolError("cannot " + what + " " + name + ": " + std::strerror(errno));
@@ -86,7 +90,9 @@ size_t UdpReceiver::receive(uint8_t* buffer, size_t size) {
     return static_cast<size_t>(received);
   }
   pollfd socket = {socket_, POLLIN, 0};
-  (void)poll(&socket, 1, kPatience);  // whatever comes is taken the next time
+  if (poll(&socket, 1, kPatience) > 0) {
+    std::this_thread::sleep_for(kGathering);  // several are taken for one time that it wakes up
+  }
   return 0;
 }
 
