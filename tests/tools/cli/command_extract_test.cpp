@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <map>
@@ -8,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/tools/support/failing_send.h"
 #include "tests/tools/support/run_tornelctl.h"
 #include "tests/tools/support/sample_answer.h"
 #include "tests/tools/support/temporary_file.h"
@@ -74,30 +76,50 @@ TEST_F(ExtractCommand, NeedsNoDaemonAndLeavesOneAloneUnlessItIsAskedFor) {
   }
 }
 
-TEST(ExtractCommandSending, SendsWhatAFileWouldHoldInTheTimeThatItWasMade) {
-  constexpr int kPort = 21048;
-  test::StreamBuilder stream;
-  stream.add(0, test::makePat(1, 1, {{101, 0x100}}));
-  stream.add(0x100, test::makePmt(101, 1, 0x101, {{2, 0x101, {}}}));
-  for (int i = 0; i <= 15; ++i) {
-    stream.add(0x101, i * kSystemClock / 50);
+class SendingExtractCommand : public testing::Test {
+ protected:
+  /** A service with a PCR every 20 ms, 0.3 s long. */
+  SendingExtractCommand() {
+    test::StreamBuilder stream;
+    stream.add(0, test::makePat(1, 1, {{101, 0x100}}));
+    stream.add(0x100, test::makePmt(101, 1, 0x101, {{2, 0x101, {}}}));
+    for (int i = 0; i <= 15; ++i) {
+      stream.add(0x101, i * kSystemClock / 50);
+    }
+    input_.write(stream.packets());
   }
-  const TemporaryFile input("in");
-  input.write(stream.packets());
+
+  const TemporaryFile input_{"in"};
+};
+
+TEST_F(SendingExtractCommand, SendsWhatAFileWouldHoldInTheTimeThatItWasMade) {
   const TemporaryFile file("out");
-  EXPECT_EQ(kExitDone, run({"extract", input.path(), "-o", file.path()}).status);
-  const test::UdpReceiver receiver(kPort);
-  const std::string address = "udp://127.0.0.1:" + std::to_string(kPort);
+  EXPECT_EQ(kExitDone, run({"extract", input_.path(), "-o", file.path()}).status);
+  const test::UdpReceiver receiver(21101);
   const auto start = std::chrono::steady_clock::now();
-  const Result result = run({"extract", input.path(), "-o", address});
+  const Result result = run({"extract", input_.path(), "-o", "udp://127.0.0.1:21{gsid}"});
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
   EXPECT_EQ(kExitDone, result.status) << result.err;
-  EXPECT_THAT(result.out, HasSubstr("output " + address + ": 16 packets of streams, "));
+  EXPECT_THAT(result.out, HasSubstr("output udp://127.0.0.1:21101: 16 packets of streams, "));
   std::string sent;
   while (receiver.hasMore()) {
     sent += receiver.receive();
   }
   EXPECT_TRUE(sent == file.read());
+}
+
+TEST_F(SendingExtractCommand, WarnsOfDatagramsThatWereNotSent) {
+  const test::FailingSend none(ENOBUFS);
+  const Result result = run({"extract", input_.path(), "-o", "udp://127.0.0.1:21101"});
+  EXPECT_EQ(kExitDone, result.status);
+  EXPECT_THAT(result.err, HasSubstr("tornelctl: udp://127.0.0.1:21101: "));
+  EXPECT_THAT(result.err, HasSubstr(" could not be sent: No buffer space available\n"));
+}
+
+TEST_F(SendingExtractCommand, SaysThatAnAddressIsNoneBeforeTheStreamIsRead) {
+  const Result result = run({"extract", "/dev/null/absent", "-o", "udp://nowhere:5000"});
+  EXPECT_EQ(kExitFailed, result.status);
+  EXPECT_THAT(result.err, HasSubstr("'udp://nowhere:5000' is not udp://ADDRESS:PORT"));
 }
 
 TEST_F(ExtractCommand, WaitsForNoDaemonThatItIsNotToldToFeed) {

@@ -1,33 +1,13 @@
 #include "tools/stream/udp_sink.h"
 
-#include <dlfcn.h>
-#include <sys/socket.h>
-
-#include <atomic>
 #include <cerrno>
 
 #include <gmock/gmock.h>
 
+#include "tests/tools/support/failing_send.h"
 #include "tests/tools/support/ts_builder.h"
 #include "tests/tools/support/udp_receiver.h"
 #include "tools/text/tool_error.h"
-
-namespace {
-
-std::atomic<int> sendError{0};  // of every datagram, while it is not 0
-
-}  // namespace
-
-// In place of the C library's. What comes next is a sanitizer's, where there is one.
-extern "C" ssize_t sendto(int fd, const void* bytes, size_t size, int flags,
-                          const sockaddr* address, socklen_t addressSize) {
-  static const auto next = reinterpret_cast<decltype(&sendto)>(dlsym(RTLD_NEXT, "sendto"));
-  if (sendError != 0) {
-    errno = sendError;
-    return -1;
-  }
-  return next(fd, bytes, size, flags, address, addressSize);
-}
 
 namespace tevra::tools {
 namespace {
@@ -86,9 +66,10 @@ TEST_F(UdpSinkTest, SendsAllToWhoeverBeginsToListen) {
 
 TEST_F(UdpSinkTest, CountsWhatTheMachineDoesNotSendAndGoesOn) {
   test::UdpReceiver receiver(kPort);
-  sendError = ENOBUFS;
-  write(14);
-  sendError = 0;
+  {
+    const test::FailingSend none(ENOBUFS);
+    write(14);
+  }
   written_.clear();
   write(7);
   EXPECT_EQ(written_, receiver.receive());
