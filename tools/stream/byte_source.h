@@ -31,6 +31,9 @@ class ByteSource {
   /** For people: what got lost on the way here so far, a line for each kind of loss. */
   [[nodiscard]] virtual std::vector<std::string> faults() const { return {}; }
 
+  /** Whether it ends where it was told to, which may be in the middle of a packet. */
+  [[nodiscard]] virtual bool isStopped() const { return false; }
+
   /** Begins again at the front; false for a source that cannot. */
   [[nodiscard]] virtual bool rewind() { return false; }
 
@@ -55,6 +58,7 @@ class LoopedSource : public ByteSource {
   [[nodiscard]] size_t read(uint8_t* buffer, size_t size) override {
     return source_.read(buffer, size);
   }
+  [[nodiscard]] bool isStopped() const override { return source_.isStopped(); }
   /** Raises ToolError where the source cannot. */
   [[nodiscard]] bool goesOn() override;
 

@@ -30,6 +30,7 @@ class InputFile : public ByteSource {
   InputFile& operator=(const InputFile&) = delete;
 
   [[nodiscard]] size_t read(uint8_t* buffer, size_t size) override;
+  [[nodiscard]] bool isStopped() const override { return live_.stopped(); }
   /** Of a regular file alone. */
   [[nodiscard]] std::optional<uint64_t> size() const override;
   [[nodiscard]] bool rewind() override;

@@ -22,7 +22,9 @@ TsPacketReader::TsPacketReader(Source source) : source_(std::move(source)), buff
 
 TsPacketReader::TsPacketReader(ByteSource& source)
     : TsPacketReader(
-          [&source](uint8_t* buffer, size_t size) { return source.read(buffer, size); }) {}
+          [&source](uint8_t* buffer, size_t size) { return source.read(buffer, size); }) {
+  isStopped_ = [&source] { return source.isStopped(); };
+}
 
 bool TsPacketReader::next(TsPacket& packet) {
   for (;;) {
@@ -31,7 +33,7 @@ bool TsPacketReader::next(TsPacket& packet) {
     }
     fill(gap_ + kTsPacketSize);
     if (available() < gap_ + kTsPacketSize) {
-      skip(available() > gap_ ? available() : 0);
+      skip(available() > gap_ && !isStopped_() ? available() : 0);
       return false;
     }
     if (buffer_[position_ + gap_] == kTsSyncByte) {

@@ -40,7 +40,7 @@ class TsPacketReader {
   [[nodiscard]] uint64_t syncLosses() const { return syncLosses_; }
   /** How often the sync byte of the one behind it was not there either. */
   [[nodiscard]] uint64_t doubleSyncLosses() const { return doubleSyncLosses_; }
-  /** Bytes that belong to no packet, the last packet's missing tail included. */
+  /** Bytes that belong to no packet, and those of a last one that the source had no more of. */
   [[nodiscard]] uint64_t skippedBytes() const { return skippedBytes_; }
 
  private:
@@ -56,6 +56,7 @@ class TsPacketReader {
   void skip(size_t bytes);
 
   Source source_;
+  std::function<bool()> isStopped_ = [] { return false; };
   std::vector<uint8_t> buffer_;
   size_t position_ = 0;
   size_t end_ = 0;

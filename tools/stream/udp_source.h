@@ -48,6 +48,7 @@ class UdpSource : public ByteSource {
   [[nodiscard]] std::string explainNothing(const std::string& name,
                                            uint64_t packets) const override;
   [[nodiscard]] std::vector<std::string> faults() const override;
+  [[nodiscard]] bool isStopped() const override { return live_.stopped(); }
 
  private:
   using Clock = std::chrono::steady_clock;
