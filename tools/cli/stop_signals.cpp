@@ -24,6 +24,10 @@ StopSignals::~StopSignals() {
   ending_ = true;
   pthread_kill(waiter_.native_handle(), SIGINT);  // only that thread gets it
   waiter_.join();
+  const timespec now{};
+  while (sigtimedwait(&signals_, nullptr, &now) > 0) {
+    // came again, and would end the process after all
+  }
   pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
