@@ -71,7 +71,7 @@ SrvOutputRequest requestFor(int service) {
 /** Every call alone, and tables with a request behind them as one client would send them. */
 void addCalls(SeedDirectory& directory, const std::string& stream) {
   CallRecorder recorder;
-  const auto feed = tools::StreamFeed::feedFile(stream, recorder);
+  const auto feed = tools::StreamFeed::feed(*tools::openSource(stream), stream, recorder);
   SIService service;
   recorder.getSIData(service);
   (void)recorder.SISetData(service);
@@ -90,7 +90,7 @@ void addCalls(SeedDirectory& directory, const std::string& stream) {
 void addFiles(SeedDirectory& directory, const std::string& stream) {
   emptyConfigurationRoot();
   OwnedHandler handler;
-  const auto feed = tools::StreamFeed::feedFile(stream, handler);
+  const auto feed = tools::StreamFeed::feed(*tools::openSource(stream), stream, handler);
   for (const tools::ServiceSummary& service : feed.inventory().services()) {
     std::map<int32_t, SPTSConfiguration> answer;
     handler.getSrvOutputData(answer, requestFor(service.serviceId));

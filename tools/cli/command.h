@@ -44,13 +44,6 @@ inline constexpr int kFirstNotificationPort = 9256;
 void addEndpointOptions(Command& command, EndpointOptions& options, int firstPort);
 /** The same and --timeout, for commands that call the daemon. */
 void addDaemonOptions(Command& command, EndpointOptions& options);
-/** Why a command that reads a file, or standard input for "-", cannot take it; empty when it can.
- */
-[[nodiscard]] std::string faultOfFile(const std::string& path);
-/** The required argument FILE of a command that reads a file, or standard input for "-". */
-void addFile(Command& command, std::string& file);
-/** The same of a command that reads it twice: what cannot be is refused. */
-void addFileReadTwice(Command& command, std::string& file);
 /** The daemon that the options mean, by its control port. */
 [[nodiscard]] DaemonAddress daemonAddress(const EndpointOptions& options);
 

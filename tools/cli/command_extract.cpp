@@ -113,7 +113,7 @@ Extraction extractFile(const ExtractOptions& options, const Console& console) {
   const std::string& file = options.source.name;
   Extraction extraction;
   const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
-    const StreamFeed stream = StreamFeed::feedFile(file, engine);
+    const StreamFeed stream = StreamFeed::feed(*openSource(file), file, engine);
     extraction.packets = stream.packets();
     extraction.tables = stream.tables().sent();
     printInput(options, stream, console.out);

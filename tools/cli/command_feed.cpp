@@ -1,8 +1,5 @@
 #include <unistd.h>
 
-#include <atomic>
-#include <chrono>
-#include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -10,25 +7,21 @@
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
 #include "tools/cli/progress.h"
-#include "tools/cli/stop_signals.h"
+#include "tools/cli/source_options.h"
 #include "tools/feed/feed_json.h"
 #include "tools/feed/stream_feed.h"
 #include "tools/stream/byte_source.h"
 #include "tools/stream/pacer.h"
-#include "tools/stream/udp_address.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 struct FeedOptions {
   EndpointOptions endpoint;
-  std::string source;
+  SourceOptions source;
   bool loop = false;
   std::optional<std::string> rate;
-  std::optional<int> seconds;
   bool json = false;
 };
 
@@ -42,9 +35,9 @@ Progress makeProgress(const ByteSource& source, const FeedOptions& options,
 
 void report(const FeedOptions& options, const StreamFeed& stream, const Console& console) {
   if (options.json) {
-    console.out << feedJson(options.source, stream) << "\n";
+    console.out << feedJson(options.source.name, stream) << "\n";
   } else {
-    console.out << options.source << ": " << counted(stream.packets(), "packet") << ", "
+    console.out << options.source.name << ": " << counted(stream.packets(), "packet") << ", "
                 << counted(stream.tables().sent(), "table") << " sent, "
                 << counted(stream.statistics().discontinuities, "discontinuity", "discontinuities")
                 << ", " << counted(stream.statistics().crcErrors, "CRC error") << "\n";
@@ -56,12 +49,10 @@ void report(const FeedOptions& options, const StreamFeed& stream, const Console&
 }
 
 /** Feeds until the end of the stream, or until stopped. */
-StreamFeed feedStream(const FeedOptions& options, thrift::in_module::im_SIControlSrvIf& daemon,
-                      const std::function<bool()>& stopped, const Console& console) {
-  const LiveOptions live = {options.endpoint.timeoutSeconds, stopped};
-  const auto source = openSource(options.source, live);
-  LoopedSource looped(*source);
-  Progress progress = makeProgress(*source, options, console);
+StreamFeed feedStream(const FeedOptions& options, ByteSource& source,
+                      thrift::in_module::im_SIControlSrvIf& daemon, const Console& console) {
+  LoopedSource looped(source);
+  Progress progress = makeProgress(source, options, console);
   Pacer pacer;
   uint64_t bytes = 0;
   const auto onPacket = [&](const TsPacket& packet, size_t tablesSent) {
@@ -70,31 +61,27 @@ StreamFeed feedStream(const FeedOptions& options, thrift::in_module::im_SIContro
     if (options.rate == "realtime") {
       pacer.pace(packet);
     }
-    return !stopped();
+    return true;
   };
-  ByteSource& input = options.loop ? looped : *source;
-  StreamFeed stream = StreamFeed::feed(input, options.source, daemon, onPacket);
+  ByteSource& input = options.loop ? looped : source;
+  StreamFeed stream = StreamFeed::feed(input, options.source.name, daemon, onPacket);
   progress.finish();
   return stream;
 }
 
 int feed(const FeedOptions& options, const Console& console) {
-  if (options.loop && isReadOnce(options.source)) {
-    throw ArgumentError("--loop needs a file: " + options.source + " cannot begin again");
-  }
-  if (isLiveSource(options.source)) {
-    (void)parseUdpAddress(options.source);  // before the daemon is troubled
+  if (options.loop && isReadOnce(options.source.name)) {
+    throw ArgumentError("--loop needs a file: " + options.source.name + " cannot begin again");
   }
   int status = kExitDone;
-  std::atomic<bool> isInterrupted{false};
-  const StopSignals signals([&isInterrupted] { isInterrupted = true; });
-  const auto end = Clock::now() + std::chrono::seconds(options.seconds.value_or(0));
-  const auto stopped = [&] { return isInterrupted || (options.seconds && Clock::now() >= end); };
-  withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-    const StreamFeed stream = feedStream(options, daemon, stopped, console);
-    report(options, stream, console);
-    status = stream.tables().refused() == 0 ? kExitDone : kExitFailed;
-  });
+  const auto read = [&](ByteSource& source) {
+    withDaemon(daemonAddress(options.endpoint), [&](thrift::in_module::im_SIControlSrvIf& daemon) {
+      const StreamFeed stream = feedStream(options, source, daemon, console);
+      report(options, stream, console);
+      status = stream.tables().refused() == 0 ? kExitDone : kExitFailed;
+    });
+  };
+  withSource(options.source, {options.endpoint.timeoutSeconds}, read);
   return status;
 }
 
@@ -104,21 +91,13 @@ void addFeedCommand(CommandLine& line) {
   const auto options = std::make_shared<FeedOptions>();
   Command command = line.command(
       "feed", "Hand the tables of a transport stream to the daemon, each when it is complete");
-  command
-      .option("FILE", options->source,
-              "Transport stream: a file, - for standard input, or udp://ADDRESS:PORT for a live "
-              "one, raw or RTP, that arrives there")
-      .required()
-      .checked([](const std::string& source) {
-        return source.empty() ? "a file is missing" : std::string();
-      });
+  addSource(command, options->source);
   command.flag("--loop", options->loop, "Begin again at the end, until interrupted");
   command
       .option("--rate", options->rate,
               "realtime: as fast as the stream was made, by its PCRs; max: as fast as it is read "
               "(default: max)")
       .oneOf({"realtime", "max"});
-  command.option("--seconds", options->seconds, "End after so many seconds").range(1, 1'000'000);
   command.flag("--json", options->json, "Print what was sent as JSON");
   addDaemonOptions(command, options->endpoint);
   command.action([options](const Console& console) { return feed(*options, console); });

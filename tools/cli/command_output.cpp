@@ -4,6 +4,7 @@
 #include "tools/cli/command.h"
 #include "tools/cli/engine_options.h"
 #include "tools/cli/request_options.h"
+#include "tools/cli/source_options.h"
 #include "tools/extract/stream_outputs.h"
 #include "tools/feed/stream_feed.h"
 #include "tools/outputs/audio_warnings.h"
@@ -17,7 +18,7 @@ namespace {
 
 struct AskOptions {
   EngineOptions engine;
-  std::string file;  // empty: the daemon is asked, about what it has been fed
+  SourceOptions from;  // no name: the daemon is asked, about what it has been fed
   RequestOptions request;
   bool json = false;
 };
@@ -56,46 +57,53 @@ void requireAll(const std::vector<OutputOptions>& outputs, const OutputAnswers& 
   }
 }
 
-/** Outputs that were asked for, and what was answered. */
-struct Asked {
-  std::vector<OutputOptions> outputs;
-  OutputAnswers answers;
-};
-
-Asked askDaemon(const AskOptions& options) {
-  Asked asked;
-  asked.outputs = outputsOf(draftsOf(options.request, OutputDefaults::kFixed));
-  withDaemon(daemonAddress(options.engine.daemon),
-             [&](thrift::in_module::im_SIControlSrvIf& daemon) {
-               asked.answers = askFor(daemon, asked.outputs);
-             });
-  return asked;
-}
-
-Asked askAboutFile(const AskOptions& options, const Console& console) {
-  const auto drafts = draftsOf(options.request, OutputDefaults::kFromStream);
-  Asked asked;
-  const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
-    const StreamFeed stream = StreamFeed::feedFile(options.file, engine);
-    stream.printFaults(console.err);
-    asked.outputs = settledOutputs(drafts, stream.inventory());
-    enterServicesOf(asked.outputs, engine, stream.inventory(),
-                    [&](const std::string& line) { console.err << line << "\n"; });
-    asked.answers = askFor(engine, asked.outputs);
-  };
-  withEngine(options.engine, options.file, console, calls);
-  return asked;
-}
-
-int output(const AskOptions& options, const Console& console) {
-  if (options.file.empty() && !options.engine.state.empty()) {
-    throw ArgumentError("--state is for --from: the daemon keeps its own");
-  }
-  const auto [outputs, answers] =
-      options.file.empty() ? askDaemon(options) : askAboutFile(options, console);
+/** Shows what was answered when these outputs were asked for. */
+void show(const AskOptions& options, const std::vector<OutputOptions>& outputs,
+          const OutputAnswers& answers, const Console& console) {
   print(options, answers, console.out);
   printWarnings(outputs, answers, console.err);
   requireAll(outputs, answers);
+}
+
+void askDaemon(const AskOptions& options, const Console& console) {
+  if (!options.engine.state.empty()) {
+    throw ArgumentError("--state is for --from: the daemon keeps its own");
+  }
+  if (options.from.seconds) {
+    throw ArgumentError("--seconds is for --from: the daemon is asked at once");
+  }
+  const auto outputs = outputsOf(draftsOf(options.request, OutputDefaults::kFixed));
+  OutputAnswers answers;
+  withDaemon(
+      daemonAddress(options.engine.daemon),
+      [&](thrift::in_module::im_SIControlSrvIf& daemon) { answers = askFor(daemon, outputs); });
+  show(options, outputs, answers, console);
+}
+
+void askAboutStream(const AskOptions& options, ByteSource& source, const Console& console) {
+  const std::string& name = options.from.name;
+  const auto drafts = draftsOf(options.request, OutputDefaults::kFromStream);
+  std::vector<OutputOptions> outputs;
+  OutputAnswers answers;
+  withEngine(options.engine, name, console, [&](thrift::in_module::im_SIControlSrvIf& engine) {
+    const StreamFeed stream = StreamFeed::feed(source, name, engine);
+    stream.printFaults(console.err);
+    outputs = settledOutputs(drafts, stream.inventory());
+    enterServicesOf(outputs, engine, stream.inventory(),
+                    [&](const std::string& line) { console.err << line << "\n"; });
+    answers = askFor(engine, outputs);
+  });
+  show(options, outputs, answers, console);
+}
+
+int output(const AskOptions& options, const Console& console) {
+  if (options.from.name.empty()) {
+    askDaemon(options, console);
+    return kExitDone;
+  }
+  tellHowItEnds(options.from, console.err);
+  withSource(options.from, {options.engine.daemon.timeoutSeconds},
+             [&](ByteSource& source) { askAboutStream(options, source, console); });
   return kExitDone;
 }
 
@@ -106,14 +114,10 @@ void addOutputCommand(CommandLine& line) {
   Command command = line.command(
       "output",
       "Print what outputs of a service are made of, PIDs and tables. The daemon is asked, which "
-      "moves its versions: it takes every request for a real one. With --from it is left alone, "
-      "unless --daemon is given");
-  command
-      .option("--from", options->file,
-              "Transport stream to make the outputs of, - for standard input; what is not said of "
-              "them is then as extract has it")
-      .called("FILE")
-      .checked(faultOfFile);
+      "moves its versions: it takes every request for a real one. With --from the outputs are made "
+      "of a stream, as extract would make them, and the daemon is left alone, unless --daemon is "
+      "given");
+  addSource(command, options->from, "--from");
   addRequestOptions(command, options->request, OutputDefaults::kFixed);
   command.flag("--json", options->json, "Print the answer as JSON");
   addEngineOptions(command, options->engine);

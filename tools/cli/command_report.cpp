@@ -6,6 +6,7 @@
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
 #include "tools/cli/engine_options.h"
+#include "tools/cli/source_options.h"
 #include "tools/report/facts/report_collector.h"
 #include "tools/report/page/check_words.h"
 #include "tools/report/page/report_json.h"
@@ -18,7 +19,7 @@ namespace {
 
 struct ReportOptions {
   EngineOptions engine;
-  std::string file;
+  SourceOptions source;
   std::string outputFile;
   std::string title;
   bool json = false;
@@ -51,18 +52,28 @@ void requireCheckAlone(const ReportOptions& options) {
   }
 }
 
+/** As far as it can be told before the stream is read. */
 void requireOutput(const ReportOptions& options) {
   if (options.check) {
     requireCheckAlone(options);
+    return;
   }
-  if (!options.check && options.outputFile.empty()) {
+  if (options.outputFile.empty()) {
     throw ArgumentError("--output is required");
   }
+  if (isSameFile(options.source.name, options.outputFile)) {
+    throw ArgumentError("output and input are the same file, " + options.source.name);
+  }
+  requireWritable(options.outputFile);
 }
 
 /** Needs neither an output file nor a daemon. */
-int check(const ReportOptions& options, const Console& console) {
-  const report::Verdict verdict = report::checkStream(options.file, options.pidPeriod);
+int check(const ReportOptions& options, ByteSource& source, const Console& console) {
+  const report::Verdict verdict =
+      report::checkStream(source, options.source.name, options.pidPeriod);
+  for (const std::string& fault : source.faults()) {
+    console.err << fault << "\n";
+  }
   if (options.json) {
     console.out << report::verdictJson(verdict) << "\n";
   } else {
@@ -71,16 +82,13 @@ int check(const ReportOptions& options, const Console& console) {
   return report::firstPriorityFailed(verdict.checks) ? kExitFailed : kExitDone;
 }
 
-int makeReport(const ReportOptions& options, const Console& console) {
-  if (isSameFile(options.file, options.outputFile)) {
-    throw ArgumentError("output and input are the same file, " + options.file);
-  }
-  requireWritable(options.outputFile);
+int makeReport(const ReportOptions& options, ByteSource& source, const Console& console) {
+  const std::string& name = options.source.name;
   report::Collected collected;
   const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
-    collected = report::collectReport(options.file, engine, options.pidPeriod);
+    collected = report::collectReport(source, name, engine, options.pidPeriod);
   };
-  withEngine(options.engine, options.file, console, calls);
+  withEngine(options.engine, name, console, calls);
   collected.report.title = options.title;
   write(options, collected.report);
   for (const std::string& fault : collected.report.faultLines()) {
@@ -94,6 +102,16 @@ int makeReport(const ReportOptions& options, const Console& console) {
   return collected.refused == 0 ? kExitDone : kExitFailed;
 }
 
+int run(const ReportOptions& options, const Console& console) {
+  requireOutput(options);
+  tellHowItEnds(options.source, console.err);
+  int status = kExitDone;
+  withSource(options.source, {options.engine.daemon.timeoutSeconds}, [&](ByteSource& source) {
+    status = options.check ? check(options, source, console) : makeReport(options, source, console);
+  });
+  return status;
+}
+
 }  // namespace
 
 void addReportCommand(CommandLine& line) {
@@ -102,7 +120,7 @@ void addReportCommand(CommandLine& line) {
       "report",
       "Draw the multiplex on an HTML page, with the output that the daemon would make of every "
       "service");
-  addFile(command, options->file);
+  addSource(command, options->source);
   command.option("-o,--output", options->outputFile,
                  "File to write; it is replaced. - is standard output");
   command.option("--title", options->title, "Heading of the page (default: the file's name)");
@@ -115,10 +133,7 @@ void addReportCommand(CommandLine& line) {
               "Seconds for which video and audio may stay away (PID_error)")
       .range(1, 3600);
   addEngineOptions(command, options->engine);
-  command.action([options](const Console& console) {
-    requireOutput(*options);
-    return options->check ? check(*options, console) : makeReport(*options, console);
-  });
+  command.action([options](const Console& console) { return run(*options, console); });
 }
 
 }  // namespace tevra::tools

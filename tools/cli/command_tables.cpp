@@ -7,8 +7,8 @@
 
 #include "tools/cli/cli.h"
 #include "tools/cli/command.h"
+#include "tools/cli/source_options.h"
 #include "tools/si/stream_faults.h"
-#include "tools/stream/files.h"
 #include "tools/tables/table_fields.h"
 #include "tools/tables/table_printer.h"
 #include "tools/text/tool_error.h"
@@ -18,7 +18,7 @@ namespace tevra::tools {
 namespace {
 
 struct TablesOptions {
-  std::string file;
+  SourceOptions source;
   std::vector<std::string> names;  // none: all
   std::optional<int> service;
   bool json = false;
@@ -32,10 +32,10 @@ bool isWanted(const TablesOptions& options, const SiTable& table) {
 }
 
 /** Ends with an error where nothing was printed, so that scripts notice. */
-void requireTables(const std::string& name, const InputFile& file, uint64_t packets, size_t tables,
-                   size_t printed) {
+void requireTables(const std::string& name, const ByteSource& source, uint64_t packets,
+                   size_t tables, size_t printed) {
   if (tables == 0) {
-    throw ToolError(file.explainNothing(name, packets));
+    throw ToolError(source.explainNothing(name, packets));
   }
   if (printed == 0) {
     throw ToolError(name + " holds " + counted(tables, "table") +
@@ -43,9 +43,8 @@ void requireTables(const std::string& name, const InputFile& file, uint64_t pack
   }
 }
 
-int printTables(const TablesOptions& options, const Console& console) {
-  InputFile file(options.file);
-  TsPacketReader reader(file);
+void printTables(const TablesOptions& options, ByteSource& source, const Console& console) {
+  TsPacketReader reader(source);
   TablePrinter printer(console.out, options.json);
   size_t tables = 0;
   TableDemux demux([&](const SiTable& table, size_t /*sections*/) {
@@ -62,11 +61,10 @@ int printTables(const TablesOptions& options, const Console& console) {
   if (!console.out.flush()) {
     throw ToolError("cannot write the tables: " + std::string(std::strerror(errno)));
   }
-  for (const std::string& fault : streamFaults(reader, demux, "not shown")) {
+  for (const std::string& fault : streamFaults(source, reader, demux, "not shown")) {
     console.err << fault << "\n";
   }
-  requireTables(options.file, file, reader.packets(), tables, printer.printed());
-  return kExitDone;
+  requireTables(options.source.name, source, reader.packets(), tables, printer.printed());
 }
 
 }  // namespace
@@ -75,7 +73,7 @@ void addTablesCommand(CommandLine& line) {
   const auto options = std::make_shared<TablesOptions>();
   Command command = line.command(
       "tables", "Print the tables of a transport stream, each new version once, in stream order");
-  addFile(command, options->file);
+  addSource(command, options->source);
   const std::vector<std::string> names = {"PAT", "CAT", "PMT", "NIT", "SDT", "BAT", "EIT", "TOT"};
   command
       .list("--table", options->names, names,
@@ -86,7 +84,11 @@ void addTablesCommand(CommandLine& line) {
               "Print only the PMTs and EITs of the service with this id")
       .range(0, 65535);
   command.flag("--json", options->json, "Print one JSON array");
-  command.action([options](const Console& console) { return printTables(*options, console); });
+  command.action([options](const Console& console) {
+    withSource(options->source, {},
+               [&](ByteSource& source) { printTables(*options, source, console); });
+    return kExitDone;
+  });
 }
 
 }  // namespace tevra::tools

@@ -1,7 +1,6 @@
 #include "tools/feed/stream_feed.h"
 
 #include "tools/si/stream_faults.h"
-#include "tools/stream/files.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
@@ -47,18 +46,11 @@ StreamFeed StreamFeed::feed(ByteSource& source, const std::string& name,
     throw ToolError(source.explainNothing(name, stream.packets_));
   }
   stream.statistics_ = sumOf(demux.faults());
-  stream.faults_ = streamFaults(reader, demux, "not sent");
+  stream.faults_ = streamFaults(source, reader, demux, "not sent");
   if (feeder.refused() != 0) {
     stream.faults_.push_back(counted(feeder.refused(), "table") + " refused by the daemon");
   }
   return stream;
-}
-
-StreamFeed StreamFeed::feedFile(const std::string& path,
-                                thrift::in_module::im_SIControlSrvIf& daemon) {
-  InputFile file(path);
-  return feed(file, path, daemon,
-              [](const TsPacket& /*packet*/, size_t /*tablesSent*/) { return true; });
 }
 
 void StreamFeed::printFaults(std::ostream& out) const {

@@ -32,12 +32,10 @@ class StreamFeed {
    */
   [[nodiscard]] static StreamFeed feed(
       ByteSource& source, const std::string& name, thrift::in_module::im_SIControlSrvIf& daemon,
-      const OnPacket& onPacket,
-      const OnTable& onTable = [](const SiTable& /*table*/, const StreamInventory& /*inventory*/) {
-      });
-  /** The same with a file, or with standard input for "-". */
-  [[nodiscard]] static StreamFeed feedFile(const std::string& path,
-                                           thrift::in_module::im_SIControlSrvIf& daemon);
+      const OnPacket& onPacket = [](const TsPacket& /*packet*/,
+                                    size_t /*tablesSent*/) { return true; },
+      const OnTable& onTable = [](const SiTable& /*table*/,
+                                  const StreamInventory& /*inventory*/) {});
 
   /** What the stream's services are. */
   [[nodiscard]] const StreamInventory& inventory() const { return inventory_; }

@@ -27,14 +27,15 @@ void noteIncomplete(std::vector<std::string>& faults, const std::vector<Incomple
 
 }  // namespace
 
-std::vector<std::string> streamFaults(const TsPacketReader& reader, const TableDemux& demux,
-                                      const std::string& loss) {
-  return streamFaults(reader, demux, sumOf(demux.faults()), loss);
+std::vector<std::string> streamFaults(const ByteSource& source, const TsPacketReader& reader,
+                                      const TableDemux& demux, const std::string& loss) {
+  return streamFaults(source, reader, demux, sumOf(demux.faults()), loss);
 }
 
-std::vector<std::string> streamFaults(const TsPacketReader& reader, const TableDemux& demux,
-                                      const SectionFaults& sections, const std::string& loss) {
-  std::vector<std::string> faults;
+std::vector<std::string> streamFaults(const ByteSource& source, const TsPacketReader& reader,
+                                      const TableDemux& demux, const SectionFaults& sections,
+                                      const std::string& loss) {
+  std::vector<std::string> faults = source.faults();
   const auto note = [&faults](uint64_t count, const std::string& what, const std::string& rest) {
     if (count != 0) {
       faults.push_back(counted(count, what) + rest);

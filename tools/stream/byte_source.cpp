@@ -10,6 +10,9 @@
 namespace tevra::tools {
 
 std::string ByteSource::explainNothing(const std::string& name, uint64_t packets) const {
+  if (packets == 0 && isStopped()) {
+    return "no packet came from " + name + " before it was stopped";
+  }
   if (packets == 0) {
     return name + " holds no transport stream: no packets of 188, 192 or 204 bytes";
   }

@@ -13,6 +13,7 @@ void TablePrinter::print(const SiTable& table) {
     out_ << (printed_ == 0 ? "" : "\n");
     printTable(out_, tableFields(table));
   }
+  out_ << std::flush;
   ++printed_;
 }
 

@@ -47,7 +47,7 @@ SPTSConfiguration outputNamed(const std::string& name, const std::string& state 
   output.name = name;
   OutputAnswers answers;
   withPrivateEngine(state, [&](Engine& engine) {
-    (void)StreamFeed::feedFile(test::sample(), engine);
+    (void)StreamFeed::feed(*openSource(test::sample()), "sample", engine);
     answers = askFor(engine, {output});
   });
   return answers.at(101);

@@ -9,6 +9,7 @@
 #include "tests/tools/support/recording_daemon.h"
 #include "tests/tools/support/temporary_file.h"
 #include "tests/tools/support/ts_builder.h"
+#include "tools/stream/files.h"
 #include "tools/text/tool_error.h"
 
 namespace tevra::tools {
@@ -23,7 +24,9 @@ using testing::IsSupersetOf;
 
 class StreamFeedTest : public testing::Test {
  protected:
-  StreamFeed feed(const std::string& path) { return StreamFeed::feedFile(path, daemon_); }
+  StreamFeed feed(const std::string& path) {
+    return StreamFeed::feed(*openSource(path), path, daemon_);
+  }
   /** Feeds what has been built, from a file. */
   StreamFeed feedStream() {
     file_.write(stream_.packets());
@@ -88,6 +91,18 @@ TEST_F(StreamFeedTest, ReportsWhatIsWrongWithTheStream) {
       "1 EIT schedule table not complete, not sent\n"
       "table 0x40 of 0 not complete, not sent: 1 section came\n",
       faultsOf(feed(file_.path())));
+}
+
+TEST_F(StreamFeedTest, ReportsWhatIsWrongWithTheSourceFirst) {
+  class Lossy : public InputFile {
+   public:
+    using InputFile::InputFile;
+    [[nodiscard]] std::vector<std::string> faults() const override { return {"2 were lost"}; }
+  };
+  file_.write(test::contentOf(test::sample()) + "tail");
+  Lossy source(file_.path());
+  EXPECT_EQ("2 were lost\n4 bytes outside of packets\n",
+            faultsOf(StreamFeed::feed(source, "lossy", daemon_)));
 }
 
 TEST_F(StreamFeedTest, SaysWhyAFileIsOfNoUse) {
@@ -232,10 +247,7 @@ TEST_F(StreamFeedTest, OfALoopWithoutAPacketEnds) {
   file_.write(std::string("no transport stream"));
   const auto source = openSource(file_.path());
   LoopedSource looped(*source);
-  EXPECT_THROW((void)StreamFeed::feed(
-                   looped, "loop", daemon_,
-                   [](const TsPacket& /*packet*/, size_t /*tablesSent*/) { return true; }),
-               ToolError);
+  EXPECT_THROW((void)StreamFeed::feed(looped, "loop", daemon_), ToolError);
 }
 
 }  // namespace

@@ -7,14 +7,18 @@
 namespace tevra::tools::test {
 
 Result run(const std::vector<std::string>& arguments) {
+  std::ostringstream out;
+  std::ostringstream err;
+  const int status = run(arguments, out, err);
+  return {status, out.str(), err.str()};
+}
+
+int run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
   std::vector<const char*> argv = {"tornelctl"};
   for (const std::string& argument : arguments) {
     argv.push_back(argument.c_str());
   }
-  std::ostringstream out;
-  std::ostringstream err;
-  const int status = runTornelctl(static_cast<int>(argv.size()), argv.data(), out, err);
-  return {status, out.str(), err.str()};
+  return runTornelctl(static_cast<int>(argv.size()), argv.data(), out, err);
 }
 
 Result WithFakeDaemon::runWithDaemon(std::vector<std::string> arguments) const {

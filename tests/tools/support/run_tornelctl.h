@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,12 @@ struct Result {
   std::string err;
 };
 
+///@{
 /** Runs the tool, in this process, with arguments behind its name. */
 [[nodiscard]] Result run(const std::vector<std::string>& arguments);
+[[nodiscard]] int run(const std::vector<std::string>& arguments, std::ostream& out,
+                      std::ostream& err);
+///@}
 
 /** A test with a daemon that answers what it is told to. */
 class WithFakeDaemon : public testing::Test {

@@ -14,7 +14,6 @@
 #include "tools/report/facts/stream_checks.h"
 #include "tools/report/facts/stream_survey.h"
 #include "tools/si/stream_faults.h"
-#include "tools/stream/files.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
@@ -24,11 +23,12 @@ namespace {
 using Daemon = thrift::in_module::im_SIControlSrvIf;
 
 /** What was wrong with packets and tables, but the wrong CRCs, which are counted by PID. */
-std::vector<std::string> faultsOf(const StreamSurvey& survey, const TableFeeder& feeder) {
+std::vector<std::string> faultsOf(const ByteSource& source, const StreamSurvey& survey,
+                                  const TableFeeder& feeder) {
   SectionFaults sections = sumOf(survey.demux().faults());
   sections.crcErrors = 0;
   std::vector<std::string> faults =
-      streamFaults(survey.reader(), survey.demux(), sections, "not sent");
+      streamFaults(source, survey.reader(), survey.demux(), sections, "not sent");
   if (feeder.refused() != 0) {
     faults.push_back(counted(feeder.refused(), "table") + " refused by the daemon");
   }
@@ -159,20 +159,20 @@ std::optional<Output> ask(Daemon& daemon, const Service& service, Report& report
 
 }  // namespace
 
-Collected collectReport(const std::string& file, Daemon& daemon, int pidPeriod) {
-  InputFile input(file);
+Collected collectReport(ByteSource& source, const std::string& name, Daemon& daemon,
+                        int pidPeriod) {
   TableFeeder feeder(daemon);
-  const StreamSurvey survey(input, pidPeriod, [&](const SiTable& table, size_t sections) {
+  const StreamSurvey survey(source, pidPeriod, [&](const SiTable& table, size_t sections) {
     feeder.feed(table, sections);
   });
   if (feeder.sent() == 0) {
-    throw ToolError(input.explainNothing(file, survey.reader().packets()));
+    throw ToolError(source.explainNothing(name, survey.reader().packets()));
   }
   Collected collected;
   Report& report = collected.report;
-  report.file = file;
+  report.file = name;
   report.tablesSent = feeder.sent();
-  report.faults = faultsOf(survey, feeder);
+  report.faults = faultsOf(source, survey, feeder);
   addStream(survey, report);
   collected.refused = feeder.refused();
   for (const ServiceSummary& summary : survey.inventory().services()) {
@@ -188,13 +188,13 @@ Collected collectReport(const std::string& file, Daemon& daemon, int pidPeriod) 
   return collected;
 }
 
-Verdict checkStream(const std::string& file, int pidPeriod) {
-  InputFile input(file);
-  const StreamSurvey survey(input, pidPeriod, [](const SiTable& /*table*/, size_t /*sections*/) {});
+Verdict checkStream(ByteSource& source, const std::string& name, int pidPeriod) {
+  const StreamSurvey survey(source, pidPeriod,
+                            [](const SiTable& /*table*/, size_t /*sections*/) {});
   if (survey.reader().packets() == 0) {
-    throw ToolError(input.explainNothing(file, 0));
+    throw ToolError(source.explainNothing(name, 0));
   }
-  return {file, survey.reader().packets(), survey.seconds(), checksOf(survey)};
+  return {name, survey.reader().packets(), survey.seconds(), checksOf(survey)};
 }
 
 }  // namespace tevra::tools::report

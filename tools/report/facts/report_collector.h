@@ -8,6 +8,7 @@
 #include "records/control_service.h"
 #include "tools/report/facts/report_data.h"
 #include "tools/report/facts/stream_intervals.h"
+#include "tools/stream/byte_source.h"
 
 namespace tevra::tools::report {
 
@@ -18,14 +19,14 @@ struct Collected {
 };
 
 /**
- * Feeds the file, or standard input for "-", to the daemon, which is then asked for the output of
- * every service that has a PMT, under the service's own name and ids. The file is read once.
- * `pidPeriod` is that of the check 1.6, in seconds.
+ * Feeds `source`, called `name`, to the daemon, which is then asked for the output of every service
+ * that has a PMT, under the service's own name and ids. `pidPeriod` is that of the check 1.6, in
+ * seconds.
  *
- * Raises ToolError when the file cannot be read, holds no transport stream or none of the tables.
+ * Raises ToolError when the source cannot be read, holds no transport stream or none of the tables.
  * Passes on what a call raises.
  */
-[[nodiscard]] Collected collectReport(const std::string& file,
+[[nodiscard]] Collected collectReport(ByteSource& source, const std::string& name,
                                       thrift::in_module::im_SIControlSrvIf& daemon,
                                       int pidPeriod = kPidPeriod);
 
@@ -38,9 +39,10 @@ struct Verdict {
 };
 
 /**
- * The same without a daemon. Raises ToolError when the file cannot be read or holds no transport
+ * The same without a daemon. Raises ToolError when the source cannot be read or holds no transport
  * stream.
  */
-[[nodiscard]] Verdict checkStream(const std::string& file, int pidPeriod = kPidPeriod);
+[[nodiscard]] Verdict checkStream(ByteSource& source, const std::string& name,
+                                  int pidPeriod = kPidPeriod);
 
 }  // namespace tevra::tools::report

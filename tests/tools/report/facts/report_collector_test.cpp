@@ -38,11 +38,19 @@ std::vector<int> pidsOf(const std::vector<InputStream>& streams) {
   return pids;
 }
 
+Collected collect(const std::string& path, RecordingDaemon& daemon) {
+  return collectReport(*openSource(path), path, daemon);
+}
+
+Verdict check(const std::string& path) {
+  return checkStream(*openSource(path), path);
+}
+
 class ReportOfTheSample : public testing::Test {
  protected:
   ReportOfTheSample() {
     daemon_.answer = {{101, test::sampleAnswer().at(1201)}};
-    collected_ = collectReport(test::sample(), daemon_);
+    collected_ = collect(test::sample(), daemon_);
   }
 
   RecordingDaemon daemon_;
@@ -87,7 +95,7 @@ TEST(ReportCollector, GivesAnOutputThePcrIntervalsOfThePidThatItCarries) {
   RecordingDaemon daemon;
   daemon.answer = {{101, test::sampleAnswer().at(1201)}};
   daemon.answer.at(101).pidItems.at(1).inputPid = 0x101;
-  const Report report = collectReport(test::sample(), daemon).report;
+  const Report report = collect(test::sample(), daemon).report;
   const std::vector<IntervalFact>& intervals = report.services[0].output.value().intervals;
   ASSERT_EQ(1U, intervals.size());
   EXPECT_EQ("PCR", intervals[0].what);
@@ -101,11 +109,11 @@ TEST(ReportCollector, ChecksAStreamWithoutATableThatADaemonCouldBeFed) {
   stream.add(0x300);
   const TemporaryFile file("ts");
   file.write(stream.packets());
-  const Verdict verdict = checkStream(file.path());
+  const Verdict verdict = check(file.path());
   EXPECT_EQ(2U, verdict.packets);
   EXPECT_EQ(11U, verdict.checks.size());
   RecordingDaemon daemon;
-  EXPECT_THROW((void)collectReport(file.path(), daemon), ToolError);
+  EXPECT_THROW((void)collect(file.path(), daemon), ToolError);
 }
 
 TEST_F(ReportOfTheSample, CountsEveryPacketOnce) {
@@ -194,7 +202,7 @@ Report reportOf(const test::StreamBuilder& stream) {
   const TemporaryFile file("ts");
   file.write(stream.packets());
   RecordingDaemon daemon;
-  return collectReport(file.path(), daemon).report;
+  return collect(file.path(), daemon).report;
 }
 
 TEST(ReportCollector, KnowsNoTimeWithoutPcrs) {
@@ -261,7 +269,7 @@ TEST(ReportCollector, ReadsAFrenchMultiplexOfSiAlone) {
   const std::string path = test::capture("french-dtt-si-only.ts");
   SKIP_WITHOUT_CAPTURE(path);
   RecordingDaemon daemon;
-  const Report report = collectReport(path, daemon).report;
+  const Report report = collect(path, daemon).report;
   EXPECT_TRUE(daemon.requests.empty()) << "no service has a PMT";
   ASSERT_EQ(5U, report.services.size());
   EXPECT_EQ("M6", report.services[0].name);
@@ -276,7 +284,7 @@ TEST(ReportCollector, ReadsAnItalianMultiplexWithSharedPids) {
   const std::string path = test::capture("italian-dtt-mpts.ts");
   SKIP_WITHOUT_CAPTURE(path);
   RecordingDaemon daemon;
-  const Report report = collectReport(path, daemon).report;
+  const Report report = collect(path, daemon).report;
   EXPECT_EQ(8U, daemon.requests.size());
   EXPECT_NEAR(22.39e6, report.bitRate(report.packets).value(), 0.05e6);
   EXPECT_THAT(pidsOf(report.services.at(0).streams), testing::Contains(3001));
@@ -287,11 +295,11 @@ TEST(ReportCollector, ReadsAnItalianMultiplexWithSharedPids) {
 
 TEST(ReportCollector, FailsAsFeedDoes) {
   RecordingDaemon daemon;
-  EXPECT_THROW((void)collectReport("/no/such/file.ts", daemon), ToolError);
+  EXPECT_THROW((void)collect("/no/such/file.ts", daemon), ToolError);
   const TemporaryFile nothing("ts");
   nothing.write(std::string(1000, 'x'));
-  EXPECT_THROW((void)collectReport(nothing.path(), daemon), ToolError);
-  EXPECT_THROW((void)checkStream(nothing.path()), ToolError);
+  EXPECT_THROW((void)collect(nothing.path(), daemon), ToolError);
+  EXPECT_THROW((void)check(nothing.path()), ToolError);
 }
 
 // Any file must become a page or an error; the sanitizers watch.
@@ -306,7 +314,7 @@ TEST(ReportCollector, SurvivesDamagedStreams) {
     const TemporaryFile file("damaged");
     file.write(bytes);
     RecordingDaemon daemon;
-    const Report report = collectReport(file.path(), daemon).report;
+    const Report report = collect(file.path(), daemon).report;
     EXPECT_GT(report.packets, 1000U);
     EXPECT_THAT(reportPage(report), HasSubstr("to look at"));
     EXPECT_FALSE(reportJson(report).empty());
