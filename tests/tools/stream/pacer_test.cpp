@@ -33,6 +33,7 @@ TEST_F(PacerTest, WaitsForTheTimeOfEveryPcr) {
 
 TEST_F(PacerTest, FollowsTheFirstPidWithPcrsAlone) {
   pacer_.pace(writer_.stream(0x90, 0));
+  pacer_.pace(writer_.stream(0x90, 0));
   pace(0x100, 0);
   pace(0x200, 3000 * kMillisecond);
   pace(0x100, 40 * kMillisecond);
