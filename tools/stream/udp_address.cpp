@@ -45,4 +45,12 @@ std::string urlOf(const UdpAddress& address) {
   return std::string(address.scheme) + address.address + ":" + std::to_string(address.port);
 }
 
+sockaddr_in socketAddress(const UdpAddress& address) {
+  sockaddr_in result{};
+  result.sin_family = AF_INET;
+  result.sin_port = htons(static_cast<uint16_t>(address.port));
+  (void)inet_pton(AF_INET, address.address.c_str(), &result.sin_addr);  // has been parsed
+  return result;
+}
+
 }  // namespace tevra::tools

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <netinet/in.h>
+
 #include <string>
 #include <string_view>
 
@@ -23,5 +25,7 @@ struct UdpAddress {
 
 /** What parseUdpAddress would read. */
 [[nodiscard]] std::string urlOf(const UdpAddress& address);
+/** For calls of the kernel. Precondition: parseUdpAddress has read it, or would. */
+[[nodiscard]] sockaddr_in socketAddress(const UdpAddress& address);
 
 }  // namespace tevra::tools

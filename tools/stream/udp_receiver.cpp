@@ -1,6 +1,5 @@
 #include "tools/stream/udp_receiver.h"
 
-#include <arpa/inet.h>
 #include <linux/sock_diag.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -26,14 +25,6 @@ constexpr std::chrono::milliseconds kGathering(2);
 
 [[noreturn]] void fail(const std::string& what, const std::string& name) {
   throw ToolError("cannot " + what + " " + name + ": " + std::strerror(errno));
-}
-
-sockaddr_in socketAddress(const UdpAddress& address) {
-  sockaddr_in result{};
-  result.sin_family = AF_INET;
-  result.sin_port = htons(static_cast<uint16_t>(address.port));
-  (void)inet_pton(AF_INET, address.address.c_str(), &result.sin_addr);  // has been parsed
-  return result;
 }
 
 /** As large as it may be: beyond the limit of all others with the rights of an administrator. */

@@ -1,6 +1,5 @@
 #include "tools/stream/udp_sink.h"
 
-#include <arpa/inet.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -9,7 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "tools/stream/udp_source.h"
+#include "tools/stream/udp_address.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
@@ -27,12 +26,7 @@ sockaddr_in addressOf(const std::string& name) {
   if (name.compare(0, kUdpScheme.size(), kUdpScheme) != 0) {
     fail(name, "packets are sent without RTP, to udp://ADDRESS:PORT");
   }
-  const UdpAddress address = parseUdpAddress(name);
-  sockaddr_in result{};
-  result.sin_family = AF_INET;
-  result.sin_port = htons(static_cast<uint16_t>(address.port));
-  (void)inet_pton(AF_INET, address.address.c_str(), &result.sin_addr);  // has been parsed
-  return result;
+  return socketAddress(parseUdpAddress(name));
 }
 
 /** Whether the kernel knows a way there; errno says why not. */

@@ -1,9 +1,12 @@
+#include <sys/stat.h>
 #include <cerrno>
 #include <chrono>
+
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -457,6 +460,37 @@ TEST(ExtractCommandLine, SaysWhatIsWrongWithTheFilesBeforeTheStreamIsRead) {
     EXPECT_EQ(kExitUsage, result.status) << error;
     EXPECT_EQ("tornelctl: " + error + "\n", result.err);
   }
+}
+
+/** Extracts service 101 of the sample, which comes through a pipe. */
+Result runOnAPipe(const TemporaryFile& pipe, const std::vector<std::string>& more) {
+  EXPECT_EQ(0, mkfifo(pipe.path().c_str(), 0600));
+  std::thread writer([&] { pipe.write(test::contentOf(test::sample())); });
+  std::vector<std::string> arguments = {"extract", pipe.path(), "--service", "101"};
+  arguments.insert(arguments.end(), more.begin(), more.end());
+  Result result = run(arguments);
+  writer.join();
+  return result;
+}
+
+TEST_F(ExtractCommand, TakesAPipeWhichItReadsOnce) {
+  const TemporaryFile pipe("pipe");
+  const TemporaryFile file("out");
+  const Result result = runOnAPipe(pipe, {"-o", file.path()});
+  EXPECT_EQ(kExitDone, result.status) << result.err;
+  EXPECT_THAT(result.out,
+              AllOf(HasSubstr("output with global service id 101"), HasSubstr("Canal Uno"),
+                    HasSubstr("input " + pipe.path() + ": 10013 packets, 24 tables\n"),
+                    HasSubstr("output " + file.path() + ": ")));
+  EXPECT_GT(file.readPackets().size(), 3000U);
+}
+
+TEST_F(ExtractCommand, PrintsTheAccountOfALiveSourceAsJsonAlone) {
+  const TemporaryFile pipe("pipe");
+  const TemporaryFile file("out");
+  const json account = json::parse(runOnAPipe(pipe, {"-o", file.path(), "--json"}).out);
+  EXPECT_EQ(10013, account.at("packets"));
+  EXPECT_EQ(file.path(), account.at("outputs").at(0).at("file"));
 }
 
 }  // namespace

@@ -94,9 +94,8 @@ TEST(Source, ThatStaysAwayFailsBehindWhatHasBeenRead) {
     withSource({kLive, {}}, impatient(), readToTheEnd);
     ADD_FAILURE() << "no error";
   } catch (const ToolError& error) {
-    EXPECT_STREQ(
-        "nothing more has come from udp://127.0.0.1:21047 for 0 s: has the stream ended?",
-        error.what());
+    EXPECT_STREQ("nothing more has come from udp://127.0.0.1:21047 for 0 s: has the stream ended?",
+                 error.what());
   }
   EXPECT_EQ("Gone", read);
 }
@@ -104,8 +103,7 @@ TEST(Source, ThatStaysAwayFailsBehindWhatHasBeenRead) {
 TEST(Source, ThatStaysAwayIsWaitedForByWhoIsToldOfIt) {
   LiveOptions live = impatient();
   live.onSilence = [](milliseconds /*silence*/) { test::sendDatagram("Gone", kPort); };
-  withSource({kLive, {}}, live,
-             [](ByteSource& source) { EXPECT_EQ("Gone", readOnce(source)); });
+  withSource({kLive, {}}, live, [](ByteSource& source) { EXPECT_EQ("Gone", readOnce(source)); });
 }
 
 TEST(Source, ThatIsAPipeIsWaitedForHoweverLongItTakes) {
