@@ -72,13 +72,17 @@ StreamFeed LiveExtract::run(ByteSource& source) {
 }
 
 void LiveExtract::silent(std::chrono::milliseconds silence) {
-  for (Writer& writer : writers_) {
-    writer.output->flush();
-  }
+  flush();
   silence_ = silence;
   if (!isSilenceTold_ && silence >= kUntilTold) {
     isSilenceTold_ = true;
     events_.tell("nothing comes from " + request_.source + ": waiting for it");
+  }
+}
+
+void LiveExtract::flush() {
+  for (Writer& writer : writers_) {
+    writer.output->flush();
   }
 }
 
@@ -126,6 +130,7 @@ void LiveExtract::follow(const PAT& pat) {
   }
   transportStreamId_ = pat.transportStreamId;
   wait_.emplace();
+  flush();
 }
 
 bool LiveExtract::hasPmt(int serviceId) const {
@@ -202,6 +207,7 @@ void LiveExtract::askAgain(std::optional<int> service) {
 void LiveExtract::pause(size_t index) {
   if (!writers_[index].isPaused) {
     writers_[index].isPaused = true;
+    writers_[index].output->flush();
     events_.tell(outputs_[index].file + ": pauses, for service " +
                  std::to_string(outputs_[index].output.inputSid) + " is not in the stream");
   }

@@ -84,6 +84,7 @@ class LiveExtract {
     [[nodiscard]] bool isOver(const TsPacket& packet);
   };
 
+  void flush();
   void take(const TsPacket& packet);
   void take(const SiTable& table, const StreamInventory& inventory);
   void follow(const PAT& pat);
