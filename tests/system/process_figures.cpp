@@ -1,12 +1,16 @@
 #include "tests/system/process_figures.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <sstream>
 
+#include "tests/support/files.h"
 #include "tests/support/sanitizers.h"
 
 namespace tevra::test {
@@ -17,6 +21,19 @@ void ProcessFigures::resetPeak() const {
 
 int64_t ProcessFigures::descriptors() const {
   return std::distance(std::filesystem::directory_iterator(directory_ + "fd"), {});
+}
+
+double ProcessFigures::processorSeconds() const {
+  const std::string stat = readText(directory_ + "stat");
+  std::istringstream fields(stat.substr(std::min(stat.size(), stat.rfind(')') + 1)));
+  std::string skipped;
+  for (int field = 3; field < 14; ++field) {
+    fields >> skipped;
+  }
+  int64_t user = 0;
+  int64_t system = 0;
+  fields >> user >> system;
+  return static_cast<double>(user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
 int64_t ProcessFigures::status(const std::string& name) const {

@@ -26,6 +26,10 @@ class ProcessFigures {
 
   [[nodiscard]] int64_t descriptors() const;
 
+  /** Of processor time, for itself and in the kernel, since the start; 0 when the process is gone.
+   */
+  [[nodiscard]] double processorSeconds() const;
+
  private:
   /** 0 when the process is gone. */
   [[nodiscard]] int64_t status(const std::string& name) const;
