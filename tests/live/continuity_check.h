@@ -1,10 +1,8 @@
 #pragma once
 
-#include <cstdint>
 #include <map>
 
 #include "tests/live/faults.h"
-#include "tests/live/stamp.h"
 #include "tools/stream/ts_packet.h"
 
 namespace tevra::test {
@@ -16,20 +14,13 @@ class ContinuityCheck {
   /** What is wrong goes to `faults`, which must outlive this. */
   explicit ContinuityCheck(Faults& faults) : faults_(faults) {}
 
-  /** The next packet; `stream` is what its PID carries. Where that is another than before, counting
-   * begins anew. */
-  void take(const tools::TsPacket& packet, const StreamId& stream);
+  void take(const tools::TsPacket& packet);
   /** Packets are missing that this was never given. */
   void forget() { last_.clear(); }
 
  private:
-  struct Last {
-    StreamId stream;
-    int counter;
-  };
-
   Faults& faults_;
-  std::map<int, Last> last_;  // by PID
+  std::map<int, int> last_;  // by PID
 };
 
 }  // namespace tevra::test

@@ -11,9 +11,6 @@ using tools::TsPacket;
 
 constexpr size_t kPacketsOfDatagram = 7;
 
-/** What a PID carries that has tables, which begin anew with no transport stream. */
-constexpr StreamId kTables = {UINT32_MAX, 0};
-
 std::string pidText(const TsPacket& packet) {
   return "PID " + std::to_string(packet.pid());
 }
@@ -47,7 +44,7 @@ void SptsChecker::takePacket(const TsPacket& packet, int64_t now) {
   if (packet.data()[0] != tools::kTsSyncByte || packet.transportError()) {
     faults_.add("a packet without sync byte, or with transport error");
   } else if (packet.pid() == kPatPid || packet.pid() == kSdtPid || packet.pid() == pmtPid_) {
-    continuity_.take(packet, kTables);
+    continuity_.take(packet);
     takeTable(packet);
   } else {
     takeStream(packet, now);
@@ -122,7 +119,7 @@ void SptsChecker::takeStream(const TsPacket& packet, int64_t now) {
     return;
   }
   requireAnnounced(packet);
-  continuity_.take(packet, stamp->stream);
+  continuity_.take(packet);
   follow(*stamp);
   longestWay_ = std::max(longestWay_, now - stamp->sentAt);
   if (const auto pcr = packet.pcr(); pcr && !pmts_.empty() && packet.pid() == pmts_.back().pcrPid) {
