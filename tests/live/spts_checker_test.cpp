@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <ostream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -153,6 +155,10 @@ struct Wrong {
   std::function<void(Relay&)> does;
   const char* fault;
 };
+
+void PrintTo(const Wrong& wrong, std::ostream* out) {
+  *out << wrong.name;
+}
 
 const std::vector<Wrong> kWrongs = {
     {"LostPacket", [](Relay& relay) { relay.alterNext(5, 1, kDrop); }, "continuity counter"},
