@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 #include "tools/cli/cli.h"
@@ -146,18 +147,21 @@ Extraction extractLive(const ExtractOptions& options, const Console& console) {
     console.err << timeStamp(std::chrono::system_clock::now(), Zone::kLocal) << " " << line << "\n"
                 << std::flush;
   };
-  const auto calls = [&](thrift::in_module::im_SIControlSrvIf& engine) {
+  std::function<void(std::chrono::milliseconds)> silent;
+  const auto calls = [&](ByteSource& source, thrift::in_module::im_SIControlSrvIf& engine) {
     LiveExtract extract({options.source.name, options.drafts, options.pattern}, engine, events);
-    LiveOptions live;
-    live.onSilence = [&](std::chrono::milliseconds silence) { extract.silent(silence); };
-    withSource(options.source, live, [&](ByteSource& source) {
-      const StreamFeed stream = extract.run(source);
-      extraction = {stream.packets(), stream.tables().sent(), extract.outputs()};
-      printInput(options, stream, console.out);
-      stream.printFaults(console.err);
-    });
+    silent = [&](std::chrono::milliseconds silence) { extract.silent(silence); };
+    const StreamFeed stream = extract.run(source);
+    extraction = {stream.packets(), stream.tables().sent(), extract.outputs()};
+    printInput(options, stream, console.out);
+    stream.printFaults(console.err);
   };
-  withEngine(options.engine, options.source.name, console, calls);
+  LiveOptions live;
+  live.onSilence = [&](std::chrono::milliseconds silence) { silent(silence); };
+  withSource(options.source, live, [&](ByteSource& source) {
+    withEngine(options.engine, options.source.name, console,
+               [&](thrift::in_module::im_SIControlSrvIf& engine) { calls(source, engine); });
+  });
   return extraction;
 }
 

@@ -485,6 +485,13 @@ TEST_F(ExtractCommand, TakesAPipeWhichItReadsOnce) {
   EXPECT_GT(file.readPackets().size(), 3000U);
 }
 
+TEST_F(ExtractCommand, LeavesTheDaemonAloneWhereALiveSourceIsNone) {
+  const TemporaryFile file("out");
+  const Result result = runWithDaemon({"extract", "udp://127.0.0.1", "-o", file.path()});
+  EXPECT_EQ(kExitFailed, result.status);
+  EXPECT_THAT(result.err, testing::StartsWith("tornelctl: 'udp://127.0.0.1' is not udp://"));
+}
+
 TEST_F(ExtractCommand, PrintsTheAccountOfALiveSourceAsJsonAlone) {
   const TemporaryFile pipe("pipe");
   const TemporaryFile file("out");
