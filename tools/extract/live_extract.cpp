@@ -11,10 +11,6 @@
 namespace tevra::tools {
 namespace {
 
-// Within two seconds every table that is waited for has come (ETSI TR 101 211, 4.4.1).
-constexpr int64_t kPatience = 2 * kSystemClock;
-/** The same of a stream without PCRs: at 40 Mbit/s. */
-constexpr uint64_t kPatienceInPackets = 50'000;
 constexpr std::chrono::seconds kUntilTold(1);
 
 /** Whether an answer may depend on the table. */
@@ -40,14 +36,6 @@ std::string movedVersions(const SPTSConfiguration& before, const SPTSConfigurati
 }
 
 }  // namespace
-
-bool LiveExtract::Wait::isOver(const TsPacket& packet) {
-  const int64_t time = clock.at(packet).time;
-  ticks += clock.isMeasured() ? time - last : 0;
-  last = time;
-  ++packets;
-  return ticks >= kPatience || (!clock.isMeasured() && packets >= kPatienceInPackets);
-}
 
 LiveExtract::LiveExtract(LiveRequest request, thrift::in_module::im_SIControlSrvIf& engine,
                          LiveEvents events)
@@ -92,7 +80,7 @@ void LiveExtract::take(const TsPacket& packet) {
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(silence_).count();
     events_.tell(request_.source + " is back after " + std::to_string(seconds) + " s");
   }
-  if (wait_ && wait_->isOver(packet)) {
+  if (wait_ && wait_->isOverBefore(packet)) {
     settle();
   }
   if (wait_) {

@@ -14,10 +14,10 @@
 #include "tools/extract/spts_files.h"
 #include "tools/extract/spts_output.h"
 #include "tools/extract/stream_outputs.h"
+#include "tools/extract/table_wait.h"
 #include "tools/feed/stream_feed.h"
 #include "tools/outputs/output_draft.h"
 #include "tools/stream/byte_source.h"
-#include "tools/stream/running_clock.h"
 
 namespace tevra::tools {
 
@@ -73,17 +73,6 @@ class LiveExtract {
     bool isPaused = false;  // the stream lacks its service
   };
 
-  /** For the tables of a transport stream. */
-  struct Wait {
-    RunningClock clock;
-    int64_t ticks = 0;  // by PCRs; what came before two of them does not count
-    int64_t last = 0;
-    uint64_t packets = 0;
-
-    /** Counts the packet. */
-    [[nodiscard]] bool isOver(const TsPacket& packet);
-  };
-
   void flush();
   void take(const TsPacket& packet);
   void take(const SiTable& table, const StreamInventory& inventory);
@@ -102,8 +91,8 @@ class LiveExtract {
   thrift::in_module::im_SIControlSrvIf& engine_;
   LiveEvents events_;
 
-  std::optional<int> transportStreamId_;  // of the last PAT
-  std::optional<Wait> wait_;
+  std::optional<int> transportStreamId_;        // of the last PAT
+  std::optional<TableWait> wait_;               // for the tables of that
   const StreamInventory* inventory_ = nullptr;  // as of the last table
 
   std::chrono::milliseconds silence_{0};
