@@ -17,12 +17,11 @@ constexpr int64_t kForgotten = 32;
 
 }  // namespace
 
-RunningClock::Moment RunningClock::at(const TsPacket& packet) {
-  const std::optional<int64_t> pcr = packet.pcr();
-  const bool isClock = pcr && packet.pid() == pcrPid_.value_or(packet.pid());
+RunningClock::Moment RunningClock::at(int pid, std::optional<int64_t> pcr, bool discontinuity) {
+  const bool isClock = pcr && pid == pcrPid_.value_or(pid);
   if (isClock) {
-    pcrPid_ = packet.pid();
-    takePcr(*pcr, packet.discontinuity());
+    pcrPid_ = pid;
+    takePcr(*pcr, discontinuity);
   }
   time_ = std::max(time_, anchor_ + sinceAnchor());
   ++packets_;

@@ -29,7 +29,11 @@ class RunningClock {
   explicit RunningClock(std::optional<int> pcrPid = std::nullopt) : pcrPid_(pcrPid) {}
 
   /** Of the next packet of the multiplex. */
-  [[nodiscard]] Moment at(const TsPacket& packet);
+  [[nodiscard]] Moment at(const TsPacket& packet) {
+    return at(packet.pid(), packet.pcr(), packet.discontinuity());
+  }
+  /** The same where no more of it is known; without a PCR `discontinuity` says nothing. */
+  [[nodiscard]] Moment at(int pid, std::optional<int64_t> pcr, bool discontinuity);
   /** From now on by the PCRs of this PID; time goes on. */
   void follow(int pcrPid);
 

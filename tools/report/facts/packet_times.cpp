@@ -21,9 +21,10 @@ void PacketTimes::push(const TsPacket& packet) {
   if (mark.pid == kNullPid) {
     return;
   }
-  if (const std::optional<int64_t> pcr = packet.pcr()) {
-    mark.hasPcr = true;
-    takePcr(packet.pid(), *pcr, packet.discontinuity());
+  mark.pcr = packet.pcr();
+  mark.discontinuity = packet.discontinuity();
+  if (mark.pcr) {
+    takePcr(mark.pid, *mark.pcr, mark.discontinuity);
   }
 }
 

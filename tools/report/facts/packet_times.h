@@ -13,9 +13,10 @@ namespace tevra::tools::report {
 
 /** What has to be known of a packet when its time is. */
 struct PacketMark {
-  uint16_t pid = 0;       ///< 0 to 8191; of a packet flagged as damaged kNullPid
-  bool hasPcr = false;    ///< one that can be believed
-  bool hasTable = false;  ///< a section ends in it that somebody waits for
+  uint16_t pid = 0;            ///< 0 to 8191; of a packet flagged as damaged kNullPid
+  bool hasTable = false;       ///< a section ends in it that somebody waits for
+  bool discontinuity = false;  ///< the clock may jump at its PCR
+  std::optional<int64_t> pcr;  ///< one that can be believed
 };
 
 /**

@@ -48,12 +48,12 @@ void StreamIntervals::take(const PacketMark& mark, uint64_t number, int64_t time
     at(kPatPid).tables.expect(time);
   }
   span_ = time;
-  if (mark.hasTable || mark.hasPcr) {
+  if (mark.hasTable || mark.pcr) {
     PidIntervals& pid = at(mark.pid);
     if (mark.hasTable) {
       pid.tables.come(time);
     }
-    if (mark.hasPcr) {
+    if (mark.pcr) {
       pid.pcrs.come(time);
     }
   }
