@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 namespace tevra::tools::report {
@@ -11,6 +12,8 @@ namespace tevra::tools::report {
  */
 class Recurrence {
  public:
+  /** It may stay away. */
+  Recurrence() = default;
   /** It stays away for too long beyond `limit` ticks. */
   explicit Recurrence(int64_t limit) : limit_(limit) {}
 
@@ -37,7 +40,7 @@ class Recurrence {
  private:
   void judge(int64_t time);
 
-  int64_t limit_;
+  int64_t limit_ = std::numeric_limits<int64_t>::max();
   std::optional<int64_t> last_;          // coming
   std::optional<int64_t> waitingSince_;  // while it has to come
   uint64_t intervals_ = 0;

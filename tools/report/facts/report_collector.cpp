@@ -83,28 +83,37 @@ bool isOf(const Service& service, const IntervalFact& fact) {
                      [&](const auto& stream) { return stream.hasPcr && stream.pid == fact.pid; });
 }
 
-/** The PCRs of an output are those of the PID that it carries. */
-void addOutputIntervals(const IntervalFact& fact, Output& output) {
-  for (const OutputStream& stream : output.streams) {
-    const bool hasPcr = std::count(stream.attributes.begin(), stream.attributes.end(), "PCR") != 0;
-    if (hasPcr && stream.inputPid == fact.pid && fact.what == "PCR") {
-      IntervalFact& carried = output.intervals.emplace_back(fact);
-      carried.pid = stream.outputPid;
-      carried.serviceIds = {output.serviceId};
+/** The PCRs of an output are those of the PID that it carries, and by them go its tables. */
+void addOutputIntervals(const StreamSurvey& survey, const std::vector<IntervalFact>& input,
+                        Output& output) {
+  const auto clock =
+      std::find_if(output.streams.begin(), output.streams.end(), [](const OutputStream& stream) {
+        return std::count(stream.attributes.begin(), stream.attributes.end(), "PCR") != 0;
+      });
+  if (clock == output.streams.end() || !clock->inputPid) {
+    return;
+  }
+  output.intervals = tableIntervalsOf(survey, *clock->inputPid, output.tables.back().pid);
+  for (const IntervalFact& fact : input) {
+    if (fact.what == "PCR" && fact.pid == clock->inputPid) {
+      output.intervals.emplace_back(fact).pid = clock->outputPid;
     }
+  }
+  for (IntervalFact& fact : output.intervals) {
+    fact.serviceIds = {output.serviceId};
   }
 }
 
 void addIntervals(const StreamSurvey& survey, Report& report) {
   report.intervals = intervalsOf(survey);
-  for (IntervalFact& fact : report.intervals) {
-    for (Service& service : report.services) {
+  for (Service& service : report.services) {
+    for (IntervalFact& fact : report.intervals) {
       if (isOf(service, fact)) {
         fact.serviceIds.push_back(service.serviceId);
       }
-      if (service.output) {
-        addOutputIntervals(fact, *service.output);
-      }
+    }
+    if (service.output) {
+      addOutputIntervals(survey, report.intervals, *service.output);
     }
   }
 }

@@ -89,7 +89,7 @@ struct Output {
   int originalNetworkId = 0;            ///< in its SDT
   std::vector<OutputStream> streams;    ///< by output PID
   std::vector<TableFact> tables;        ///< PAT, SDT, PMT
-  std::vector<IntervalFact> intervals;  ///< of the PCRs that it carries, if they come
+  std::vector<IntervalFact> intervals;  ///< PAT, PMT, SDT, PCRs; none without PCRs
 };
 
 /** An event of a service: one for all EITs that give it the same id, start and duration. */

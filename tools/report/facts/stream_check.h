@@ -39,7 +39,7 @@ struct StreamCheck {
 struct IntervalFact {
   std::string what;             ///< "PAT", "PMT", "SDT" or "PCR"
   int pid = 0;                  ///< 0 to 8191
-  std::vector<int> serviceIds;  ///< of a PMT or a PCR; ascending
+  std::vector<int> serviceIds;  ///< of a PMT or a PCR, and of all of an output; ascending
   uint64_t count = 0;           ///< intervals; not 0
   double shortest = 0;          ///< seconds, like the next two
   double mean = 0;              ///< of all intervals

@@ -238,4 +238,14 @@ std::vector<IntervalFact> intervalsOf(const StreamSurvey& survey) {
   return facts;
 }
 
+std::vector<IntervalFact> tableIntervalsOf(const StreamSurvey& survey, int pcrPid, int pmtPid) {
+  std::vector<IntervalFact> facts;
+  if (const RepeatedTables* tables = survey.intervals().repeated(pcrPid)) {
+    add("PAT", kPatPid, tables->patAndPmt, facts);
+    add("PMT", pmtPid, tables->patAndPmt, facts);
+    add("SDT", kSdtPid, tables->sdt, facts);
+  }
+  return facts;
+}
+
 }  // namespace tevra::tools::report

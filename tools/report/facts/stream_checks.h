@@ -17,4 +17,11 @@ namespace tevra::tools::report {
 /** PAT, then PMTs, the SDT, and PCRs, each by PID; none without a clock. */
 [[nodiscard]] std::vector<IntervalFact> intervalsOf(const StreamSurvey& survey);
 
+/**
+ * PAT, PMT and SDT of an output with the PCRs of the input's `pcrPid`, as `extract` of the live
+ * stream repeats them; none without such PCRs.
+ */
+[[nodiscard]] std::vector<IntervalFact> tableIntervalsOf(const StreamSurvey& survey, int pcrPid,
+                                                         int pmtPid);
+
 }  // namespace tevra::tools::report

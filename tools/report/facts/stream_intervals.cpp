@@ -60,10 +60,33 @@ void StreamIntervals::take(const PacketMark& mark, uint64_t number, int64_t time
   if (PidIntervals* pid = pids_[mark.pid].get()) {
     pid->packets.come(time);
   }
+  repeatTables(mark, time);
   while (!coming_.empty() && coming_.front().first <= number) {
     expect(coming_.front().second, time);
     coming_.pop_front();
   }
+}
+
+void StreamIntervals::repeatTables(const PacketMark& mark, int64_t time) {
+  if (mark.pcr && current_.clocks.count(mark.pid) != 0 && repeated_.size() < kMostClocks) {
+    repeated_.try_emplace(mark.pid, mark.pid);
+  }
+  for (auto& entry : repeated_) {
+    RepeatedTables& tables = entry.second;
+    const auto moment = tables.clock.at(mark.pid, mark.pcr, mark.discontinuity);
+    const TableRepetition::Due due = tables.repetition.before(moment.time, moment.horizon);
+    if (due.patAndPmt) {
+      tables.patAndPmt.come(time);
+    }
+    if (due.sdt) {
+      tables.sdt.come(time);
+    }
+  }
+}
+
+const RepeatedTables* StreamIntervals::repeated(int pcrPid) const {
+  const auto tables = repeated_.find(pcrPid);
+  return tables != repeated_.end() && tables->second.clock.isMeasured() ? &tables->second : nullptr;
 }
 
 void StreamIntervals::expect(const References& references, int64_t time) {

@@ -2,14 +2,17 @@
 
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "tools/outputs/table_repetition.h"
 #include "tools/report/facts/packet_times.h"
 #include "tools/report/facts/recurrence.h"
 #include "tools/report/facts/references.h"
+#include "tools/stream/running_clock.h"
 
 namespace tevra::tools::report {
 
@@ -28,9 +31,27 @@ struct PidIntervals {
   Recurrence packets;              ///< of any kind; of what had to come alone
 };
 
-/** Measures by the stream's own clock how far apart tables, PCRs and packets come. */
+/** The tables of an output, repeated as the packets of the multiplex come, by the PCRs of a PID. */
+struct RepeatedTables {
+  /** Of no PCR yet. */
+  explicit RepeatedTables(int pcrPid) : clock(pcrPid) {}
+
+  RunningClock clock;          ///< of the PID
+  TableRepetition repetition;  ///< by that clock
+  Recurrence patAndPmt;        ///< by the stream's, like all else that is measured
+  Recurrence sdt;              ///< the same
+};
+
+/**
+ * Measures by the stream's own clock how far apart tables, PCRs and packets come. Which outputs
+ * there are is not known before its end, so that the tables of an output are repeated for each PID
+ * that has PCRs and that a PMT names for them, at most kMostClocks.
+ */
 class StreamIntervals {
  public:
+  /** PCR PIDs for whose outputs tables are repeated: more than a multiplex has room for. */
+  static constexpr size_t kMostClocks = 256;
+
   /** `pidPeriod` is in seconds. */
   explicit StreamIntervals(int pidPeriod);
   StreamIntervals(const StreamIntervals&) = delete;  // the times refer to it
@@ -51,9 +72,12 @@ class StreamIntervals {
   [[nodiscard]] const PidIntervals* of(int pid) const {
     return pids_[static_cast<size_t>(pid)].get();
   }
+  /** What an output with the PCRs of this PID repeats; null where two have not told a rate. */
+  [[nodiscard]] const RepeatedTables* repeated(int pcrPid) const;
 
  private:
   void take(const PacketMark& mark, uint64_t number, int64_t time);
+  void repeatTables(const PacketMark& mark, int64_t time);
   void expect(const References& references, int64_t time);
   [[nodiscard]] PidIntervals& at(int pid);
 
@@ -61,6 +85,7 @@ class StreamIntervals {
   std::vector<std::unique_ptr<PidIntervals>> pids_;
   std::deque<std::pair<uint64_t, References>> coming_;  // with the number of their packet
   References current_;
+  std::map<int, RepeatedTables> repeated_;  // by PCR PID
   std::optional<int64_t> span_;
   PacketTimes times_;
 };

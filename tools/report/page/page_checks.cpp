@@ -53,7 +53,8 @@ void intervals(const Report& report, Markup& markup) {
   }
   markup.leaf("p", {{"class", "note"}},
               "By the stream's own clock. An output has the PCRs of the PID that it carries; how "
-              "often its tables are sent is up to who sends them.");
+              "often its tables are sent is up to who sends them: here as extract does of a live "
+              "stream.");
   const auto frame = markup.scroller("Intervals");
   const auto table = markup.open("table");
   headRow({"Side", "Table", "Of", "PID", "Intervals", "Shortest", "Mean", "Longest"}, markup);

@@ -18,8 +18,12 @@ namespace {
 
 using test::RecordingDaemon;
 using test::TemporaryFile;
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::Field;
+using testing::Gt;
 using testing::HasSubstr;
+using testing::Lt;
 
 const InputStream& streamOn(const std::vector<InputStream>& streams, int pid) {
   const auto found = std::find_if(streams.begin(), streams.end(),
@@ -91,16 +95,28 @@ TEST_F(ReportOfTheSample, PassesAllChecks) {
   }
 }
 
-TEST(ReportCollector, GivesAnOutputThePcrIntervalsOfThePidThatItCarries) {
+TEST(ReportCollector, GivesAnOutputTheIntervalsThatThePcrsOfItsPidMake) {
   RecordingDaemon daemon;
-  daemon.answer = {{101, test::sampleAnswer().at(1201)}};
-  daemon.answer.at(101).pidItems.at(1).inputPid = 0x101;
+  SPTSConfiguration answer = test::sampleAnswer().at(1201);
+  answer.pidItems.at(1).inputPid = 0x101;
+  daemon.answer = {{101, answer}, {102, answer}};  // both by the same PCRs
   const Report report = collect(test::sample(), daemon).report;
-  const std::vector<IntervalFact>& intervals = report.services[0].output.value().intervals;
-  ASSERT_EQ(1U, intervals.size());
-  EXPECT_EQ("PCR", intervals[0].what);
-  EXPECT_EQ(502, intervals[0].pid);
-  EXPECT_LT(intervals[0].longest, 0.04);
+  for (const size_t place : {0U, 1U}) {
+    const std::vector<IntervalFact>& intervals = report.services[place].output.value().intervals;
+    ASSERT_EQ(4U, intervals.size());
+    const int serviceId = 101 + static_cast<int>(place);
+    const auto is = [serviceId](const char* what, int pid, double longest) {
+      return AllOf(Field(&IntervalFact::what, what), Field(&IntervalFact::pid, pid),
+                   Field(&IntervalFact::serviceIds, ElementsAre(serviceId)),
+                   Field(&IntervalFact::longest, AllOf(Gt(longest / 2), Lt(longest))));
+    };
+    EXPECT_THAT(intervals, ElementsAre(is("PAT", 0, 0.1), is("PMT", 501, 0.1), is("SDT", 17, 1),
+                                       is("PCR", 502, 0.04)));
+  }
+}
+
+TEST_F(ReportOfTheSample, HasNoIntervalsOfAnOutputWithoutPcrs) {
+  EXPECT_TRUE(report_.services[0].output.value().intervals.empty());
 }
 
 TEST(ReportCollector, ChecksAStreamWithoutATableThatADaemonCouldBeFed) {

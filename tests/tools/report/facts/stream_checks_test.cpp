@@ -481,20 +481,36 @@ TEST(StreamChecks, ARecordingShorterThanALimitDoesNotShowIt) {
   EXPECT_EQ("shorter than the limit", checks[2].reason);
 }
 
+/** "PAT 0: 59x 100 100 100": PID, count, shortest, mean and longest in milliseconds. */
+std::vector<std::string> briefly(const std::vector<IntervalFact>& facts) {
+  std::vector<std::string> lines;
+  for (const IntervalFact& fact : facts) {
+    lines.push_back(fact.what + " " + std::to_string(fact.pid) + ": " + std::to_string(fact.count) +
+                    "x");
+    for (const double seconds : {fact.shortest, fact.mean, fact.longest}) {
+      lines.back() += " " + std::to_string(std::llround(seconds * 1000));
+    }
+  }
+  return lines;
+}
+
 TEST(StreamChecks, IntervalsAreThoseOfTheStreamsClock) {
   MemorySource source(bytesOf(Multiplex().packets(kSlots)));
   const StreamSurvey survey(source, kPidPeriod, [](const SiTable&, size_t) {});
-  std::vector<std::string> facts;
-  for (const IntervalFact& fact : intervalsOf(survey)) {
-    facts.push_back(fact.what + " " + std::to_string(fact.pid) + ": " + std::to_string(fact.count) +
-                    "x");
-    for (const double seconds : {fact.shortest, fact.mean, fact.longest}) {
-      facts.back() += " " + std::to_string(std::llround(seconds * 1000));
-    }
-  }
-  EXPECT_THAT(facts, ElementsAre("PAT 0: 59x 100 100 100", "PMT 256: 59x 100 100 100",
-                                 "SDT 17: 11x 500 500 500", "PCR 257: 299x 20 20 20"));
+  EXPECT_THAT(briefly(intervalsOf(survey)),
+              ElementsAre("PAT 0: 59x 100 100 100", "PMT 256: 59x 100 100 100",
+                          "SDT 17: 11x 500 500 500", "PCR 257: 299x 20 20 20"));
   EXPECT_NEAR(5.999, survey.seconds().value(), 1e-6);
+  EXPECT_THAT(
+      briefly(tableIntervalsOf(survey, kVideoPid, 501)),
+      ElementsAre("PAT 0: 149x 40 40 40", "PMT 501: 149x 40 40 40", "SDT 17: 6x 880 880 880"));
+}
+
+TEST(StreamChecks, ARecordingShorterThanAnIntervalDoesNotHaveIt) {
+  MemorySource source(bytesOf(Multiplex().packets(500)));
+  const StreamSurvey survey(source, kPidPeriod, [](const SiTable&, size_t) {});
+  EXPECT_THAT(briefly(tableIntervalsOf(survey, kVideoPid, 501)),
+              ElementsAre("PAT 0: 12x 40 40 40", "PMT 501: 12x 40 40 40"));
 }
 
 }  // namespace
