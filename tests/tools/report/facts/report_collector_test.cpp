@@ -115,8 +115,14 @@ TEST(ReportCollector, GivesAnOutputTheIntervalsThatThePcrsOfItsPidMake) {
   }
 }
 
-TEST_F(ReportOfTheSample, HasNoIntervalsOfAnOutputWithoutPcrs) {
-  EXPECT_TRUE(report_.services[0].output.value().intervals.empty());
+TEST(ReportCollector, GivesAnOutputWithoutPcrsNoIntervals) {
+  for (const int pcrPid : {512 /* none come */, 65535 /* not known */, kNullPid /* no clock */}) {
+    RecordingDaemon daemon;
+    daemon.answer = {{101, test::sampleAnswer().at(1201)}};
+    daemon.answer.at(101).pidItems.at(1).inputPid = pcrPid;
+    const Report report = collect(test::sample(), daemon).report;
+    EXPECT_TRUE(report.services[0].output.value().intervals.empty()) << pcrPid;
+  }
 }
 
 TEST(ReportCollector, ChecksAStreamWithoutATableThatADaemonCouldBeFed) {
