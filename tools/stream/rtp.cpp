@@ -1,5 +1,7 @@
 #include "tools/stream/rtp.h"
 
+#include <algorithm>
+
 #include "tools/stream/ts_packet.h"
 
 namespace tevra::tools {
@@ -20,6 +22,15 @@ uint32_t bigEndian(const uint8_t* bytes, size_t size) {
   return value;
 }
 
+/** Whole ones alone, as RFC 2250 (2) has it. */
+bool holdsPackets(const uint8_t* payload, size_t size) {
+  size_t at = 0;
+  while (at < size && payload[at] == kTsSyncByte) {
+    at += kTsPacketSize;
+  }
+  return at == size;
+}
+
 }  // namespace
 
 std::optional<RtpHeader> rtpHeader(const uint8_t* datagram, size_t size) {
@@ -32,9 +43,15 @@ std::optional<RtpHeader> rtpHeader(const uint8_t* datagram, size_t size) {
   if (extended && header.size + kWord <= size) {
     header.size += kWord + kWord * bigEndian(datagram + header.size + 2, 2);
   }
+  const bool isPadded = (datagram[0] & 0x20) != 0;
+  header.padding = isPadded ? datagram[size - 1] : 0;
+  const size_t end = size - std::min(size, header.padding);
+  if (header.size > end || !holdsPackets(datagram + header.size, end - header.size)) {
+    return std::nullopt;
+  }
   header.sequenceNumber = static_cast<uint16_t>(bigEndian(datagram + 2, 2));
   header.sender = bigEndian(datagram + 8, 4);
-  return header.size <= size ? std::optional(header) : std::nullopt;
+  return header;
 }
 
 uint64_t RtpSequence::missingBefore(const RtpHeader& header) {

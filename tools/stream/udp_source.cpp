@@ -54,8 +54,9 @@ void UdpSource::receive() {
     const size_t size = receiver_.receive(datagram_.data(), datagram_.size());
     const std::optional<RtpHeader> header = rtpHeader(datagram_.data(), size);
     const size_t start = header ? header->size : 0;
+    const size_t end = size - (header ? header->padding : 0);
     missing_ += header ? sequence.missingBefore(*header) : 0;
-    if (!buffer_.push(datagram_.data() + start, size - start)) {
+    if (!buffer_.push(datagram_.data() + start, end - start)) {
       ++untaken_;
     }
   }

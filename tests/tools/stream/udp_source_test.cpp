@@ -53,6 +53,15 @@ TEST(UdpSource, PassesOverDatagramsWithoutPayload) {
   EXPECT_EQ("Gone", readOnce(source));
 }
 
+TEST(UdpSource, LeavesOutThePaddingOfRtp) {
+  UdpSource source({"127.0.0.1", kPort}, impatient());
+  const std::string packet = "G" + std::string(187, '.');
+  std::string datagram = rtp(1, packet) + std::string("...\x04");
+  datagram[0] = '\xA0';
+  test::sendDatagram(datagram, kPort);
+  EXPECT_EQ(packet, readOnce(source));
+}
+
 TEST(UdpSource, TakesTheLargestDatagramAndATruncatedHeader) {
   UdpSource source({"127.0.0.1", kPort}, impatient());
   const std::string largest(65'507, 'G');
@@ -65,10 +74,11 @@ TEST(UdpSource, TakesTheLargestDatagramAndATruncatedHeader) {
 
 TEST(UdpSource, CountsWhatIsMissingBetweenTheRtpDatagramsThatItReads) {
   UdpSource source(parseUdpAddress("rtp://127.0.0.1:21046"), impatient());
-  test::sendDatagram(rtp(1, "Gone"), kPort);
-  EXPECT_EQ("Gone", readOnce(source));
-  test::sendDatagram(rtp(4, "Gtwo"), kPort);
-  EXPECT_EQ("Gtwo", readOnce(source));
+  const std::string packet = "G" + std::string(187, '.');
+  for (const char number : {1, 4}) {
+    test::sendDatagram(rtp(number, packet), kPort);
+    EXPECT_EQ(packet, readOnce(source));
+  }
   EXPECT_THAT(source.faults(),
               ElementsAre("2 datagrams lost or late on the way, by the sequence numbers of RTP"));
 }
