@@ -49,15 +49,16 @@ int openSocket(const UdpAddress& address) {
   if (socket < 0) {
     fail("receive at", name);
   }
-  const int yes = 1;  // several may listen to a group
-  (void)setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
   enlargeBuffer(socket);
   const sockaddr_in local = socketAddress(address);
+  // Several may listen to a group. What comes to an address only one of them would get.
+  const int shared = IN_MULTICAST(ntohl(local.sin_addr.s_addr)) ? 1 : 0;
+  (void)setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &shared, sizeof shared);
   try {
     if (bind(socket, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
       fail("receive at", name);
     }
-    if (IN_MULTICAST(ntohl(local.sin_addr.s_addr))) {
+    if (shared != 0) {
       joinGroup(socket, local, name);
     }
   } catch (const ToolError&) {
