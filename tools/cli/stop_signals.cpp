@@ -6,18 +6,31 @@
 
 namespace tevra::tools {
 
-StopSignals::StopSignals(std::function<void()> action) {
+StopSignals::StopSignals(std::function<void()> action, std::chrono::milliseconds patience)
+    : patience_(patience) {
   sigemptyset(&signals_);
   sigaddset(&signals_, SIGINT);
   sigaddset(&signals_, SIGTERM);
   pthread_sigmask(SIG_BLOCK, &signals_, &before_);
-  waiter_ = std::thread([this, action = std::move(action)] {
-    int signal = 0;
+  waiter_ = std::thread([this, action = std::move(action)] { wait(action); });
+}
+
+void StopSignals::wait(const std::function<void()>& action) {
+  int signal = 0;
+  sigwait(&signals_, &signal);
+  if (ending_) {
+    return;
+  }
+  action();
+  const auto patience = std::chrono::steady_clock::now() + patience_;
+  do {
     sigwait(&signals_, &signal);
-    if (!ending_) {
-      action();
-    }
-  });
+  } while (!ending_ && std::chrono::steady_clock::now() < patience);
+  if (!ending_) {
+    std::signal(signal, SIG_DFL);
+    pthread_sigmask(SIG_UNBLOCK, &signals_, nullptr);
+    raise(signal);
+  }
 }
 
 StopSignals::~StopSignals() {
