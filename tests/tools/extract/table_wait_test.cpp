@@ -17,8 +17,8 @@ int packetsOf(TableWait wait, int packetsPerPcr) {
   int64_t pcr = 0;
   for (int count = 0;; ++count) {
     const bool isClock = packetsPerPcr != 0 && count % packetsPerPcr == 0;
-    const TsPacket packet = isClock ? writer.stream(kClock, 0, pcr += kPcrInterval)
-                                    : writer.stream(kOther, 0);
+    const TsPacket packet =
+        isClock ? writer.stream(kClock, 0, pcr += kPcrInterval) : writer.stream(kOther, 0);
     if (wait.isOverBefore(packet)) {
       return count;
     }

@@ -46,7 +46,7 @@ TEST(DatagramBuffer, GoesRoundItsEnd) {
   std::string pushed;
   std::string popped;
   for (char c = 'a'; c <= 'z'; ++c) {
-    const std::string datagram(1 + (c - 'a') % 4, c);
+    const std::string datagram(1 + static_cast<size_t>(c - 'a') % 4, c);
     ASSERT_TRUE(push(buffer, datagram));
     pushed += datagram;
     popped += pop(buffer, pushed.size() - popped.size() > 3 ? 3 : 1);
