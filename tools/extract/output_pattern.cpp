@@ -7,6 +7,7 @@
 
 #include "tools/stream/files.h"
 #include "tools/stream/packet_sink.h"
+#include "tools/stream/udp_address.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
@@ -33,6 +34,13 @@ bool isSafe(unsigned char c) {
   const bool isAlphanumeric =
       (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
   return isAlphanumeric || c == '.' || c == '-' || c == '+' || c >= 0x80;
+}
+
+/** However they are written, and with or without RTP. Raises ToolError for what is none. */
+bool isSameAddress(const std::string& a, const std::string& b) {
+  const UdpAddress first = parseUdpAddress(a);
+  const UdpAddress second = parseUdpAddress(b);
+  return first.address == second.address && first.port == second.port;
 }
 
 /** One path for all the ways to write it, to a file that may not be there yet. */
@@ -105,7 +113,7 @@ std::vector<std::string> filesFor(const OutputPattern& pattern,
   std::set<std::filesystem::path> taken;
   for (const OutputOptions& output : outputs) {
     const std::string file = pattern.fileFor(output);
-    if (isLiveSink(file) && file == input) {
+    if (isLiveSink(file) && isLiveSource(input) && isSameAddress(file, input)) {
       throw UsageError("output and input are the same address, " + file);
     }
     if (isSameFile(file, input)) {

@@ -44,7 +44,7 @@ class OutputPattern {
 
 /**
  * The files or addresses of outputs, in their order. Raises UsageError when one is `input`, or two
- * are the same.
+ * are the same, and ToolError when input or output is to be an address and is none.
  */
 [[nodiscard]] std::vector<std::string> filesFor(const OutputPattern& pattern,
                                                 const std::vector<OutputOptions>& outputs,

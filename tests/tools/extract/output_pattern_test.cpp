@@ -100,6 +100,8 @@ TEST(OutputPattern, RefusesTheInput) {
               HasSubstr("output and input are the same file, " + input.path()));
   EXPECT_EQ("output and input are the same address, udp://127.0.0.1:1",
             errorOf("udp://127.0.0.1:{gsid}", {outputOf(1, "a")}, "udp://127.0.0.1:1"));
+  EXPECT_NE("", errorOf("udp://239.1.1.1:5000", {outputOf(1, "a")}, "udp://@239.1.1.1:5000"));
+  EXPECT_NE("", errorOf("udp://239.1.1.1:5000", {outputOf(1, "a")}, "rtp://239.1.1.1:5000"));
 }
 
 TEST(SafeFileName, KeepsWhatEveryFileSystemTakes) {
