@@ -1,6 +1,7 @@
 #include "tools/feed/stream_inventory.h"
 
 #include <array>
+#include <utility>
 
 #include "tools/descriptors/descriptor_values.h"
 #include "tools/descriptors/name_table.h"
@@ -46,11 +47,20 @@ void StreamInventory::add(const SiTable& table) {
       *this = StreamInventory();
     }
     pat_ = *pat;
+    forgetUnnamedPmts();
   } else if (const SDT* sdt = std::get_if<SDT>(&table)) {
     sdt_ = *sdt;
   } else if (const PMT* pmt = std::get_if<PMT>(&table)) {
     pmts_[pmt->programNumber] = *pmt;
   }
+}
+
+void StreamInventory::forgetUnnamedPmts() {
+  std::map<int, PMT> named;
+  for (const PATProgram& program : pat_->programs) {
+    named.insert(pmts_.extract(program.programNumber));
+  }
+  pmts_ = std::move(named);
 }
 
 std::optional<int> StreamInventory::transportStreamId() const {

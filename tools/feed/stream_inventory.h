@@ -27,7 +27,8 @@ class StreamInventory {
  public:
   /**
    * Takes the place of the one before, of a PMT's by programme number; other tables are ignored.
-   * The PAT of another transport stream takes the place of all.
+   * A PAT does away with the PMTs that it does not name, that of another transport stream with all
+   * tables.
    */
   void add(const SiTable& table);
 
@@ -51,6 +52,8 @@ class StreamInventory {
   [[nodiscard]] std::string servicesWithPmt() const;
 
  private:
+  void forgetUnnamedPmts();
+
   std::optional<PAT> pat_;
   std::optional<SDT> sdt_;
   std::map<int, PMT> pmts_;  // by programme number

@@ -388,5 +388,17 @@ TEST_F(LiveExtractTest, TellsOfSilenceOnceAndOfItsEnd) {
   EXPECT_EQ(75, written(pidOf(kVideo)));
 }
 
+TEST_F(LiveExtractTest, WaitsForTheNewPmtOfAServiceThatComesBack) {
+  air_.all();
+  air_.play(1);
+  air_.pat(1, 1, false);
+  air_.pat(1, 2);
+  air_.play(1);  // whose packets these are nobody knows yet
+  air_.pmt(3);
+  air_.play(1);
+  run();
+  EXPECT_EQ(50, written(pidOf(kVideo)));
+}
+
 }  // namespace
 }  // namespace tevra::tools
