@@ -1,6 +1,7 @@
 #include "tools/extract/live_extract.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 #include <variant>
 
@@ -168,27 +169,32 @@ std::vector<SptsFile> LiveExtract::ask(const std::vector<OutputOptions>& outputs
 }
 
 void LiveExtract::askAgain(std::optional<int> service) {
-  std::vector<size_t> places;
-  std::vector<OutputDraft> drafts;
+  std::map<int, std::vector<size_t>> places;  // of outputs, by service
   for (size_t index = 0; index < outputs_.size(); ++index) {
     const int own = outputs_[index].output.inputSid;
     if (!hasPmt(own)) {
       pause(index);
     } else if (!service || *service == own) {
-      places.push_back(index);
-      drafts.push_back(request_.drafts[index]);
+      places[own].push_back(index);
     }
   }
-  if (places.empty()) {
-    return;
-  }
-  try {
-    const std::vector<SptsFile> asked = ask(settledOutputs(drafts, *inventory_));
-    for (size_t i = 0; i < places.size(); ++i) {
-      goOn(places[i], asked[i]);
+  for (const auto& [own, indexes] : places) {
+    try {
+      askAgainFor(indexes);
+    } catch (const ToolError& error) {
+      events_.tell(error.what());  // they go on as they were
     }
-  } catch (const ToolError& error) {
-    events_.tell(error.what());  // they go on as they were
+  }
+}
+
+void LiveExtract::askAgainFor(const std::vector<size_t>& places) {
+  std::vector<OutputDraft> drafts;
+  for (const size_t place : places) {
+    drafts.push_back(request_.drafts[place]);
+  }
+  const std::vector<SptsFile> asked = ask(settledOutputs(drafts, *inventory_));
+  for (size_t i = 0; i < places.size(); ++i) {
+    goOn(places[i], asked[i]);
   }
 }
 

@@ -83,6 +83,8 @@ class LiveExtract {
   void begin();
   /** Of `service` alone where one is given. */
   void askAgain(std::optional<int> service);
+  /** Of these outputs, which are of one service. Raises ToolError where one has no answer. */
+  void askAgainFor(const std::vector<size_t>& places);
   void pause(size_t index);
   void goOn(size_t index, const SptsFile& asked);
   [[nodiscard]] std::vector<SptsFile> ask(const std::vector<OutputOptions>& outputs);

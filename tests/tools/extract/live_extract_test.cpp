@@ -400,5 +400,32 @@ TEST_F(LiveExtractTest, WaitsForTheNewPmtOfAServiceThatComesBack) {
   EXPECT_EQ(50, written(pidOf(kVideo)));
 }
 
+TEST_F(LiveExtractTest, MovesOnWithAnOutputThoughAnotherHasNoAnswer) {
+  test::RecordingDaemon daemon;
+  daemon.answer = answerWithVideo();
+  daemon.answer[7] = daemon.answer.at(1201);
+  const TemporaryFile first("1201");
+  const std::string stem = first.path().substr(0, first.path().size() - 4);
+  const TemporaryFile second("7");
+  draft_.output.globalSid = 1201;
+  OutputDraft other = draftOf(7);
+  other.origin = "other";
+  air_.all();
+  air_.otherPmt();
+  air_.play(1);
+  air_.then([&] {
+    daemon.answer.erase(7);
+    daemon.answer.at(1201).outputTables.dvbTables.sdt.version = 9;
+  });
+  air_.sdt(1, "Due");
+  air_.play(1);
+  LiveExtract extract({"air", {draft_, other}, OutputPattern(stem + "{gsid}")}, daemon,
+                      {[](const auto&, const auto&) {},
+                       [this](const std::string& line) { told_.push_back(line); }});
+  (void)extract.run(air_);
+  EXPECT_EQ(9, extract.outputs().at(0).configuration.outputTables.dvbTables.sdt.version);
+  EXPECT_THAT(told_, Contains(StartsWith("there is no output for service 7 ")));
+}
+
 }  // namespace
 }  // namespace tevra::tools
