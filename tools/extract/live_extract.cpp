@@ -82,7 +82,12 @@ void LiveExtract::take(const TsPacket& packet) {
     events_.tell(request_.source + " is back after " + std::to_string(seconds) + " s");
   }
   if (wait_ && wait_->isOverBefore(packet)) {
-    settle();
+    if (transportStreamId_) {
+      settle();
+    } else {
+      wait_.reset();
+      events_.tell(request_.source + " has no PAT so far: waiting for it");
+    }
   }
   if (wait_) {
     return;  // its PIDs may mean anything until the tables say what
@@ -131,7 +136,7 @@ bool LiveExtract::isComplete() const {
   const bool hasAll = std::all_of(services.begin(), services.end(), [](const auto& service) {
     return service.hasPmt || !service.pmtPid;
   });
-  return inventory_->sdt() &&
+  return transportStreamId_ && inventory_->sdt() &&
          std::all_of(request_.drafts.begin(), request_.drafts.end(), [&](const OutputDraft& draft) {
            return draft.service ? hasPmt(*draft.service) : hasAll;
          });

@@ -93,9 +93,9 @@ class LiveExtract {
   thrift::in_module::im_SIControlSrvIf& engine_;
   LiveEvents events_;
 
-  std::optional<int> transportStreamId_;        // of the last PAT
-  std::optional<TableWait> wait_;               // for the tables of that
-  const StreamInventory* inventory_ = nullptr;  // as of the last table
+  std::optional<int> transportStreamId_;         // of the last PAT
+  std::optional<TableWait> wait_ = TableWait();  // for the tables of that
+  const StreamInventory* inventory_ = nullptr;   // as of the last table
 
   std::chrono::milliseconds silence_{0};
   bool isSilenceTold_ = false;

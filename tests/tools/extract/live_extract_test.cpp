@@ -427,5 +427,16 @@ TEST_F(LiveExtractTest, MovesOnWithAnOutputThoughAnotherHasNoAnswer) {
   EXPECT_THAT(told_, Contains(StartsWith("there is no output for service 7 ")));
 }
 
+TEST_F(LiveExtractTest, TellsOnceOfAStreamWithoutAPat) {
+  air_.sdt();
+  air_.play(5);
+  air_.all();
+  air_.sdt(1);
+  air_.play(1);
+  run();
+  EXPECT_THAT(told_, ElementsAre("air has no PAT so far: waiting for it"));
+  EXPECT_EQ(25, written(pidOf(kVideo)));
+}
+
 }  // namespace
 }  // namespace tevra::tools
