@@ -33,4 +33,10 @@ void ContinuityCounters::change(int pid) {
   pids_[static_cast<size_t>(pid)].isAligned = false;
 }
 
+void ContinuityCounters::changeAll() {
+  for (Counter& counter : pids_) {
+    counter.isAligned = false;
+  }
+}
+
 }  // namespace tevra::tools

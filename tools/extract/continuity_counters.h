@@ -21,6 +21,8 @@ class ContinuityCounters {
   void carry(TsPacket& packet);
   /** What comes on the PID from now on is another stream. */
   void change(int pid);
+  /** The same of all PIDs. */
+  void changeAll();
 
  private:
   struct Counter {

@@ -125,6 +125,9 @@ void LiveExtract::follow(const PAT& pat) {
   transportStreamId_ = pat.transportStreamId;
   wait_.emplace();
   flush();
+  for (Writer& writer : writers_) {
+    writer.output->skip();
+  }
 }
 
 bool LiveExtract::hasPmt(int serviceId) const {
@@ -207,6 +210,7 @@ void LiveExtract::pause(size_t index) {
   if (!writers_[index].isPaused) {
     writers_[index].isPaused = true;
     writers_[index].output->flush();
+    writers_[index].output->skip();
     events_.tell(outputs_[index].file + ": pauses, for service " +
                  std::to_string(outputs_[index].output.inputSid) + " is not in the stream");
   }

@@ -28,6 +28,8 @@ class SptsOutput {
    * and the output goes on.
    */
   void configure();
+  /** As SptsWriter has it. */
+  void skip() { writer_.skip(); }
   /** What the sink holds back goes out. */
   void flush() { sink_->flush(); }
   /** Writes what is held back, and completes the account and the warnings. */

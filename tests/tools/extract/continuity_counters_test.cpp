@@ -66,6 +66,8 @@ TEST_F(ContinuityCountersTest, RunOnWhenAnotherStreamComes) {
   counters_.change(kPid);
   EXPECT_EQ(10, carry(3, false)) << "has no payload";
   EXPECT_EQ(11, carry(4));
+  counters_.changeAll();
+  EXPECT_EQ(12, carry(4));
 }
 
 TEST_F(ContinuityCountersTest, RunOnBetweenWhatIsNumberedAndWhatIsCarried) {

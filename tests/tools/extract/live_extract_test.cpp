@@ -335,6 +335,7 @@ TEST_F(LiveExtractTest, PausesWhileTheStreamLacksTheService) {
   air_.play(1);
   run();
   EXPECT_EQ(50, written(pidOf(kVideo)));
+  expectSteadyCounters(pidOf(kVideo));
   EXPECT_THAT(told_, ElementsAre(file_.path() + ": pauses, for service 101 is not in the stream",
                                  StartsWith(file_.path() + ": goes on")));
 }
@@ -354,6 +355,7 @@ TEST_F(LiveExtractTest, FollowsTheSourceIntoAnotherTransportStream) {
             told_[0]);
   EXPECT_EQ(2, answer().outputTables.dvbTables.pat.transportStreamId);
   expectSteadyCounters(kPatPid);
+  expectSteadyCounters(pidOf(kVideo));
 }
 
 TEST_F(LiveExtractTest, WaitsForItsServiceInAnotherTransportStream) {
