@@ -14,6 +14,9 @@ namespace {
 
 constexpr std::chrono::seconds kUntilTold(1);
 
+/** The next node for which an answer has the PIDs of the CAT. */
+constexpr int kCatNode = 1;
+
 /** Whether an answer may depend on the table. */
 bool isAskedAbout(const SiTable& table) {
   return std::holds_alternative<PAT>(table) || std::holds_alternative<SDT>(table) ||
@@ -52,7 +55,7 @@ StreamFeed LiveExtract::run(ByteSource& source) {
       [this](const SiTable& table, const StreamInventory& inventory) { take(table, inventory); });
   if (outputs_.empty()) {
     (void)settledOutputs(request_.drafts, stream.inventory());  // says which service is missing
-    throw ToolError(request_.source + " ended while its SDT was still waited for");
+    throw ToolError(request_.source + " ended while its tables were still waited for");
   }
   for (Writer& writer : writers_) {
     writer.output->finish();
@@ -101,6 +104,7 @@ void LiveExtract::take(const TsPacket& packet) {
 
 void LiveExtract::take(const SiTable& table, const StreamInventory& inventory) {
   inventory_ = &inventory;
+  cats_ += std::holds_alternative<CAT>(table) ? 1 : 0;
   if (const PAT* pat = std::get_if<PAT>(&table)) {
     follow(*pat);
   }
@@ -108,10 +112,19 @@ void LiveExtract::take(const SiTable& table, const StreamInventory& inventory) {
     if (isComplete()) {
       settle();
     }
-  } else if (!outputs_.empty() && isAskedAbout(table)) {
-    const PMT* pmt = std::get_if<PMT>(&table);
-    askAgain(pmt != nullptr ? std::optional<int>(pmt->programNumber) : std::nullopt);
+  } else if (!outputs_.empty() && isAskedAbout(table) && !isAhead(table)) {
+    askAgain();
   }
+}
+
+bool LiveExtract::isAhead(const SiTable& table) {
+  const SDT* sdt = std::get_if<SDT>(&table);
+  if (sdt == nullptr) {
+    return false;
+  }
+  const bool fitted = sdtFits_;
+  sdtFits_ = sdt->transportStreamId == transportStreamId_;
+  return fitted && !sdtFits_;
 }
 
 void LiveExtract::follow(const PAT& pat) {
@@ -150,7 +163,7 @@ void LiveExtract::settle() {
   if (outputs_.empty()) {
     begin();
   } else {
-    askAgain(std::nullopt);
+    askAgain();
   }
 }
 
@@ -163,7 +176,8 @@ void LiveExtract::begin() {
     outputs_[index].file = files[index];
   }
   for (SptsFile& output : outputs_) {
-    writers_.push_back({std::make_unique<SptsOutput>(output, SptsWriter::Timing::kAtOnce)});
+    writers_.push_back({std::make_unique<SptsOutput>(output, SptsWriter::Timing::kAtOnce),
+                        basisOf(output.output)});
   }
   events_.begun(*inventory_, outputs_);
 }
@@ -176,13 +190,31 @@ std::vector<SptsFile> LiveExtract::ask(const std::vector<OutputOptions>& outputs
   });
 }
 
-void LiveExtract::askAgain(std::optional<int> service) {
+LiveExtract::Basis LiveExtract::basisOf(const OutputOptions& output) const {
+  Basis basis;
+  basis.pmt = *inventory_->pmt(output.inputSid);
+  basis.pmtPid = inventory_->service(output.inputSid).pmtPid;
+  basis.transportStreamId = inventory_->transportStreamId();
+  basis.originalNetworkId = inventory_->originalNetworkId();
+  basis.cats = output.nextNode == kCatNode ? cats_ : 0;
+  for (const SDTService& entry : inventory_->sdt().value_or(SDT()).services) {
+    if (entry.serviceId == output.inputSid) {
+      basis.entry = entry;
+    }
+  }
+  return basis;
+}
+
+void LiveExtract::askAgain() {
   std::map<int, std::vector<size_t>> places;  // of outputs, by service
   for (size_t index = 0; index < outputs_.size(); ++index) {
     const int own = outputs_[index].output.inputSid;
+    Writer& writer = writers_[index];
     if (!hasPmt(own)) {
       pause(index);
-    } else if (!service || *service == own) {
+    } else if (Basis basis = basisOf(outputs_[index].output);
+               writer.isPaused || !(basis == writer.basis)) {
+      writer.basis = std::move(basis);
       places[own].push_back(index);
     }
   }

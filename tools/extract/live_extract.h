@@ -67,22 +67,42 @@ class LiveExtract {
   [[nodiscard]] const std::vector<SptsFile>& outputs() const { return outputs_; }
 
  private:
+  /** What the stream says that an answer depends on. */
+  struct Basis {
+    PMT pmt;
+    std::optional<int> pmtPid;
+    std::optional<SDTService> entry;
+    std::optional<int> transportStreamId;
+    std::optional<int> originalNetworkId;
+    int cats = 0;  // that have come, where they matter
+
+    bool operator==(const Basis& other) const {
+      return pmt == other.pmt && pmtPid == other.pmtPid && entry == other.entry &&
+             transportStreamId == other.transportStreamId &&
+             originalNetworkId == other.originalNetworkId && cats == other.cats;
+    }
+  };
+
   /** What one of the outputs is written with. */
   struct Writer {
     std::unique_ptr<SptsOutput> output;
+    Basis basis;            // when it was asked for
     bool isPaused = false;  // the stream lacks its service
   };
 
   void flush();
   void take(const TsPacket& packet);
   void take(const SiTable& table, const StreamInventory& inventory);
+  /** Whether it is an SDT, the first with another transport stream's id: its PAT is to come. */
+  [[nodiscard]] bool isAhead(const SiTable& table);
   void follow(const PAT& pat);
   [[nodiscard]] bool isComplete() const;
   [[nodiscard]] bool hasPmt(int serviceId) const;
   void settle();
   void begin();
-  /** Of `service` alone where one is given. */
-  void askAgain(std::optional<int> service);
+  [[nodiscard]] Basis basisOf(const OutputOptions& output) const;
+  /** For those outputs alone whose basis has changed. */
+  void askAgain();
   /** Of these outputs, which are of one service. Raises ToolError where one has no answer. */
   void askAgainFor(const std::vector<size_t>& places);
   void pause(size_t index);
@@ -96,6 +116,8 @@ class LiveExtract {
   std::optional<int> transportStreamId_;         // of the last PAT
   std::optional<TableWait> wait_ = TableWait();  // for the tables of that
   const StreamInventory* inventory_ = nullptr;   // as of the last table
+  int cats_ = 0;
+  bool sdtFits_ = true;  // the last one, to the transport stream
 
   std::chrono::milliseconds silence_{0};
   bool isSilenceTold_ = false;

@@ -24,7 +24,9 @@ using test::TemporaryFile;
 using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 using Engine = thrift::in_module::im_SIControlSrvIf;
@@ -229,7 +231,7 @@ TEST_F(LiveExtractTest, SaysWhatWasMissingWhenTheSourceEndsEarly) {
   air_.pat();
   air_.pmt();
   air_.play(1);
-  EXPECT_EQ("air ended while its SDT was still waited for", errorOfRun());
+  EXPECT_EQ("air ended while its tables were still waited for", errorOfRun());
 }
 
 TEST_F(LiveExtractTest, TakesTheFirstServiceHoweverLateItsPmtComes) {
@@ -267,40 +269,68 @@ TEST_F(LiveExtractTest, MovesOnWithTheServicesName) {
   EXPECT_EQ("Due", extract_->outputs().at(0).output.resolvedName());
 }
 
-TEST_F(LiveExtractTest, AsksAgainWhereAnAnswerMayDependOnTheTableAndNowhereElse) {
-  test::RecordingDaemon daemon;
-  daemon.answer = test::sampleAnswer();
-  draft_.output.globalSid = 1201;
-  std::map<std::string, size_t> requests;
-  air_.all();
-  air_.play(1);
-  const auto afterwards = [&](const std::string& what) {
-    air_.then([&, what] {
-      requests[what] = daemon.requests.size();
+/** What comes after the tables that the output begins with, and how often the engine is asked. */
+struct Change {
+  std::string what;
+  int pid;
+  test::Bytes section;
+  size_t requests;
+};
+
+/** In this order: each counts on those before. */
+std::vector<Change> changes(bool takesCat) {
+  const test::Bytes sdtOfTwo = test::makeSection({0x42, 1, 2}, test::joined({{0xFF, 0x01, 0xFF},
+                                                                             test::be16(kService),
+                                                                             {0xFD, 0x80, 0},
+                                                                             test::be16(7),
+                                                                             {0xFD, 0x80, 0}}));
+  const test::Bytes sdtOfTwoMore =
+      test::makeSection({0x42, 1, 3}, test::joined({{0xFF, 0x01, 0xFF},
+                                                    test::be16(kService),
+                                                    {0xFD, 0x80, 0},
+                                                    test::be16(8),
+                                                    {0xFD, 0x80, 0}}));
+  return {
+      {"an EIT", kEitPid, test::makeEit({0x4E, kService}, 0, {1}), 0},
+      {"a TOT", kTotPid, test::makeTot(1'000'000'000), 0},
+      {"a NIT", kNitPid, test::makeSection({0x40, 1}, {0xF0, 0, 0xF0, 0}), 0},
+      {"a BAT", kSdtPid, test::makeSection({0x4A, 1}, {0xF0, 0, 0xF0, 0}), 0},
+      {"another's PMT", 0x200, test::makePmt(7, 0, 0x201, {}), 0},
+      {"a CAT", kCatPid, test::makeSection({0x01, 0xFFFF}, {}), takesCat ? 1U : 0U},
+      {"the service's SDT entry", kSdtPid, sdtOfTwo, 1},
+      {"another's SDT entry", kSdtPid, sdtOfTwoMore, 0},
+      {"another's end in the PAT", kPatPid, test::makePat(1, 1, {{kService, kPmt}}), 0},
+      {"its PMT", kPmt, test::makePmt(kService, 1, kVideo, {}), 1},
+      {"another PID for the PMT", kPatPid, test::makePat(1, 2, {{kService, 0x300}}), 1},
+  };
+}
+
+TEST_F(LiveExtractTest, AsksAgainWhenWhatTheAnswerDependsOnHasChangedAndOnlyThen) {
+  for (const int nextNode : {0, 1}) {
+    test::RecordingDaemon daemon;
+    daemon.answer = test::sampleAnswer();
+    draft_.output.globalSid = 1201;
+    draft_.output.nextNode = nextNode;
+    air_ = Air();
+    air_.all();
+    air_.play(1);
+    air_.then([&] {
+      EXPECT_EQ(1U, daemon.requests.size());
       daemon.requests.clear();
     });
-  };
-  const auto table = [&](const std::string& what, int pid, const test::Bytes& section) {
-    air_.section(pid, section);
-    afterwards(what);
-  };
-  afterwards("the beginning");
-  table("EIT", kEitPid, test::makeEit({0x4E, kService}, 0, {1}));
-  table("TOT", kTotPid, test::makeTot(1'000'000'000));
-  table("NIT", kNitPid, test::makeSection({0x40, 1}, {0xF0, 0, 0xF0, 0}));
-  table("BAT", kSdtPid, test::makeSection({0x4A, 1}, {0xF0, 0, 0xF0, 0}));
-  table("another's PMT", 0x200, test::makePmt(7, 0, 0x201, {}));
-  table("CAT", kCatPid, test::makeSection({0x01, 0xFFFF}, {}));
-  table("PAT", kPatPid, test::makePat(1, 1, {{kService, kPmt}}));
-  table("SDT", kSdtPid, test::makeSdt(1, 1, kService, "Due"));
-  table("PMT", kPmt, test::makePmt(kService, 1, kVideo, {}));
-  run(daemon);
-  const std::map<std::string, size_t> expected = {
-      {"the beginning", 1}, {"EIT", 0}, {"TOT", 0}, {"NIT", 0}, {"BAT", 0},
-      {"another's PMT", 0}, {"CAT", 1}, {"PAT", 1}, {"SDT", 1}, {"PMT", 1}};
-  EXPECT_EQ(expected, requests);
-  EXPECT_THAT(daemon.calls, AllOf(Contains(StartsWith("setEITPresentFollowing")),
-                                  Contains(StartsWith("setNIT")), Contains(StartsWith("setBAT"))));
+    const std::vector<Change> all = changes(nextNode == 1);
+    for (const Change& change : all) {
+      air_.section(change.pid, change.section);
+      air_.then([&] {
+        EXPECT_EQ(change.requests, daemon.requests.size()) << change.what << ", " << nextNode;
+        daemon.requests.clear();
+      });
+    }
+    run(daemon);
+    EXPECT_THAT(daemon.calls,
+                AllOf(Contains(StartsWith("setEITPresentFollowing")),
+                      Contains(StartsWith("setNIT")), Contains(StartsWith("setBAT"))));
+  }
 }
 
 TEST_F(LiveExtractTest, GoesOnAsItWasWhereThereIsNoAnswer) {
@@ -358,6 +388,20 @@ TEST_F(LiveExtractTest, FollowsTheSourceIntoAnotherTransportStream) {
   expectSteadyCounters(pidOf(kVideo));
 }
 
+TEST_F(LiveExtractTest, LeavesTheSdtOfAnotherTransportStreamUntilItsPatComes) {
+  air_.all();
+  air_.play(1);
+  air_.section(kSdtPid, test::makeSdt(2, 0, 7, "Seven"));
+  air_.play(1);
+  air_.pat(2);
+  air_.pmt();
+  air_.sdt(0, "Uno", 2);
+  air_.play(1);
+  run();
+  EXPECT_THAT(told_, Not(Contains(HasSubstr("the SDT does not describe"))));
+  EXPECT_THAT(versionsOn(kSdtPid), SizeIs(2));
+}
+
 TEST_F(LiveExtractTest, WaitsForItsServiceInAnotherTransportStream) {
   air_.all();
   air_.play(1);
@@ -412,6 +456,7 @@ TEST_F(LiveExtractTest, MovesOnWithAnOutputThoughAnotherHasNoAnswer) {
   draft_.output.globalSid = 1201;
   OutputDraft other = draftOf(7);
   other.origin = "other";
+  draft_.output.nextNode = other.output.nextNode = 1;  // for which the CAT counts
   air_.all();
   air_.otherPmt();
   air_.play(1);
@@ -419,7 +464,7 @@ TEST_F(LiveExtractTest, MovesOnWithAnOutputThoughAnotherHasNoAnswer) {
     daemon.answer.erase(7);
     daemon.answer.at(1201).outputTables.dvbTables.sdt.version = 9;
   });
-  air_.sdt(1, "Due");
+  air_.section(kCatPid, test::makeSection({0x01, 0xFFFF}, {}));
   air_.play(1);
   LiveExtract extract({"air", {draft_, other}, OutputPattern(stem + "{gsid}")}, daemon,
                       {[](const auto&, const auto&) {},
