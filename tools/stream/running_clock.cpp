@@ -39,6 +39,9 @@ void RunningClock::follow(int pcrPid) {
 }
 
 void RunningClock::takePcr(int64_t pcr, bool discontinuity) {
+  if (pcr == pcr_ && !discontinuity) {
+    return;  // one that stands still tells nothing
+  }
   const int64_t interval = pcr_ && !discontinuity ? pcrInterval(*pcr_, pcr) : 0;
   if (interval > 0) {
     learn(interval);

@@ -48,6 +48,14 @@ class RunningClockTest : public testing::Test {
   RunningClock clock_;
 };
 
+TEST_F(RunningClockTest, GoesOnOverAPcrThatStandsStill) {
+  pushSteady(3);
+  for (int i = 0; i < 20'000; ++i) {
+    (void)pushPcr(pcr_);
+  }
+  EXPECT_GT(times_.back(), 10'000 * kMillisecond);
+}
+
 TEST_F(RunningClockTest, GoesOnByPacketsAtTheRateOfTheLastInterval) {
   pushPcr(1000);
   push(1);

@@ -75,7 +75,7 @@ TEST(UdpSource, TakesTheLargestDatagramAndATruncatedHeader) {
 TEST(UdpSource, CountsWhatIsMissingBetweenTheRtpDatagramsThatItReads) {
   UdpSource source(parseUdpAddress("rtp://127.0.0.1:21046"), impatient());
   const std::string packet = "G" + std::string(187, '.');
-  for (const char number : {1, 4}) {
+  for (const char number : {'\1', '\4'}) {
     test::sendDatagram(rtp(number, packet), kPort);
     EXPECT_EQ(packet, readOnce(source));
   }
