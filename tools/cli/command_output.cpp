@@ -101,9 +101,10 @@ int output(const AskOptions& options, const Console& console) {
     askDaemon(options, console);
     return kExitDone;
   }
-  tellHowItEnds(options.from, console.err);
-  withSource(options.from, {options.engine.daemon.timeoutSeconds},
-             [&](ByteSource& source) { askAboutStream(options, source, console); });
+  withSource(options.from, {options.engine.daemon.timeoutSeconds}, [&](ByteSource& source) {
+    tellHowItEnds(options.from, console.err);
+    askAboutStream(options, source, console);
+  });
   return kExitDone;
 }
 

@@ -104,9 +104,9 @@ int makeReport(const ReportOptions& options, ByteSource& source, const Console& 
 
 int run(const ReportOptions& options, const Console& console) {
   requireOutput(options);
-  tellHowItEnds(options.source, console.err);
   int status = kExitDone;
   withSource(options.source, {options.engine.daemon.timeoutSeconds}, [&](ByteSource& source) {
+    tellHowItEnds(options.source, console.err);
     status = options.check ? check(options, source, console) : makeReport(options, source, console);
   });
   return status;
