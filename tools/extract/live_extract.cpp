@@ -229,6 +229,7 @@ void LiveExtract::askAgain() {
 
 void LiveExtract::askAgainFor(const std::vector<size_t>& places) {
   std::vector<OutputDraft> drafts;
+  drafts.reserve(places.size());
   for (const size_t place : places) {
     drafts.push_back(request_.drafts[place]);
   }
