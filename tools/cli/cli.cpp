@@ -2,9 +2,11 @@
 
 #include <exception>
 #include <memory>
+#include <string>
 
 #include "tools/cli/command.h"
 #include "tools/text/terminal.h"
+#include "tools/text/tool_error.h"
 
 namespace tevra::tools {
 namespace {
@@ -40,7 +42,11 @@ int runTornelctl(int argc, const char* const* argv, std::ostream& out, std::ostr
     addResetCommand(line);
     addPingCommand(line);
     addHelpCommand(line);
-    return line.run(argc, argv, console);
+    const int status = line.run(argc, argv, console);
+    if (!out.flush()) {
+      throw ToolError("cannot write to standard output: is its disk full?");
+    }
+    return status;
   } catch (const UsageError& error) {
     return fail(console, error, kExitUsage);
   } catch (const std::exception& error) {

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -58,13 +56,12 @@ void printTables(const TablesOptions& options, ByteSource& source, const Console
     demux.push(packet);
   }
   printer.finish();
-  if (!console.out.flush()) {
-    throw ToolError("cannot write the tables: " + std::string(std::strerror(errno)));
-  }
   for (const std::string& fault : streamFaults(source, reader, demux, "not shown")) {
     console.err << fault << "\n";
   }
-  requireTables(options.source.name, source, reader.packets(), tables, printer.printed());
+  if (console.out.good()) {
+    requireTables(options.source.name, source, reader.packets(), tables, printer.printed());
+  }
 }
 
 }  // namespace

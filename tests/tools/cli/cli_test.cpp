@@ -129,6 +129,20 @@ TEST(Cli, HelpSaysWhichLanguageCodesAreMeant) {
   EXPECT_THAT(run({"output", "--help"}).out, HasSubstr("1; with --from the input stream's"));
 }
 
+TEST(Cli, FailsWhereWhatItSaysCannotBeWritten) {
+  const std::string sample = test::sample();
+  for (const std::vector<const char*>& arguments :
+       std::vector<std::vector<const char*>>{{"tornelctl", "tables", sample.c_str()},
+                                             {"tornelctl", "report", "--check", sample.c_str()},
+                                             {"tornelctl", "--version"}}) {
+    std::ostream nowhere(nullptr);
+    std::ostringstream err;
+    EXPECT_EQ(kExitFailed,
+              runTornelctl(static_cast<int>(arguments.size()), arguments.data(), nowhere, err));
+    EXPECT_EQ(err.str(), "tornelctl: cannot write to standard output: is its disk full?\n");
+  }
+}
+
 TEST(Cli, RefusesArgumentsThatMakeNoSense) {
   const std::vector<std::pair<Arguments, std::string>> wrong = {
       {{}, "a command is missing"},
