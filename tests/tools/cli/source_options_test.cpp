@@ -230,17 +230,16 @@ TEST(InterruptedCommands, HavePrintedATableOfALiveStreamBeforeItsEnd) {
   EXPECT_TRUE(nlohmann::json::accept(buffer.str())) << buffer.str();
 }
 
-/** The sample behind headers of RTP, of which one in a hundred is lost on the way. */
-void sendRtp(const std::atomic<bool>& done) {
+/** The packets behind headers of RTP, of which one in a hundred is lost on the way. */
+void sendRtp(const std::string& packets, const std::atomic<bool>& done) {
   constexpr size_t kPayload = size_t{7} * 188;
-  const std::string sample = test::contentOf(test::sample());
-  const size_t datagrams = sample.size() / kPayload;
+  const size_t datagrams = packets.size() / kPayload;
   for (uint16_t sequence = 0; !done; ++sequence) {
     std::string datagram("\x80\x21..\0\0\0\0tnel", 12);
     datagram[2] = static_cast<char>(sequence >> 8);
     datagram[3] = static_cast<char>(sequence & 0xFF);
     if (sequence % 100 != 99) {
-      test::sendDatagram(datagram + sample.substr(sequence % datagrams * kPayload, kPayload),
+      test::sendDatagram(datagram + packets.substr(sequence % datagrams * kPayload, kPayload),
                          kPort);
     }
     std::this_thread::sleep_for(std::chrono::microseconds(300));
@@ -248,8 +247,9 @@ void sendRtp(const std::atomic<bool>& done) {
 }
 
 TEST(LiveCommands, ReadForAsLongAsTheyAreToldAndNameWhatWasLost) {
+  const std::string packets = test::contentOf(test::sample());  // which takes an emulator a while
   std::atomic<bool> done{false};
-  std::thread sender([&] { sendRtp(done); });
+  std::thread sender([&] { sendRtp(packets, done); });
   const Result result = run({"report", "--check", "rtp://127.0.0.1:21047", "--seconds", "1"});
   done = true;
   sender.join();
