@@ -40,10 +40,11 @@ struct LiveEvents {
  *
  * Tables go to the engine as they complete. The outputs begin when PAT, SDT and the PMTs of their
  * services are there (of all services, where one is left to the stream), or after two seconds of
- * stream without the rest of them; what comes before is not written. When a table changes on which
- * an output depends, the engine is asked again and the output goes on as it says, its versions and
- * counters with it. An output pauses while the stream lacks its service. Another transport stream
- * is waited for as the first was.
+ * stream without the rest of them; what comes before is not written. When its service's PMT, the
+ * PID of that or the service's entry in the SDT changes, the engine is asked again and the output
+ * goes on as it says, its versions and counters with it; where there is no answer it goes on as it
+ * was. An output pauses while the stream lacks its service. Another transport stream is waited for
+ * as the first was.
  */
 class LiveExtract {
  public:
