@@ -324,8 +324,9 @@ TEST(JsonProtocol, NestingWithoutEndIsRefused) {
 }
 
 TEST(JsonProtocol, NothingThatIsNoRecordIsRead) {
-  for (const char* text : {"", " ", "[", "]", "null", "0", "\"1\"", "{\"1\"", "{\"1\":}",
-                           "{\"x\":{\"i32\":1}}", "{\"1\":{\"wat\":1}}", "{\"1\":{\"i32\":x}}"}) {
+  for (const char* text :
+       {"", " ", "[", "]", "null", "0", "\"1\"", "{\"1\"", "{\"1\":}", "{\"x\":{\"i32\":1}}",
+        "{\"1\":{\"wat\":1}}", "{\"4\":{\"u32\":1}}", "{\"1\":{\"i32\":x}}"}) {
     PIDRemap remap;
     EXPECT_THROW(readJson(text, remap), std::exception) << text;
   }
