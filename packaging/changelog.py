@@ -30,7 +30,7 @@ class Release:
         try:
             date = datetime.date.fromisoformat(day)
         except ValueError as fault:
-            raise Fault(f"{version}: {fault}") from fault
+            raise Fault(f"{version}: there is no day {day}") from fault
         self.time = datetime.datetime.combine(date, datetime.time(12), datetime.timezone.utc)
         self.items = []
 

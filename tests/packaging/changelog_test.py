@@ -82,7 +82,7 @@ class Changelog(unittest.TestCase):
                 ("# Changelog\n", "no release"),
                 ("## 1.0 - 2026-01-01\n\n", "1.0: nothing changed"),
                 ("## 1.0\n- One\n", "neither \"## VERSION - YYYY-MM-DD\" nor \"## Unreleased\": ## 1.0"),
-                ("## 1.0 - 2026-02-30\n- One\n", "1.0: day is out of range for month"),
+                ("## 1.0 - 2026-02-30\n- One\n", "1.0: there is no day 2026-02-30"),
                 ("## 1.0 - 2026-01-01\nOne\n", "1.0: neither section nor item: One")):
             ended = self.run_on(page, "--version")
             self.assertEqual((1, ""), (ended.returncode, ended.stdout))
