@@ -3,7 +3,7 @@
 
 # The commands in a help text.
 _tornelctl_commands() {
-  sed -n '/^Subcommands:/,/^$/s/^  \([a-z][a-z-]*\).*/\1/p' <<<"$1"
+  sed -n '/^Commands:/,/^$/s/^  \([a-z][a-z-]*\).*/\1/p' <<<"$1"
 }
 
 # The options in a help text. With an option as the second argument: what that takes, as the help calls it; nothing

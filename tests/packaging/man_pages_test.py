@@ -39,7 +39,7 @@ def options_of_tool(text):
 
 
 def commands_of_tool(text):
-    listed = re.search(r"^Subcommands:\n((?:  .*\n)+)", text, flags=re.MULTILINE)
+    listed = re.search(r"^Commands:\n((?:  .*\n)+)", text, flags=re.MULTILINE)
     return re.findall(r"^  ([a-z][a-z-]*)", listed.group(1), flags=re.MULTILINE) if listed else []
 
 
@@ -87,7 +87,7 @@ class Comparison(unittest.TestCase):
 
     PAGE = "# GENERAL OPTIONS\n\n*-h*, *--help*\n\tHelp.\n\n# FEED\n\nLike *--loop*.\n\n*--fast* _N_\n\tSpeed.\n"
     FEED = "Options:\n  -h,--help     Help\n  --fast INT    Speed\n"
-    TOOL = "Options:\n  -h,--help     Help\n\nSubcommands:\n  feed          Feed\n\nExit"
+    TOOL = "Options:\n  -h,--help     Help\n\nCommands:\n  feed          Feed\n\nExit"
 
     def problems(self, page_text, feed):
         return problems_of_tool(page_text, lambda command: feed if command else self.TOOL)

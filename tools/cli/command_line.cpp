@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <cctype>
-#include <sstream>
 
 #include <CLI/CLI.hpp>
 
 #include "tools/cli/cli.h"
+#include "tools/cli/help_text.h"
 #include "tools/text/nearest.h"
 #include "tools/text/terminal.h"
-#include "tools/text/wrap.h"
 
 namespace tevra::tools {
 namespace {
@@ -38,23 +37,28 @@ std::string unknown(const std::string& kind, const std::string& word, const CLI:
          (nearest.empty() ? "" : " (did you mean '" + nearest + "'?)");
 }
 
+/** The command that the arguments name; `app` where they name none. */
+const CLI::App& commandOf(const CLI::App& app) {
+  const auto chosen = app.get_subcommands();
+  return chosen.empty() ? app : *chosen.front();
+}
+
 /** What is wrong with the arguments, and where there is help. */
 std::string explain(const CLI::App& app, const std::string& problem) {
-  const auto chosen = app.get_subcommands();
-  const CLI::App& place = chosen.empty() ? app : *chosen.front();
-  const auto unused = place.remaining();
+  const CLI::App& command = commandOf(app);
+  const bool isChosen = &command != &app;
+  const auto unused = command.remaining();
   const auto option = std::find_if(unused.begin(), unused.end(), [](const std::string& word) {
     return word.size() > 1 && word[0] == '-';
   });
   std::string text = problem;
-  if (!chosen.empty() && option != unused.end()) {
-    text = unknown("option", *option, place);
-  } else if (chosen.empty()) {
+  if (isChosen && option != unused.end()) {
+    text = unknown("option", *option, command);
+  } else if (!isChosen) {
     text =
         unused.empty() ? "a command is missing" : unknown("command or option", unused.front(), app);
   }
-  const std::string command = chosen.empty() ? "" : " " + chosen.front()->get_name();
-  return text + "; see tornelctl" + command + " --help";
+  return text + "; see " + calledAs(command) + " --help";
 }
 
 template <class Value>
@@ -157,7 +161,6 @@ CommandLine::CommandLine()
   app_->add_option("--environment-columns", columns_)->envname("COLUMNS")->group("");
   app_->set_version_flag("--version", "tornelctl " TORNEL_VERSION);
   app_->require_subcommand(1);
-  app_->get_formatter()->label("SUBCOMMAND", "COMMAND");
   app_->footer(
       "Exit status: 0 done, 1 the daemon or the stream said no, 2 wrong usage.\n"
       "'tornelctl COMMAND --help' lists the options of a command.");
@@ -169,48 +172,33 @@ Command CommandLine::command(const std::string& name, const std::string& help) {
   return {*app_->add_subcommand(name, help), chosen_};
 }
 
-/** Where there is little room, what an option does stands below it. */
-std::string CommandLine::fitted(const std::ostream& out,
-                                const std::function<std::string()>& help) const {
-  constexpr size_t kRoomy = 80;
-  constexpr size_t kWide = 30;
-  constexpr size_t kNarrow = 6;
-  size_t width = 0;
-  if (!CLI::detail::lexical_cast(columns_, width) || width == 0) {
-    width = widthOf(out);
-  }
-  const size_t column = width == 0 || width >= kRoomy ? kWide : kNarrow;
-  app_->get_formatter()->column_width(column);
-  // The library leaves two lines blank before a group that is not shown.
-  return wrapped(CLI::detail::find_and_replace(help(), "\n\n\n", "\n\n"), width, column);
+size_t CommandLine::width(const std::ostream& out) const {
+  size_t columns = 0;
+  const bool isNumber = CLI::detail::lexical_cast(columns_, columns);
+  return isNumber && columns > 0 ? columns : widthOf(out);
 }
 
 std::string CommandLine::help(const std::string& name, const std::ostream& out) const {
   if (name.empty()) {
-    // Its own help() would explain the command that is chosen.
-    return fitted(out, [this] {
-      return app_->get_formatter()->make_help(app_.get(), app_->get_name(),
-                                              CLI::AppFormatMode::Normal);
-    });
+    return helpText(*app_, width(out));
   }
   const auto found =
       app_->get_subcommands([&](const CLI::App* command) { return command->get_name() == name; });
   if (found.empty()) {
     throw ArgumentError(unknown("command", name, *app_));
   }
-  return fitted(out, [&] { return found.front()->help(app_->get_name()); });
+  return helpText(*found.front(), width(out));
 }
 
 int CommandLine::run(int argc, const char* const* argv, const Console& console) {
   try {
     app_->parse(argc, argv);
     return chosen_(console);
-  } catch (const CLI::Success& asked) {
-    console.out << fitted(console.out, [&] {
-      std::ostringstream text;
-      (void)app_->exit(asked, text, text);
-      return text.str();
-    });
+  } catch (const CLI::CallForHelp& /*asked*/) {
+    console.out << helpText(commandOf(*app_), width(console.out));
+    return kExitDone;
+  } catch (const CLI::CallForVersion& version) {
+    console.out << version.what() << '\n';
     return kExitDone;
   } catch (const CLI::ParseError& error) {
     printMessage(console.err, explain(*app_, error.what()));

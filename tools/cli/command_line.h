@@ -120,8 +120,8 @@ class CommandLine {
   [[nodiscard]] int run(int argc, const char* const* argv, const Console& console);
 
  private:
-  [[nodiscard]] std::string fitted(const std::ostream& out,
-                                   const std::function<std::string()>& help) const;
+  /** Of the help: COLUMNS, or the terminal's; 0 is no limit. */
+  [[nodiscard]] size_t width(const std::ostream& out) const;
 
   std::string columns_;  // COLUMNS
   std::unique_ptr<CLI::App> app_;

@@ -90,12 +90,12 @@ int portWithoutDaemon() {
   return server.port();
 }
 
-/** The names below "Subcommands:". */
+/** The names below "Commands:". */
 std::vector<std::string> commandsIn(const std::string& help) {
   std::vector<std::string> names;
   std::istringstream lines(help);
   std::string line;
-  while (std::getline(lines, line) && line != "Subcommands:") {
+  while (std::getline(lines, line) && line != "Commands:") {
   }
   while (std::getline(lines, line) && !line.empty()) {
     if (line.size() > 2 && line[2] != ' ') {
@@ -122,6 +122,9 @@ TEST(Cli, HelpListsTheCommandsAndExplainsEach) {
   const std::string help = run({"help"}).out;
   EXPECT_THAT(commandsIn(help), UnorderedElementsAreArray(known));
   EXPECT_EQ(run({"--help"}).out, help);
+  EXPECT_THAT(help, HasSubstr("\nUsage: tornelctl [OPTIONS] COMMAND\n"));
+  EXPECT_THAT(run({"help", "help"}).out,
+              HasSubstr("\nUsage: tornelctl help [OPTIONS] [COMMAND]\n"));
 }
 
 TEST(Cli, HelpSaysWhichLanguageCodesAreMeant) {
