@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 
 #include <CLI/CLI.hpp>
 
@@ -35,6 +36,14 @@ std::string unknown(const std::string& kind, const std::string& word, const CLI:
   const std::string nearest = nearestTo(word.substr(0, word.find('=')), wordsOf(app));
   return "there is no " + kind + " '" + word + "'" +
          (nearest.empty() ? "" : " (did you mean '" + nearest + "'?)");
+}
+
+/** How wide help on `out` may be; 0 is no limit. */
+size_t columnsOf(const std::ostream& out) {
+  const char* variable = std::getenv("COLUMNS");
+  size_t columns = 0;
+  const bool isNumber = variable != nullptr && CLI::detail::lexical_cast(variable, columns);
+  return isNumber && columns > 0 ? columns : widthOf(out);
 }
 
 /** The command that the arguments name; `app` where they name none. */
@@ -158,7 +167,6 @@ CommandLine::CommandLine()
     : app_(std::make_unique<CLI::App>(
           "Shows what the tornel daemon makes of a transport stream, and is the daemon's client.",
           "tornelctl")) {
-  app_->add_option("--environment-columns", columns_)->envname("COLUMNS")->group("");
   app_->set_version_flag("--version", "tornelctl " TORNEL_VERSION);
   app_->require_subcommand(1);
   app_->footer(
@@ -172,22 +180,16 @@ Command CommandLine::command(const std::string& name, const std::string& help) {
   return {*app_->add_subcommand(name, help), chosen_};
 }
 
-size_t CommandLine::width(const std::ostream& out) const {
-  size_t columns = 0;
-  const bool isNumber = CLI::detail::lexical_cast(columns_, columns);
-  return isNumber && columns > 0 ? columns : widthOf(out);
-}
-
 std::string CommandLine::help(const std::string& name, const std::ostream& out) const {
   if (name.empty()) {
-    return helpText(*app_, width(out));
+    return helpText(*app_, columnsOf(out));
   }
   const auto found =
       app_->get_subcommands([&](const CLI::App* command) { return command->get_name() == name; });
   if (found.empty()) {
     throw ArgumentError(unknown("command", name, *app_));
   }
-  return helpText(*found.front(), width(out));
+  return helpText(*found.front(), columnsOf(out));
 }
 
 int CommandLine::run(int argc, const char* const* argv, const Console& console) {
@@ -195,7 +197,7 @@ int CommandLine::run(int argc, const char* const* argv, const Console& console) 
     app_->parse(argc, argv);
     return chosen_(console);
   } catch (const CLI::CallForHelp& /*asked*/) {
-    console.out << helpText(commandOf(*app_), width(console.out));
+    console.out << helpText(commandOf(*app_), columnsOf(console.out));
     return kExitDone;
   } catch (const CLI::CallForVersion& version) {
     console.out << version.what() << '\n';

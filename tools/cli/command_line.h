@@ -120,10 +120,6 @@ class CommandLine {
   [[nodiscard]] int run(int argc, const char* const* argv, const Console& console);
 
  private:
-  /** Of the help: COLUMNS, or the terminal's; 0 is no limit. */
-  [[nodiscard]] size_t width(const std::ostream& out) const;
-
-  std::string columns_;  // COLUMNS
   std::unique_ptr<CLI::App> app_;
   Action chosen_;
 };

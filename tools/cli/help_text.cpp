@@ -69,11 +69,10 @@ std::string helpText(const CLI::App& command, size_t width) {
   constexpr size_t kNarrow = 6;
   const size_t column = width == 0 || width >= kRoomy ? kWide : kNarrow;
   const Parts parts(command, column);
-  const std::string text = command.get_description() + "\nUsage: " + calledAs(command) +
-                           " [OPTIONS]" + parts.usage + "\n" +
-                           section("Arguments", parts.arguments) +
-                           section("Options", parts.options) +
-                           section("Commands", parts.commands) + "\n" + command.get_footer() + "\n";
+  const std::string text =
+      command.get_description() + "\nUsage: " + calledAs(command) + " [OPTIONS]" + parts.usage +
+      "\n" + section("Arguments", parts.arguments) + section("Options", parts.options) +
+      section("Commands", parts.commands) + "\n" + command.get_footer() + "\n";
   return wrapped(text, width, column);
 }
 
