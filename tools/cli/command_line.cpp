@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
 
 #include <CLI/CLI.hpp>
 
@@ -19,9 +18,7 @@ std::vector<std::string> wordsOf(const CLI::App& app) {
   std::vector<std::string> words;
   for (const CLI::Option* option : app.get_options()) {
     for (const std::string& name : option->get_lnames()) {
-      if (!option->get_group().empty()) {  // those without stand for variables
-        words.push_back("--" + name);
-      }
+      words.push_back("--" + name);
     }
   }
   for (const CLI::App* command :
@@ -40,9 +37,8 @@ std::string unknown(const std::string& kind, const std::string& word, const CLI:
 
 /** How wide help on `out` may be; 0 is no limit. */
 size_t columnsOf(const std::ostream& out) {
-  const char* variable = std::getenv("COLUMNS");
   size_t columns = 0;
-  const bool isNumber = variable != nullptr && CLI::detail::lexical_cast(variable, columns);
+  const bool isNumber = CLI::detail::lexical_cast(environmentVariable("COLUMNS"), columns);
   return isNumber && columns > 0 ? columns : widthOf(out);
 }
 
@@ -148,15 +144,6 @@ Option Command::list(const std::string& name, std::vector<std::string>& value,
   CLI::Option& option = declare(app_, name, value, help);
   option.transform(CLI::IsMember(names, CLI::ignore_case).description(""));
   return Option(*option.delimiter(',')->expected(1)->take_all());
-}
-
-void Command::environment(const std::string& variable, std::string& value) {
-  // The library reads variables for options alone; without a group this one is out of the help.
-  std::string name = "--environment-" + variable;
-  std::transform(name.begin(), name.end(), name.begin(), [](char c) {
-    return c == '_' ? '-' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  });
-  app_.add_option(name, value)->envname(variable)->group("");
 }
 
 void Command::action(const Action& action) {

@@ -85,9 +85,6 @@ class Command {
   Option list(const std::string& name, std::vector<std::string>& value,
               const std::vector<std::string>& names, const std::string& help);
 
-  /** Takes `value` from a variable of the environment, where that is set. */
-  void environment(const std::string& variable, std::string& value);
-
   /** What it does once all options are known. */
   void action(const Action& action);
 

@@ -15,6 +15,7 @@
 #include "tools/listen/notification_server.h"
 #include "tools/listen/notification_text.h"
 #include "tools/listen/table_facts.h"
+#include "tools/text/terminal.h"
 #include "tools/text/tool_error.h"
 
 namespace tevra::tools {
@@ -26,8 +27,6 @@ constexpr size_t kLargestTable = size_t{32} * 1024 * 1024;
 struct ListenOptions {
   EndpointOptions endpoint;
   std::string colour = "auto";
-  std::string noColour;  // NO_COLOR: anything but nothing refuses colours
-  std::string terminal;  // TERM
   bool all = false;
   bool utc = false;
   bool json = false;
@@ -41,16 +40,16 @@ bool isStandardOutput(const Console& console) {
 }
 
 /** Whether to colour what nobody said should be or not. */
-bool isColourTerminal(const ListenOptions& options, const Console& console) {
-  const bool isDumb = options.terminal.empty() || options.terminal == "dumb";
-  return isStandardOutput(console) && isatty(STDOUT_FILENO) != 0 && options.noColour.empty() &&
-         !isDumb;
+bool isColourTerminal(const Console& console) {
+  const std::string terminal = environmentVariable("TERM");
+  return isStandardOutput(console) && isatty(STDOUT_FILENO) != 0 && !terminal.empty() &&
+         terminal != "dumb" && environmentVariable("NO_COLOR").empty();
 }
 
 NotificationTextOptions textOptions(const ListenOptions& options, const Console& console) {
   NotificationTextOptions text;
-  text.inColour = options.colour == "always" ||
-                  (options.colour == "auto" && isColourTerminal(options, console));
+  text.inColour =
+      options.colour == "always" || (options.colour == "auto" && isColourTerminal(console));
   text.all = options.all;
   text.zone = options.utc ? Zone::kUtc : Zone::kLocal;
   return text;
@@ -167,8 +166,6 @@ void addPrintOptions(Command& command, ListenOptions& options) {
       .option("--color", options.colour,
               "Colour the text: auto does on a terminal, unless NO_COLOR is set")
       .oneOf({"auto", "always", "never"});
-  command.environment("NO_COLOR", options.noColour);
-  command.environment("TERM", options.terminal);
   command.flag("--all", options.all, "Print every difference, however many there are");
   command.flag("--utc", options.utc, "Print times in UTC, not in the machine's zone");
   command.flag("--json", options.json, "Print one JSON object a line");

@@ -11,6 +11,7 @@
 #include "tools/status/set_status.h"
 #include "tools/status/status_output.h"
 #include "tools/stream/files.h"
+#include "tools/text/terminal.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {
@@ -24,8 +25,7 @@ struct StatusOptions {
   std::optional<int> set;
   std::optional<int> port;
   int timeoutSeconds = 2;
-  std::string root;             // --conf
-  std::string environmentRoot;  // TEVRA_CONF_ROOT
+  std::string root;
   std::optional<std::string> type;
   std::string outputFile = "-";
   bool json = false;
@@ -36,11 +36,14 @@ bool isThisMachine(const StatusOptions& options) {
   return options.host == kThisMachine || options.host == "localhost";
 }
 
+/** By the options or the environment; empty when neither says it. */
+std::string givenRoot(const StatusOptions& options) {
+  return options.root.empty() ? environmentVariable("TEVRA_CONF_ROOT") : options.root;
+}
+
 std::string rootOf(const StatusOptions& options) {
-  if (!options.root.empty()) {
-    return options.root;
-  }
-  return options.environmentRoot.empty() ? usualRoot() : options.environmentRoot;
+  const std::string given = givenRoot(options);
+  return given.empty() ? usualRoot() : given;
 }
 
 KeptState keptStateOf(const StatusOptions& options, int set) {
@@ -112,9 +115,8 @@ std::string textOf(const StatusOptions& options, const std::vector<SetStatus>& s
 
 /** Without one of its own the root may be missing: then nothing has been saved yet. */
 bool lacksGivenRoot(const StatusOptions& options) {
-  const bool isGiven = !options.root.empty() || !options.environmentRoot.empty();
   std::error_code error;
-  return isGiven && isThisMachine(options) &&
+  return !givenRoot(options).empty() && isThisMachine(options) &&
          !std::filesystem::is_directory(rootOf(options), error) &&
          error != std::errc::permission_denied;  // that is said of its files
 }
@@ -163,7 +165,6 @@ void addWhereOptions(Command& command, StatusOptions& options) {
   command.option("--port", options.port, "TCP port (default: 9224 + set)").range(1, 65535);
   command.option("--timeout", options.timeoutSeconds, "Seconds to wait for the daemon's answer")
       .range(1, 3600);
-  command.environment("TEVRA_CONF_ROOT", options.environmentRoot);
   command
       .option("--conf", options.root,
               "Directory of the daemon's files (default: TEVRA_CONF_ROOT, or the service's "

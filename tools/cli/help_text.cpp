@@ -39,10 +39,8 @@ struct Parts {
       const bool isArgument = option->get_positional();
       std::string& entries = isArgument ? arguments : options;
       const std::string name = option->get_name(isArgument, !isArgument);
-      if (!option->get_group().empty()) {  // those without stand for variables
-        entries += entry(name + valueOf(*option), option->get_description(), column);
-        usage += !isArgument ? "" : option->get_required() ? " " + name : " [" + name + "]";
-      }
+      entries += entry(name + valueOf(*option), option->get_description(), column);
+      usage += !isArgument ? "" : option->get_required() ? " " + name : " [" + name + "]";
     }
     for (const CLI::App* each : command.get_subcommands([](const CLI::App*) { return true; })) {
       commands += entry(each->get_name(), each->get_description(), column);

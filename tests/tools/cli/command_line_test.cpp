@@ -1,7 +1,6 @@
 #include "tools/cli/command_line.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 #include <sstream>
 
@@ -20,7 +19,6 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 /** A command line whose one command has options of every kind. */
@@ -37,7 +35,6 @@ class CommandLineTest : public testing::Test {
     command.option("--word", words_, "What to say").checked(faultOf, "WORD");
     command.option("--pair", pairs_, "What goes with what").called("A=B");
     command.list("--table", tables_, {"PAT", "PMT"}, "Only these").called("NAME");
-    command.environment("COMMAND_LINE_TEST", variable_);
     command.action([this](const Console& console) { return act(console); });
   }
 
@@ -73,7 +70,6 @@ class CommandLineTest : public testing::Test {
   std::vector<std::string> words_;
   std::vector<std::string> pairs_;
   std::vector<std::string> tables_;
-  std::string variable_;
   CommandLine line_;
 };
 
@@ -101,14 +97,6 @@ TEST_F(CommandLineTest, LeavesTheDefaultsOfWhatWasNotSaid) {
   EXPECT_EQ("here", host_);
   EXPECT_FALSE(speed_.has_value());
   EXPECT_THAT(words_, IsEmpty());
-  EXPECT_EQ("", variable_);
-}
-
-TEST_F(CommandLineTest, TakesAVariableOfTheEnvironment) {
-  setenv("COMMAND_LINE_TEST", "set", 1);
-  EXPECT_EQ(7, run({"do", "a.ts"}).status);
-  unsetenv("COMMAND_LINE_TEST");
-  EXPECT_EQ("set", variable_);
 }
 
 TEST_F(CommandLineTest, ExplainsTheOptionsInTheirOrderWithTypesAndDefaults) {
@@ -182,7 +170,6 @@ TEST_F(CommandLineTest, SaysOnOneLineWhatIsWrongAndWhereThereIsHelp) {
       {{"a", "--slow\nly"}, "--slow ly"},
       {{"a", "--sped", "slow"}, "there is no option '--sped' (did you mean '--speed'?); see"},
       {{"--tabel=PAT"}, "there is no option '--tabel=PAT' (did you mean '--table'?); see"},
-      {{"a", "--environment-command-line-tes", "b"}, "-tes'; see"},
       {{"a", "-c", "0"}, "--count: '0' is no whole number from 1 to 9"},
       {{"a", "-c", "10"}, "--count: '10' is no whole number from 1 to 9"},
       {{"a", "-c", "three"}, "--count: 'three' is no whole number from 1 to 9"},
