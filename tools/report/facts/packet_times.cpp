@@ -10,6 +10,14 @@ bool isJump(int64_t interval, double expected) {
   return expected > 0 && interval > kPcrLimit && static_cast<double>(interval) > 2 * expected;
 }
 
+/** Whether a PES packet with a PTS begins in it (ISO/IEC 13818-1, 2.4.3.6). */
+bool hasPts(const TsPacket& packet) {
+  constexpr size_t kPesFlags = 8;  // with the bytes before them
+  const uint8_t* pes = packet.data() + packet.payloadOffset();
+  return packet.unitStart() && packet.payloadOffset() + kPesFlags <= kTsPacketSize && pes[0] == 0 &&
+         pes[1] == 0 && pes[2] == 1 && (pes[6] & 0xC0) == 0x80 && (pes[7] & 0x80) != 0;
+}
+
 }  // namespace
 
 void PacketTimes::push(const TsPacket& packet) {
@@ -22,6 +30,7 @@ void PacketTimes::push(const TsPacket& packet) {
     return;
   }
   mark.pcr = packet.pcr();
+  mark.hasPts = hasPts(packet);
   mark.discontinuity = packet.discontinuity();
   if (mark.pcr) {
     takePcr(mark.pid, *mark.pcr, mark.discontinuity);

@@ -15,6 +15,7 @@ namespace tevra::tools::report {
 struct PacketMark {
   uint16_t pid = 0;            ///< 0 to 8191; of a packet flagged as damaged kNullPid
   bool hasTable = false;       ///< a section ends in it that somebody waits for
+  bool hasPts = false;         ///< a PES packet with a PTS begins in it, as far as can be read
   bool discontinuity = false;  ///< the clock may jump at its PCR
   std::optional<int64_t> pcr;  ///< one that can be believed
 };

@@ -12,6 +12,7 @@ namespace tevra::tools::report {
 namespace {
 
 constexpr const char* kNoClock = "no PCR";
+constexpr const char* kNoMedia = "no PMT names video or audio";
 
 /** A check while its PIDs are looked at. */
 class Finding {
@@ -121,7 +122,7 @@ StreamCheck referredPids(const StreamSurvey& survey) {
     addTimed(finding, pid, intervals == nullptr ? nullptr : &intervals->packets, 0);
   }
   return finding.judged(survey.everReferred().media.empty()
-                            ? "no PMT names video or audio"
+                            ? kNoMedia
                             : whyUntimed(survey, survey.pidPeriod() * kSystemClock));
 }
 
@@ -173,6 +174,22 @@ StreamCheck pcrSteps(const StreamSurvey& survey, const std::map<int, PidCount>& 
   return finding.judged(whyNoPcrs(survey));
 }
 
+StreamCheck ptss(const StreamSurvey& survey, const std::map<int, PidCount>& pids) {
+  Finding finding("2.5", "PTS_error", "0.7 s");
+  const std::set<int>& media = survey.everReferred().media;
+  bool isReadable = false;
+  for (const int pid : media) {
+    const auto count = pids.find(pid);
+    if (count == pids.end() || count->second.scrambled == 0) {
+      const PidIntervals* intervals = survey.intervals().of(pid);
+      addTimed(finding, pid, intervals == nullptr ? nullptr : &intervals->ptss, 0);
+      isReadable = true;
+    }
+  }
+  const std::string whyNot = isReadable ? whyUntimed(survey, kPtsLimit) : "all is scrambled";
+  return finding.judged(media.empty() ? kNoMedia : whyNot);
+}
+
 StreamCheck cat(const StreamSurvey& survey, const std::map<int, PidCount>& pids) {
   Finding finding("2.6", "CAT_error", "none");
   const auto& sections = survey.sections().on(kCatPid);
@@ -219,6 +236,7 @@ std::vector<StreamCheck> checksOf(const StreamSurvey& survey) {
           crcs(survey, pids),
           pcrRepetition(survey),
           pcrSteps(survey, pids),
+          ptss(survey, pids),
           cat(survey, pids)};
 }
 

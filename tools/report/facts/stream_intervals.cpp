@@ -59,6 +59,9 @@ void StreamIntervals::take(const PacketMark& mark, uint64_t number, int64_t time
   }
   if (PidIntervals* pid = pids_[mark.pid].get()) {
     pid->packets.come(time);
+    if (mark.hasPts) {
+      pid->ptss.come(time);
+    }
   }
   repeatTables(mark, time);
   while (!coming_.empty() && coming_.front().first <= number) {
@@ -96,6 +99,8 @@ void StreamIntervals::expect(const References& references, int64_t time) {
           [this](int pid) -> Recurrence& { return at(pid).pcrs; });
   replace(current_.media, references.media, time,
           [this](int pid) -> Recurrence& { return at(pid).packets; });
+  replace(current_.media, references.media, time,
+          [this](int pid) -> Recurrence& { return at(pid).ptss; });
   current_ = references;
 }
 

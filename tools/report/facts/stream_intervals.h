@@ -18,6 +18,8 @@ namespace tevra::tools::report {
 
 /** Of 1.3.a and 1.5.a, in 27 MHz ticks (ETSI TR 101 290, 5.2.1). */
 inline constexpr int64_t kTableLimit = kSystemClock / 2;
+/** Of 2.5, in 27 MHz ticks (ISO/IEC 13818-1, 2.7.4; ETSI TR 101 290, 5.2.2). */
+inline constexpr int64_t kPtsLimit = kSystemClock * 7 / 10;
 /** Seconds for 1.6: the most that it allows for video and audio. */
 inline constexpr int kPidPeriod = 5;
 
@@ -29,6 +31,7 @@ struct PidIntervals {
   Recurrence tables{kTableLimit};  ///< PAT, PMT or SDT, whichever belongs there
   Recurrence pcrs{kPcrLimit};      ///< packets with one
   Recurrence packets;              ///< of any kind; of what had to come alone
+  Recurrence ptss{kPtsLimit};      ///< PES packets with one; the same
 };
 
 /** The tables of an output, repeated as the packets of the multiplex come, by the PCRs of a PID. */

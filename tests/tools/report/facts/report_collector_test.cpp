@@ -89,7 +89,7 @@ TEST_F(ReportOfTheSample, KnowsHowOftenTablesCameAndHowFarApart) {
 }
 
 TEST_F(ReportOfTheSample, PassesAllChecks) {
-  ASSERT_EQ(11U, report_.checks.size());
+  ASSERT_EQ(12U, report_.checks.size());
   for (const StreamCheck& check : report_.checks) {
     EXPECT_EQ(CheckResult::kPassed, check.result) << check.number;
   }
@@ -133,7 +133,7 @@ TEST(ReportCollector, ChecksAStreamWithoutATableThatADaemonCouldBeFed) {
   file.write(stream.packets());
   const Verdict verdict = check(file.path());
   EXPECT_EQ(2U, verdict.packets);
-  EXPECT_EQ(11U, verdict.checks.size());
+  EXPECT_EQ(12U, verdict.checks.size());
   RecordingDaemon daemon;
   EXPECT_THROW((void)collect(file.path(), daemon), ToolError);
 }

@@ -11,6 +11,7 @@ namespace tevra::tools::report {
 namespace {
 
 using test::Bytes;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -23,11 +24,24 @@ constexpr uint8_t kOneBit = 0x01;
 constexpr uint8_t kDamaged = 0x80;        // transport_error_indicator
 constexpr uint8_t kScrambled = 0x80;      // transport_scrambling_control
 constexpr uint8_t kDiscontinuity = 0x80;  // its indicator
+constexpr uint8_t kAdaptationField = 0x20;
+constexpr uint8_t kUnitStart = 0x40;  // payload_unit_start_indicator
+constexpr uint8_t kPtsFlag = 0x80;    // PTS_DTS_flags
+
+/** A PES packet begins in it (ISO/IEC 13818-1, 2.4.3.6), as far as there is room. */
+TsPacket withPts(TsPacket packet) {
+  const Bytes header = {0, 0, 1, 0xE0, 0, 0, 0x80, kPtsFlag};
+  const size_t room = kTsPacketSize - packet.payloadOffset();
+  std::copy_n(header.begin(), std::min(header.size(), room),
+              packet.data() + packet.payloadOffset());
+  packet.data()[1] |= kUnitStart;
+  return packet;
+}
 
 /**
  * A multiplex in which all is well, a packet a millisecond: PAT, PMT and CAT every 100 ms, the SDT
- * every 500 ms, PCRs and audio every 20 ms, and stuffing. A test takes one thing away or changes
- * it.
+ * every 500 ms, PCRs and audio every 20 ms, each with a PTS, and stuffing. A test takes one thing
+ * away or changes it.
  */
 class Multiplex {
  public:
@@ -71,9 +85,10 @@ class Multiplex {
   TsPacket streamPacketOf(int slot) {
     switch (slot % 20) {
       case 2:
-        return writer.stream(kVideoPid, 1, (firstPcr + slot * kTicksPerSlot) % kPcrModulus);
+        return withPts(
+            writer.stream(kVideoPid, 1, (firstPcr + slot * kTicksPerSlot) % kPcrModulus));
       case 3:
-        return writer.stream(kAudioPid, 2);
+        return withPts(writer.stream(kAudioPid, 2));
       default:
         return writer.stream(kNullPid, 0);
     }
@@ -136,7 +151,7 @@ std::vector<std::string> failedOf(const std::vector<StreamCheck>& checks) {
 
 /** The only one that failed; all others passed. */
 StreamCheck onlyFailure(const std::vector<StreamCheck>& checks) {
-  EXPECT_EQ(10U, numbersOf(checks, CheckResult::kPassed).size());
+  EXPECT_EQ(11U, numbersOf(checks, CheckResult::kPassed).size());
   const auto failed = std::find_if(checks.begin(), checks.end(), [](const StreamCheck& check) {
     return check.result == CheckResult::kFailed;
   });
@@ -149,6 +164,16 @@ std::string briefly(const StreamCheck& check) {
   return check.number + " " + std::to_string(check.count) + "x " + std::to_string(worst) + " ms " +
          (check.pids.size() == 1 ? std::to_string(check.pids[0].pid)
                                  : std::to_string(check.pids.size()) + " PIDs");
+}
+
+std::vector<std::string> failuresOf(const std::vector<StreamCheck>& checks) {
+  std::vector<std::string> failures;
+  for (const StreamCheck& check : checks) {
+    if (check.result == CheckResult::kFailed) {
+      failures.push_back(briefly(check));
+    }
+  }
+  return failures;
 }
 
 /** Leaves the slots of one packet in each hundred out, from one to before another. */
@@ -171,7 +196,7 @@ TEST(StreamChecks, AllPassWhereAllIsWell) {
   const std::vector<StreamCheck> checks = checksOf(Multiplex());
   EXPECT_THAT(numbersOf(checks, CheckResult::kPassed),
               ElementsAre("1.1", "1.2", "1.3.a", "1.4", "1.5.a", "1.6", "2.1", "2.2", "2.3a",
-                          "2.3b", "2.6"));
+                          "2.3b", "2.5", "2.6"));
   EXPECT_FALSE(firstPriorityFailed(checks));
   EXPECT_NEAR(0.1, checks[2].worst.value(), 0.0001);
   EXPECT_NEAR(0.02, checks[8].worst.value(), 0.0001);
@@ -260,7 +285,7 @@ TEST(StreamChecks, WithoutAPatNothingIsKnownOfPmts) {
   const std::vector<StreamCheck> checks = checksOf(multiplex);
   EXPECT_EQ("1.3.a 1x 5999 ms 0", briefly(checks[2]));
   EXPECT_THAT(numbersOf(checks, CheckResult::kNotMeasurable),
-              ElementsAre("1.5.a", "1.6", "2.3a", "2.3b"));
+              ElementsAre("1.5.a", "1.6", "2.3a", "2.3b", "2.5"));
   EXPECT_EQ("no PAT", checks[4].reason);
 }
 
@@ -341,11 +366,13 @@ TEST(StreamChecks, APmtMayNotBeScrambled) {
 TEST(StreamChecks, VideoAndAudioMayNotStayAwayFor5Seconds) {
   Multiplex multiplex;
   multiplex.leavesOut = without(3, 20, 500, 5600);
-  EXPECT_EQ("1.6 1x 5120 ms 258", briefly(onlyFailure(checksOf(multiplex))));
+  EXPECT_THAT(failuresOf(checksOf(multiplex)),
+              ElementsAre("1.6 1x 5120 ms 258", "2.5 1x 5120 ms 258"));
   multiplex.leavesOut = without(3, 20, 900, kSlots);  // 883 to 5999
-  EXPECT_EQ("1.6 1x 5116 ms 258", briefly(onlyFailure(checksOf(multiplex))));
+  EXPECT_THAT(failuresOf(checksOf(multiplex)),
+              ElementsAre("1.6 1x 5116 ms 258", "2.5 1x 5116 ms 258"));
   multiplex.leavesOut = without(3, 20, 500, 5400);
-  EXPECT_THAT(failedOf(checksOf(multiplex)), IsEmpty());
+  EXPECT_THAT(failedOf(checksOf(multiplex)), ElementsAre("2.5"));
 }
 
 TEST(StreamChecks, AudioForTheFewMayPause) {
@@ -363,9 +390,9 @@ TEST(StreamChecks, ThePeriodOfPidsIsTheUsers) {
   multiplex.leavesOut = without(3, 20, 500, 2600);
   MemorySource source(bytesOf(multiplex.packets(kSlots)));
   const StreamSurvey survey(source, 2, [](const SiTable&, size_t) {});
-  const StreamCheck check = onlyFailure(checksOf(survey));
-  EXPECT_EQ("1.6 1x 2120 ms 258", briefly(check));
-  EXPECT_EQ("2 s", check.limit);
+  const auto checks = checksOf(survey);
+  EXPECT_THAT(failuresOf(checks), Contains("1.6 1x 2120 ms 258"));
+  EXPECT_EQ("2 s", checks[5].limit);
 }
 
 TEST(StreamChecks, ADamagedPacketIsATransportErrorAndNothingElse) {
@@ -382,7 +409,7 @@ TEST(StreamChecks, DamagedPacketsEndNoWait) {
     packet.data()[1] |= packet.pid() == kAudioPid ? kDamaged : uint8_t{0};
   };
   const auto checks = checksOf(multiplex);
-  EXPECT_THAT(failedOf(checks), ElementsAre("1.6", "2.1"));
+  EXPECT_THAT(failedOf(checks), ElementsAre("1.6", "2.1", "2.5"));
   EXPECT_EQ("1.6 1x 5998 ms 258", briefly(checks[5]));
 }
 
@@ -440,6 +467,76 @@ TEST(StreamChecks, PcrsThatAreRareAtASteadyRateAreMeasured) {
   EXPECT_NEAR(0.1, checks[2].worst.value(), 0.0001);
 }
 
+TEST(StreamChecks, APtsHasToComeEvery700Milliseconds) {
+  Multiplex multiplex;
+  const auto hasNone = [&](int pid, int from, int to) {
+    multiplex.changes = [=](int slot, TsPacket& packet) {
+      if (packet.pid() == pid && slot >= from && slot < to) {
+        packet.data()[packet.payloadOffset() + 7] &= static_cast<uint8_t>(~kPtsFlag);
+      }
+    };
+  };
+  hasNone(kAudioPid, 500, 1200);  // 483 to 1203
+  EXPECT_EQ("2.5 1x 720 ms 258", briefly(onlyFailure(checksOf(multiplex))));
+  hasNone(kVideoPid, 0, kSlots);
+  EXPECT_EQ("2.5 1x 5998 ms 257", briefly(onlyFailure(checksOf(multiplex))));
+  hasNone(kAudioPid, 500, 1180);  // 483 to 1183
+  const auto checks = checksOf(multiplex);
+  EXPECT_THAT(failedOf(checks), IsEmpty());
+  EXPECT_NEAR(0.7, checks[10].worst.value(), 0.0001);
+}
+
+TEST(StreamChecks, NothingButTheHeaderOfAPesPacketHasAPts) {
+  const std::vector<std::pair<size_t, int>> others = {{0, 1},    {1, 1},   {2, 0}, {6, 0xC0},
+                                                      {6, 0x40}, {7, 0x40}};  // of its bytes
+  for (const auto& [place, value] : others) {
+    Multiplex multiplex;
+    multiplex.changes = [place = place, value = value](int /*slot*/, TsPacket& packet) {
+      if (packet.pid() == kAudioPid) {
+        packet.data()[packet.payloadOffset() + place] = static_cast<uint8_t>(value);
+      }
+    };
+    EXPECT_THAT(failedOf(checksOf(multiplex)), ElementsAre("2.5")) << place << ": " << value;
+  }
+  Multiplex multiplex;
+  multiplex.changes = [](int /*slot*/, TsPacket& packet) {
+    packet.data()[1] &= packet.pid() == kAudioPid ? uint8_t{0xFF & ~kUnitStart} : uint8_t{0xFF};
+  };
+  EXPECT_THAT(failedOf(checksOf(multiplex)), ElementsAre("2.5")) << "amid a PES packet";
+}
+
+TEST(StreamChecks, APtsIsReadWhereTheHeaderOfItsPesPacketIsWhole) {
+  for (const auto& [adaptation, failures] :
+       std::map<uint8_t, size_t>{{175, 0}, {176, 1}, {183, 1}}) {
+    Multiplex multiplex;
+    multiplex.changes = [length = adaptation](int /*slot*/, TsPacket& packet) {
+      if (packet.pid() == kAudioPid) {
+        packet.data()[3] |= kAdaptationField;
+        packet.data()[4] = length;
+        packet.data()[5] = 0;
+        packet = withPts(packet);
+      }
+    };
+    EXPECT_EQ(failures, failedOf(checksOf(multiplex)).size()) << int{adaptation};
+  }
+}
+
+TEST(StreamChecks, OfWhatIsScrambledNoPtsIsExpected) {
+  Multiplex multiplex;
+  const auto scramble = [&](const std::set<int>& pids) {
+    multiplex.changes = [=](int slot, TsPacket& packet) {
+      packet.data()[3] |= slot > 100 && pids.count(packet.pid()) != 0 ? kScrambled : uint8_t{0};
+      packet.data()[1] &= static_cast<uint8_t>(pids.count(packet.pid()) != 0 ? ~kUnitStart : 0xFF);
+    };
+  };
+  scramble({kAudioPid});
+  EXPECT_THAT(numbersOf(checksOf(multiplex), CheckResult::kPassed), Contains("2.5"));
+  scramble({kAudioPid, kVideoPid});
+  const StreamCheck check = checksOf(multiplex)[10];
+  EXPECT_EQ(CheckResult::kNotMeasurable, check.result);
+  EXPECT_EQ("all is scrambled", check.reason);
+}
+
 TEST(StreamChecks, ScrambledPacketsNeedACat) {
   Multiplex multiplex;
   multiplex.changes = [](int /*slot*/, TsPacket& packet) {
@@ -463,7 +560,7 @@ TEST(StreamChecks, WithoutAClockNoIntervalIsMeasured) {
   const std::vector<StreamCheck> checks = checksOf(multiplex);
   EXPECT_THAT(failedOf(checks), IsEmpty());
   EXPECT_THAT(numbersOf(checks, CheckResult::kNotMeasurable),
-              ElementsAre("1.3.a", "1.5.a", "1.6", "2.3a", "2.3b"));
+              ElementsAre("1.3.a", "1.5.a", "1.6", "2.3a", "2.3b", "2.5"));
   EXPECT_EQ("no PCR", checks[2].reason);
 }
 
@@ -477,7 +574,8 @@ TEST(StreamChecks, WithoutAClockWhatNeedsNoneStillFails) {
 
 TEST(StreamChecks, ARecordingShorterThanALimitDoesNotShowIt) {
   const std::vector<StreamCheck> checks = checksOf(Multiplex().packets(400));
-  EXPECT_THAT(numbersOf(checks, CheckResult::kNotMeasurable), ElementsAre("1.3.a", "1.5.a", "1.6"));
+  EXPECT_THAT(numbersOf(checks, CheckResult::kNotMeasurable),
+              ElementsAre("1.3.a", "1.5.a", "1.6", "2.5"));
   EXPECT_EQ("shorter than the limit", checks[2].reason);
 }
 
