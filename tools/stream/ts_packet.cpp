@@ -43,7 +43,8 @@ size_t TsPacket::payloadOffset() const {
 }
 
 std::optional<int64_t> TsPacket::pcr() const {
-  const bool present = hasAdaptationField() && bytes_[kAdaptationLength] >= 1 + kPcrFieldSize &&
+  const bool present = !transportError() && hasAdaptationField() &&
+                       bytes_[kAdaptationLength] >= 1 + kPcrFieldSize &&
                        bytes_[kAdaptationLength] <= kTsPacketSize - kAdaptationFlags &&
                        (bytes_[kAdaptationFlags] & kPcrFlag) != 0;
   if (!present) {

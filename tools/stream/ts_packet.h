@@ -84,7 +84,10 @@ class TsPacket {
    * Where the payload starts; 188 when there is none or the adaptation field leaves no room for it.
    */
   [[nodiscard]] size_t payloadOffset() const;
-  /** The program clock reference in 27 MHz ticks, below kPcrModulus. */
+  /**
+   * The program clock reference in 27 MHz ticks, below kPcrModulus; nothing where
+   * transport_error_indicator says that it may be wrong (ISO/IEC 13818-1, 2.4.3.3).
+   */
   [[nodiscard]] std::optional<int64_t> pcr() const;
   /** The discontinuity_indicator of the adaptation field. */
   [[nodiscard]] bool discontinuity() const;

@@ -69,6 +69,12 @@ TEST(TsPacket, HasNoPcrWhenTheAdaptationFieldIsTooShortForOne) {
   EXPECT_FALSE(packet.pcr().has_value());
 }
 
+TEST(TsPacket, HasNoPcrThatCanBeBelievedWhenItIsFlaggedAsDamaged) {
+  TsPacket packet = PacketWriter().stream(100, 0, 1000);
+  packet.data()[1] |= 0x80;
+  EXPECT_FALSE(packet.pcr().has_value());
+}
+
 TEST(TsPacket, WithoutPayloadKeepsThePcrAndFillsThePacketWithStuffing) {
   TsPacket packet = PacketWriter().stream(100, 0xAA, 123'456);
   packet.data()[1] |= 0x40;
