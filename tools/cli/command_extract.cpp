@@ -147,7 +147,7 @@ Extraction extractLive(const ExtractOptions& options, const Console& console) {
     console.err << timeStamp(std::chrono::system_clock::now(), Zone::kLocal) << " " << line << "\n"
                 << std::flush;
   };
-  std::function<void(std::chrono::milliseconds)> silent;
+  OnSilence silent;
   const auto calls = [&](ByteSource& source, thrift::in_module::im_SIControlSrvIf& engine) {
     LiveExtract extract({options.source.name, options.drafts, options.pattern}, engine, events);
     silent = [&](std::chrono::milliseconds silence) { extract.silent(silence); };
@@ -156,9 +156,8 @@ Extraction extractLive(const ExtractOptions& options, const Console& console) {
     printInput(options, stream, console.out);
     stream.printFaults(console.err);
   };
-  LiveOptions live;
-  live.onSilence = [&](std::chrono::milliseconds silence) { silent(silence); };
-  withSource(options.source, live, [&](ByteSource& source) {
+  const auto onSilence = [&](std::chrono::milliseconds silence) { silent(silence); };
+  withSource(options.source, onSilence, [&](ByteSource& source) {
     withEngine(options.engine, options.source.name, console,
                [&](thrift::in_module::im_SIControlSrvIf& engine) { calls(source, engine); });
   });

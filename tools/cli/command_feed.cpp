@@ -81,7 +81,7 @@ int feed(const FeedOptions& options, const Console& console) {
       status = stream.tables().refused() == 0 ? kExitDone : kExitFailed;
     });
   };
-  withSource(options.source, {options.endpoint.timeoutSeconds}, read);
+  withSource(options.source, options.endpoint.timeoutSeconds, read);
   return status;
 }
 

@@ -101,7 +101,7 @@ int output(const AskOptions& options, const Console& console) {
     askDaemon(options, console);
     return kExitDone;
   }
-  withSource(options.from, {options.engine.daemon.timeoutSeconds}, [&](ByteSource& source) {
+  withSource(options.from, options.engine.daemon.timeoutSeconds, [&](ByteSource& source) {
     tellHowItEnds(options.from, console.err);
     askAboutStream(options, source, console);
   });

@@ -105,7 +105,7 @@ int makeReport(const ReportOptions& options, ByteSource& source, const Console& 
 int run(const ReportOptions& options, const Console& console) {
   requireOutput(options);
   int status = kExitDone;
-  withSource(options.source, {options.engine.daemon.timeoutSeconds}, [&](ByteSource& source) {
+  withSource(options.source, options.engine.daemon.timeoutSeconds, [&](ByteSource& source) {
     tellHowItEnds(options.source, console.err);
     status = options.check ? check(options, source, console) : makeReport(options, source, console);
   });

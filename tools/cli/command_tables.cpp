@@ -15,6 +15,8 @@
 namespace tevra::tools {
 namespace {
 
+constexpr int kPatience = 30;  // seconds
+
 struct TablesOptions {
   SourceOptions source;
   std::vector<std::string> names;  // none: all
@@ -82,7 +84,7 @@ void addTablesCommand(CommandLine& line) {
       .range(0, 65535);
   command.flag("--json", options->json, "Print one JSON array");
   command.action([options](const Console& console) {
-    withSource(options->source, {},
+    withSource(options->source, kPatience,
                [&](ByteSource& source) { printTables(*options, source, console); });
     return kExitDone;
   });

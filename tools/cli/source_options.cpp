@@ -34,25 +34,30 @@ void tellHowItEnds(const SourceOptions& options, std::ostream& err) {
   }
 }
 
-void withSource(const SourceOptions& options, LiveOptions live,
+void withSource(const SourceOptions& options, const Patience& patience,
                 const std::function<void(ByteSource& source)>& read) {
   using Clock = std::chrono::steady_clock;
   const auto end = Clock::now() + std::chrono::seconds(options.seconds.value_or(0));
-  const std::chrono::seconds patience(live.timeoutSeconds);
+  const auto* longest = std::get_if<int>(&patience);
   std::atomic<bool> isInterrupted{false};
   std::atomic<bool> isSilent{false};
   const StopSignals signals([&] { isInterrupted = true; });
+  LiveOptions live;
   live.stopped = [&] {
     return isInterrupted || isSilent || (options.seconds && Clock::now() >= end);
   };
-  if (isLiveSource(options.name) && !live.onSilence) {
-    live.onSilence = [&](std::chrono::milliseconds silence) { isSilent = silence >= patience; };
+  if (longest == nullptr) {
+    live.onSilence = std::get<OnSilence>(patience);
+  } else if (isLiveSource(options.name)) {
+    live.onSilence = [&](std::chrono::milliseconds silence) {
+      isSilent = silence >= std::chrono::seconds(*longest);
+    };
   }
   const auto source = openSource(options.name, live);
   read(*source);
   if (isSilent) {
     throw ToolError("nothing more has come from " + options.name + " for " +
-                    std::to_string(patience.count()) + " s: has the stream ended?");
+                    std::to_string(*longest) + " s: has the stream ended?");
   }
 }
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <variant>
 
 #include "tools/cli/command_line.h"
 #include "tools/stream/byte_source.h"
@@ -28,15 +29,17 @@ void addSource(Command& command, SourceOptions& options, const std::string& name
 /** Says on `err` that a live stream which is read without --seconds will have to be interrupted. */
 void tellHowItEnds(const SourceOptions& options, std::ostream& err);
 
+/** For how many seconds nothing may come from a live stream; or else who is told of silence. */
+using Patience = std::variant<int, OnSilence>;
+
 /**
  * Runs `read` with the source open. It ends early on SIGINT and SIGTERM, after --seconds, and when
- * nothing has come from a live stream for `live.timeoutSeconds`, unless `live.onSilence` is there
- * to be told of that. `live.stopped` is not asked.
+ * a live stream has stayed away for longer than `patience`.
  *
  * Raises ToolError when the source cannot be opened, and behind `read`, so that nothing that came
  * is lost, when silence has ended it. Passes on what `read` raises.
  */
-void withSource(const SourceOptions& options, LiveOptions live,
+void withSource(const SourceOptions& options, const Patience& patience,
                 const std::function<void(ByteSource& source)>& read);
 
 }  // namespace tevra::tools

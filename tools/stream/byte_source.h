@@ -43,8 +43,8 @@ class ByteSource {
 
 /**
  * A file, "-" for standard input, or "udp://ADDRESS:PORT" or "rtp://ADDRESS:PORT" for packets that
- * arrive there. Each ends when it is stopped, and what has nothing to give is waited for; only a
- * live source is dead after a time. Raises ToolError when it cannot be opened.
+ * arrive there. Each ends when it is stopped, and what has nothing to give is waited for. Raises
+ * ToolError when it cannot be opened.
  */
 [[nodiscard]] std::unique_ptr<ByteSource> openSource(const std::string& name,
                                                      const LiveOptions& live = {});

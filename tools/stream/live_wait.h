@@ -5,17 +5,15 @@
 
 namespace tevra::tools {
 
+/** Given how long nothing has come. */
+using OnSilence = std::function<void(std::chrono::milliseconds silence)>;
+
 /** How a source is waited for that has nothing to give for a while. */
 struct LiveOptions {
-  /** Without a packet for so long a live source counts as dead, unless onSilence is set. */
-  int timeoutSeconds = 30;
   /** Asked several times a second; true ends the source. */
   std::function<bool()> stopped = [] { return false; };
-  /**
-   * Told several times a second how long nothing has come, if nothing does. Where it is set the
-   * source is waited for without end, unless it raises something.
-   */
-  std::function<void(std::chrono::milliseconds silence)> onSilence = nullptr;
+  /** Told several times a second how long nothing has come, if nothing does; may raise. */
+  OnSilence onSilence = nullptr;
 };
 
 /**

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "tools/stream/rtp.h"
-#include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {
@@ -12,11 +11,6 @@ namespace {
 std::string secondsText(std::chrono::steady_clock::duration time) {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(time).count();
   return seconds == 0 ? "less than 1 s" : std::to_string(seconds) + " s";
-}
-
-std::string noPacket(const std::string& name, const std::string& time) {
-  return "no packet came from " + name + " in " + time +
-         ": is the stream sent there, and does a firewall let it in?";
 }
 
 }  // namespace
@@ -36,12 +30,10 @@ std::vector<std::string> lossLines(const UdpLosses& losses) {
 }
 
 UdpSource::UdpSource(const UdpAddress& address, LiveOptions live, size_t capacity)
-    : name_(urlOf(address)), live_(std::move(live)), receiver_(address), buffer_(capacity) {
-  if (!live_.onSilence) {
-    live_.onSilence = [this](std::chrono::milliseconds silence) { failWhenDead(silence); };
-  }
-  thread_ = std::thread([this] { receive(); });
-}
+    : live_(std::move(live)),
+      receiver_(address),
+      buffer_(capacity),
+      thread_([this] { receive(); }) {}
 
 UdpSource::~UdpSource() {
   ending_ = true;
@@ -72,20 +64,11 @@ size_t UdpSource::read(uint8_t* buffer, size_t size) {
   return count;
 }
 
-void UdpSource::failWhenDead(std::chrono::milliseconds silence) const {
-  if (silence < std::chrono::seconds(live_.timeoutSeconds)) {
-    return;
-  }
-  const std::string time = std::to_string(live_.timeoutSeconds) + " s";
-  throw ToolError(payload_ == 0 ? noPacket(name_, time)
-                                : "nothing more has come from " + name_ + " for " + time +
-                                      ": has the stream ended?");
-}
-
 std::string UdpSource::explainNothing(const std::string& name, uint64_t packets) const {
   const std::string time = secondsText(Clock::now() - opened_);
   if (payload_ == 0) {
-    return noPacket(name, time);
+    return "no packet came from " + name + " in " + time +
+           ": is the stream sent there, and does a firewall let it in?";
   }
   if (packets == 0) {
     return "what came from " + name + " in " + time + ", " + counted(payload_, "byte") +

@@ -30,8 +30,7 @@ struct UdpLosses {
  * one of the machine's own; behind the RTP header (RFC 3550, 5.1) where there is one.
  *
  * A thread of its own receives, so that a reader that is busy for a while loses nothing; signals
- * that are to go elsewhere are blocked before the source is made. Reading raises ToolError when
- * nothing arrives for the time-out, unless silence is told of.
+ * that are to go elsewhere are blocked before the source is made.
  */
 class UdpSource : public ByteSource {
  public:
@@ -39,7 +38,7 @@ class UdpSource : public ByteSource {
   static constexpr size_t kCapacity = size_t{8} * 1024 * 1024;
 
   /** Begins to receive; raises ToolError when the machine does not let it. */
-  UdpSource(const UdpAddress& address, LiveOptions live, size_t capacity = kCapacity);
+  explicit UdpSource(const UdpAddress& address, LiveOptions live = {}, size_t capacity = kCapacity);
   ~UdpSource() override;
   UdpSource(const UdpSource&) = delete;
   UdpSource& operator=(const UdpSource&) = delete;
@@ -55,11 +54,9 @@ class UdpSource : public ByteSource {
 
   /** What the thread does, until `ending_`. */
   void receive();
-  void failWhenDead(std::chrono::milliseconds silence) const;
 
   static constexpr size_t kLargestDatagram = 65536;
 
-  std::string name_;
   LiveOptions live_;
   uint64_t payload_ = 0;  // bytes read in all
   Clock::time_point opened_ = Clock::now();

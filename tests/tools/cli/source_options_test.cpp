@@ -36,17 +36,12 @@ using testing::StartsWith;
 
 constexpr int kPort = 21047;
 constexpr const char* kLive = "udp://127.0.0.1:21047";
+constexpr int kNoPatience = 0;
 
 std::string readOnce(ByteSource& source) {
   std::vector<uint8_t> buffer(4096);
   const size_t count = source.read(buffer.data(), buffer.size());
   return {buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(count)};
-}
-
-LiveOptions impatient() {
-  LiveOptions live;
-  live.timeoutSeconds = 0;
-  return live;
 }
 
 /** A file of the test's own that is a pipe. */
@@ -74,7 +69,7 @@ class SignalsHeld {
 
 TEST(Source, EndsWhenItIsInterrupted) {
   for (const int signal : {SIGINT, SIGTERM}) {
-    withSource({kLive, {}}, {}, [&](ByteSource& source) {
+    withSource({kLive, {}}, 30, [&](ByteSource& source) {
       kill(getpid(), signal);
       kill(getpid(), signal);  // a second one does no more
       EXPECT_EQ("", readOnce(source));
@@ -91,7 +86,7 @@ TEST(Source, ThatStaysAwayFailsBehindWhatHasBeenRead) {
     }
   };
   try {
-    withSource({kLive, {}}, impatient(), readToTheEnd);
+    withSource({kLive, {}}, kNoPatience, readToTheEnd);
     ADD_FAILURE() << "no error";
   } catch (const ToolError& error) {
     EXPECT_STREQ("nothing more has come from udp://127.0.0.1:21047 for 0 s: has the stream ended?",
@@ -101,15 +96,14 @@ TEST(Source, ThatStaysAwayFailsBehindWhatHasBeenRead) {
 }
 
 TEST(Source, ThatStaysAwayIsWaitedForByWhoIsToldOfIt) {
-  LiveOptions live = impatient();
-  live.onSilence = [](milliseconds /*silence*/) { test::sendDatagram("Gone", kPort); };
-  withSource({kLive, {}}, live, [](ByteSource& source) { EXPECT_EQ("Gone", readOnce(source)); });
+  const auto told = [](milliseconds /*silence*/) { test::sendDatagram("Gone", kPort); };
+  withSource({kLive, {}}, told, [](ByteSource& source) { EXPECT_EQ("Gone", readOnce(source)); });
 }
 
 TEST(Source, ThatIsAPipeIsWaitedForHoweverLongItTakes) {
   const TemporaryFile file("pipe");
   makePipe(file);
-  withSource({file.path(), {}}, impatient(), [&](ByteSource& source) {
+  withSource({file.path(), {}}, kNoPatience, [&](ByteSource& source) {
     std::thread writer([&] {
       std::this_thread::sleep_for(milliseconds(300));
       std::ofstream(file.path()) << "Gone";

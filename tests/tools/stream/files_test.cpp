@@ -102,7 +102,6 @@ std::string readOnce(ByteSource& source) {
 
 TEST_F(Fifo, WithoutAWriterIsWaitedForUntilStopped) {
   int told = 0;
-  live_.timeoutSeconds = 0;  // is no limit here: a pipe may be slow
   live_.onSilence = [&told](std::chrono::milliseconds /*silence*/) { ++told; };
   live_.stopped = [&told] { return told == 2; };
   InputFile file(path_, live_);
