@@ -179,6 +179,9 @@ void LiveExtract::begin() {
     writers_.push_back({std::make_unique<SptsOutput>(output, SptsWriter::Timing::kAtOnce),
                         basisOf(output.output)});
   }
+  for (Writer& writer : writers_) {
+    writer.output->open();
+  }
   events_.begun(*inventory_, outputs_);
 }
 

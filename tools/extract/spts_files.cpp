@@ -16,6 +16,9 @@ void writeSptsFiles(const std::string& input, std::vector<SptsFile>& outputs) {
   for (SptsFile& output : outputs) {
     writers.emplace_back(output, SptsWriter::Timing::kExact);
   }
+  for (SptsOutput& writer : writers) {
+    writer.open();
+  }
   const bool isPaced = std::any_of(outputs.begin(), outputs.end(),
                                    [](const SptsFile& output) { return isLiveSink(output.file); });
   Pacer pacer;

@@ -33,8 +33,8 @@ struct SptsFile {
  * file that is there is replaced. Where one is sent, all are written in real time, by the PCRs of
  * the input.
  *
- * Raises ToolError when the input or an answer cannot be used, or a file cannot be written; what is
- * written by then stays.
+ * Raises ToolError when the input or an answer cannot be used, or a file cannot be written. What is
+ * there is touched only when nothing is known to be wrong; what is written by then stays.
  */
 void writeSptsFiles(const std::string& input, std::vector<SptsFile>& outputs);
 

@@ -8,9 +8,10 @@ namespace tevra::tools {
 SptsOutput::SptsOutput(SptsFile& output, SptsWriter::Timing timing)
     : output_(output),
       configuration_(output.configuration),
-      sink_(openSink(output.file)),
       writer_(
-          configuration_, [this](const TsPacket& packet) { write(packet); }, timing) {}
+          configuration_, [this](const TsPacket& packet) { write(packet); }, timing) {
+  requireSink(output.file);
+}
 
 void SptsOutput::configure() {
   try {

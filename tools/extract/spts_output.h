@@ -14,13 +14,15 @@ namespace tevra::tools {
 class SptsOutput {
  public:
   /**
-   * Opens the sink that `output` names; `output` must outlive it. Raises ToolError when that or the
-   * answer cannot be used.
+   * `output` must outlive it. Raises ToolError when the answer cannot be used, or the sink that it
+   * names, as far as that can be told without touching anything.
    */
   SptsOutput(SptsFile& output, SptsWriter::Timing timing);
   SptsOutput(const SptsOutput&) = delete;  // the writer refers to it
   SptsOutput& operator=(const SptsOutput&) = delete;
 
+  /** Opens the sink, before all else. Raises ToolError when that fails. */
+  void open() { sink_ = openSink(output_.file); }
   /** The next packet of the input multiplex. Raises ToolError when writing fails, as all below. */
   void push(const TsPacket& packet) { writer_.push(packet); }
   /**

@@ -105,24 +105,39 @@ class Air : public ByteSource {
 
 class LiveExtractTest : public testing::Test {
  protected:
+  LiveExtractTest() { daemon_.answer = answerWithVideo(); }
+
   static OutputDraft draftOf(std::optional<int> service) {
     OutputDraft draft;
     draft.service = service;
     return draft;
   }
 
-  /** Of the draft's output, by `engine`. */
+  /** Adds an output, in otherFile_, with an answer of its own. */
+  void addOther(int service) {
+    drafts_.push_back(draftOf(service));
+    drafts_[1].origin = "other";
+    drafts_[1].output.globalSid = 7;
+    pattern_ = OutputPattern(file_.path().substr(0, file_.path().size() - 4) + "{gsid}");
+    daemon_.answer[7] = daemon_.answer.at(1201);
+  }
+
+  /** Of the drafts' outputs, by `engine`. */
   void run(Engine& engine) {
     const LiveEvents events = {[this](const auto& /*inventory*/, const auto& outputs) {
                                  begunWith_ = outputs.at(0).output.inputSid;
                                },
                                [this](const std::string& line) { told_.push_back(line); }};
-    extract_ = std::make_unique<LiveExtract>(
-        LiveRequest{"air", {draft_}, OutputPattern(file_.path())}, engine, events);
+    extract_ = std::make_unique<LiveExtract>(LiveRequest{"air", drafts_, pattern_}, engine, events);
     (void)extract_->run(air_);
   }
   void run() {
     withPrivateEngine("", [this](Engine& engine) { run(engine); });
+  }
+  /** By one that says what daemon_.answer holds, of global service id 1201 first. */
+  void runWithDaemon() {
+    drafts_[0].output.globalSid = 1201;
+    run(daemon_);
   }
 
   [[nodiscard]] std::string errorOfRun() {
@@ -174,9 +189,12 @@ class LiveExtractTest : public testing::Test {
     }
   }
 
-  const TemporaryFile file_{"out"};
+  const TemporaryFile file_{"1201"};
+  const TemporaryFile otherFile_{"7"};
   Air air_;
-  OutputDraft draft_ = draftOf(kService);
+  test::RecordingDaemon daemon_;
+  std::vector<OutputDraft> drafts_ = {draftOf(kService)};
+  OutputPattern pattern_{file_.path()};
   std::unique_ptr<LiveExtract> extract_;
   std::vector<std::string> told_;
   std::optional<int> begunWith_;
@@ -219,12 +237,21 @@ TEST_F(LiveExtractTest, TakesTheSdtThatComesLater) {
 }
 
 TEST_F(LiveExtractTest, RefusesAServiceThatTheStreamLacks) {
-  draft_ = draftOf(9);
+  drafts_ = {draftOf(9)};
   air_.all();
   air_.otherPmt();
   air_.play(3);
   EXPECT_EQ("service 9 has no PMT in this stream; services that have: 7, 101 \"Uno\"",
             errorOfRun());
+}
+
+TEST_F(LiveExtractTest, ReplacesNothingWhereAnOutputCannotBeHad) {
+  addOther(kService);
+  daemon_.answer.at(7).outputTables.pmtPackets.clear();
+  file_.write(std::string("former"));
+  air_.all();
+  EXPECT_THROW(runWithDaemon(), ToolError);
+  EXPECT_EQ("former", file_.read());
 }
 
 TEST_F(LiveExtractTest, SaysWhatWasMissingWhenTheSourceEndsEarly) {
@@ -235,7 +262,7 @@ TEST_F(LiveExtractTest, SaysWhatWasMissingWhenTheSourceEndsEarly) {
 }
 
 TEST_F(LiveExtractTest, TakesTheFirstServiceHoweverLateItsPmtComes) {
-  draft_ = draftOf(std::nullopt);
+  drafts_ = {draftOf(std::nullopt)};
   air_.all();
   air_.play(0.5);
   air_.otherPmt();
@@ -307,48 +334,44 @@ std::vector<Change> changes(bool takesCat) {
 
 TEST_F(LiveExtractTest, AsksAgainWhenWhatTheAnswerDependsOnHasChangedAndOnlyThen) {
   for (const int nextNode : {0, 1}) {
-    test::RecordingDaemon daemon;
-    daemon.answer = test::sampleAnswer();
-    draft_.output.globalSid = 1201;
-    draft_.output.nextNode = nextNode;
+    daemon_ = test::RecordingDaemon();
+    daemon_.answer = answerWithVideo();
+    drafts_[0].output.nextNode = nextNode;
     air_ = Air();
     air_.all();
     air_.play(1);
     air_.then([&] {
-      EXPECT_EQ(1U, daemon.requests.size());
-      daemon.requests.clear();
+      EXPECT_EQ(1U, daemon_.requests.size());
+      daemon_.requests.clear();
     });
     const std::vector<Change> all = changes(nextNode == 1);
     for (const Change& change : all) {
       air_.section(change.pid, change.section);
       air_.then([&] {
-        EXPECT_EQ(change.requests, daemon.requests.size()) << change.what << ", " << nextNode;
-        daemon.requests.clear();
+        EXPECT_EQ(change.requests, daemon_.requests.size()) << change.what << ", " << nextNode;
+        daemon_.requests.clear();
       });
     }
-    run(daemon);
-    EXPECT_THAT(daemon.calls,
+    runWithDaemon();
+    EXPECT_THAT(daemon_.calls,
                 AllOf(Contains(StartsWith("setEITPresentFollowing")),
                       Contains(StartsWith("setNIT")), Contains(StartsWith("setBAT"))));
   }
 }
 
 TEST_F(LiveExtractTest, GoesOnAsItWasWhereThereIsNoAnswer) {
-  test::RecordingDaemon daemon;
-  daemon.answer = answerWithVideo();
-  draft_.output.globalSid = 1201;
   air_.all();
   air_.play(1);
-  air_.then([&] { daemon.answer.clear(); });
+  air_.then([&] { daemon_.answer.clear(); });
   air_.pmt(1);
   air_.play(1);
   air_.then([&] {
-    daemon.answer = answerWithVideo();
-    daemon.answer.at(1201).outputTables.pmtPackets.clear();
+    daemon_.answer = answerWithVideo();
+    daemon_.answer.at(1201).outputTables.pmtPackets.clear();
   });
   air_.pmt(2);
   air_.play(1);
-  run(daemon);
+  runWithDaemon();
   EXPECT_THAT(told_, ElementsAre(StartsWith("there is no output for service 101 "),
                                  StartsWith("the daemon's answer holds no usable PMT packets")));
   EXPECT_GT(written(501), 25);
@@ -447,30 +470,21 @@ TEST_F(LiveExtractTest, WaitsForTheNewPmtOfAServiceThatComesBack) {
 }
 
 TEST_F(LiveExtractTest, MovesOnWithAnOutputThoughAnotherHasNoAnswer) {
-  test::RecordingDaemon daemon;
-  daemon.answer = answerWithVideo();
-  daemon.answer[7] = daemon.answer.at(1201);
-  const TemporaryFile first("1201");
-  const std::string stem = first.path().substr(0, first.path().size() - 4);
-  const TemporaryFile second("7");
-  draft_.output.globalSid = 1201;
-  OutputDraft other = draftOf(7);
-  other.origin = "other";
-  draft_.output.nextNode = other.output.nextNode = 1;  // for which the CAT counts
+  addOther(7);
+  for (OutputDraft& draft : drafts_) {
+    draft.output.nextNode = 1;  // for which the CAT counts
+  }
   air_.all();
   air_.otherPmt();
   air_.play(1);
   air_.then([&] {
-    daemon.answer.erase(7);
-    daemon.answer.at(1201).outputTables.dvbTables.sdt.version = 9;
+    daemon_.answer.erase(7);
+    daemon_.answer.at(1201).outputTables.dvbTables.sdt.version = 9;
   });
   air_.section(kCatPid, test::makeSection({0x01, 0xFFFF}, {}));
   air_.play(1);
-  LiveExtract extract({"air", {draft_, other}, OutputPattern(stem + "{gsid}")}, daemon,
-                      {[](const auto&, const auto&) {},
-                       [this](const std::string& line) { told_.push_back(line); }});
-  (void)extract.run(air_);
-  EXPECT_EQ(9, extract.outputs().at(0).configuration.outputTables.dvbTables.sdt.version);
+  runWithDaemon();
+  EXPECT_EQ(9, answer().outputTables.dvbTables.sdt.version);
   EXPECT_THAT(told_, Contains(StartsWith("there is no output for service 7 ")));
 }
 

@@ -129,8 +129,21 @@ TEST(SptsFiles, FailWhenOneCannotBeWritten) {
   std::vector<SptsFile> outputs = {outputFor(first), outputFor(second)};
   outputs[1].file = "/dev/full";
   EXPECT_THROW(writeSptsFiles(sample(), outputs), ToolError);
+}
+
+TEST(SptsFiles, ReplaceNothingWhereOneCannotBeHad) {
+  const TemporaryFile first("1");
+  const TemporaryFile second("2");
+  first.write(std::string("former"));
+  second.write(std::string("former"));
+  std::vector<SptsFile> outputs = {outputFor(first), outputFor(second)};
+  outputs[1].configuration.outputTables.pmtPackets.clear();
+  EXPECT_THROW(writeSptsFiles(sample(), outputs), ToolError);
+  outputs[1] = outputFor(second);
   outputs[1].file = "/no/such/folder/out.ts";
   EXPECT_THROW(writeSptsFiles(sample(), outputs), ToolError);
+  EXPECT_EQ("former", first.read());
+  EXPECT_EQ("former", second.read());
 }
 
 TEST(SptsFiles, OfNoOutputsAreNone) {

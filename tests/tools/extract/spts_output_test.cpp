@@ -17,6 +17,8 @@ constexpr int kOtherVideo = 504;
 
 class SptsOutputTest : public testing::Test {
  protected:
+  SptsOutputTest() { output_.open(); }
+
   static SptsFile makeOutput(const std::string& path) {
     SptsFile output;
     output.file = path;
