@@ -96,7 +96,7 @@ void LiveExtract::take(const TsPacket& packet) {
     return;  // its PIDs may mean anything until the tables say what
   }
   for (Writer& writer : writers_) {
-    if (!writer.isPaused) {
+    if (writer.pausedFor.empty()) {
       writer.output->push(packet);
     }
   }
@@ -177,7 +177,7 @@ void LiveExtract::begin() {
   }
   for (SptsFile& output : outputs_) {
     writers_.push_back({std::make_unique<SptsOutput>(output, SptsWriter::Timing::kAtOnce),
-                        basisOf(output.output)});
+                        basisOf(output.output), transportStreamId_, ""});
   }
   for (Writer& writer : writers_) {
     writer.output->open();
@@ -214,19 +214,15 @@ void LiveExtract::askAgain() {
     const int own = outputs_[index].output.inputSid;
     Writer& writer = writers_[index];
     if (!hasPmt(own)) {
-      pause(index);
+      pause(index, "service " + std::to_string(own) + " is not in the stream");
     } else if (Basis basis = basisOf(outputs_[index].output);
-               writer.isPaused || !(basis == writer.basis)) {
+               !writer.pausedFor.empty() || !(basis == writer.basis)) {
       writer.basis = std::move(basis);
       places[own].push_back(index);
     }
   }
   for (const auto& [own, indexes] : places) {
-    try {
-      askAgainFor(indexes);
-    } catch (const ToolError& error) {
-      events_.tell(error.what());  // they go on as they were
-    }
+    attempt(indexes, [this, &indexes = indexes] { askAgainFor(indexes); });
   }
 }
 
@@ -238,30 +234,51 @@ void LiveExtract::askAgainFor(const std::vector<size_t>& places) {
   }
   const std::vector<SptsFile> asked = ask(settledOutputs(drafts, *inventory_));
   for (size_t i = 0; i < places.size(); ++i) {
-    goOn(places[i], asked[i]);
+    attempt({places[i]}, [&] { goOn(places[i], asked[i]); });
   }
 }
 
-void LiveExtract::pause(size_t index) {
-  if (!writers_[index].isPaused) {
-    writers_[index].isPaused = true;
-    writers_[index].output->flush();
-    writers_[index].output->skip();
-    events_.tell(outputs_[index].file + ": pauses, for service " +
-                 std::to_string(outputs_[index].output.inputSid) + " is not in the stream");
+void LiveExtract::attempt(const std::vector<size_t>& places, const std::function<void()>& answer) {
+  try {
+    answer();
+  } catch (const ToolError& error) {
+    bool goesOn = false;
+    for (const size_t index : places) {
+      const Writer& writer = writers_[index];
+      if (writer.pausedFor.empty() && writer.transportStreamId == transportStreamId_) {
+        goesOn = true;
+      } else {
+        pause(index, error.what());
+      }
+    }
+    if (goesOn) {
+      events_.tell(error.what());
+    }
+  }
+}
+
+void LiveExtract::pause(size_t index, const std::string& why) {
+  Writer& writer = writers_[index];
+  if (writer.pausedFor != why) {
+    writer.pausedFor = why;
+    writer.output->flush();
+    writer.output->skip();
+    events_.tell(outputs_[index].file + ": pauses, for " + why);
   }
 }
 
 void LiveExtract::goOn(size_t index, const SptsFile& asked) {
   SptsFile& output = outputs_[index];
+  Writer& writer = writers_[index];
   const std::string moved = movedVersions(output.configuration, asked.configuration);
   output.configuration = asked.configuration;
-  writers_[index].output->configure();
+  writer.output->configure();
   output.output = asked.output;
   output.input = asked.input;
   const std::string news =
-      writers_[index].isPaused ? "goes on" + (moved.empty() ? "" : ", " + moved) : moved;
-  writers_[index].isPaused = false;
+      writer.pausedFor.empty() ? moved : "goes on" + (moved.empty() ? "" : ", " + moved);
+  writer.pausedFor.clear();
+  writer.transportStreamId = transportStreamId_;
   if (!news.empty()) {
     events_.tell(output.file + ": " + news);
   }

@@ -43,8 +43,9 @@ struct LiveEvents {
  * stream without the rest of them; what comes before is not written. When its service's PMT, the
  * PID of that or the service's entry in the SDT changes, the engine is asked again and the output
  * goes on as it says, its versions and counters with it; where there is no answer it goes on as it
- * was. An output pauses while the stream lacks its service. Another transport stream is waited for
- * as the first was.
+ * was. Another transport stream is waited for as the first was. An output pauses while the stream
+ * lacks its service, and in another transport stream until there is an answer, for which the engine
+ * is asked with each table that may bring one.
  */
 class LiveExtract {
  public:
@@ -87,8 +88,9 @@ class LiveExtract {
   /** What one of the outputs is written with. */
   struct Writer {
     std::unique_ptr<SptsOutput> output;
-    Basis basis;            // when it was asked for
-    bool isPaused = false;  // the stream lacks its service
+    Basis basis;                           // when it was asked for
+    std::optional<int> transportStreamId;  // of which its answer is
+    std::string pausedFor;                 // why; empty: it goes on
   };
 
   void flush();
@@ -106,7 +108,10 @@ class LiveExtract {
   void askAgain();
   /** Of these outputs, which are of one service. Raises ToolError where one has no answer. */
   void askAgainFor(const std::vector<size_t>& places);
-  void pause(size_t index);
+  /** Where `answer` raises ToolError these outputs go on as they were, or pause. */
+  void attempt(const std::vector<size_t>& places, const std::function<void()>& answer);
+  void pause(size_t index, const std::string& why);
+  /** Raises ToolError when the answer cannot be used. */
   void goOn(size_t index, const SptsFile& asked);
   [[nodiscard]] std::vector<SptsFile> ask(const std::vector<OutputOptions>& outputs);
 

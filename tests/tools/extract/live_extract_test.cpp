@@ -439,6 +439,36 @@ TEST_F(LiveExtractTest, WaitsForItsServiceInAnotherTransportStream) {
   EXPECT_THAT(told_, Contains(file_.path() + ": pauses, for service 101 is not in the stream"));
 }
 
+TEST_F(LiveExtractTest, PausesInAnotherTransportStreamUntilThereIsAnAnswer) {
+  addOther(kService);
+  air_.all();
+  air_.play(1);
+  air_.then([&] { daemon_.answer.clear(); });
+  air_.pat(2);
+  air_.pmt();
+  air_.sdt(0, "Uno", 2);
+  air_.play(1);
+  air_.then([&] {
+    daemon_.answer = {{7, answerWithVideo().at(1201)}, {1201, SPTSConfiguration()}};
+  });
+  air_.pmt(1);
+  air_.play(1);
+  air_.then([&] { daemon_.answer.at(1201) = daemon_.answer.at(7); });
+  air_.pmt(2);
+  air_.play(1);
+  runWithDaemon();
+  EXPECT_EQ(50U, extract_->outputs()[0].pidPackets.at(502));
+  EXPECT_EQ(75U, extract_->outputs()[1].pidPackets.at(502));
+  const std::string first = file_.path();
+  const std::string other = otherFile_.path();
+  EXPECT_THAT(told_,
+              ElementsAre(StartsWith("the transport stream is now 2 "),
+                          StartsWith(first + ": pauses, for there is no output for service 101 "),
+                          StartsWith(other + ": pauses, for there is no output for service 101 "),
+                          StartsWith(first + ": pauses, for the daemon's answer holds no usable"),
+                          other + ": goes on", first + ": goes on"));
+}
+
 TEST_F(LiveExtractTest, TellsOfSilenceOnceAndOfItsEnd) {
   air_.all();
   air_.play(1);
