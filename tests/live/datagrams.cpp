@@ -11,24 +11,10 @@
 #include <stdexcept>
 #include <string>
 
+#include "tools/stream/udp_address.h"
+
 namespace tevra::test {
 namespace {
-
-sockaddr_in localAddress(int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
-
-int openSocket() {
-  const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  if (socket < 0) {
-    throw std::runtime_error("no socket");
-  }
-  return socket;
-}
 
 /** Some seconds of an output; as much of it as the machine lets this user have. */
 void enlargeBuffer(int socket) {
@@ -52,29 +38,12 @@ bool isReceiving(int port) {
   return false;
 }
 
-DatagramSender::DatagramSender(int port) : socket_(openSocket()) {
-  const sockaddr_in address = localAddress(port);
-  if (connect(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    throw std::runtime_error("nothing can be sent to port " + std::to_string(port));
-  }
-}
-
-DatagramSender::~DatagramSender() {
-  close(socket_);
-}
-
-void DatagramSender::send(const std::array<tools::TsPacket, kPackets>& packets) {
-  static_assert(sizeof packets == kPackets * tools::kTsPacketSize);
-  if (::send(socket_, packets.data(), sizeof packets, 0) != sizeof packets) {
-    ++refused_;
-  }
-}
-
-DatagramReceiver::DatagramReceiver(int port) : socket_(openSocket()) {
+DatagramReceiver::DatagramReceiver(int port)
+    : socket_(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
   const int yes = 1;
   enlargeBuffer(socket_);
   (void)setsockopt(socket_, SOL_SOCKET, SO_RXQ_OVFL, &yes, sizeof yes);
-  const sockaddr_in address = localAddress(port);
+  const sockaddr_in address = tools::socketAddress({"127.0.0.1", port});
   if (bind(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
     throw std::runtime_error("port " + std::to_string(port) + " is taken");
   }

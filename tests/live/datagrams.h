@@ -5,32 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "tools/stream/ts_packet.h"
-
-/** Datagrams from and to ports of 127.0.0.1. */
+/** Datagrams to ports of 127.0.0.1. */
 namespace tevra::test {
 
 /** Whether a socket receives there. */
 [[nodiscard]] bool isReceiving(int port);
-
-/** Sends packets, seven a datagram. */
-class DatagramSender {
- public:
-  static constexpr size_t kPackets = 7;
-
-  explicit DatagramSender(int port);
-  ~DatagramSender();
-  DatagramSender(const DatagramSender&) = delete;
-  DatagramSender& operator=(const DatagramSender&) = delete;
-
-  void send(const std::array<tools::TsPacket, kPackets>& packets);
-  /** Datagrams that the machine did not take. */
-  [[nodiscard]] uint64_t refused() const { return refused_; }
-
- private:
-  int socket_;
-  uint64_t refused_ = 0;
-};
 
 /** Receives datagrams, and knows how many it has missed. */
 class DatagramReceiver {

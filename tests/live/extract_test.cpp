@@ -16,6 +16,7 @@
 #include "tests/support/sanitizers.h"
 #include "tests/system/process_figures.h"
 #include "tests/system/tornelctl.h"
+#include "tools/text/words.h"
 
 namespace tevra::test {
 namespace {
@@ -96,7 +97,7 @@ class LiveExtract : public testing::Test {
               << " packets of streams, " << seen.tablePackets() << " of tables, "
               << seen.shortDatagrams() << " datagrams not full\nThe test was late "
               << player_.delays() << " times and has missed " << listener_.missed()
-              << " datagrams, " << player_.refused() << " were not taken" << std::endl;
+              << " datagrams. " << tools::joined(player_.faults(), "; ") << std::endl;
   }
 
   /** PMTs with one stream more than the one before. */
@@ -146,7 +147,7 @@ class LiveExtract : public testing::Test {
   SptsListener listener_{kOutputPort};
   ChildProcess extract_{{{tornelctlPath(), "extract", nameOf(kInputPort), "--service",
                           std::to_string(LiveMultiplex::kService), "-o", nameOf(kOutputPort)}}};
-  MultiplexPlayer player_{multiplex_, kInputPort};
+  MultiplexPlayer player_{multiplex_, nameOf(kInputPort)};
   ProcessFigures figures_{extract_.pid()};
   std::vector<int64_t> memory_;  // kilobytes after each cycle
   int64_t peak_ = 0;

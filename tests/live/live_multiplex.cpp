@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 
 namespace tevra::test {
 namespace {
@@ -45,15 +46,6 @@ Bytes sdtEntry(int service) {
   const Bytes descriptor = tools::test::descriptor(
       0x48, joined({{0x01, 0x00, static_cast<uint8_t>(name.size())}, name}));
   return joined({tools::test::be16(service), {0xFC}, tools::test::loop(0x8, descriptor)});
-}
-
-TsPacket nullPacket() {
-  TsPacket packet;
-  std::fill(packet.data(), packet.data() + tools::kTsPacketSize, uint8_t{0xFF});
-  packet.data()[0] = tools::kTsSyncByte;
-  packet.data()[1] = 0x1F;
-  packet.data()[3] = 0x10;
-  return packet;
 }
 
 }  // namespace
@@ -148,9 +140,8 @@ void LiveMultiplex::changeTransportStream() {
 }
 
 TsPacket LiveMultiplex::next(int64_t sentAt) {
-  static const TsPacket kNullPacket = nullPacket();
   queueTables();
-  TsPacket packet = kNullPacket;
+  TsPacket packet = writer_.stream(tools::kNullPid, 0xFF);
   if (!queue_.empty()) {
     packet = queue_.front();
     queue_.pop_front();
@@ -181,7 +172,7 @@ LiveMultiplex::Source* LiveMultiplex::dueSource() {
 
 TsPacket LiveMultiplex::streamPacket(Source& source, int64_t sentAt) {
   Stamp stamp;
-  stamp.stream = source.id;
+  std::tie(stamp.era, stamp.pid) = source.id;
   stamp.sequence = source.sequence;
   stamp.position = packets_;
   stamp.previous = source.previous;

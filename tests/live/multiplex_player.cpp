@@ -1,7 +1,6 @@
 #include "tests/live/multiplex_player.h"
 
 #include <algorithm>
-#include <array>
 #include <thread>
 
 namespace tevra::test {
@@ -9,6 +8,7 @@ namespace {
 
 using Seconds = std::chrono::duration<double>;
 
+constexpr int kPacketsOfDatagram = 7;
 constexpr std::chrono::milliseconds kTick(1);
 constexpr std::chrono::milliseconds kDelay(100);
 
@@ -50,11 +50,9 @@ uint64_t MultiplexPlayer::duePackets(double seconds) const {
 void MultiplexPlayer::sendUntil(uint64_t packets) {
   while (multiplex_.packets() < packets) {
     const int64_t now = stampTime();
-    std::array<tools::TsPacket, DatagramSender::kPackets> datagram;
-    for (tools::TsPacket& packet : datagram) {
-      packet = multiplex_.next(now);
+    for (int i = 0; i < kPacketsOfDatagram; ++i) {
+      sink_.write(multiplex_.next(now));
     }
-    sender_.send(datagram);
   }
 }
 

@@ -141,20 +141,19 @@ void SptsChecker::requireAnnounced(const TsPacket& packet) {
 /** From the first packet of a transport stream on nothing may be missing; a stream of it may begin
  * later. */
 void SptsChecker::follow(const Stamp& stamp) {
-  const uint32_t era = stamp.stream.first;
-  beginnings_.try_emplace(era, stamp.position);
-  if (!sureFrom_ || sureFrom_->first != era) {
-    sureFrom_ = {era, stamp.position};
+  beginnings_.try_emplace(stamp.era, stamp.position);
+  if (!sureFrom_ || sureFrom_->first != stamp.era) {
+    sureFrom_ = {stamp.era, stamp.position};
   }
-  const auto stream = received_.find(stamp.stream);
+  const auto stream = received_.find(stamp.stream());
   const bool follows = stream == received_.end()
                            ? stamp.sequence == 0 || stamp.previous < sureFrom_->second
                            : stamp.sequence == stream->second;
   if (!follows) {
-    faults_.add("stream " + std::to_string(stamp.stream.second) + " goes on with packet " +
+    faults_.add("stream " + std::to_string(stamp.pid) + " goes on with packet " +
                 std::to_string(stamp.sequence));
   }
-  received_[stamp.stream] = stamp.sequence + 1;
+  received_[stamp.stream()] = stamp.sequence + 1;
 }
 
 }  // namespace tevra::test

@@ -33,7 +33,7 @@ class Relay {
     for (const uint64_t end = multiplex.packets() + packets; multiplex.packets() < end;) {
       const TsPacket packet = multiplex.next(0);
       const auto stamp = readStamp(packet);
-      if (stamp && multiplex.sent().count(stamp->stream) != 0) {
+      if (stamp && multiplex.sent().count(stamp->stream()) != 0) {
         announce();
         output(packet);
       }
@@ -149,6 +149,14 @@ TEST(SptsChecker, FindsNothingWrongInASoundStreamWhateverItsMultiplexDoes) {
 
 constexpr auto kDrop = [](TsPacket&) { return false; };
 
+/** Alters a byte. */
+std::function<bool(TsPacket&)> flipped(size_t at) {
+  return [at](TsPacket& packet) {
+    packet.data()[at] ^= 1;
+    return true;
+  };
+}
+
 /** What an extraction does wrong, half a second after its beginning, and what is to be said. */
 struct Wrong {
   const char* name;
@@ -164,24 +172,11 @@ const std::vector<Wrong> kWrongs = {
     {"LostPacket", [](Relay& relay) { relay.alterNext(5, 1, kDrop); }, "continuity counter"},
     {"SixteenLostPackets", [](Relay& relay) { relay.alterNext(5, 16, kDrop); },
      "goes on with packet"},
-    {"ChangedPayload",
-     [](Relay& relay) {
-       relay.alterNext(5, 1, [](TsPacket& packet) { return (packet.data()[187] ^= 1, true); });
-     },
-     "damaged"},
-    {"ChangedStamp",
-     [](Relay& relay) {
-       relay.alterNext(5, 1, [](TsPacket& packet) { return (packet.data()[20] ^= 1, true); });
-     },
-     "damaged"},
+    {"ChangedPayload", [](Relay& relay) { relay.alterNext(5, 1, flipped(187)); }, "damaged"},
+    {"ChangedStamp", [](Relay& relay) { relay.alterNext(5, 1, flipped(20)); }, "damaged"},
     {"ChangedPcr",
      [](Relay& relay) {
-       relay.alter = [](TsPacket& packet) {
-         if (packet.pcr()) {
-           packet.data()[11] ^= 1;
-         }
-         return true;
-       };
+       relay.alter = [](TsPacket& packet) { return !packet.pcr() || flipped(11)(packet); };
      },
      "damaged"},
     {"LatePatAndPmt", [](Relay& relay) { relay.psiSeconds = 0.13; }, "no PAT for 1"},
@@ -190,10 +185,7 @@ const std::vector<Wrong> kWrongs = {
     {"DamagedTable",
      [](Relay& relay) {
        relay.alter = [](TsPacket& packet) {
-         if (packet.pid() == kPmtPid) {
-           packet.data()[12] ^= 1;
-         }
-         return true;
+         return packet.pid() != kPmtPid || flipped(12)(packet);
        };
      },
      "damaged"},

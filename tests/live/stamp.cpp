@@ -11,33 +11,15 @@ namespace {
 
 using tools::kTsPacketSize;
 using tools::TsPacket;
-using Words = std::array<uint64_t, 6>;
 
-constexpr size_t kStampSize = sizeof(Words) + sizeof(uint64_t);  // and a sum over it
+static_assert(std::has_unique_object_representations_v<Stamp>, "it is sent as it lies");
+constexpr size_t kStampSize = sizeof(Stamp) + sizeof(uint64_t);  // and a sum over it
 constexpr size_t kNoise = 1 << 16;
 
-Words wordsOf(const Stamp& stamp) {
-  return {uint64_t{stamp.stream.first} << 32 | stamp.stream.second,
-          stamp.sequence,
-          stamp.position,
-          stamp.previous,
-          static_cast<uint64_t>(stamp.pcr),
-          static_cast<uint64_t>(stamp.sentAt)};
-}
-
-Stamp stampOf(const Words& words) {
-  Stamp stamp;
-  stamp.stream = {static_cast<uint32_t>(words[0] >> 32), static_cast<uint32_t>(words[0])};
-  stamp.sequence = words[1];
-  stamp.position = words[2];
-  stamp.previous = words[3];
-  stamp.pcr = static_cast<int64_t>(words[4]);
-  stamp.sentAt = static_cast<int64_t>(words[5]);
-  return stamp;
-}
-
 /** Never 0, as the sum over an empty payload would be. */
-uint64_t sumOf(const Words& words) {
+uint64_t sumOf(const Stamp& stamp) {
+  std::array<uint64_t, sizeof stamp / sizeof(uint64_t)> words{};
+  std::memcpy(words.data(), &stamp, sizeof stamp);
   uint64_t sum = 1;
   for (const uint64_t word : words) {
     sum = (sum ^ word) * 0x9E3779B97F4A7C15U;
@@ -62,11 +44,10 @@ const uint8_t* noiseOf(uint64_t sum) {
 }  // namespace
 
 void writeStamp(TsPacket& packet, const Stamp& stamp) {
-  const Words words = wordsOf(stamp);
-  const uint64_t sum = sumOf(words);
+  const uint64_t sum = sumOf(stamp);
   uint8_t* payload = packet.data() + packet.payloadOffset();
   std::memcpy(payload, &sum, sizeof sum);
-  std::memcpy(payload + sizeof sum, words.data(), sizeof words);
+  std::memcpy(payload + sizeof sum, &stamp, sizeof stamp);
   std::memcpy(payload + kStampSize, noiseOf(sum),
               kTsPacketSize - packet.payloadOffset() - kStampSize);
 }
@@ -76,14 +57,13 @@ std::optional<Stamp> readStamp(const TsPacket& packet) {
   if (offset + kStampSize > kTsPacketSize) {
     return std::nullopt;
   }
-  Words words{};
+  Stamp stamp;
   uint64_t sum = 0;
   const uint8_t* payload = packet.data() + offset;
   std::memcpy(&sum, payload, sizeof sum);
-  std::memcpy(words.data(), payload + sizeof sum, sizeof words);
-  const bool isWhole = sum == sumOf(words) && std::memcmp(payload + kStampSize, noiseOf(sum),
+  std::memcpy(&stamp, payload + sizeof sum, sizeof stamp);
+  const bool isWhole = sum == sumOf(stamp) && std::memcmp(payload + kStampSize, noiseOf(sum),
                                                           kTsPacketSize - offset - kStampSize) == 0;
-  const Stamp stamp = stampOf(words);
   if (!isWhole || packet.pcr().value_or(-1) != stamp.pcr) {
     return std::nullopt;
   }
