@@ -7,14 +7,18 @@
 #include <utility>
 #include <vector>
 
-#include "tests/live/continuity_check.h"
-#include "tests/live/faults.h"
 #include "tests/live/stamp.h"
-#include "tests/live/table_intervals.h"
 #include "tests/system/psi_tables.h"
+#include "tests/tools/support/continuity_check.h"
+#include "tests/tools/support/faults.h"
+#include "tests/tools/support/table_intervals.h"
 #include "tools/stream/ts_packet.h"
 
 namespace tevra::test {
+
+using tools::test::ContinuityCheck;
+using tools::test::Faults;
+using tools::test::TableIntervals;
 
 /**
  * Takes the datagrams of a single-programme stream made of a multiplex of stamped packets, and

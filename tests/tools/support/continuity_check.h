@@ -2,10 +2,10 @@
 
 #include <map>
 
-#include "tests/live/faults.h"
+#include "tests/tools/support/faults.h"
 #include "tools/stream/ts_packet.h"
 
-namespace tevra::test {
+namespace tevra::tools::test {
 
 /** Holds the continuity counters of each PID of a stream against ISO/IEC 13818-1, 2.4.3.3, as a
  * receiver does for which no packet comes twice. */
@@ -14,7 +14,7 @@ class ContinuityCheck {
   /** What is wrong goes to `faults`, which must outlive this. */
   explicit ContinuityCheck(Faults& faults) : faults_(faults) {}
 
-  void take(const tools::TsPacket& packet);
+  void take(const TsPacket& packet);
   /** Packets are missing that this was never given. */
   void forget() { last_.clear(); }
 
@@ -23,4 +23,4 @@ class ContinuityCheck {
   std::map<int, int> last_;  // by PID
 };
 
-}  // namespace tevra::test
+}  // namespace tevra::tools::test

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/live/faults.h"
+#include "tests/tools/support/faults.h"
 
-namespace tevra::test {
+namespace tevra::tools::test {
 
 /**
  * Watches how far apart the tables of a stream are, by its PCRs: PAT and PMT at most 100 ms, the
@@ -58,4 +58,4 @@ class TableIntervals {
   int clockChanges_ = 0;
 };
 
-}  // namespace tevra::test
+}  // namespace tevra::tools::test

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace tevra::test {
+namespace tevra::tools::test {
 
 /** What was found wrong, a line each: the first ones in full, of the rest the number. */
 class Faults {
@@ -25,4 +25,4 @@ class Faults {
   std::vector<std::string> lines_;
 };
 
-}  // namespace tevra::test
+}  // namespace tevra::tools::test

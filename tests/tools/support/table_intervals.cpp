@@ -1,13 +1,11 @@
-#include "tests/live/table_intervals.h"
+#include "tests/tools/support/table_intervals.h"
 
 #include <algorithm>
 
 #include "tools/stream/ts_packet.h"
 
-namespace tevra::test {
+namespace tevra::tools::test {
 namespace {
-
-using tools::kSystemClock;
 
 constexpr std::array<int64_t, TableIntervals::kTables> kLimits = {kSystemClock / 10,
                                                                   kSystemClock / 10, kSystemClock};
@@ -16,10 +14,10 @@ constexpr std::array<const char*, TableIntervals::kTables> kNames = {"PAT", "PMT
 }  // namespace
 
 void TableIntervals::pcr(int64_t ticks, uint64_t packet) {
-  const int64_t step = (ticks - lastPcr_.value_or(ticks) + tools::kPcrModulus) % tools::kPcrModulus;
+  const int64_t step = (ticks - lastPcr_.value_or(ticks) + kPcrModulus) % kPcrModulus;
   if (!lastPcr_) {
     begin();
-  } else if (step > tools::kPcrLimit) {
+  } else if (step > kPcrLimit) {
     finish();
     ++clockChanges_;
     begin();
@@ -62,4 +60,4 @@ void TableIntervals::finish() {
   }
 }
 
-}  // namespace tevra::test
+}  // namespace tevra::tools::test

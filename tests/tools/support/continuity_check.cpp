@@ -1,10 +1,10 @@
-#include "tests/live/continuity_check.h"
+#include "tests/tools/support/continuity_check.h"
 
 #include <string>
 
-namespace tevra::test {
+namespace tevra::tools::test {
 
-void ContinuityCheck::take(const tools::TsPacket& packet) {
+void ContinuityCheck::take(const TsPacket& packet) {
   const int counter = packet.continuityCounter();
   const auto last = last_.find(packet.pid());
   if (last != last_.end()) {
@@ -17,4 +17,4 @@ void ContinuityCheck::take(const tools::TsPacket& packet) {
   last_[packet.pid()] = counter;
 }
 
-}  // namespace tevra::test
+}  // namespace tevra::tools::test
