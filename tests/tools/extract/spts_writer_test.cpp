@@ -4,9 +4,11 @@
 #include <map>
 #include <random>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include "tests/tools/support/continuity_check.h"
 #include "tests/tools/support/sample_answer.h"
+#include "tests/tools/support/table_intervals.h"
 #include "tests/tools/support/ts_builder.h"
 #include "tools/outputs/pid_attributes.h"
 #include "tools/text/tool_error.h"
@@ -15,6 +17,7 @@ namespace tevra::tools {
 namespace {
 
 using test::Bytes;
+using test::expectCountersRunOn;
 using test::packetStrings;
 using test::PacketWriter;
 using test::pidItem;
@@ -98,14 +101,6 @@ class SptsWriterTest : public testing::Test {
   std::vector<TsPacket> output_;
   SptsWriter writer_;
 };
-
-void expectCountersRunOn(const std::vector<TsPacket>& packets) {
-  for (size_t i = 1; i < packets.size(); ++i) {
-    const int step = packets[i].hasPayload() ? 1 : 0;
-    ASSERT_EQ((packets[i - 1].continuityCounter() + step) % 16, packets[i].continuityCounter())
-        << "packet " << i << " of PID " << packets[i].pid();
-  }
-}
 
 TEST_F(SptsWriterTest, TablesComeBeforeAnyStream) {
   pushInput(50);
@@ -275,39 +270,28 @@ class SptsWriterAtOnceTest : public SptsWriterTest {
     }
   }
 
-  /** The same as startTimes, with the packets between two PCRs spread evenly. */
-  std::vector<int64_t> spreadTimes(int pid) const {
-    std::vector<int64_t> times;
-    std::vector<size_t> waiting;
-    std::optional<std::pair<size_t, int64_t>> anchor;
-    for (size_t i = 0; i < output_.size(); ++i) {
-      if (output_[i].pid() == pid && output_[i].unitStart()) {
-        waiting.push_back(i);
-      }
-      if (output_[i].pid() != kVideo || !output_[i].pcr()) {
-        continue;
-      }
-      const int64_t pcr = *output_[i].pcr();
-      for (const size_t index : waiting) {
-        if (anchor) {
-          times.push_back(anchor->second + (pcr - anchor->second) *
-                                               static_cast<int64_t>(index - anchor->first) /
-                                               static_cast<int64_t>(i - anchor->first));
-        }
-      }
-      waiting.clear();
-      anchor = {i, pcr};
-    }
-    return times;
-  }
-
+  /** By the PCR before each, and with the packets between two PCRs spread evenly. */
   void expectTablesOften() const {
+    using test::TableIntervals;
     for (const int pid : {kPatPid, kPmt}) {
       EXPECT_LE(longestInterval(startTimes(pid)), 100 * kMillisecond) << pid;
-      EXPECT_LE(longestInterval(spreadTimes(pid)), 100 * kMillisecond) << pid;
     }
     EXPECT_LE(longestInterval(startTimes(kSdtPid)), kSystemClock);
-    EXPECT_LE(longestInterval(spreadTimes(kSdtPid)), kSystemClock);
+    test::Faults faults;
+    TableIntervals intervals(faults);
+    const std::map<int, TableIntervals::Table> tables = {{kPatPid, TableIntervals::kPat},
+                                                         {kPmt, TableIntervals::kPmt},
+                                                         {kSdtPid, TableIntervals::kSdt}};
+    for (size_t i = 0; i < output_.size(); ++i) {
+      const TsPacket& packet = output_[i];
+      if (packet.pid() == kVideo && packet.pcr()) {
+        intervals.pcr(*packet.pcr(), i);
+      } else if (tables.count(packet.pid()) != 0 && packet.unitStart()) {
+        intervals.table(tables.at(packet.pid()), i);
+      }
+    }
+    intervals.finish();
+    EXPECT_THAT(faults.lines(), testing::IsEmpty());
   }
 
   std::mt19937 random_;

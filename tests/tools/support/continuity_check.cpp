@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include <gmock/gmock.h>
+
 namespace tevra::tools::test {
 
 void ContinuityCheck::take(const TsPacket& packet) {
@@ -15,6 +17,15 @@ void ContinuityCheck::take(const TsPacket& packet) {
     }
   }
   last_[packet.pid()] = counter;
+}
+
+void expectCountersRunOn(const std::vector<TsPacket>& packets) {
+  Faults faults;
+  ContinuityCheck check(faults);
+  for (const TsPacket& packet : packets) {
+    check.take(packet);
+  }
+  EXPECT_THAT(faults.lines(), testing::IsEmpty());
 }
 
 }  // namespace tevra::tools::test

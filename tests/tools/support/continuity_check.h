@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <vector>
 
 #include "tests/tools/support/faults.h"
 #include "tools/stream/ts_packet.h"
@@ -22,5 +23,8 @@ class ContinuityCheck {
   Faults& faults_;
   std::map<int, int> last_;  // by PID
 };
+
+/** Expects that nothing is wrong with the counters of these packets. */
+void expectCountersRunOn(const std::vector<TsPacket>& packets);
 
 }  // namespace tevra::tools::test
