@@ -13,14 +13,12 @@ namespace {
 
 using fake::logged;
 using fake::Notification;
-using fake::platform;
 using fake::timesLogged;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
 constexpr const char* kSaving = "[MPTS0] has to save the new tables in a file";
-constexpr const char* kSavingFailed = "[MPTS0] Error writing EIT table version in file";
 
 TEST_F(HandlerEIT, PresentFollowingBeforeAnyTOTIsOnlyStored) {
   handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 9, {0})}));
@@ -89,6 +87,8 @@ TEST_F(NotifiedEIT, TOTRestampsPresentFollowingThenScheduleThenSavesThenNotifies
   ASSERT_TRUE(mainTask_.waitFor(3));
   EXPECT_THAT(mainTask_.methods(),
               ElementsAre("notifyEITPresentFollowing", "notifyEITSchedule", "notifyTOT"));
+  EXPECT_EQ(1, savedVersion(1, 0x4E));
+  EXPECT_EQ(1, savedVersion(1, 0x50));
 }
 
 TEST_F(HandlerEIT, TOTWithOnlyOneKindStoredRestampsThatKind) {
@@ -108,14 +108,6 @@ TEST_F(NotifiedEIT, EventsMoveByTheOffsetAndKeepEverythingElse) {
   const std::vector<Notification> all = notified(2);
   EXPECT_EQ("notifyEITSchedule", all[1].method);
   EXPECT_EQ(expected, all[1].eit);
-}
-
-TEST_F(NotifiedEIT, NegativeOffsetMovesEventsLater) {
-  setTOT(11, 0, 0);
-  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {dvbTime(kMjd, 23, 30, 5)})}));
-  const std::vector<Notification> all = notified(2);
-  EXPECT_EQ("notifyEITPresentFollowing", all[1].method);
-  EXPECT_EQ(makeEit(1, 0x4E, 1, {dvbTime(kMjd + 1, 0, 29, 5)}), all[1].eit);
 }
 
 TEST_F(NotifiedEIT, ATOTMovesTheEventsAsReceivedAndNotTheMovedOnes) {
@@ -196,54 +188,84 @@ TEST_F(HandlerEIT, TOTWithNothingStoredSavesNothing) {
   EXPECT_FALSE(std::filesystem::exists(eitVersionPath()));
 }
 
-TEST_F(HandlerEIT, FailedDirectoryIsLoggedAndDoesNotFailTheCall) {
-  setSteadyTOT();
-  platform().createDirectoryResult = 1;
-  fake::clearLog();
-  handler_->setEITPresentFollowing({});
-  const auto all = lines();
-  ASSERT_EQ(6U, all.size());
-  EXPECT_THAT(all[3], Pair(7, kSaving));
-  EXPECT_THAT(all[4], Pair(3, "[MPTS0] Could not create directory: " + path("Tornel")));
-  EXPECT_THAT(all[5], Pair(3, kSavingFailed));
+TEST_F(HandlerEIT, VersionsContinueInEveryProcessInWhichTheServiceIsBroadcast) {
+  for (int start = 1; start <= 7; ++start) {
+    restart();
+    setSteadyTOT();
+    handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
+    EXPECT_EQ(start, savedVersion(1, 0x4E));
+    EXPECT_EQ(start == 1, logged(7, "No previous EIT restamped [0x0001/0x4e] version 0 selected"));
+  }
 }
 
-TEST_F(HandlerEIT, FailedFileIsLoggedAndTheVersionsAreKeptForTheNextSave) {
-  setSteadyTOT();
-  std::filesystem::create_directories(eitVersionPath());
-  fake::clearLog();
-  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {})}));
-  const auto all = lines();
-  ASSERT_LE(3U, all.size());
-  EXPECT_THAT(all[all.size() - 4], Pair(7, kSaving));
-  EXPECT_THAT(all[all.size() - 3], Pair(3, "[MPTS0] Error writing file: " + eitVersionPath()));
-  EXPECT_THAT(all[all.size() - 1], Pair(3, kSavingFailed));
-  std::filesystem::remove(eitVersionPath());
-  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {})}));
-  EXPECT_EQ(2, savedVersion(1, 0x50));
-}
-
-TEST_F(HandlerEIT, FailedFileOfATOTIsLoggedBeforeItsNotification) {
-  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {})}));
-  platform().createDirectoryResult = 1;
-  fake::clearLog();
-  setSteadyTOT();
-  const auto all = lines();
-  ASSERT_LE(4U, all.size());
-  EXPECT_THAT(all[all.size() - 4], Pair(7, kSaving));
-  EXPECT_THAT(all[all.size() - 3],
-              Pair(3, "[MPTS0] Could not create directory: " + path("Tornel")));
-  EXPECT_THAT(all[all.size() - 2], Pair(3, kSavingFailed));
-  EXPECT_THAT(all[all.size() - 1], Pair(3, kRefused));
-}
-
-TEST_F(HandlerEIT, PresentFollowingAndScheduleShareOneFile) {
+TEST_F(HandlerEIT, VersionsSurviveAReset) {
   setSteadyTOT();
   handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
-  handler_->setEITSchedule(mapOf({makeEit(1, 0x50, 0, {}), makeEit(2, 0x50, 0, {})}));
-  EXPECT_EQ(1, savedVersion(1, 0x4E));
-  EXPECT_EQ(1, savedVersion(1, 0x50));
-  EXPECT_EQ(1, savedVersion(2, 0x50));
+  EXPECT_TRUE(handler_->sendCmd(0));
+  setSteadyTOT();
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
+  EXPECT_EQ(2, savedVersion(1, 0x4E));
+}
+
+// When a TOT restamps: tests/cfdb/time_offset_test.cpp.
+
+/** With an EIT that came before the first TOT. */
+class StoredEIT : public HandlerEIT {
+ protected:
+  StoredEIT() { handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})})); }
+
+  /** How often stored EITs have been restamped since the last clearLog. */
+  static int restamps() {
+    int count = 0;
+    for (const auto& [level, text] : lines()) {
+      count += level == 7 && text.rfind("restampEIT: ", 0) == 0 ? 1 : 0;
+    }
+    return count;
+  }
+};
+
+TEST_F(StoredEIT, SteadyTOTsRestampItOnlyOnce) {
+  for (int i = 0; i < 5; ++i) {
+    setTOT(11, 59, i * 10);
+  }
+  EXPECT_EQ(1, restamps());
+  EXPECT_EQ(1, timesLogged(7, kSaving));
+}
+
+TEST_F(StoredEIT, AResetForgetsIt) {
+  EXPECT_TRUE(handler_->sendCmd(0));
+  setTOT(12, 0, 0);
+  EXPECT_EQ(0, restamps());
+  EXPECT_FALSE(logged(7, kSaving));
+}
+
+TEST_F(StoredEIT, AfterAResetTheNextTOTRestampsWhatCameInBetween) {
+  setTOT(12, 0, 0);
+  EXPECT_TRUE(handler_->sendCmd(0));
+  handler_->setEITSchedule(mapOf({makeEit(2, 0x50, 0, {})}));
+  fake::clearLog();
+  setSteadyTOT();
+  EXPECT_EQ(1, restamps());
+  EXPECT_TRUE(logged(7, "restampEIT: SID [0x0002] tid [0x50] v[0] nevents [0]"));
+  EXPECT_THAT(fake::logLines(4), ElementsAre(fake::LogLine{3, "", kRefused},
+                                             fake::LogLine{3, "", kRefused}));  // no new offset
+}
+
+TEST_F(StoredEIT, OtherCommandsKeepTheOffset) {
+  setTOT(12, 0, 0);
+  EXPECT_TRUE(handler_->sendCmd(3));
+  EXPECT_TRUE(handler_->sendCmd(7));
+  handler_->setEITSchedule({});
+  EXPECT_TRUE(logged(7, "[getConflictFreeEITsch] Ready to apply offset [yes] [60]"));
+}
+
+TEST_F(HandlerEIT, PendingRestampIsSpentEvenWithNothingToRestamp) {
+  setSteadyTOT();
+  handler_->setEITPresentFollowing(mapOf({makeEit(1, 0x4E, 0, {})}));
+  fake::clearLog();
+  setSteadyTOT();
+  EXPECT_THAT(lines(), ElementsAre(Pair(7, "Guardo TOT en DB local!"),
+                                   Pair(7, "Guardo TOT en DB local!"), Pair(3, kRefused)));
 }
 
 }  // namespace

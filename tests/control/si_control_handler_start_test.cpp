@@ -1,10 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
+#include <cstdint>
+#include <map>
 
 #include "tests/control/handler_fixture.h"
 #include "tests/fakes/fake_main_task.h"
@@ -14,11 +12,8 @@ namespace {
 
 using fake::FakeMainTask;
 using fake::logged;
-using fake::platform;
 using testing::ElementsAre;
 using testing::Pair;
-
-constexpr int64_t kMjd = 60000;
 
 /** A stored entry whose output service differs from its key, as on an air that renames services. */
 TableStore storeEntry(int32_t restartCounter, int32_t outputSID) {
@@ -40,16 +35,6 @@ EITTableVersionStore versionEntry(int32_t restartCounter, int32_t version) {
 
 class HandlerStart : public HandlerTest {
  protected:
-  /** Makes the handler save both files without touching the entries under test. */
-  static void saveBoth(SIControlSrvHandler& handler) {
-    constexpr int32_t kOtherService = 9999;
-    handler.setPMT(pmtOf(kOtherService, 0x200));
-    std::map<int32_t, SPTSConfiguration> answer;
-    handler.getSrvOutputData(answer, outputOf(kOtherService, "Other"));
-    handler.setTOT(makeTot(dvbTime(kMjd, 12, 0, 0)));
-    handler.setEITPresentFollowing(mapOf({makeEit(kOtherService, 0x4E, 0, {})}));
-  }
-
   static void writeTableStores(const std::map<int32_t, TableStore>& entries) {
     TableStoreFile file;
     file.tableStores = entries;
@@ -59,10 +44,6 @@ class HandlerStart : public HandlerTest {
     EITTableVersionStoreFile file;
     file.versionStores = entries;
     writeFile(eitVersionPath(), file);
-  }
-
-  static void cutFile(const std::string& file, std::uintmax_t bytes) {
-    std::filesystem::resize_file(file, std::filesystem::file_size(file) - bytes);
   }
 };
 
@@ -157,100 +138,12 @@ TEST_F(HandlerStart, WithoutPortEveryNotificationIsALineAndNoConnection) {
                           Pair(4, "Notification Port not set.")));
 }
 
-TEST_F(HandlerStart, UnknownModuleTypeIsLoggedWhenThePoolIsMade) {
-  platform().moduleType = 9;
-  const SIControlSrvHandler handler(0);
-  const auto all = lines();
-  ASSERT_LE(3U, all.size());
-  EXPECT_THAT(all[1], Pair(3, "[getPIDPollSizePerMPTS] Module type [9] not supported!"));
-  EXPECT_THAT(all[2], Pair(4, "IN mod slot [3] PID poll [100/99]"));
-}
-
-// The rule itself: tests/store/ageing_test.cpp.
-
-TEST_F(HandlerStart, EntryWithCounterZeroSurvivesFourStartsAndGoesAtTheFifth) {
-  writeTableStores({{100, storeEntry(0, 1201)}});
-  writeEITVersions({{300, versionEntry(0, 17)}});
-  for (int start = 1; start <= 4; ++start) {
-    SIControlSrvHandler handler(0);
-    saveBoth(handler);
-    EXPECT_EQ(start, savedTableStores().at(100).restartCounter);
-    EXPECT_EQ(start, savedEITVersions().at(300).restartCounter);
-  }
-  fake::clearLog();
-  SIControlSrvHandler handler(0);
-  EXPECT_TRUE(logged(5, "[MPTS0] 1201 is erased from the table store struct"));
-  EXPECT_TRUE(logged(5, "[MPTS0] 300 is erased from the EIT table version store struct"));
-  saveBoth(handler);
-  EXPECT_EQ(0U, savedTableStores().count(100));
-  EXPECT_EQ(0U, savedEITVersions().count(300));
-}
-
 TEST_F(HandlerStart, AgeingAloneWritesNoFile) {
   writeTableStores({{100, storeEntry(4, 1201)}});
   writeEITVersions({{300, versionEntry(4, 17)}});
   const SIControlSrvHandler handler(0);
   EXPECT_EQ(4, savedTableStores().at(100).restartCounter);
   EXPECT_EQ(4, savedEITVersions().at(300).restartCounter);
-}
-
-TEST_F(HandlerStart, OnlyTheMissingFileIsAnError) {
-  writeEITVersions({{300, versionEntry(0, 1)}});
-  const SIControlSrvHandler handler(0);
-  EXPECT_EQ(1, fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
-  EXPECT_TRUE(logged(3, "[MPTS0] Error reading file: " + tableStorePath()));
-  EXPECT_TRUE(logged(7, "[MPTS0] Recovering saved EIT table versions"));
-}
-
-TEST_F(HandlerStart, WhatATruncatedTableStoreFileHoldsIsAgedAllTheSame) {
-  writeTableStores({{100, storeEntry(4, 1201)}, {200, storeEntry(2, 1202)}});
-  cutFile(tableStorePath(), 40);
-  SIControlSrvHandler handler(0);
-  const auto all = lines();
-  ASSERT_LE(6U, all.size());
-  EXPECT_THAT(all[2], Pair(3, "[MPTS0] Error reading file: " + tableStorePath()));
-  EXPECT_THAT(all[4], Pair(3, "[MPTS0] Error reading tables from file"));
-  EXPECT_THAT(all[5], Pair(5, "[MPTS0] 1201 is erased from the table store struct"));
-  saveBoth(handler);
-  EXPECT_EQ(0U, savedTableStores().count(100));
-  EXPECT_EQ(3, savedTableStores().at(200).restartCounter);
-}
-
-TEST_F(HandlerStart, WhatATruncatedEITVersionFileHoldsIsAgedAllTheSame) {
-  writeEITVersions({{300, versionEntry(4, 17)}, {301, versionEntry(3, 18)}});
-  cutFile(eitVersionPath(), 2);
-  SIControlSrvHandler handler(0);
-  EXPECT_TRUE(logged(3, "[MPTS0] Error reading file: " + eitVersionPath()));
-  EXPECT_TRUE(logged(5, "[MPTS0] 300 is erased from the EIT table version store struct"));
-  saveBoth(handler);
-  EXPECT_EQ(4, savedEITVersions().at(301).restartCounter);
-}
-
-TEST_F(HandlerStart, FilesThatAreNoRecordsAreLikeMissingOnes) {
-  std::filesystem::create_directories(path("Tornel"));
-  std::ofstream(tableStorePath()) << "no record at all";
-  std::ofstream(eitVersionPath()) << "";
-  const SIControlSrvHandler handler(0);
-  EXPECT_EQ(2, fake::timesLogged(3, "[MPTS0] Error reading tables from file"));
-  EXPECT_EQ(kRefused, lines().back().second);
-}
-
-TEST_F(HandlerStart, EmptyRecordsAreRecoveredSilently) {
-  writeTableStores({});
-  writeEITVersions({});
-  const SIControlSrvHandler handler(0);
-  EXPECT_THAT(lines(), ElementsAre(Pair(4, "[MPTS0] notifying to port [9256]"),
-                                   Pair(4, "IN mod slot [3] PID poll [100/299]"),
-                                   Pair(7, "[MPTS0] Recovering saved DVB tables"),
-                                   Pair(7, "[MPTS0] Recovering saved EIT table versions"),
-                                   Pair(3, kRefused)));
-}
-
-TEST_F(HandlerStart, FilesOfAnotherMptsAreNotTouched) {
-  writeTableStores({{100, storeEntry(4, 1201)}});
-  const SIControlSrvHandler handler(2);
-  EXPECT_TRUE(logged(3, "[MPTS2] Error reading file: " + tableStorePath(2)));
-  EXPECT_EQ(1U, savedTableStores().size());
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
@@ -16,9 +15,7 @@ namespace tevra::test {
 namespace {
 
 using fake::FakeMainTask;
-using fake::logged;
 using fake::Notification;
-using fake::platform;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -94,15 +91,12 @@ TEST_F(Handler, OtherCommandsAreTakenSilently) {
   }
 }
 
-TEST_F(Handler, ResetLogsOnlyTheCommand) {
-  EXPECT_TRUE(handler_.sendCmd(0));
-  EXPECT_THAT(lines(), ElementsAre(Pair(7, "SI sendCmd")));
-}
-
 TEST_F(Handler, ResetEmptiesTheDatabases) {
   feedService();
   ASSERT_EQ(1U, ask(1).size());
+  fake::clearLog();
   EXPECT_TRUE(handler_.sendCmd(0));
+  EXPECT_THAT(lines(), ElementsAre(Pair(7, "SI sendCmd")));
   EXPECT_THAT(ask(1), IsEmpty());
 }
 
@@ -126,37 +120,6 @@ TEST_F(Handler, ResetKeepsTableStoresAndPidMapping) {
   EXPECT_EQ(2, ask(1, "Dos").at(kGlobalSID).outputTables.dvbTables.sdt.version);
 }
 
-TEST_F(Handler, PatIsStoredMadeConflictFreeAndNotified) {
-  handler_.setPAT(patOf({0x100}));
-  EXPECT_THAT(lines(), ElementsAre(Pair(7, "Guardo PAT en DB local!"),
-                                   Pair(7, "Guardo PAT en DB local!"), Pair(3, kRefused)));
-}
-
-TEST_F(Handler, PmtIsStoredMadeConflictFreeAndNotified) {
-  handler_.setPMT(pmtOf(1, 0x101));
-  EXPECT_THAT(lines(),
-              ElementsAre(Pair(7, "Guardo PMT en DB local! inputSID [0x0001]"),
-                          Pair(7, "iES  PID [00257/0101] oES  PID [00101/0065]"),
-                          Pair(7, "iES  PID [00258/0102] oES  PID [00102/0066]"),
-                          Pair(7, "Guardo PMT en DB local! inputSID [0x0001]"), Pair(3, kRefused)));
-}
-
-TEST_F(Handler, CatIsStoredMadeConflictFreeAndNotified) {
-  handler_.setCAT(CAT());
-  EXPECT_THAT(lines(), ElementsAre(Pair(7, "Guardo CAT en DB local!"),
-                                   Pair(7, "Guardo CAT en DB local!"), Pair(3, kRefused)));
-}
-
-TEST_F(Handler, NitIsOnlyStoredAndItsTraceIsAnError) {
-  EXPECT_TRUE(handler_.setNIT(NIT()));
-  EXPECT_THAT(lines(), ElementsAre(Pair(3, "setNIT"), Pair(7, "Guardo NIT en DB local!")));
-}
-
-TEST_F(Handler, BatIsOnlyStoredAndItsTraceIsAnError) {
-  EXPECT_TRUE(handler_.setBAT(BAT()));
-  EXPECT_THAT(lines(), ElementsAre(Pair(3, "setBAT"), Pair(7, "Guardo BAT en DB local!")));
-}
-
 TEST_F(Handler, WithoutMainTaskTablesAreDerivedAllTheSame) {
   feedService();
   EXPECT_EQ(3U, fake::logLines(3).size());  // one line per notification
@@ -168,32 +131,6 @@ TEST_F(Handler, WithoutMainTaskTablesAreDerivedAllTheSame) {
 TEST_F(Handler, NimIsNotifiedToTheStartupTargetAndAlwaysTrue) {
   EXPECT_TRUE(handler_.notifyNIM(42));
   EXPECT_THAT(lines(), ElementsAre(Pair(3, kRefused)));
-}
-
-TEST_F(Handler, UnknownServiceHasAnEmptyAnswerAndLogsNothing) {
-  feedService();
-  fake::clearLog();
-  EXPECT_THAT(ask(2), IsEmpty());
-  EXPECT_THAT(lines(), IsEmpty());
-  EXPECT_FALSE(std::filesystem::exists(tableStorePath()));
-}
-
-TEST_F(Handler, AnswerReplacesWhatTheCallerHeld) {
-  std::map<int32_t, SPTSConfiguration> answer;
-  answer[1];
-  handler_.getSrvOutputData(answer, outputOf(2, "Uno"));
-  EXPECT_THAT(answer, IsEmpty());
-}
-
-TEST_F(Handler, SynthesisedTablesAreSavedUnderTheInputProgrammeNumber) {
-  feedService();
-  const auto answer = ask(1);
-  const auto saved = savedTableStores();
-  ASSERT_EQ(1U, saved.size());
-  EXPECT_EQ(0, saved.at(1).restartCounter);
-  EXPECT_EQ(answer.at(kGlobalSID).outputTables.dvbTables.pat, saved.at(1).pat);
-  EXPECT_EQ(answer.at(kGlobalSID).outputTables.dvbTables.sdt, saved.at(1).sdt);
-  EXPECT_EQ(answer.at(kGlobalSID).outputTables.dvbTables.pmt, saved.at(1).pmt);
 }
 
 TEST_F(Handler, TableVersionsContinueInTheNextProcess) {
@@ -212,38 +149,12 @@ TEST_F(Handler, TableVersionsContinueInTheNextProcess) {
   EXPECT_EQ(2, savedTableStores().at(1).sdt.version);
 }
 
-TEST_F(Handler, FailedDirectoryIsLoggedAndTheAnswerComplete) {
-  feedService();
-  platform().createDirectoryResult = 1;
-  fake::clearLog();
-  EXPECT_EQ(3U, ask(1).at(kGlobalSID).pidItems.size());
-  const auto all = lines();
-  ASSERT_LE(3U, all.size());
-  EXPECT_THAT(
-      fake::logLines(3),
-      ElementsAre(fake::LogLine{3, "", "[MPTS0] Could not create directory: " + path("Tornel")},
-                  fake::LogLine{3, "", "[MPTS0] Error writing tables in file"}));
-  EXPECT_TRUE(logged(7, "[MPTS0] has to save the new tables in a file"));
-}
-
-TEST_F(Handler, FailedTableStoreFileIsTriedAgainAtTheNextSynthesis) {
-  feedService();
-  std::filesystem::create_directories(tableStorePath());
-  fake::clearLog();
-  EXPECT_EQ(1, ask(1).at(kGlobalSID).outputTables.dvbTables.sdt.version);
-  EXPECT_TRUE(logged(3, "[MPTS0] Error writing file: " + tableStorePath()));
-  EXPECT_TRUE(logged(3, "[MPTS0] Error writing tables in file"));
-  std::filesystem::remove(tableStorePath());
-  fake::clearLog();
-  EXPECT_EQ(1, ask(1).at(kGlobalSID).outputTables.dvbTables.sdt.version);
-  EXPECT_THAT(fake::logLines(3), IsEmpty());
-  EXPECT_EQ(1, savedTableStores().at(1).sdt.version);
-}
-
 TEST_F(NotifyingHandler, PatIsNotifiedConflictFreeAndAtLevelFour) {
   const PAT pat = patOf({0x100, 0x110});
   handler_.setPAT(pat);
-  EXPECT_THAT(lines().back(), Pair(4, "MainTask notified from SI (new cf PAT)!!!"));
+  EXPECT_THAT(lines(),
+              ElementsAre(Pair(7, "Guardo PAT en DB local!"), Pair(7, "Guardo PAT en DB local!"),
+                          Pair(4, "MainTask notified from SI (new cf PAT)!!!")));
   const Notification notified = notification();
   EXPECT_EQ("notifyPAT", notified.method);
   PAT expected = pat;
@@ -265,23 +176,26 @@ TEST_F(NotifyingHandler, PmtIsNotifiedConflictFree) {
   PMT pmt = pmtOf(1, 0x101);
   pmt.esList.emplace_back().streamType = 0x86;
   handler_.setPMT(pmt);
-  EXPECT_THAT(lines().back(), Pair(7, "MainTask notified from SI (new PMT)!!!"));
+  EXPECT_THAT(lines(), ElementsAre(Pair(7, "Guardo PMT en DB local! inputSID [0x0001]"),
+                                   Pair(7, "iES  PID [00257/0101] oES  PID [00101/0065]"),
+                                   Pair(7, "iES  PID [00258/0102] oES  PID [00102/0066]"),
+                                   Pair(7, "Guardo PMT en DB local! inputSID [0x0001]"),
+                                   Pair(7, "MainTask notified from SI (new PMT)!!!")));
   EXPECT_EQ("notifyPMT", notification().method);
   EXPECT_EQ(pmtOf(1, 101), notification().pmt);
 }
 
 TEST_F(NotifyingHandler, CatIsNotifiedConflictFree) {
-  CAT cat;
+  CAT cat = makeCat({makeCaDescriptor(0x0100, 0x0123)});
   cat.version = 4;
-  Descriptor& descriptor = cat.descriptors.emplace_back();
-  descriptor.tag = 0x09;
-  descriptor.data = std::string("\x01\x00\xE1\x23", 4);
   handler_.setCAT(cat);
-  EXPECT_THAT(lines().back(), Pair(7, "MainTask notified from SI (new CAT)!!!"));
+  EXPECT_THAT(lines(), ElementsAre(Pair(7, "Guardo CAT en DB local!"),
+                                   Pair(7, "iDesc PID [00291/0123] oDesc PID [00101/0065]"),
+                                   Pair(7, "Guardo CAT en DB local!"),
+                                   Pair(7, "MainTask notified from SI (new CAT)!!!")));
   EXPECT_EQ("notifyCAT", notification().method);
-  EXPECT_EQ(4, notification().cat.version);
-  ASSERT_EQ(1U, notification().cat.descriptors.size());
-  EXPECT_EQ(std::string("\x01\x00\xE0\x65", 4), notification().cat.descriptors[0].data);
+  cat.descriptors = {makeCaDescriptor(0x0100, 101)};
+  EXPECT_EQ(cat, notification().cat);
 }
 
 TEST_F(NotifyingHandler, NitAndBatAreNeverNotifiedNorMadeConflictFree) {

@@ -5,7 +5,9 @@
 
 #include <climits>
 #include <cstdint>
+#include <filesystem>
 #include <map>
+#include <string>
 
 #include "store/table_store_files.h"
 #include "tests/fakes/fake_platform.h"
@@ -79,6 +81,20 @@ TEST_F(EITVersionsTest, AreAgedWhenTheyAreRestored) {
   EXPECT_EQ(versions_.selectEITVersion(1, 0x4E), 7);
   EXPECT_EQ(versions_.selectEITVersion(2, 0x4E), 1);
   EXPECT_EQ(saved().at(1).restartCounter, 4);
+}
+
+TEST_F(EITVersionsTest, OfACutFileAreAgedAllTheSame) {
+  saveFile({{1, entry(4, {{0x4E, 6}})}, {2, entry(3, {{0x4E, 7}})}});
+  fake::clearLog();
+  const std::string file = path("Tornel/EITTableVersionStoreFile2");
+  std::filesystem::resize_file(file, std::filesystem::file_size(file) - 2);
+  versions_.restoreEITVersions();
+  EXPECT_THAT(
+      fake::logLines(5),
+      ElementsAre(LogLine{3, "", "[MPTS2] Error reading file: " + file},
+                  LogLine{3, "", "[MPTS2] Error reading tables from file"},
+                  LogLine{5, "", "[MPTS2] 1 is erased from the EIT table version store struct"}));
+  EXPECT_EQ(saved().at(2).restartCounter, 4);
 }
 
 TEST_F(EITVersionsTest, OfAServiceThatIsBroadcastDoNotAge) {

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <map>
+#include <string>
 
 #include "tests/fakes/fake_platform.h"
 #include "tests/store/store_files.h"
@@ -78,6 +80,19 @@ TEST_F(TableStoresTest, AreAgedWhenTheyAreRestored) {
   stores_.saveTableStores();
   EXPECT_THAT(saved(), ElementsAre(Key(1)));
   EXPECT_EQ(saved().at(1), entry(4, 1201));
+}
+
+TEST_F(TableStoresTest, OfACutFileAreAgedAllTheSame) {
+  saveFile({{1, entry(4, 1201)}, {2, entry(2, 1202)}});
+  const std::string file = path("Tornel/TableStoreFile2");
+  std::filesystem::resize_file(file, std::filesystem::file_size(file) - 40);
+  stores_.restoreTableStores();
+  EXPECT_THAT(fake::logLines(5),
+              ElementsAre(LogLine{3, "", "[MPTS2] Error reading file: " + file},
+                          LogLine{3, "", "[MPTS2] Error reading tables from file"},
+                          LogLine{5, "", "[MPTS2] 1201 is erased from the table store struct"}));
+  EXPECT_EQ(stores_.tableStore(1)->pmt.programNumber, 0);
+  EXPECT_EQ(stores_.tableStore(2)->restartCounter, 3);
 }
 
 TEST_F(TableStoresTest, ThatAreMissingStartAnew) {
