@@ -90,17 +90,6 @@ TEST_F(CaDescriptorsTest, DescriptorsOfOtherTagsAreCopied) {
   EXPECT_TRUE(nothingAllocated());
 }
 
-TEST_F(CaDescriptorsTest, ACaDescriptorGetsTheOutputPid) {
-  EXPECT_THAT(remap({makeCaDescriptor(0x0B00, 0x100)}), ElementsAre(makeCaDescriptor(0x0B00, 101)));
-  EXPECT_EQ(pids_.getInputPID(101), 0x100);
-}
-
-TEST_F(CaDescriptorsTest, ARemappedPidIsLoggedInDecimalAndHexadecimal) {
-  (void)remap({makeCaDescriptor(0x0B00, 0x100)});
-  EXPECT_THAT(logLines(),
-              ElementsAre(LogLine{7, "", "iDesc PID [00256/0100] oDesc PID [00101/0065]"}));
-}
-
 TEST_F(CaDescriptorsTest, TheInputStaysAsItIs) {
   const std::vector<Descriptor> input = {makeCaDescriptor(0x0B00, 0x100, "key")};
   const std::vector<Descriptor> before = input;

@@ -79,14 +79,6 @@ TEST(StreamFilter, CarriesTenStreamTypesAndNoOther) {
   EXPECT_FALSE(isCarriedStreamType(INT32_MAX));
 }
 
-TEST_F(ConflictFreePMT, KeepsH264AndAc3AndGivesAnotherStreamNoPid) {
-  const PMT out = set(
-      makePmt(1, 0x101, {makeStream(27, 0x101), makeStream(6, 0x102), makeStream(0x86, 0x103)}));
-  EXPECT_EQ(out, makePmt(1, 101, {makeStream(27, 101), makeStream(6, 102)}));
-  EXPECT_EQ(database_.getInputPID(103), kUnknownPid);
-  EXPECT_EQ(database_.getConflictFreePID(-1), 103);  // the next one is still free
-}
-
 TEST_F(ConflictFreePMT, KeepsEveryCarriedTypeInOrder) {
   PMT input = makePmt(1, 0x1000);
   PMT expected = makePmt(1, 101);
@@ -114,29 +106,10 @@ TEST_F(ConflictFreePMT, RemapsPcrThenProgrammeDescriptorsThenStreamsWithTheirDes
                           LogLine{7, "", "Guardo PMT en DB local! inputSID [0x0d49]"}));
 }
 
-TEST_F(ConflictFreePMT, GivesTheCaPidOfAStreamLeftOutNoOutputPid) {
-  (void)set(scrambledPmt());
-  for (int32_t output = 101; output <= 104; ++output) {
-    EXPECT_NE(database_.getInputPID(output), 0x302);
-  }
-  EXPECT_EQ(database_.getInputPID(105), kUnknownPid);
-}
-
 TEST_F(ConflictFreePMT, WithoutStreamsStillRemapsThePcrPid) {
   EXPECT_EQ(set(makePmt(1, 0x1FFF)), makePmt(1, 101));
   EXPECT_EQ(database_.getInputPID(101), 0x1FFF);
   EXPECT_THAT(logLines(), ElementsAre(LogLine{7, "", "Guardo PMT en DB local! inputSID [0x0001]"}));
-}
-
-TEST_F(ConflictFreePMT, KeepsACorruptedCaDescriptorEmpty) {
-  const PMT out = set(makePmt(1, 0x100, {makeStream(27, 0x101, {makeDescriptor(9, "abc")})}));
-  EXPECT_EQ(out, makePmt(1, 101, {makeStream(27, 102, {makeDescriptor(9, "")})}));
-  EXPECT_TRUE(fake::logged(3, "[cfDescriptors] corrupted ca descriptor."));
-}
-
-TEST_F(ConflictFreePMT, StreamsMayShareAPid) {
-  EXPECT_EQ(set(makePmt(1, 0x100, {makeStream(27, 0x101), makeStream(3, 0x101)})),
-            makePmt(1, 101, {makeStream(27, 102), makeStream(3, 102)}));
 }
 
 TEST_F(ConflictFreePMT, ReplacesWhatTheOutputHeld) {

@@ -6,14 +6,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
-#include <new>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "store/record_file.h"
 #include "tests/fakes/fake_platform.h"
-#include "tests/support/allocation_hook.h"
+#include "tests/support/lacks_memory.h"
 
 namespace tevra::test {
 namespace {
@@ -142,21 +141,6 @@ TEST_F(PidAllocatorTest, FirstPidAfterResetIsPoolFirstPlusOne) {
   EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
 }
 
-TEST_F(PidAllocatorTest, AllocatingWithinThePoolLogsNothing) {
-  PidAllocator pids = poolFrom500();
-  fake::clearLog();
-  EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
-  EXPECT_THAT(logLines(), IsEmpty());
-}
-
-TEST_F(PidAllocatorTest, GivesTheInputPidOfAnOutputPid) {
-  PidAllocator pids = poolFrom500();
-  EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
-  EXPECT_EQ(pids.getConflictFreePID(0x200), 502);
-  EXPECT_EQ(pids.getInputPID(501), 0x100);
-  EXPECT_EQ(pids.getInputPID(502), 0x200);
-}
-
 TEST_F(PidAllocatorTest, AnOutputPidNeverHandedOutHasNoInputPidAndAllocatesNothing) {
   PidAllocator pids = poolFrom500();
   for (const int32_t unknown : {500, 501, 0, -1, 0x1FFF, 65535, 65536}) {
@@ -192,16 +176,7 @@ TEST_F(PidAllocatorTest, LackOfMemoryLeavesBothDirectionsAndTheNextPidAsTheyWere
   while (lacking) {
     PidAllocator pids = poolFrom500();
     EXPECT_EQ(pids.getConflictFreePID(0x100), 501);
-    {
-      const AllocationHook failing(
-          1, [] { throw std::bad_alloc(); }, allowed);
-      try {
-        (void)pids.getConflictFreePID(0x200);
-      } catch (const std::bad_alloc&) {
-        EXPECT_TRUE(failing.triggered());
-      }
-      lacking = failing.triggered();
-    }
+    lacking = lacksMemory(allowed, [&] { (void)pids.getConflictFreePID(0x200); });
     EXPECT_EQ(pids.getInputPID(502), lacking ? kUnknownPid : 0x200) << allowed;
     EXPECT_EQ(pids.getConflictFreePID(0x200), 502) << allowed;
     EXPECT_EQ(pids.getInputPID(502), 0x200) << allowed;
