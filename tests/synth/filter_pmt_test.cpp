@@ -94,19 +94,6 @@ TEST_F(FilterPmt, WithFilterOnlyWantedAudioStays) {
   EXPECT_EQ(out_, expected);
 }
 
-TEST_F(FilterPmt, WithFilterAndNoWantedLanguageAllAudioGoes) {
-  EXPECT_TRUE(filter(television(), true, {}));
-  EXPECT_THAT(streamPids(out_), ElementsAre(0x70, 0x73));
-}
-
-TEST_F(FilterPmt, AudioWithoutLanguageGoesUnlessNdlIsWanted) {
-  const PMT pmt = makePmt(kInputProgram, 0x70, {makeStream(4, 0x71)});
-  filter(pmt, true, {"spa"});
-  EXPECT_THAT(streamPids(out_), IsEmpty());
-  filter(pmt, true, {"spa", "ndl"});
-  EXPECT_THAT(streamPids(out_), ElementsAre(0x71));
-}
-
 TEST_F(FilterPmt, EveryNeededPidIsListedInOrderOfFirstUse) {
   EXPECT_TRUE(filter(television(), true, {"spa"}));
   EXPECT_THAT(pids_.items(), ElementsAre(pidItem(kPmtPid, 0x02), pidItem(0x70, 0x0C),

@@ -68,21 +68,18 @@ TEST_F(BuildOutput, NamesAnyNextNode) {
   }
 }
 
-TEST_F(BuildOutput, StampsItsTablesWithTheUniqueIdOfTheLastNode) {
-  const OutputTables tables = build({false, true}).outputTables;
-  EXPECT_EQ(tables.outputParam1, 500);
-  EXPECT_EQ(tables.outputParam2, 0);
-  EXPECT_THAT(tables.otherPackets, IsEmpty());
-  EXPECT_THAT(sectionsOf(tables.patPackets, 0), SizeIs(1));
-  EXPECT_THAT(sectionsOf(tables.sdtPackets, 0x11), SizeIs(1));
-  EXPECT_THAT(sectionsOf(tables.pmtPackets, outputPid(kPmtIn)), SizeIs(1));
-}
-
 TEST_F(BuildOutput, HasTheIdentityThatIsDescribedOnlyWhereItLeavesTheChain) {
-  const DVBOutputTables towards = build({true, true}, 2).outputTables.dvbTables;
-  EXPECT_EQ(towards.pmt.programNumber, 0);
-  EXPECT_EQ(towards.pat.transportStreamId, 0);
-  EXPECT_EQ(towards.sdt.originalNetworkId, 0);
+  for (const int32_t nextNode : {1, 2, -1}) {
+    const DVBOutputTables towards = build({true, true}, nextNode).outputTables.dvbTables;
+    EXPECT_EQ(towards.pat.transportStreamId, 0);
+    EXPECT_EQ(towards.pat.programs, makePat(0, {{0, outputPid(kPmtIn)}}).programs);
+    EXPECT_EQ(towards.sdt.transportStreamId, 0);
+    EXPECT_EQ(towards.sdt.originalNetworkId, 0);
+    EXPECT_EQ(towards.sdt.services.at(0).serviceId, 0);
+    EXPECT_EQ(towards.sdt.services[0].descriptors.at(0).data,
+              std::string("\x19\x08TEVRA SA\x00", 11));
+    EXPECT_EQ(towards.pmt.programNumber, 0);
+  }
   const DVBOutputTables leaving = build({true, true}, 0).outputTables.dvbTables;
   EXPECT_EQ(leaving.pmt.programNumber, 1201);
   EXPECT_EQ(leaving.pat.transportStreamId, 7);
@@ -101,12 +98,6 @@ TEST_F(BuildOutput, TwoUnknownPidsStayTwoItems) {
   pmt_.esList.push_back(makeStream(6, 0x1ABC));
   pmt_.esList.push_back(makeStream(6, 0x1ABD));
   EXPECT_THAT(build({true, true}).pidItems, SizeIs(8));
-}
-
-TEST_F(BuildOutput, UsesTheStoreOfTheInputProgrammeAndSavesOnce) {
-  (void)build({true, true});
-  EXPECT_THAT(stores_.saved(), ElementsAre(Key(kInputProgram)));
-  EXPECT_EQ(stores_.saves(), 1);
 }
 
 TEST_F(BuildOutput, EmptyTablesGiveAnEmptyOutput) {

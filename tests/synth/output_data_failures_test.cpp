@@ -18,9 +18,6 @@ using testing::IsEmpty;
 using testing::Key;
 using testing::SizeIs;
 
-const LogLine kNoSettings{3, "", "Output SPTS has no LastNodeSettings"};
-const LogLine kCannotSave{3, "", "[MPTS2] Error writing tables in file"};
-
 /** What the program writes to std::cerr meanwhile. */
 class StandardError {
  public:
@@ -178,28 +175,6 @@ TEST_F(OutputFailures, ALackOfMemoryCostsThatOutputAlone) {
                                   "inputSID [003401] globalSID [000050] not served: "
                                   "std::bad_alloc"},
                           kNoSettings));
-}
-
-TEST_F(OutputFailures, AFailedWriteIsReportedForEveryOutputAndChangesNoAnswer) {
-  request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
-  request_.lastNodeSettings[51] = {makeLastNode(51, 510)};
-  request_.outputs[2] = describe(51);
-  ask();
-  const OutputConfigurations written = answer_;
-  fake::platform().createDirectoryResult = 1;
-  ask();
-  EXPECT_EQ(answer_, written);
-  EXPECT_EQ(fake::timesLogged(kCannotSave.level, kCannotSave.text), 2);
-}
-
-TEST_F(OutputFailures, ANameThatCannotBeEncodedIsNonameInTheAnswer) {
-  fake::platform().textFromUTF8 = [](const std::string&, std::string&) { return false; };
-  request_.lastNodeSettings[50] = {makeLastNode(50, 500)};
-  ask();
-  EXPECT_EQ(answer_[50].outputTables.dvbTables.sdt.services.at(0).descriptors.at(0).data,
-            "\x19\x08TEVRA SA\x0ANoname1201");
-  EXPECT_THAT(fake::logLines(4),
-              ElementsAre(LogLine{4, "", "[synthSDT] Service name cannot be encoded."}));
 }
 
 }  // namespace

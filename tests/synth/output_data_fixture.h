@@ -25,6 +25,8 @@ inline constexpr int32_t kProgramEcmIn = 0x200;
 inline constexpr int32_t kVideoEcmIn = 0x201;
 inline constexpr int32_t kEmmIn = 0x300;
 
+inline const fake::LogLine kNoSettings{3, "", "Output SPTS has no LastNodeSettings"};
+
 /** Requests against a database that holds programme 3401, scrambled, with two audio languages. */
 class OutputDataTest : public fake::PlatformTest {
  protected:

@@ -12,7 +12,6 @@ using testing::IsEmpty;
 using testing::Key;
 using testing::SizeIs;
 
-const LogLine kNoSettings{3, "", "Output SPTS has no LastNodeSettings"};
 const LogLine kNoCat{3, "", "[Tornel] Asked for a CAT and not in DB."};
 
 /** Outputs whose last nodes all have other global service ids: listed, then the fallback. */
@@ -131,18 +130,6 @@ TEST_F(ListedOutput, TheFallbackFiltersByWhatAllElementsWant) {
   EXPECT_THAT(audioOf(50), ElementsAre("eng"));
 }
 
-TEST_F(ListedOutput, TheFallbackDoesNotFilterWhenOneElementDoesNot) {
-  request_.lastNodeSettings[50] = {makeFilter(true, {"eng"}), makeFilter(false, {})};
-  ask();
-  EXPECT_THAT(audioOf(50), ElementsAre("spa", "eng"));
-}
-
-TEST_F(ListedOutput, TheFallbackFiltersAllAudioWhenNobodyWantsAny) {
-  request_.lastNodeSettings[50] = {makeFilter(true, {})};
-  ask();
-  EXPECT_THAT(audioOf(50), IsEmpty());
-}
-
 TEST_F(ListedOutput, OfItsAnswersOnlyTheFallbacksHasEmmPids) {
   request_.outputs[1] = describe(50, 1);
   storeCat({kEmmIn});
@@ -216,22 +203,6 @@ TEST_F(FallbackOutput, WithOtherNextNodesConsultsNoCat) {
   request_.outputs[1] = describe(50, 2);
   ask();
   EXPECT_FALSE(fake::logged(3, kNoCat.text));
-}
-
-TEST_F(FallbackOutput, OnlyNextNodeZeroTakesTheOutputsIdentity) {
-  for (const int32_t nextNode : {1, 2, -1}) {
-    request_.outputs[1] = describe(50, nextNode);
-    ask();
-    const DVBOutputTables& records = answer_[50].outputTables.dvbTables;
-    EXPECT_EQ(records.pat.transportStreamId, 0);
-    EXPECT_EQ(records.pat.programs, makePat(0, {{0, outputPid(kPmtIn)}}).programs);
-    EXPECT_EQ(records.sdt.transportStreamId, 0);
-    EXPECT_EQ(records.sdt.originalNetworkId, 0);
-    EXPECT_EQ(records.sdt.services.at(0).serviceId, 0);
-    EXPECT_EQ(records.sdt.services[0].descriptors.at(0).data,
-              std::string("\x19\x08TEVRA SA\x00", 11));
-    EXPECT_EQ(records.pmt.programNumber, 0);
-  }
 }
 
 TEST_F(FallbackOutput, WithoutPatAndSdtAnswersWithWhatThePmtGives) {

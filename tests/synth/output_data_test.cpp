@@ -14,8 +14,6 @@ using testing::IsEmpty;
 using testing::Key;
 using testing::SizeIs;
 
-const LogLine kNoSettings{3, "", "Output SPTS has no LastNodeSettings"};
-
 /** Outputs of which a last node has the same global service id. */
 class DirectOutput : public OutputDataTest {
  protected:
@@ -149,29 +147,6 @@ TEST_F(DirectOutput, NeverHasEmmPidsNorAsksForTheCat) {
   storeCat({kEmmIn});
   ask();
   EXPECT_EQ(answer_[50].pidItems, withoutCat);
-}
-
-TEST_F(DirectOutput, TwiceTheSameRequestHasTwiceTheSameAnswer) {
-  ask();
-  const OutputConfigurations first = answer_;
-  ask();
-  EXPECT_EQ(answer_, first);
-  EXPECT_EQ(stores_.saves(), 2);
-}
-
-TEST_F(DirectOutput, AStreamMoreOnTheInputMovesTheVersionOfThePmtAlone) {
-  ask();
-  PMT pmt = makePmt(kInputProgram, kVideoIn,
-                    {makeStream(0x1B, kVideoIn), makeStream(4, kSpanishIn),
-                     makeStream(4, kEnglishIn), makeStream(6, 0x103)});
-  pmt.currentNext = true;
-  PMT ignored;
-  database_.setConflictFreePMT(ignored, pmt);
-  ask();
-  const DVBOutputTables& records = answer_[50].outputTables.dvbTables;
-  EXPECT_EQ(records.pat.version, 1);
-  EXPECT_EQ(records.sdt.version, 1);
-  EXPECT_EQ(records.pmt.version, 2);
 }
 
 TEST_F(DirectOutput, TakesTheEcmPidsFromTheFallbacksThatFollowIt) {

@@ -98,6 +98,8 @@ TEST_F(ServiceName, OneByteTooLongIsCut) {
   EXPECT_EQ(of(std::string(100000, 'x')), std::string(kLongestName, 'x'));
 }
 
+// Where each kind of text is cut: tests/synth/dvb_name_test.cpp.
+
 TEST_F(ServiceName, IsCutBeforeADiacriticWhoseLetterDoesNotFit) {
   const std::string fits = std::string(kLongestName - 2, 'x') +
                            "\xC2"
@@ -106,50 +108,6 @@ TEST_F(ServiceName, IsCutBeforeADiacriticWhoseLetterDoesNotFit) {
   EXPECT_EQ(of(std::string(kLongestName - 1, 'x') + "\xC2"
                                                     "eyz"),
             std::string(kLongestName - 1, 'x'));
-}
-
-TEST_F(ServiceName, InUtf8IsCutBeforeACharacterThatDoesNotFit) {
-  const std::string head = "\x15" + std::string(kLongestName - 3, 'x');
-  EXPECT_EQ(of(head + "\xC3\xB1"
-                      "z"),
-            head + "\xC3\xB1");
-  EXPECT_EQ(of(head + "\xE2\x82\xAC"
-                      "z"),
-            head);
-  EXPECT_EQ(of(head + "x\xC3\xB1"
-                      "z"),
-            head + "x");
-  EXPECT_EQ(of(head + "\xF0\x9F\x93\xBA"
-                      "z"),
-            head);
-}
-
-TEST_F(ServiceName, InUcs2IsCutBetweenCharacters) {
-  std::string text = "\x11";
-  while (text.size() < 260) {
-    text += "\x04\x10";
-  }
-  EXPECT_EQ(of(text), text.substr(0, kLongestName - 1));  // 121 characters and the selector
-}
-
-TEST_F(ServiceName, InADoubleByteTableIsCutBetweenCharacters) {
-  for (const char selector : {'\x12', '\x13', '\x14'}) {
-    const std::string head = std::string(1, selector) + std::string(kLongestName - 2, 'x');
-    EXPECT_EQ(of(head + "\xB0\xA1z"), head);
-    EXPECT_EQ(of(head + "z\xB0\xA1"), head + "z");
-    EXPECT_EQ(of(head.substr(1 + 1) + "\xB0\xA1z").size(), kLongestName);  // no selector: one byte
-  }
-}
-
-TEST_F(ServiceName, WithAThreeByteSelectorIsCutAnywhere) {
-  // The middle byte of that selector is zero in EN 300 468 and ends the name; another one does not.
-  const std::string text = "\x10\x01\x05" + std::string(300, '\xC2');
-  EXPECT_EQ(of(text), text.substr(0, kLongestName));
-}
-
-TEST_F(ServiceName, InAOneByteTableIsCutAnywhere) {
-  const std::string text = "\x05" + std::string(300, '\xC2');
-  EXPECT_EQ(of(text), text.substr(0, kLongestName));
 }
 
 TEST_F(ServiceName, TheServiceTypeIsLookedUpBeforeTheNameIsConverted) {

@@ -91,12 +91,6 @@ TEST_F(SynthPat, AnAbsentProgrammeHasPidMinusOneInTheRecordAndAllOnesInTheSectio
   EXPECT_EQ(output().version, 1);
 }
 
-TEST_F(SynthPat, OfSeveralProgrammesOfThatNumberTheLastGivesThePid) {
-  service_.pat = makePat(1, {{kInputProgram, 0x11}, {kInputProgram, 0x22}});
-  synthesise();
-  EXPECT_EQ(output().programs, makePat(7, {{1201, 0x22}}).programs);
-}
-
 TEST_F(SynthPat, APmtOnPidZeroIsInTheRecordAndNotInTheSection) {
   service_.pat.programs[0].pid = 0;
   synthesise();

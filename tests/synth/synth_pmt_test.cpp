@@ -93,19 +93,6 @@ TEST_F(SynthPmt, SectionsAtTheEdgesOfPacketsTakeThePacketsTheyNeed) {
   }
 }
 
-TEST_F(SynthPmt, FourHundredBytesTakeThreePackets) {
-  fillTo(400);
-  synthesise();
-  ASSERT_THAT(packets(), SizeIs(3));
-  for (size_t i = 0; i < 3; ++i) {
-    EXPECT_EQ(byteAt(packets()[i], 3), static_cast<int>(0x10 + i));
-    EXPECT_EQ((byteAt(packets()[i], 1) & 0x40) != 0, i == 0);
-  }
-  EXPECT_EQ(byteAt(packets()[0], 4), 0);     // pointer_field
-  EXPECT_EQ(byteAt(packets()[0], 5), 0x02);  // table_id
-  EXPECT_EQ(packets()[1].substr(4), section().substr(183, 184));
-}
-
 TEST_F(SynthPmt, TheNumberInTheRecordIsTheOneAskedForAndInTheSectionItsLowBits) {
   input_.identity.outputSID = 0x1F001;
   synthesise();

@@ -93,14 +93,6 @@ TEST_F(SynthSdt, TheTypeIsThatOfTheInputServiceNotOfTheOutputs) {
   EXPECT_EQ(byteAt(output().services.at(0).descriptors.at(0).data, 0), 0x16);
 }
 
-TEST_F(SynthSdt, TheLongestNameTakesTwoPackets) {
-  input_.identity.serviceName = std::string(244, 'n');
-  synthesise();
-  EXPECT_EQ(section().size(), 11U + 5U + 257U + 4U);
-  EXPECT_THAT(packets(), SizeIs(2));
-  EXPECT_EQ(decodeSdt(packets()), output());
-}
-
 TEST_F(SynthSdt, ValuesTooWideForASectionAreNarrowedOnceAndForAll) {
   input_.identity.transportStreamId = 0x12345;
   input_.identity.originalNetworkId = -1;
