@@ -127,16 +127,6 @@ TEST_F(StartUp, ModuleTypeIsWhatGetModuleIdReturnsAndItsArgumentIsPresetTo255) {
   EXPECT_THAT(platform().moduleIdPresets, ElementsAre(255));
 }
 
-TEST_F(StartUp, EveryMptsAboveTheLimitIsRefused) {
-  for (const auto& [type, set] :
-       std::vector<std::pair<int, const char*>>{{0, "2"}, {0, "3"}, {6, "2"}}) {
-    platform().moduleType = type;
-    EXPECT_EQ(0, run({"tornel", "-s", set})) << type << ", " << set;
-  }
-  EXPECT_EQ(2, tevra::fake::timesLogged(3, "Tornel: MPTSid [2] not supported."));
-  EXPECT_EQ(1, tevra::fake::timesLogged(3, "Tornel: MPTSid [3] not supported."));
-}
-
 TEST_F(StartUp, UnknownModuleTypeRefusesMptsOneAfterItsOwnLine) {
   platform().moduleType = 255;
   EXPECT_EQ(0, run({"tornel", "-s", "1"}));
@@ -177,11 +167,6 @@ TEST_F(StartUpDeathTest, RangeErrorsEndTheProcessAbnormallyWithoutTheirMessageOr
   const auto silent = Not(AnyOf(HasSubstr("parameter range error"), HasSubstr("Try")));
   EXPECT_EXIT(runUncaught({"tornel", "-s", "4"}), KilledBySignal(SIGABRT), silent);
   EXPECT_EXIT(runUncaught({"tornel", "-l", "much"}), KilledBySignal(SIGABRT), silent);
-}
-
-TEST_F(StartUpDeathTest, HelpEndsTheProcessBeforeTheVersionIsLookedAt) {
-  EXPECT_EXIT(runUncaught({"tornel", "-v", "-h"}), ExitedWithCode(0), "");
-  EXPECT_EXIT(runUncaught({"tornel", "-h", "-v"}), ExitedWithCode(0), "");
 }
 
 TEST_F(StartUp, UnknownModuleTypeStartsMptsZeroAllTheSame) {

@@ -1,30 +1,26 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <utility>
+#include <vector>
+
 #include "platform/dvb_utils.h"
 
 namespace tevra {
 namespace {
 
-TEST(Bcd, TwoDigitsReadAsTheirDecimalValue) {
-  EXPECT_EQ(bcd4_2_bin(0x00), 0);
-  EXPECT_EQ(bcd4_2_bin(0x09), 9);
-  EXPECT_EQ(bcd4_2_bin(0x10), 10);
-  EXPECT_EQ(bcd4_2_bin(0x59), 59);
-  EXPECT_EQ(bcd4_2_bin(0x99), 99);
+TEST(Bcd, TwoDigitsAreTheirDecimalValue) {
+  for (const auto& [digits, value] : std::vector<std::pair<uint8_t, uint8_t>>{
+           {0x00, 0}, {0x09, 9}, {0x10, 10}, {0x59, 59}, {0x99, 99}}) {
+    EXPECT_EQ(bcd4_2_bin(digits), value);
+    EXPECT_EQ(bin_2_bcd4(value), digits);
+  }
 }
 
 TEST(Bcd, DigitsAboveNineCountAsTheyStand) {
   EXPECT_EQ(bcd4_2_bin(0x0A), 10);
   EXPECT_EQ(bcd4_2_bin(0xA0), 100);
   EXPECT_EQ(bcd4_2_bin(0xFF), 165);
-}
-
-TEST(Bcd, ValuesWriteAsTwoDigits) {
-  EXPECT_EQ(bin_2_bcd4(0), 0x00);
-  EXPECT_EQ(bin_2_bcd4(9), 0x09);
-  EXPECT_EQ(bin_2_bcd4(10), 0x10);
-  EXPECT_EQ(bin_2_bcd4(59), 0x59);
-  EXPECT_EQ(bin_2_bcd4(99), 0x99);
 }
 
 TEST(Bcd, ValuesOfThreeDigitsKeepTheLastTwo) {

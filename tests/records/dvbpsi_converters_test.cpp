@@ -58,17 +58,10 @@ TEST_F(DvbpsiConverters, PATFromDvbpsi) {
   dvbpsi_pat_program_add(table.get(), 0, 16);
   dvbpsi_pat_program_add(table.get(), 0xFFFF, 0x1FFF);
   dvbpsi_pat_program_add(table.get(), 1, 0xFFFF);
-  const PAT pat = d2tPAT(table.get());
-  EXPECT_EQ(pat.transportStreamId, 0x1234);
-  EXPECT_EQ(pat.version, 5);
-  EXPECT_TRUE(pat.currentNext);
-  ASSERT_EQ(pat.programs.size(), 3U);
-  EXPECT_EQ(pat.programs[0].programNumber, 0);
-  EXPECT_EQ(pat.programs[0].pid, 16);
-  EXPECT_EQ(pat.programs[1].programNumber, 0xFFFF);
-  EXPECT_EQ(pat.programs[1].pid, 0x1FFF);
-  EXPECT_EQ(pat.programs[2].programNumber, 1);
-  EXPECT_EQ(pat.programs[2].pid, 0xFFFF);
+  PAT expected = makePat(0x1234, {{0, 16}, {0xFFFF, 0x1FFF}, {1, 0xFFFF}});
+  expected.version = 5;
+  expected.currentNext = true;
+  EXPECT_EQ(d2tPAT(table.get()), expected);
 }
 
 TEST_F(DvbpsiConverters, PMTFromDvbpsi) {
@@ -79,19 +72,13 @@ TEST_F(DvbpsiConverters, PMTFromDvbpsi) {
   uint8_t language[] = {'e', 'n', 'g', 0};
   dvbpsi_pmt_es_descriptor_add(stream, 0x0A, 4, language);
   dvbpsi_pmt_es_add(table.get(), 0x04, 513);
-  const PMT pmt = d2tPMT(table.get());
-  EXPECT_EQ(pmt.programNumber, 3401);
-  EXPECT_EQ(pmt.version, 31);
-  EXPECT_TRUE(pmt.currentNext);
-  EXPECT_EQ(pmt.pcrPid, 0x1FFE);
-  EXPECT_EQ(pmt.descriptors, std::vector{makeDescriptor(0x09, std::string("\x0B\x00\xE1\x23", 4))});
-  ASSERT_EQ(pmt.esList.size(), 2U);
-  EXPECT_EQ(pmt.esList[0].streamType, 0x1B);
-  EXPECT_EQ(pmt.esList[0].pid, 512);
-  EXPECT_EQ(pmt.esList[0].descriptors, std::vector{makeDescriptor(0x0A, std::string("eng\0", 4))});
-  EXPECT_EQ(pmt.esList[1].streamType, 0x04);
-  EXPECT_EQ(pmt.esList[1].pid, 513);
-  EXPECT_TRUE(pmt.esList[1].descriptors.empty());
+  PMT expected = makePmt(3401, 0x1FFE,
+                         {makeStream(0x1B, 512, {makeDescriptor(0x0A, std::string("eng\0", 4))}),
+                          makeStream(0x04, 513)});
+  expected.version = 31;
+  expected.currentNext = true;
+  expected.descriptors = {makeDescriptor(0x09, std::string("\x0B\x00\xE1\x23", 4))};
+  EXPECT_EQ(d2tPMT(table.get()), expected);
 }
 
 TEST_F(DvbpsiConverters, SDTFromDvbpsi) {
@@ -100,23 +87,18 @@ TEST_F(DvbpsiConverters, SDTFromDvbpsi) {
   uint8_t data[] = {1, 0, 0};
   dvbpsi_sdt_service_descriptor_add(first, 0x48, 3, data);
   dvbpsi_sdt_service_add(table.get(), 6, false, true, 1, true);
-  const SDT sdt = d2tSDT(table.get());
-  EXPECT_EQ(sdt.tableId, 0x46);
-  EXPECT_EQ(sdt.transportStreamId, 905);
-  EXPECT_EQ(sdt.version, 17);
-  EXPECT_TRUE(sdt.currentNext);
-  EXPECT_EQ(sdt.originalNetworkId, 0x2000);
-  ASSERT_EQ(sdt.services.size(), 2U);
-  const SDTService& service = sdt.services[0];
-  EXPECT_EQ(service.serviceId, 7);
-  EXPECT_TRUE(service.eitSchedule && !service.eitPresentFollowing && !service.freeCA);
-  EXPECT_EQ(service.runningStatus, 4);
-  EXPECT_EQ(service.descriptors, std::vector{makeDescriptor(0x48, std::string("\x01\0\0", 3))});
-  const SDTService& last = sdt.services[1];
-  EXPECT_EQ(last.serviceId, 6);
-  EXPECT_TRUE(!last.eitSchedule && last.eitPresentFollowing && last.freeCA);
-  EXPECT_EQ(last.runningStatus, 1);
-  EXPECT_TRUE(last.descriptors.empty());
+  SDT expected =
+      makeSdt({makeService(7, {makeDescriptor(0x48, std::string("\x01\0\0", 3))}), makeService(6)});
+  expected.tableId = 0x46;
+  expected.transportStreamId = 905;
+  expected.version = 17;
+  expected.originalNetworkId = 0x2000;
+  expected.services[0].eitSchedule = true;
+  expected.services[0].runningStatus = 4;
+  expected.services[1].eitPresentFollowing = true;
+  expected.services[1].runningStatus = 1;
+  expected.services[1].freeCA = true;
+  EXPECT_EQ(d2tSDT(table.get()), expected);
 }
 
 TEST_F(DvbpsiConverters, ANotCurrentTableIsNotCurrentInTheRecord) {

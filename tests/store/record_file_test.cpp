@@ -256,16 +256,6 @@ TEST_F(RecordFileText, OfATableStore) {
             "\"2\":{\"str\":\"AP9/\"}}]},\"6\":{\"lst\":[\"rec\",0]}}}}}]}}");
 }
 
-TEST_F(RecordFileText, ValuesComeBackAsTheyStandInTheFile) {
-  writeText(path("file"),
-            "{\"1\":{\"map\":[\"i32\",\"rec\",1,{\"7\":{\"1\":{\"i32\":-2147483648},"
-            "\"2\":{\"map\":[\"i32\",\"i32\",1,{\"78\":2147483647}]}}}]}}");
-  EITTableVersionStoreFile record;
-  ASSERT_EQ(readRecordFromFile(path("file"), record), kDone);
-  EXPECT_EQ(record.versionStores[7].restartCounter, INT32_MIN);
-  EXPECT_EQ(record.versionStores[7].versions[78], INT32_MAX);
-}
-
 // What a save can write a start can read
 
 class LargeRecordFile : public fake::PlatformTest {
