@@ -78,6 +78,7 @@ TEST_F(TimeOffsetTest, IsComparedWithTheOneInUseAndNotWithTheLastSeen) {
   for (const auto& [seconds, inUse] : secondsAndThenInUse) {
     (void)update(seconds);
     EXPECT_EQ(offset_.timeOffset(), inUse) << seconds;
+    EXPECT_TRUE(offset_.timeOffsetValid()) << seconds;
   }
 }
 
