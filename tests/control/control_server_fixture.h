@@ -1,21 +1,23 @@
 #pragma once
 
-#include <string>
+#include <gtest/gtest.h>
 
+#include "control/control_server.h"
 #include "tests/fakes/fake_platform.h"
 #include "tests/support/control_client.h"
 #include "tests/support/raw_socket.h"
 
 namespace tevra::test {
 
-/** Waits for a line of `level` that begins with `beginning`; false when none comes in 5 s. */
-[[nodiscard]] bool waitForLine(int level, const std::string& beginning);
-
 /** Fixture: the control server of MPTS 0, which is started once per process, as nothing stops it.
  */
 class ControlServerTest : public fake::PlatformTest {
  protected:
-  ControlServerTest();
+  ControlServerTest() {
+    static const ThreadedSimpleServer server = startControlServer(0);
+    EXPECT_FALSE(server.empty());
+    fake::clearLog();
+  }
 };
 
 }  // namespace tevra::test

@@ -112,13 +112,13 @@ class Calls {
 PMT Calls::pmt() {
   constexpr int32_t kSection = 101, kStream = 102, kDescriptor = 103;
   PMT pmt = flagged(calls_.pmt());
-  const Descriptor longest = descriptor(0x52, std::string(255, 's'));
+  const Descriptor longest = makeDescriptor(0x52, std::string(255, 's'));
   if (pmt.programNumber == kSection) {
     pmt.descriptors.assign(5, longest);
   } else if (pmt.programNumber == kStream) {
     pmt.esList[0].descriptors.assign(5, longest);
   } else if (pmt.programNumber == kDescriptor) {
-    pmt.esList[0].descriptors.push_back(descriptor(0x52, std::string(300, 's')));
+    pmt.esList[0].descriptors.push_back(makeDescriptor(0x52, std::string(300, 's')));
   }
   return pmt;
 }

@@ -44,17 +44,6 @@ void resetSocket(int fd) {
   close(fd);
 }
 
-void readUpTo(int fd, size_t bytes) {
-  std::vector<char> buffer(64 * 1024);
-  while (bytes > 0) {
-    const ssize_t got = recv(fd, buffer.data(), std::min(bytes, buffer.size()), 0);
-    if (got <= 0) {
-      return;
-    }
-    bytes -= static_cast<size_t>(got);
-  }
-}
-
 }  // namespace
 
 RawConnection::RawConnection(int port) : RawConnection() {
@@ -153,10 +142,6 @@ RawListener::RawListener(int port, int backlog) : socket_(tcpSocket()) {
 }
 
 RawListener::~RawListener() {
-  shutdown(socket_, SHUT_RDWR);  // wakes accept
-  if (thread_.joinable()) {
-    thread_.join();
-  }
   close(socket_);
 }
 
@@ -173,21 +158,6 @@ std::string RawListener::takeConnection() const {
   }
   close(fd);
   return received;
-}
-
-void RawListener::resetConnectionsAfter(size_t bytes) {
-  thread_ = std::thread([this, bytes] { serve(bytes); });
-}
-
-void RawListener::serve(size_t bytes) const {
-  for (;;) {
-    const int fd = accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC);
-    if (fd < 0) {
-      return;
-    }
-    readUpTo(fd, bytes);
-    resetSocket(fd);
-  }
 }
 
 FullBacklog::FullBacklog(int port, int connections) {

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace tevra::test {
@@ -51,7 +50,7 @@ class RawConnection {
 /** True when a connection to the port of 127.0.0.1 is taken. */
 [[nodiscard]] bool isListening(int port);
 
-/** A socket that listens on a port of 127.0.0.1 and lets connections wait until told otherwise. */
+/** A socket that listens on a port of 127.0.0.1 and lets connections wait. */
 class RawListener {
  public:
   /** `backlog` as for listen(2): one more connection may wait. */
@@ -64,15 +63,8 @@ class RawListener {
    * unless it was reset. Empty when none comes within kPatience. */
   [[nodiscard]] std::string takeConnection() const;
 
-  /** From now on takes connections on a thread of its own, reads `bytes` of each and then resets
-   * it. */
-  void resetConnectionsAfter(size_t bytes);
-
  private:
-  void serve(size_t bytes) const;
-
   int socket_;
-  std::thread thread_;
 };
 
 /** Connections that wait on a port of 127.0.0.1 in such numbers that no other is taken. */

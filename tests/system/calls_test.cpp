@@ -62,34 +62,6 @@ TEST_F(DaemonCalls, SetPMTNotifiesTheConflictFreePmt) {
   EXPECT_EQ(notification.pmt, expected);
 }
 
-TEST_F(DaemonCalls, SetNITOnlyStores) {
-  EXPECT_THAT(daemon_.linesOf([&] { EXPECT_TRUE(client_->setNIT(multiplexNit())); }),
-              ElementsAre("3 setNIT", "7 Guardo NIT en DB local!"));
-  client_->setSDT(multiplexSdt());
-  EXPECT_EQ(notificationAfter(1).method, "notifySDT");  // nothing came before it
-}
-
-TEST_F(DaemonCalls, EmptyTablesAreTablesToo) {
-  client_->setPAT(PAT());
-  client_->setSDT(SDT());
-  client_->setPMT(PMT());
-  client_->setCAT(CAT());
-  EXPECT_TRUE(client_->setNIT(NIT()));
-  EXPECT_TRUE(client_->setBAT(BAT()));
-  client_->setEITPresentFollowing({});
-  client_->setEITSchedule({});
-  ASSERT_TRUE(mainTask_.waitFor(5));
-  EXPECT_THAT(mainTask_.methods(), ElementsAre("requestConfiguration", "notifyPAT", "notifySDT",
-                                               "notifyPMT", "notifyCAT"));
-}
-
-TEST_F(DaemonCalls, CallsInTheOrderOfADeviceNotifyInThatOrder) {
-  giveMultiplex(client_);
-  ASSERT_TRUE(mainTask_.waitFor(6));
-  EXPECT_THAT(mainTask_.methods(), ElementsAre("requestConfiguration", "notifyPAT", "notifySDT",
-                                               "notifyPMT", "notifyCAT", "notifyPMT"));
-}
-
 TEST_F(DaemonCalls, AnOutputIsAnsweredAndLoggedStepByStep) {
   giveMultiplex(client_);
   std::map<int32_t, SPTSConfiguration> answer;

@@ -1,7 +1,5 @@
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -16,11 +14,6 @@
 
 namespace tevra::test {
 namespace {
-
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 class DaemonCommandLine : public testing::Test {
  protected:
@@ -40,32 +33,10 @@ class DaemonCommandLine : public testing::Test {
   std::string err_;
 };
 
-TEST_F(DaemonCommandLine, AValueOutOfRangeAbortsWithoutUsageTextOrReason) {
-  ASSERT_NO_FATAL_FAILURE(run({"-s", "4"}));
-  EXPECT_EQ(end_.signal, SIGABRT);
-  EXPECT_EQ(out_, "");
-  EXPECT_THAT(err_, Not(HasSubstr("parameter range error")));
-  EXPECT_THAT(err_, Not(HasSubstr("--help")));
-}
-
-TEST_F(DaemonCommandLine, AUsageErrorEndsWithStatusOneAndAHint) {
-  ASSERT_NO_FATAL_FAILURE(run({"-c", "-x"}));
-  EXPECT_EQ(end_.exitStatus, 1);
-  EXPECT_EQ(out_, "");
-  EXPECT_THAT(err_, EndsWith("Try `" + daemonPath() + " --help' for more information.\n"));
-}
-
 TEST_F(DaemonCommandLine, VersionIsPrintedAlone) {
   ASSERT_NO_FATAL_FAILURE(run({"--version"}));
   EXPECT_EQ(end_.exitStatus, 0);
   EXPECT_EQ(out_, "0.9.1\n");
-  EXPECT_EQ(err_, "");
-}
-
-TEST_F(DaemonCommandLine, HelpIsPrintedOnStandardOutput) {
-  ASSERT_NO_FATAL_FAILURE(run({"--help"}));
-  EXPECT_EQ(end_.exitStatus, 0);
-  EXPECT_THAT(out_, StartsWith("usage: " + daemonPath() + " [ -spclvh ] \n"));
   EXPECT_EQ(err_, "");
 }
 

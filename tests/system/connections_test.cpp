@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <ctime>
 #include <fstream>
-#include <future>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -31,17 +30,6 @@ class DaemonConnections : public testing::Test {
   TemporaryDirectory root_;
   Daemon daemon_{root_.path()};
 };
-
-TEST_F(DaemonConnections, AreServedOneAfterTheOther) {
-  auto first = std::make_unique<ControlClient>();
-  EXPECT_TRUE((*first)->sendCmd(7));
-  ControlClient second;
-  auto answer = std::async(std::launch::async, [&] { return second->sendCmd(7); });
-  EXPECT_EQ(answer.wait_for(std::chrono::milliseconds(300)), std::future_status::timeout);
-  EXPECT_TRUE((*first)->sendCmd(7));  // the first is still served
-  first.reset();
-  EXPECT_TRUE(answer.get());
-}
 
 /** Adds the timers that established connections to `local` run, by the kernel's account in `file`.
  */
@@ -85,7 +73,7 @@ EITMap largeSchedule(int32_t services) {
     for (int32_t tableId = 0x50; tableId <= 0x5F; ++tableId) {
       EIT table = eit(service, tableId, 1700000000);
       for (int part = 0; part < 240; ++part) {
-        table.events[0].descriptors.push_back(descriptor(0x4E, std::string(250, 'x')));
+        table.events[0].descriptors.push_back(makeDescriptor(0x4E, std::string(250, 'x')));
       }
       map[service][tableId] = table;
     }

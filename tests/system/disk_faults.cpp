@@ -104,7 +104,7 @@ Served DiskFaults::callRound(ControlClient& client) {
   const SPTSConfiguration output =
       onlyOutput(client, televisionRequest("Uno " + std::to_string(rounds_)));
   client->setTOT(totAt(std::time(nullptr)));
-  client->setEITSchedule(eitMap({eit(kTelevision, kScheduleTable, 0)}));
+  client->setEITSchedule(mapOf({eit(kTelevision, kScheduleTable, 0)}));
   Served served;
   const auto& tables = output.outputTables.dvbTables;
   served.pat = tables.pat.version;

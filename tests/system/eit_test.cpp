@@ -61,7 +61,7 @@ long long offsetIn(const Lines& lines) {
 }
 
 TEST_F(DaemonEit, EventsMoveByTheOffsetThatIsTold) {
-  client_->setEITSchedule(eitMap({eit(kTelevision, kSchedule, kEventStart)}));
+  client_->setEITSchedule(mapOf({eit(kTelevision, kSchedule, kEventStart)}));
   const long long ahead = offsetIn(daemon_.linesOf([&] { client_->setTOT(totAt(now() + kHour)); }));
   EXPECT_THAT(ahead, AllOf(Ge(kHour - 10), Le(kHour)));
   const long long behind =
@@ -81,13 +81,13 @@ TEST_F(DaemonEit, WithAnUnsetClockIsNeverRestamped) {
   setup.environment = {{"TEVRA_SYSTEM_TIME_SET", "0"}};
   daemon_.restart(setup);
   ControlClient client;
-  client->setEITSchedule(eitMap({eit(kTelevision, kSchedule, kEventStart)}));
+  client->setEITSchedule(mapOf({eit(kTelevision, kSchedule, kEventStart)}));
   EXPECT_THAT(daemon_.linesOf([&] { client->setTOT(totAt(now() + kHour)); }),
               ElementsAre("7 Guardo TOT en DB local!", "7 Guardo TOT en DB local!",
                           "4 System time not set. Time offset not calculated!",
                           "7 MainTask notified from SI (new TOT)!!!"));
   EXPECT_THAT(daemon_.linesOf([&] {
-    client->setEITPresentFollowing(eitMap({eit(kTelevision, kPresentFollowing, 0)}));
+    client->setEITPresentFollowing(mapOf({eit(kTelevision, kPresentFollowing, 0)}));
   }),
               ElementsAre("7 setEITPresentFollowing", "7 Guardo EIT pf en DB local!",
                           "7 setInputEITpf: SID [0x0064] tid [0x4e] v[17] nevents [1]"));

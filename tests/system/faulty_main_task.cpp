@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <stdexcept>
 #include <utility>
 
@@ -89,11 +88,15 @@ void FaultyMainTask::accept() {
 }
 
 void FaultyMainTask::behave(int socket) {
-  if (behaviour_(socket, stopping_) == End::kClose) {
-    const std::lock_guard lock(mutex_);
-    open_.erase(socket);
-    close(socket);
+  const End end = behaviour_(socket, stopping_);
+  if (end == End::kStayOpen) {
+    return;
   }
+  const linger atOnce = {end == End::kReset ? 1 : 0, 0};
+  setsockopt(socket, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+  const std::lock_guard lock(mutex_);
+  open_.erase(socket);
+  close(socket);
 }
 
 FaultyMainTask::Behaviour thatNeverReads() {
@@ -107,13 +110,10 @@ FaultyMainTask::Behaviour thatClosesAfter(size_t bytes) {
   };
 }
 
-FaultyMainTask::Behaviour thatTrickles() {
-  return [](int socket, const std::atomic<bool>& stopping) {
-    while (!stopping) {
-      take(socket, 1);
-      std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    return FaultyMainTask::End::kClose;
+FaultyMainTask::Behaviour thatResetsAfter(size_t bytes) {
+  return [bytes](int socket, const std::atomic<bool>&) {
+    take(socket, bytes);
+    return FaultyMainTask::End::kReset;
   };
 }
 

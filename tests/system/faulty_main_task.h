@@ -16,7 +16,7 @@ namespace tevra::test {
 class FaultyMainTask {
  public:
   /** What becomes of a connection in the end. */
-  enum class End { kClose, kStayOpen };
+  enum class End { kClose, kReset, kStayOpen };
 
   /** Runs for every connection, on a thread of its own, until `stopping`. What stays open is closed
    * when the FaultyMainTask ends. */
@@ -51,8 +51,8 @@ class FaultyMainTask {
 /** Reads `bytes` and closes in order, whatever is still under way. */
 [[nodiscard]] FaultyMainTask::Behaviour thatClosesAfter(size_t bytes);
 
-/** Reads a byte every 100 ms. */
-[[nodiscard]] FaultyMainTask::Behaviour thatTrickles();
+/** The same, but ends the connection with a reset. */
+[[nodiscard]] FaultyMainTask::Behaviour thatResetsAfter(size_t bytes);
 
 /** Sends `bytes` before it reads all there is. */
 [[nodiscard]] FaultyMainTask::Behaviour thatAnswers(const std::string& bytes);

@@ -8,6 +8,7 @@
 #include <future>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/platform/temporary_directory.h"
@@ -60,8 +61,8 @@ struct Call {
 std::vector<Call> everySmallCall() {
   using thrift::in_module::SIService;
   const auto now = [] { return totAt(std::time(nullptr)); };
-  const EITMap following = eitMap({eit(1, 0x4E, 0), eit(2, 0x4E, 0)});
-  const EITMap schedule = eitMap({eit(1, 0x50, 0), eit(1, 0x51, 0), eit(2, 0x50, 0)});
+  const EITMap following = mapOf({eit(1, 0x4E, 0), eit(2, 0x4E, 0)});
+  const EITMap schedule = mapOf({eit(1, 0x50, 0), eit(1, 0x51, 0), eit(2, 0x50, 0)});
   return {
       {"getSIData",
        [](ControlClient& client) {
@@ -96,7 +97,7 @@ Call smallCall(const std::string& name) {
 }
 
 Descriptor largeDescriptor() {
-  return descriptor(0x4E, std::string(kLarge, 'x'));
+  return makeDescriptor(0x4E, std::string(kLarge, 'x'));
 }
 
 Call largeSdt() {
@@ -130,13 +131,13 @@ EIT largeEit(int32_t tableId) {
 }
 
 Call largeFollowing() {
-  const EITMap eits = eitMap({largeEit(0x4E)});
+  const EITMap eits = mapOf({largeEit(0x4E)});
   return {"setEITPresentFollowing",
           [eits](ControlClient& client) { client->setEITPresentFollowing(eits); }, 1};
 }
 
 Call largeSchedule() {
-  const EITMap eits = eitMap({largeEit(0x50), largeEit(0x51)});
+  const EITMap eits = mapOf({largeEit(0x50), largeEit(0x51)});
   return {"setEITSchedule", [eits](ControlClient& client) { client->setEITSchedule(eits); }, 2};
 }
 
@@ -291,19 +292,6 @@ TEST(FaultyMainTaskCosts, TwoSecondsAndALineWhenItNeverReadsLargeTables) {
       faulty(thatNeverReads()));
 }
 
-TEST(FaultyMainTaskCosts, TwoSecondsAndALineWhenItTricklesLargeTables) {
-  expectEveryNotificationToFail({{largePmt()}, {largeFollowing()}}, faulty(thatTrickles()));
-}
-
-TEST(FaultyMainTaskCosts, NothingWhenItTricklesOrdinaryTables) {
-  Side side(0);
-  const FaultyMainTask mainTask(0, thatTrickles());
-  for (const Call& call : everySmallCall()) {
-    side.expectSuccess(call, kAtOnce);
-  }
-  side.expectUnharmed();
-}
-
 TEST(FaultyMainTaskCosts, TwoSecondsAndALineWhenItsBacklogIsFull) {
   expectEveryNotificationToFail(
       {{smallCall("getSIData"), smallCall("setPAT"), smallCall("setSDT")},
@@ -332,23 +320,18 @@ TEST(FaultyMainTaskCosts, TwoSecondsAndALineAtStartUpWhenItsBacklogIsFull) {
 
 constexpr size_t kWithinACall[] = {0, 1, 3, 4, 5, 40, 4096, 100'000, 1'000'000, 3'000'000};
 
-TEST(FaultyMainTaskCosts, ALineWhenItClosesAtAnyPointOfALargeTable) {
-  Side side(0);
-  for (const size_t bytes : kWithinACall) {
-    const FaultyMainTask mainTask(0, thatClosesAfter(bytes));
-    SCOPED_TRACE(bytes);
-    side.expectFailures(largePmt());
-  }
-  side.expectUnharmed();
-}
+/** The ways in which it may end a connection after so many bytes. */
+const std::pair<const char*, FaultyMainTask::Behaviour (*)(size_t)> kEnds[] = {
+    {"closed", thatClosesAfter}, {"reset", thatResetsAfter}};
 
-TEST(FaultyMainTaskCosts, ALineWhenItResetsAtAnyPointOfALargeTable) {
+TEST(FaultyMainTaskCosts, ALineWhenItEndsTheConnectionAtAnyPointOfALargeTable) {
   Side side(0);
-  for (const size_t bytes : kWithinACall) {
-    RawListener mainTask(kFirstNotificationPort);
-    mainTask.resetConnectionsAfter(bytes);
-    SCOPED_TRACE(bytes);
-    side.expectFailures(largePmt());
+  for (const auto& [name, endsAfter] : kEnds) {
+    for (const size_t bytes : kWithinACall) {
+      SCOPED_TRACE(name + (" after " + std::to_string(bytes)));
+      const FaultyMainTask mainTask(0, endsAfter(bytes));
+      side.expectFailures(largePmt());
+    }
   }
   side.expectUnharmed();
 }
@@ -365,21 +348,14 @@ void expectALineForEach(Side& side, const std::vector<Call>& calls) {
   }
 }
 
-TEST(FaultyMainTaskCosts, ALineWhenItClosesAtAnyPointOfAnOrdinaryTable) {
+TEST(FaultyMainTaskCosts, ALineWhenItEndsTheConnectionAtAnyPointOfAnOrdinaryTable) {
   Side side(0, 7);
-  for (const size_t bytes : {0U, 1U, 4U, 5U, 20U, 40U}) {
-    const FaultyMainTask mainTask(0, thatClosesAfter(bytes));
-    expectALineForEach(side, everySmallCall());
-  }
-  side.expectUnharmed();
-}
-
-TEST(FaultyMainTaskCosts, ALineWhenItResetsAtAnyPointOfAnOrdinaryTable) {
-  Side side(0, 7);
-  for (const size_t bytes : {0U, 1U, 4U, 5U, 20U, 40U}) {
-    RawListener mainTask(kFirstNotificationPort);
-    mainTask.resetConnectionsAfter(bytes);
-    expectALineForEach(side, everySmallCall());
+  for (const auto& [name, endsAfter] : kEnds) {
+    for (const size_t bytes : {0U, 1U, 4U, 5U, 20U, 40U}) {
+      SCOPED_TRACE(name + (" after " + std::to_string(bytes)));
+      const FaultyMainTask mainTask(0, endsAfter(bytes));
+      expectALineForEach(side, everySmallCall());
+    }
   }
   side.expectUnharmed();
 }

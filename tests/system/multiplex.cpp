@@ -8,43 +8,20 @@
 namespace tevra::test {
 namespace {
 
-using thrift::dvb_tables::NITTS;
-using thrift::dvb_tables::PATProgram;
-using thrift::dvb_tables::PMTES;
-using thrift::dvb_tables::SDTService;
-using thrift::in_module::OutputServiceDescription;
-
 constexpr int32_t kLanguageTag = 0x0A;
 constexpr int32_t kServiceTag = 0x48;
 constexpr int32_t kSubtitlingTag = 0x59;
 
-PATProgram program(int32_t number, int32_t pid) {
-  PATProgram entry;
-  entry.programNumber = number;
-  entry.pid = pid;
-  return entry;
-}
-
-PMTES stream(int32_t type, int32_t pid, const std::vector<Descriptor>& descriptors) {
-  PMTES entry;
-  entry.streamType = type;
-  entry.pid = pid;
-  entry.descriptors = descriptors;
-  return entry;
-}
-
 Descriptor language(const std::string& code) {
-  return descriptor(kLanguageTag, code + '\0');
+  return makeDescriptor(kLanguageTag, code + '\0');
 }
 
 SDTService service(int32_t id, char type, const std::string& name) {
-  SDTService entry;
-  entry.serviceId = id;
+  const std::string header = {type, 0, static_cast<char>(name.size())};
+  SDTService entry = makeService(id, {makeDescriptor(kServiceTag, header + name)});
   entry.eitSchedule = true;
   entry.eitPresentFollowing = true;
   entry.runningStatus = 4;
-  const std::string header = {type, 0, static_cast<char>(name.size())};
-  entry.descriptors = {descriptor(kServiceTag, header + name)};
   return entry;
 }
 
@@ -58,51 +35,32 @@ OutputServiceDescription output(int32_t globalSID, int32_t outputSID, const std:
   return description;
 }
 
-int64_t twoDigits(int64_t value) {
-  return (value / 10) << 4 | value % 10;
-}
-
 }  // namespace
 
-Descriptor descriptor(int32_t tag, const std::string& data) {
-  Descriptor made;
-  made.tag = tag;
-  made.data = data;
-  return made;
-}
-
 Descriptor caDescriptor(int32_t pid) {
-  constexpr int32_t kCaTag = 0x09;
-  return descriptor(kCaTag, {0x05, 0x00, static_cast<char>(0xE0 | (pid >> 8)),
-                             static_cast<char>(pid & 0xFF), 0x12, 0x34});
+  return makeCaDescriptor(0x0500, static_cast<uint16_t>(pid), "\x12\x34");
 }
 
 PAT multiplexPat(int32_t transportStreamId) {
-  PAT pat;
-  pat.transportStreamId = transportStreamId;
+  PAT pat = makePat(transportStreamId,
+                    {{0, kNitPid}, {kTelevision, kTelevisionPmtPid}, {kRadio, kRadioPmtPid}});
   pat.version = 3;
   pat.currentNext = true;
-  pat.programs = {program(0, kNitPid), program(kTelevision, kTelevisionPmtPid),
-                  program(kRadio, kRadioPmtPid)};
   return pat;
 }
 
 SDT multiplexSdt() {
-  SDT sdt;
-  sdt.tableId = 0x42;
+  SDT sdt = makeSdt({service(kTelevision, 0x19, "Uno"), service(kRadio, 0x02, "Radio Dos")});
   sdt.transportStreamId = kTransportStreamId;
   sdt.version = 4;
-  sdt.currentNext = true;
   sdt.originalNetworkId = 2;
-  sdt.services = {service(kTelevision, 0x19, "Uno"), service(kRadio, 0x02, "Radio Dos")};
   return sdt;
 }
 
 CAT multiplexCat() {
-  CAT cat;
+  CAT cat = makeCat({caDescriptor(kEmmPid)});
   cat.version = 1;
   cat.currentNext = true;
-  cat.descriptors = {caDescriptor(kEmmPid)};
   return cat;
 }
 
@@ -125,27 +83,23 @@ BAT multiplexBat() {
 }
 
 PMT televisionPmt() {
-  PMT pmt;
-  pmt.programNumber = kTelevision;
+  PMT pmt =
+      makePmt(kTelevision, kVideoPid,
+              {makeStream(27, kVideoPid), makeStream(3, kEnglishPid, {language("eng")}),
+               makeStream(3, kSpanishPid, {language("spa")}),
+               makeStream(6, kSubtitlesPid,
+                          {makeDescriptor(kSubtitlingTag, {'s', 'p', 'a', 0x10, 0, 1, 0, 1})}),
+               makeStream(0x86, kSplicePid)});
   pmt.version = 7;
   pmt.currentNext = true;
-  pmt.pcrPid = kVideoPid;
   pmt.descriptors = {caDescriptor(kEcmPid)};
-  pmt.esList = {
-      stream(27, kVideoPid, {}), stream(3, kEnglishPid, {language("eng")}),
-      stream(3, kSpanishPid, {language("spa")}),
-      stream(6, kSubtitlesPid, {descriptor(kSubtitlingTag, {'s', 'p', 'a', 0x10, 0, 1, 0, 1})}),
-      stream(0x86, kSplicePid, {})};
   return pmt;
 }
 
 PMT radioPmt() {
-  PMT pmt;
-  pmt.programNumber = kRadio;
+  PMT pmt = makePmt(kRadio, kRadioAudioPid, {makeStream(4, kRadioAudioPid, {language("eng")})});
   pmt.version = 1;
   pmt.currentNext = true;
-  pmt.pcrPid = kRadioAudioPid;
-  pmt.esList = {stream(4, kRadioAudioPid, {language("eng")})};
   return pmt;
 }
 
@@ -153,16 +107,13 @@ int64_t dvbTime(std::time_t utc) {
   constexpr int64_t kSecondsPerDay = 86400;
   constexpr int64_t kMjdOf1970 = 40587;
   const int64_t seconds = utc + kMjdOf1970 * kSecondsPerDay;  // never negative, before 1970 either
-  const int64_t second = seconds % kSecondsPerDay;
-  return (seconds / kSecondsPerDay) << 24 | twoDigits(second / 3600) << 16 |
-         twoDigits(second / 60 % 60) << 8 | twoDigits(second % 60);
+  const auto second = static_cast<int>(seconds % kSecondsPerDay);
+  return static_cast<int64_t>(dvbTime(static_cast<uint64_t>(seconds / kSecondsPerDay),
+                                      second / 3600, second / 60 % 60, second % 60));
 }
 
 TOT totAt(std::time_t utc) {
-  TOT tot;
-  tot.tableId = 0x73;
-  tot.utcTime = dvbTime(utc);
-  return tot;
+  return makeTot(static_cast<uint64_t>(dvbTime(utc)));
 }
 
 EIT eit(int32_t serviceId, int32_t tableId, std::time_t start) {
@@ -179,16 +130,8 @@ EIT eit(int32_t serviceId, int32_t tableId, std::time_t start) {
   event.startTime = dvbTime(start);
   event.duration = 0x003000;
   event.runningStatus = 4;
-  event.descriptors = {descriptor(0x4D, "eng")};
+  event.descriptors = {makeDescriptor(0x4D, "eng")};
   return table;
-}
-
-EITMap eitMap(const std::vector<EIT>& eits) {
-  EITMap map;
-  for (const EIT& table : eits) {
-    map[table.serviceId][table.tableId] = table;
-  }
-  return map;
 }
 
 void giveMultiplex(ControlClient& client) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "im_SIControlSrv.h"
+#include "tests/support/tables.h"
 
 /**
  * A small multiplex: a television service with two audio languages, subtitles, a stream that is not
@@ -16,21 +17,6 @@
  * its PIDs are mapped as the kOut constants say.
  */
 namespace tevra::test {
-
-using thrift::common_fpga::SPTSConfiguration;
-using thrift::dvb_tables::BAT;
-using thrift::dvb_tables::CAT;
-using thrift::dvb_tables::Descriptor;
-using thrift::dvb_tables::EIT;
-using thrift::dvb_tables::EITEvent;
-using thrift::dvb_tables::NIT;
-using thrift::dvb_tables::PAT;
-using thrift::dvb_tables::PMT;
-using thrift::dvb_tables::SDT;
-using thrift::dvb_tables::TOT;
-using thrift::in_module::EITMap;
-using thrift::in_module::SrvOutputRequest;
-using thrift::spts::LastNodeSettings;
 
 class ControlClient;
 
@@ -64,8 +50,6 @@ inline constexpr int32_t kOutSubtitles = 108;
 inline constexpr int32_t kOutEmm = 109;
 inline constexpr int32_t kOutRadioAudio = 110;
 
-[[nodiscard]] Descriptor descriptor(int32_t tag, const std::string& data);
-
 /** A CA descriptor (ISO/IEC 13818-1, 2.6.16) with two bytes of private data. */
 [[nodiscard]] Descriptor caDescriptor(int32_t pid);
 
@@ -85,9 +69,6 @@ inline constexpr int32_t kOutRadioAudio = 110;
 
 /** An EIT sub-table with one event that starts at `start`. */
 [[nodiscard]] EIT eit(int32_t serviceId, int32_t tableId, std::time_t start);
-
-/** The map that holds these sub-tables under their own ids. */
-[[nodiscard]] EITMap eitMap(const std::vector<EIT>& eits);
 
 /** PAT, SDT, both PMTs and the CAT, in the order above. */
 void giveMultiplex(ControlClient& client);

@@ -77,28 +77,28 @@ RecordedCall record(const std::string& method,
 
 NIT fullNit() {
   NIT nit = multiplexNit();
-  nit.descriptors = {descriptor(0x40, "Tevra")};
-  nit.transportStreams[0].descriptors = {descriptor(0x41, "abc")};
+  nit.descriptors = {makeDescriptor(0x40, "Tevra")};
+  nit.transportStreams[0].descriptors = {makeDescriptor(0x41, "abc")};
   return nit;
 }
 
 BAT fullBat() {
   BAT bat = multiplexBat();
-  bat.descriptors = {descriptor(0x47, "Bouquet")};
-  bat.transportStreams.emplace_back().descriptors = {descriptor(0x41, "abc")};
+  bat.descriptors = {makeDescriptor(0x47, "Bouquet")};
+  bat.transportStreams.emplace_back().descriptors = {makeDescriptor(0x41, "abc")};
   return bat;
 }
 
 TOT fullTot() {
   TOT tot = totAt(1700000000);
-  tot.descriptors = {descriptor(0x58, std::string(13, '\0'))};
+  tot.descriptors = {makeDescriptor(0x58, std::string(13, '\0'))};
   return tot;
 }
 
 std::vector<RecordedCall> recordEveryCall() {
   using Client = im_SIControlSrvClient;
-  const EITMap following = eitMap({eit(kTelevision, 0x4E, 0)});
-  const EITMap schedule = eitMap({eit(kTelevision, 0x50, 0)});
+  const EITMap following = mapOf({eit(kTelevision, 0x4E, 0)});
+  const EITMap schedule = mapOf({eit(kTelevision, 0x50, 0)});
   SIService data;
   data.name = "headend";
   return {

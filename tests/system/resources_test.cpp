@@ -9,7 +9,6 @@
 #include "tests/fakes/fake_main_task.h"
 #include "tests/platform/temporary_directory.h"
 #include "tests/support/control_client.h"
-#include "tests/support/raw_socket.h"
 #include "tests/support/sanitizers.h"
 #include "tests/system/daemon.h"
 #include "tests/system/multiplex.h"
@@ -38,59 +37,13 @@ class DaemonResources : public testing::Test {
   ProcessFigures figures_{daemon_.pid()};
 };
 
-/** Twelve kilobytes of descriptors. */
-std::vector<Descriptor> manyDescriptors() {
-  return std::vector<Descriptor>(48, descriptor(0x4E, std::string(250, 'x')));
-}
-
-void useEveryCall(int rounds) {
-  PMT pmt = televisionPmt();
-  for (const Descriptor& entry : manyDescriptors()) {
-    pmt.esList.emplace_back(pmt.esList[0]).descriptors = {entry};
-  }
-  EIT schedule = eit(kTelevision, 0x50, 0);
-  schedule.events[0].descriptors = manyDescriptors();
-  ControlClient client;
-  for (int round = 0; round < rounds; ++round) {
-    giveMultiplex(client);
-    client->setPMT(pmt);
-    EXPECT_TRUE(client->setNIT(multiplexNit()));
-    EXPECT_TRUE(client->setBAT(multiplexBat()));
-    client->setTOT(totAt(std::time(nullptr)));
-    client->setEITPresentFollowing(eitMap({eit(kTelevision, 0x4E, 0), eit(kRadio, 0x4E, 0)}));
-    client->setEITSchedule(eitMap({schedule}));
-    (void)onlyOutput(client, televisionRequest("Uno " + std::to_string(round % 2)));
-  }
-}
+// That they do not grow: soak_test.cpp.
 
 TEST_F(DaemonResources, AreTwoThreads) {
   if (kSanitized || kEmulated) {
     GTEST_SKIP() << "a sanitizer or an emulator has threads of its own";
   }
   EXPECT_EQ(threads(), 2);
-}
-
-TEST_F(DaemonResources, DoNotGrowByDescriptors) {
-  useEveryCall(1);
-  const int64_t before = figures_.descriptors();
-  useEveryCall(20);
-  for (int connection = 0; connection < 50; ++connection) {
-    RawConnection(kFirstControlPort).send("GET / HTTP/1.1\r\n\r\n");
-  }
-  useEveryCall(1);  // all of those have been dealt with by now
-  EXPECT_TRUE(eventually([&] { return figures_.descriptors() <= before; }))
-      << figures_.descriptors();
-}
-
-TEST_F(DaemonResources, DoNotGrowByMemory) {
-  if (kHasForeignMemory) {
-    GTEST_SKIP() << "a sanitizer keeps freed memory, an emulator what it translates";
-  }
-  useEveryCall(30);
-  const int64_t before = figures_.residentSize();
-  ASSERT_GT(before, 0);
-  useEveryCall(100);
-  EXPECT_LT(figures_.residentSize() - before, 600);  // one large table lost per round would be 1200
 }
 
 /** About 5 MB in memory. */
@@ -101,7 +54,7 @@ EITMap largeSchedule() {
       EIT table = eit(service, tableId, 0);
       table.events.assign(60, table.events.at(0));
       for (EITEvent& event : table.events) {
-        event.descriptors.assign(2, descriptor(0x4E, std::string(200, 'x')));
+        event.descriptors.assign(2, makeDescriptor(0x4E, std::string(200, 'x')));
       }
       schedule[service][tableId] = table;
     }

@@ -1,9 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
-#include <ctime>
 #include <map>
 #include <string>
 
@@ -64,21 +61,6 @@ TEST_F(DaemonRestart, DropsTablesThatNobodyHasAskedForAtTheFifthTime) {
   EXPECT_EQ(timesIn(daemon_.logLines(), kErased), 1);
   (void)output(radioRequest());
   EXPECT_THAT(stored(), testing::ElementsAre(testing::Key(kRadio)));
-}
-
-TEST_F(DaemonRestart, FindsFilesThatOnlyItsOwnerReads) {
-  (void)output();
-  ControlClient client;
-  client->setTOT(totAt(std::time(nullptr)));
-  client->setEITSchedule(eitMap({eit(kTelevision, 0x50, 0)}));
-  const auto modeOf = [&](const std::string& path) {
-    struct stat status = {};
-    return stat((root_ / path).c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-  };
-  EXPECT_EQ(modeOf(pidRemapFile(0)), 0600U);
-  EXPECT_EQ(modeOf(tableStoreFile(0)), 0600U);
-  EXPECT_EQ(modeOf(eitVersionFile(0)), 0600U);
-  EXPECT_EQ(modeOf("Tornel"), 0755U);
 }
 
 }  // namespace

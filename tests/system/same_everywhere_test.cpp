@@ -129,9 +129,9 @@ TEST_F(SameNotificationsEverywhere, AreThoseOfEveryTable) {
 
   constexpr std::time_t kRestamped = 2'200'000'000;  // in 2039, beyond a signed 32-bit time
   notifiedOf([&] {
-    client_->setEITPresentFollowing(eitMap({eit(kTelevision, 0x4E, kRestamped + offset)}));
+    client_->setEITPresentFollowing(mapOf({eit(kTelevision, 0x4E, kRestamped + offset)}));
   });
-  notifiedOf([&] { client_->setEITSchedule(eitMap({eit(kRadio, 0x50, kRestamped + offset)})); });
+  notifiedOf([&] { client_->setEITSchedule(mapOf({eit(kRadio, 0x50, kRestamped + offset)})); });
   EXPECT_TRUE(matchesGolden("notifications", notifications_));
 }
 

@@ -122,11 +122,12 @@ SDT SoakCalls::sdt() {
     SDTService& made = sdt.services.emplace_back();
     made.serviceId = dice_.percent(95) ? kFirstService + entry : service();
     if (dice_.percent(30)) {
-      made.descriptors.push_back(descriptor(0x5F, std::string(4, 'p')));
+      made.descriptors.push_back(makeDescriptor(0x5F, std::string(4, 'p')));
     }
     if (dice_.percent(90)) {
       const char type = dice_.percent(90) ? '\x01' : '\x19';
-      made.descriptors.push_back(descriptor(kServiceTag, std::string(1, type) + "\x01p\x03Uno"));
+      made.descriptors.push_back(
+          makeDescriptor(kServiceTag, std::string(1, type) + "\x01p\x03Uno"));
     }
   }
   return sdt;
@@ -151,7 +152,7 @@ PMT SoakCalls::freshPmt(int32_t serviceId) {
   pmt.pcrPid = dice_.oneOf(std::vector<int32_t>{first, first, first + 1, kNoPcr});
   addCa(pmt.descriptors, kFirstEcmPid, 40);
   if (dice_.percent(30)) {
-    pmt.descriptors.push_back(descriptor(0x0E, std::string("\xC0\x10\x20", 3)));
+    pmt.descriptors.push_back(makeDescriptor(0x0E, std::string("\xC0\x10\x20", 3)));
   }
   pmt.esList.push_back(streamOf(dice_.oneOf(kVideoTypes), first));
   addCa(pmt.esList.back().descriptors, kFirstEcmPid, 20);
@@ -173,12 +174,12 @@ PMTES SoakCalls::audio(int32_t pid) {
   static const std::vector<int32_t> kCodecTags = {0x6A, 0x7A, 0x73, 0x81};
   PMTES made = streamOf(dice_.oneOf(kTypes), pid);
   if (made.streamType == 6) {
-    made.descriptors.push_back(descriptor(dice_.oneOf(kCodecTags), std::string(1, '\0')));
+    made.descriptors.push_back(makeDescriptor(dice_.oneOf(kCodecTags), std::string(1, '\0')));
   }
   const int32_t languages = dice_.oneOf(std::vector<int32_t>{0, 1, 1, 1, 2});
   for (int32_t language = 0; language < languages; ++language) {
     const std::string type = dice_.percent(95) ? std::string(1, '\0') : "";  // cut short without
-    made.descriptors.push_back(descriptor(kLanguageTag, dice_.oneOf(soakLanguages()) + type));
+    made.descriptors.push_back(makeDescriptor(kLanguageTag, dice_.oneOf(soakLanguages()) + type));
   }
   addCa(made.descriptors, kFirstEcmPid, 15);
   return made;
@@ -194,8 +195,8 @@ PMTES SoakCalls::companion(int32_t pid) {
   }
   PMTES made = streamOf(6, pid);
   const bool subtitles = dice_.percent(50);
-  made.descriptors.push_back(subtitles ? descriptor(0x59, std::string("spa\x10\0\1\0\1", 8))
-                                       : descriptor(0x56, std::string("spa\x09\x00", 5)));
+  made.descriptors.push_back(subtitles ? makeDescriptor(0x59, std::string("spa\x10\0\1\0\1", 8))
+                                       : makeDescriptor(0x56, std::string("spa\x09\x00", 5)));
   return made;
 }
 
@@ -216,7 +217,7 @@ CAT SoakCalls::cat() {
   cat.currentNext = true;
   addCa(cat.descriptors, kFirstEmmPid, 90);
   if (dice_.percent(30)) {
-    cat.descriptors.push_back(descriptor(0x65, std::string(1, '\x02')));
+    cat.descriptors.push_back(makeDescriptor(0x65, std::string(1, '\x02')));
   }
   return cat;
 }

@@ -44,14 +44,6 @@ TEST_F(DaemonStart, LogsEveryStepInOrderAndWritesNoFile) {
   EXPECT_TRUE(std::filesystem::is_empty(root_.path()));
 }
 
-TEST_F(DaemonStart, AsksAgainAfterEveryRestart) {
-  FakeMainTask mainTask;
-  Daemon daemon(root_.path());
-  daemon.restart();
-  ASSERT_TRUE(mainTask.waitFor(2));
-  EXPECT_THAT(mainTask.methods(), ElementsAre("requestConfiguration", "requestConfiguration"));
-}
-
 TEST_F(DaemonStart, TakesPortAndPoolFromIndexTypeAndSlotAndNoPortFromItsOption) {
   DaemonSetup setup;
   setup.set = 1;
