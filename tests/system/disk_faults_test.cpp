@@ -109,22 +109,6 @@ TEST_F(DaemonFiles, AreContinuedWhenTheyAreGood) {
   expectGoodRound(expectedAfter({}, 1));
 }
 
-TEST_F(DaemonFiles, AreFollowedThroughALinkToWhereNothingLiesYet) {
-  fs::create_directories(directory_);
-  for (const StoreFile file : kStoreFiles) {
-    fs::create_symlink(parent_ / nameOf(file), pathOf(file));
-  }
-  start();
-  EXPECT_EQ(errors(), together({loadErrors(kTables), loadErrors(kVersions)}));
-  const Served served = serve();
-  EXPECT_THAT(roundErrors_, IsEmpty());
-  expectFilesHold(served);
-  for (const StoreFile file : kStoreFiles) {
-    EXPECT_TRUE(fs::is_symlink(pathOf(file)));
-    EXPECT_TRUE(fs::is_regular_file(parent_ / nameOf(file)));
-  }
-}
-
 /** A pipe that somebody else holds open and neither reads nor writes. */
 class HeldFifo {
  public:
@@ -211,18 +195,6 @@ TEST_P(InPlaceOfADirectory, AsTheRootCostsAllFilesUntilItIsGone) {
 
 INSTANTIATE_TEST_SUITE_P(DiskFaults, InPlaceOfADirectory, ValuesIn(kNoDirectories),
                          [](const auto& test) { return std::string(test.param.name); });
-
-TEST_F(DaemonFiles, AreMadeBelowARootOfWhichNothingExists) {
-  const std::string deep = root_ + "/a/b";
-  Daemon daemon(deep);
-  ControlClient client;
-  giveMultiplex(client);
-  EXPECT_THAT(
-      upToLevel(daemon.linesOf([&] { (void)onlyOutput(client, televisionRequest()); }), '3'),
-      IsEmpty());
-  const auto file = readRecord<thrift::in_module::TableStoreFile>(deep + "/" + tableStoreFile(0));
-  EXPECT_EQ(file.tableStores.count(kTelevision), 1U);
-}
 
 TEST_F(DaemonFiles, MayVanishWithTheRootBetweenTwoSaves) {
   writeGoodFiles();
