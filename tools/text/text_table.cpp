@@ -28,7 +28,7 @@ void TextTable::print(std::ostream& out, size_t indent, size_t width) const {
   const size_t needed =
       std::accumulate(widths.begin(), widths.end(), indent + kColumnGap * (widths.size() - 1));
   const bool fits = width == 0 || needed <= width;
-  out << (fits ? inColumns(indent) : wrapped(inParagraphs(indent), width, indent + 2 * kColumnGap));
+  out << (fits ? inColumns(indent) : inParagraphs(indent, width));
 }
 
 std::vector<size_t> TextTable::columnWidths() const {
@@ -56,20 +56,26 @@ std::string TextTable::inColumns(size_t indent) const {
   return text;
 }
 
-std::string TextTable::inParagraphs(size_t indent) const {
+std::string TextTable::inParagraphs(size_t indent, size_t width) const {
   const std::vector<std::string>& heading = rows_.front();
   std::string text;
   for (size_t row = 1; row < rows_.size(); ++row) {
     const std::vector<std::string>& cells = rows_[row];
-    text.append(indent, ' ').append(heading[0]).append(" ").append(cells[0]).append("\n");
+    std::string line = std::string(indent, ' ') + heading[0] + " " + cells[0];
     for (size_t i = 1; i < cells.size(); ++i) {
-      if (!cells[i].empty()) {
-        text.append(indent + kColumnGap, ' ').append(heading[i]).append(" ").append(cells[i]);
-        text.append("\n");
+      const std::string item = heading[i] + " " + cells[i];
+      if (cells[i].empty()) {
+        continue;
       }
+      if (displayWidth(line) + kColumnGap + displayWidth(item) > width) {
+        text += line + "\n";
+        line.assign(indent, ' ');
+      }
+      line.append(kColumnGap, ' ').append(item);
     }
+    text += line + "\n";
   }
-  return text;
+  return wrapped(text, width, indent + 2 * kColumnGap);
 }
 
 }  // namespace tevra::tools

@@ -21,8 +21,9 @@ class TextTable {
 
   /**
    * One line per row, the heading first, each behind `indent` blanks; no blanks at a line's end. On
-   * a terminal that is narrower, a row is a paragraph: a line for each cell that is not empty,
-   * behind its column's heading, broken between words.
+   * a terminal that is narrower, a row is a paragraph: the cells that are not empty, each behind
+   * its column's heading, as many on a line as it has room for. What a line is too short for even
+   * alone is broken between words.
    */
   void print(std::ostream& out, size_t indent = 0) const { print(out, indent, widthOf(out)); }
   /** The same for lines of `width` characters; 0 is no limit. */
@@ -31,7 +32,7 @@ class TextTable {
  private:
   [[nodiscard]] std::vector<size_t> columnWidths() const;
   [[nodiscard]] std::string inColumns(size_t indent) const;
-  [[nodiscard]] std::string inParagraphs(size_t indent) const;
+  [[nodiscard]] std::string inParagraphs(size_t indent, size_t width) const;
 
   std::vector<std::vector<std::string>> rows_;
 };

@@ -28,8 +28,8 @@ TEST(TextTable, StandsInParagraphsWhereItsColumnsDoNotFit) {
     return out.str();
   };
   EXPECT_EQ("  id    name  notes\n  1     Télé\n  1000  T     of three words\n", printed(28));
-  EXPECT_EQ("  id 1\n    name Télé\n  id 1000\n    name T\n    notes of three words\n",
-            printed(27));
+  EXPECT_EQ("  id 1  name Télé\n  id 1000  name T\n    notes of three words\n", printed(27));
+  EXPECT_EQ("  id 1  name Télé\n  id 1000  name T\n    notes of three\n      words\n", printed(18));
   EXPECT_EQ(
       "  id 1\n    name Télé\n  id 1000\n    name T\n    notes of\n      three\n      words\n",
       printed(13));
