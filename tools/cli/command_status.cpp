@@ -105,12 +105,12 @@ std::vector<int> setsOf(const StatusOptions& options) {
   return sets.empty() ? std::vector<int>{0} : sets;
 }
 
-std::string textOf(const StatusOptions& options, const std::vector<SetStatus>& sets) {
+std::string textOf(const StatusOptions& options, const std::vector<SetStatus>& sets, size_t width) {
   if (options.metrics) {
     return statusMetrics(sets);
   }
   return options.json ? statusJson(sets) + "\n"
-                      : statusText(sets, std::chrono::system_clock::now());
+                      : statusText(sets, std::chrono::system_clock::now(), width);
 }
 
 /** Without one of its own the root may be missing: then nothing has been saved yet. */
@@ -145,11 +145,10 @@ int status(const StatusOptions& options, const Console& console) {
   for (const int set : setsOf(options)) {
     sets.push_back(look(options, set));
   }
-  const std::string text = textOf(options, sets);
   if (options.outputFile == "-") {
-    console.out << text;
+    console.out << textOf(options, sets, widthOf(console.out));
   } else {
-    replaceFile(options.outputFile, text);
+    replaceFile(options.outputFile, textOf(options, sets, 0));
   }
   requireNoProblem(options, sets);
   return kExitDone;

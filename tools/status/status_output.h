@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -8,9 +9,12 @@
 
 namespace tevra::tools {
 
-/** For people; `now` is what the age of the files is reckoned from. */
+/**
+ * For people; `now` is what the age of the files is reckoned from, and `width` the characters that
+ * a line has room for, 0 without a limit.
+ */
 [[nodiscard]] std::string statusText(const std::vector<SetStatus>& sets,
-                                     std::chrono::system_clock::time_point now);
+                                     std::chrono::system_clock::time_point now, size_t width);
 
 /** One JSON object. */
 [[nodiscard]] std::string statusJson(const std::vector<SetStatus>& sets);

@@ -52,7 +52,7 @@ std::string savedText(const KeptFile& file, TimePoint now) {
                                            : stateOf(file) + " (" + oneLine(file.reason) + ")");
 }
 
-void printFiles(std::ostream& out, const SetStatus& status, TimePoint now) {
+void printFiles(std::ostream& out, const SetStatus& status, TimePoint now, size_t width) {
   if (status.kept.files.empty()) {
     return;
   }
@@ -60,7 +60,7 @@ void printFiles(std::ostream& out, const SetStatus& status, TimePoint now) {
   for (const KeptFile& file : status.kept.files) {
     table.addRow({file.name, savedText(file, now)});
   }
-  table.print(out, 2);
+  table.print(out, 2, width);
 }
 
 std::string eitText(const KeptVersions& eits) {
@@ -89,7 +89,7 @@ std::vector<std::string> serviceRow(int32_t id, const KeptService& service) {
   return row;
 }
 
-void printServices(std::ostream& out, const KeptState& kept) {
+void printServices(std::ostream& out, const KeptState& kept, size_t width) {
   if (kept.services.empty()) {
     return;
   }
@@ -98,26 +98,26 @@ void printServices(std::ostream& out, const KeptState& kept) {
   for (const auto& [id, service] : kept.services) {
     table.addRow(serviceRow(id, service));
   }
-  table.print(out, 2);
+  table.print(out, 2, width);
 }
 
-void printSet(std::ostream& out, const SetStatus& status, TimePoint now) {
+void printSet(std::ostream& out, const SetStatus& status, TimePoint now, size_t width) {
   out << "MPTS " << status.set << "\n";
   out << "  daemon    " << daemonText(status.daemon) << "\n";
   out << "  MainTask  " << mainTaskText(status) << "\n";
   if (status.kept.pids) {
     out << "  PIDs      " << pidsText(*status.kept.pids) << "\n";
   }
-  printFiles(out, status, now);
-  printServices(out, status.kept);
+  printFiles(out, status, now, width);
+  printServices(out, status.kept, width);
 }
 
 }  // namespace
 
-std::string statusText(const std::vector<SetStatus>& sets, TimePoint now) {
+std::string statusText(const std::vector<SetStatus>& sets, TimePoint now, size_t width) {
   std::ostringstream out;
   for (const SetStatus& status : sets) {
-    printSet(out, status, now);
+    printSet(out, status, now, width);
   }
   return out.str();
 }

@@ -29,14 +29,21 @@ TEST(StatusText, SaysAllOfASet) {
       "  service  output  PAT  SDT  PMT  starts left  EIT starts left  EITs         name\n"
       "  -1       -       -    -    -    -            2                -2:5 0x4E:9\n"
       "  101      1201    1    2    3    4            -                -            Uno \"HD\"\n",
-      statusText({healthy()}, kSaved + hours(25)));
+      statusText({healthy()}, kSaved + hours(25), 100));
+}
+
+TEST(StatusText, StandsInParagraphsWhereLinesAreTooShortForItsColumns) {
+  const std::string text = statusText({healthy()}, kSaved, 60);
+  EXPECT_THAT(text, HasSubstr("\n  below /conf PIDRemap0\n    saved 2023-"));
+  EXPECT_THAT(text,
+              HasSubstr("\n  service 101  output 1201  PAT 1  SDT 2  PMT 3\n    starts left 4"));
 }
 
 TEST(StatusText, SaysWhatCannotBeReadAndWhatIsNotKnown) {
   SetStatus status = broken();
   status.kept.services.clear();
   status.kept.pids->pool.reset();
-  const std::string text = statusText({status}, kSaved - hours(1));
+  const std::string text = statusText({status}, kSaved - hours(1), 0);
   EXPECT_THAT(text, HasSubstr("  daemon    silent at 127.0.0.1:9224\n"
                               "  MainTask  absent at 127.0.0.1:9256\n"));
   EXPECT_THAT(text, HasSubstr("3 used, of a pool that is not known: give the module's --type"));
@@ -49,7 +56,7 @@ TEST(StatusText, SaysWhatCannotBeReadAndWhatIsNotKnown) {
       "MPTS 0\n"
       "  daemon    silent at 127.0.0.1:9224\n"
       "  MainTask  unknown whether it listens at 127.0.0.1:9256\n",
-      statusText({status}, kSaved));
+      statusText({status}, kSaved, 0));
 }
 
 }  // namespace
