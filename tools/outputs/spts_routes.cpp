@@ -50,7 +50,9 @@ void SptsRoutes::add(const PIDItem& item, int pmtPid) {
                         std::to_string(item.inputPid) + " can carry no stream");
   } else if (item.outputPid <= kPatPid || item.outputPid >= kNullPid || item.outputPid == kSdtPid ||
              item.outputPid == pmtPid) {
-    warnings_.push_back(describe(item) + " is left out: its PID is taken by a table or reserved");
+    const bool isPid = item.outputPid >= 0 && item.outputPid < kNullPid;
+    warnings_.push_back(describe(item) + " is left out: " +
+                        (isPid ? "a table has its PID" : "streams have PIDs up to 8190"));
   } else {
     route(item.inputPid, {item.outputPid, false, false});
     if ((item.attributes & kPidPcr) != 0) {

@@ -59,6 +59,14 @@ TEST(SptsRoutes, SkipsWithAWarningWhatCannotBeCarried) {
   }
 }
 
+TEST(SptsRoutes, SayWhetherATableHasThePidOrNoStreamCan) {
+  const SptsRoutes routes({pidItem(512, kOutputPmtPid, kPidEs), pidItem(513, 64844, kPidEs)},
+                          kOutputPmtPid);
+  EXPECT_THAT(routes.warnings(),
+              ElementsAre("output PID 501 (ES) is left out: a table has its PID",
+                          "output PID 64844 (ES) is left out: streams have PIDs up to 8190"));
+}
+
 TEST(SptsRoutes, TakesTheNullPidForAProgrammeWithoutPcr) {
   const SptsRoutes routes({pidItem(kNullPid, 502, kPidPcr), pidItem(512, 503, kPidEs)},
                           kOutputPmtPid);
