@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <utility>
+#include <variant>
 
 #include "tools/report/facts/report_data.h"
 #include "tools/report/facts/stream_traits.h"
@@ -129,10 +130,27 @@ void addFailedChecks(const Report& report, Lines& lines) {
   }
 }
 
+/** A recording that goes over a switch from one input to another has PATs of both. */
+void addFormerTransportStreams(const Report& report, Lines& lines) {
+  std::vector<int> former;
+  for (const TableFact& fact : report.tables) {
+    const PAT* pat = std::get_if<PAT>(&fact.table);
+    if (pat != nullptr && pat->transportStreamId != report.transportStreamId) {
+      former.push_back(pat->transportStreamId);
+    }
+  }
+  if (report.transportStreamId && !former.empty()) {
+    lines.push_back("transport stream " + std::to_string(*report.transportStreamId) +
+                    " came in the place of " + numbersText(former) +
+                    ": services and outputs are those of the last alone");
+  }
+}
+
 }  // namespace
 
 std::vector<std::string> Report::faultLines() const {
   Lines lines;
+  addFormerTransportStreams(*this, lines);
   addServicesWithoutPmt(*this, lines);
   addWrongCrcs(*this, lines);
   addSilentStreams(*this, lines);

@@ -33,6 +33,19 @@ TEST(FaultLines, BeginWithServicesWithoutAPmtAndWhy) {
                           "2 continuity errors on 1 PID", "1 gap in the packets of tables"));
 }
 
+TEST(FaultLines, SayThatTheTransportStreamWasAnotherBefore) {
+  Report report;
+  report.transportStreamId = 3;
+  for (const int id : {1, 2, 3}) {
+    PAT pat;
+    pat.transportStreamId = id;
+    report.tables.push_back({pat});
+  }
+  EXPECT_THAT(report.faultLines(),
+              ElementsAre("transport stream 3 came in the place of 1, 2: services and outputs are "
+                          "those of the last alone"));
+}
+
 TEST(FaultLines, SayWhatWrongCrcsCost) {
   Report report;
   report.services = {serviceWithoutPmt(60, 60)};
