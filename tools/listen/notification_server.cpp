@@ -1,5 +1,7 @@
 #include "tools/listen/notification_server.h"
 
+#include <cerrno>
+#include <cstring>
 #include <utility>
 
 #include <thrift/server/TSimpleServer.h>
@@ -99,9 +101,13 @@ void NotificationServer::serve() {
   try {
     server_->serve();
   } catch (const TTransportException& error) {
-    throw ToolError("cannot listen on " + address_ + " (" + error.what() +
-                    "): end the program that does, MainTask perhaps, or choose another port with "
-                    "--set or --port");
+    const std::string reason = error.what();
+    const bool isTaken = reason.find(std::strerror(EADDRINUSE)) != std::string::npos;
+    throw ToolError("cannot listen on " + address_ + " (" + reason + "): " +
+                    (isTaken
+                         ? "end the program that does, MainTask perhaps, or choose another port "
+                           "with --set or --port"
+                         : "choose an address of this machine with --host, or another port"));
   }
 }
 

@@ -20,8 +20,10 @@ namespace {
 using apache::thrift::protocol::TBinaryProtocol;
 using apache::thrift::transport::TFramedTransport;
 using apache::thrift::transport::TSocket;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 struct ContentText {
   std::string operator()(const ConfigurationRequest& /*request*/) const { return "request"; }
@@ -143,16 +145,28 @@ TEST_F(NotificationServerTest, ServesOnWhenAConnectionBringsGarbage) {
   EXPECT_THAT(collector_.wait(1), ElementsAre("5"));
 }
 
-TEST_F(NotificationServerTest, SaysWhatToDoWhenThePortIsTaken) {
-  NotificationServer second(
-      "127.0.0.1", boundPort_, [](const Notification& /*notification*/) {}, [](int /*port*/) {});
+/** Why none can serve there. */
+std::string refusalAt(const std::string& host, int port) {
+  NotificationServer server(
+      host, port, [](const Notification& /*notification*/) {}, [](int /*port*/) {});
   try {
-    second.serve();
-    FAIL() << "two servers on one port";
+    server.serve();
   } catch (const ToolError& error) {
-    EXPECT_THAT(error.what(),
-                HasSubstr("cannot listen on 127.0.0.1:" + std::to_string(boundPort_)));
+    return error.what();
   }
+  return "";
+}
+
+TEST_F(NotificationServerTest, SaysWhatToDoWhenThePortIsTaken) {
+  EXPECT_THAT(refusalAt("127.0.0.1", boundPort_),
+              AllOf(HasSubstr("cannot listen on 127.0.0.1:" + std::to_string(boundPort_)),
+                    HasSubstr("end the program that does, MainTask perhaps")));
+}
+
+TEST(NotificationServer, BlamesNoOtherProgramForAnAddressThatIsNotHere) {
+  EXPECT_THAT(refusalAt("192.0.2.1", 9256),
+              AllOf(HasSubstr("cannot listen on 192.0.2.1:9256"), HasSubstr("with --host"),
+                    Not(HasSubstr("end the program"))));
 }
 
 }  // namespace
