@@ -20,9 +20,13 @@ int64_t pcrStep(int64_t from, int64_t to) {
   return forwards > kPcrModulus / 2 ? forwards - kPcrModulus : forwards;
 }
 
-/** How far a step is from the middle of those that are well. */
-int64_t deviation(int64_t step) {
-  return std::abs(step - kPcrLimit / 2);
+bool isJump(int64_t step) {
+  return step < 0 || step > kPcrLimit;
+}
+
+/** A jump is worse than what is none, else the wider of two. */
+bool isWorse(int64_t step, int64_t other) {
+  return isJump(step) == isJump(other) ? std::abs(step) > std::abs(other) : isJump(step);
 }
 
 /** Byte for byte the same, but for the PCR (ISO/IEC 13818-1, 2.4.3.3). */
@@ -63,8 +67,8 @@ void StreamCensus::notePcr(const TsPacket& packet, Pid& pid) {
   ++pid.count.pcrs;
   if (pid.lastPcr && !packet.discontinuity()) {
     const int64_t step = pcrStep(*pid.lastPcr, *pcr);
-    pid.count.pcrJumps += step < 0 || step > kPcrLimit ? 1 : 0;
-    if (!pid.widestStep || deviation(step) > deviation(*pid.widestStep)) {
+    pid.count.pcrJumps += isJump(step) ? 1 : 0;
+    if (!pid.widestStep || isWorse(step, *pid.widestStep)) {
       pid.widestStep = step;
     }
   }

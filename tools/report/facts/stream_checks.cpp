@@ -163,13 +163,20 @@ StreamCheck pcrRepetition(const StreamSurvey& survey) {
   return finding.judged(whyNoPcrs(survey));
 }
 
+/** The worst is one that failed, however small, where there is one. */
 StreamCheck pcrSteps(const StreamSurvey& survey, const std::map<int, PidCount>& pids) {
   Finding finding("2.3b", "PCR_discontinuity_indicator_error", "0 to 0.1 s");
-  for (const int pid : survey.everReferred().clocks) {
-    const auto count = pids.find(pid);
-    if (count != pids.end()) {
-      finding.add(pid, count->second.pcrJumps, count->second.widestPcrStep);
+  const auto addAll = [&](bool haveFailed) {
+    for (const int pid : survey.everReferred().clocks) {
+      const auto count = pids.find(pid);
+      if (count != pids.end() && (count->second.pcrJumps != 0) == haveFailed) {
+        finding.add(pid, count->second.pcrJumps, count->second.widestPcrStep);
+      }
     }
+  };
+  addAll(true);
+  if (finding.judged().result != CheckResult::kFailed) {
+    addAll(false);
   }
   return finding.judged(whyNoPcrs(survey));
 }

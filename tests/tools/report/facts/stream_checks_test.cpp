@@ -450,6 +450,27 @@ TEST(StreamChecks, AStepOfPcrsHasToBeAnnounced) {
   }
 }
 
+/** Of a multiplex whose clock is the video and then the audio, which goes back by `back` slots. */
+double worstStep(int back) {
+  Multiplex multiplex;
+  multiplex.leavesOut = [](int slot) { return slot == 2022; };  // of the video 40 ms
+  multiplex.changes = [&](int slot, TsPacket& packet) {
+    if (slot == 3000) {
+      multiplex.pmt = test::makePmt(101, 2, kAudioPid, {{4, kAudioPid, {}}});
+    }
+    if (packet.pid() == kAudioPid) {
+      const int late = slot < 4000 ? 0 : back;
+      packet = multiplex.writer.stream(kAudioPid, 2, (slot - late) * kTicksPerSlot);
+    }
+  };
+  return checksOf(multiplex.packets(kSlots))[9].worst.value();
+}
+
+TEST(StreamChecks, TheWorstStepOfPcrsIsTheLargestUnlessASmallerOneFailed) {
+  EXPECT_NEAR(0.040, worstStep(0), 0.0001);
+  EXPECT_NEAR(-0.005, worstStep(25), 0.0001);
+}
+
 TEST(StreamChecks, OfAGapInTheRecordingCountersAndClockTell) {
   std::vector<TsPacket> packets = Multiplex().packets(kSlots);
   packets.erase(packets.begin() + 2010, packets.begin() + 4015);  // 2 s
