@@ -22,8 +22,7 @@ DescriptorPtr toCaDescriptor(const std::string& payload) {
  * corrupt. */
 std::string remappedPayload(const Descriptor& descriptor, PidAllocator& pids) {
   const DescriptorPtr source = toCaDescriptor(descriptor.data);
-  dvbpsi_ca_dr_t* ca =
-      decodedIf(source->i_length >= kShortestCaDescriptor, dvbpsi_DecodeCADr(source.get()));
+  dvbpsi_ca_dr_t* ca = decodedCa(*source);
   if (ca == nullptr) {
     log_function(kLogError, kNoTag, "[cfDescriptors] corrupted ca descriptor.");
     return {};
@@ -38,6 +37,12 @@ std::string remappedPayload(const Descriptor& descriptor, PidAllocator& pids) {
 }
 
 }  // namespace
+
+dvbpsi_ca_dr_t* decodedCa(dvbpsi_descriptor_t& descriptor) {
+  return descriptor.i_tag == kCaDescriptorTag && descriptor.i_length >= kShortestCaDescriptor
+             ? allocated(dvbpsi_DecodeCADr(&descriptor))
+             : nullptr;
+}
 
 std::vector<Descriptor> cfDescriptors(const std::vector<Descriptor>& descriptors,
                                       PidAllocator& pids) {

@@ -57,23 +57,13 @@ using SdtPtr = DvbpsiPtr<dvbpsi_sdt_t>;
 ///@}
 
 /** `made` by libdvbpsi, owned or not, which gives null for lack of memory: that raises
- * std::bad_alloc. */
+ * std::bad_alloc. Its decoders give null for what cannot be decoded, too, which is not for here. */
 template <class Pointer>
 [[nodiscard]] Pointer allocated(Pointer made) {
   if (made == nullptr) {
     throw std::bad_alloc();
   }
   return made;
-}
-
-/** What a decoder of libdvbpsi has given, null for what cannot be decoded. It gives null for lack
- * of memory, too: std::bad_alloc, where the payload is `decodable`. */
-template <class Decoded>
-[[nodiscard]] Decoded* decodedIf(bool decodable, Decoded* decoded) {
-  if (decodable && decoded == nullptr) {
-    throw std::bad_alloc();
-  }
-  return decoded;
 }
 
 /** Raises std::bad_alloc unless there is memory for a section: the generators of SDT and PMT

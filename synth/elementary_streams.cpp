@@ -60,7 +60,7 @@ std::string languageOf(const Descriptor& descriptor) {
   DecodableDescriptor source(descriptor);
   const size_t size = descriptor.data.size();  // of four bytes a language: ISO/IEC 13818-1, 2.6.18
   const dvbpsi_iso639_dr_t* decoded =
-      decodedIf(size > 0 && size % 4 == 0, dvbpsi_DecodeISO639Dr(source.get()));
+      size > 0 && size % 4 == 0 ? allocated(dvbpsi_DecodeISO639Dr(source.get())) : nullptr;
   if (decoded == nullptr) {
     log_function(kLogDebug, kNoTag, "Can't decode language code");
     return std::string(kNoLanguage);
@@ -101,11 +101,8 @@ int32_t pmtPidOf(const PMT& pmt, const PAT& pat) {
 
 void collectEcmPids(PidList& pidList, const std::vector<Descriptor>& descriptors) {
   for (const Descriptor& descriptor : descriptors) {
-    if (descriptor.tag != kCaDescriptorTag) {
-      continue;
-    }
     DecodableDescriptor source(descriptor);
-    if (const dvbpsi_ca_dr_t* ca = dvbpsi_DecodeCADr(source.get())) {
+    if (const dvbpsi_ca_dr_t* ca = decodedCa(*source.get())) {
       addPidItem(pidList, ca->i_ca_pid, PidAttribute::Ecm);
     }
   }

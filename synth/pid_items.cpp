@@ -67,15 +67,10 @@ bool addPidItem(PidList& pidList, int32_t pid, PidAttribute attribute) {
 bool collectEmmPids(PidList& pidList, const CAT& cat) {
   const CatPtr table = thrift::dvb_tables::t2dCAT(cat);
   for (auto* node = table->p_first_descriptor; node != nullptr; node = node->p_next) {
-    if (node->i_tag != kCaDescriptorTag) {
-      continue;
+    if (const dvbpsi_ca_dr_t* ca = decodedCa(*node)) {
+      log_function(kLogDebug, kNoTag, "EMM PID found [0x%04x].", ca->i_ca_pid);
+      addPidItem(pidList, ca->i_ca_pid, PidAttribute::Emm);
     }
-    const dvbpsi_ca_dr_t* ca = dvbpsi_DecodeCADr(node);
-    if (ca == nullptr) {
-      continue;
-    }
-    log_function(kLogDebug, kNoTag, "EMM PID found [0x%04x].", ca->i_ca_pid);
-    addPidItem(pidList, ca->i_ca_pid, PidAttribute::Emm);
   }
   return true;
 }

@@ -183,11 +183,9 @@ uint8_t findServiceType(int32_t serviceId, const SDT& sdt) {
       continue;
     }
     if (const Descriptor* descriptor = firstServiceDescriptor(service)) {
-      DecodableDescriptor source(*descriptor);
-      if (const dvbpsi_service_dr_t* decoded =
-              decodedIf(descriptor->data.size() >= kShortestServiceDescriptor,
-                        dvbpsi_DecodeServiceDr(source.get()))) {
-        return decoded->i_service_type;
+      if (descriptor->data.size() >= kShortestServiceDescriptor) {
+        DecodableDescriptor source(*descriptor);
+        return allocated(dvbpsi_DecodeServiceDr(source.get()))->i_service_type;
       }
     }
   }

@@ -18,6 +18,9 @@ namespace {
 
 bool refuseSections = false;
 
+/** CA descriptors that can be decoded before one finds no memory; less than 0: none does. */
+int caDecodings = -1;
+
 }  // namespace
 
 // The linker sends the program's calls of the generators here.
@@ -34,6 +37,13 @@ TORNEL_GENERATOR(sdt, (dvbpsi_t * handle, dvbpsi_sdt_t* sdt), (handle, sdt))
 TORNEL_GENERATOR(pmt, (dvbpsi_t * handle, dvbpsi_pmt_t* pmt), (handle, pmt))
 
 #undef TORNEL_GENERATOR
+
+extern "C" {
+dvbpsi_ca_dr_t* __real_dvbpsi_DecodeCADr(dvbpsi_descriptor_t* descriptor);
+dvbpsi_ca_dr_t* __wrap_dvbpsi_DecodeCADr(dvbpsi_descriptor_t* descriptor) {
+  return caDecodings-- == 0 ? nullptr : __real_dvbpsi_DecodeCADr(descriptor);
+}
+}
 
 namespace tevra::test {
 namespace {
@@ -164,6 +174,19 @@ TEST_F(LackOfMemory, LeavesAnOutputWithoutSectionsOutOfTheAnswer) {
   EXPECT_EQ(*stores_.tableStore(kInputProgram), TableStore());
   EXPECT_EQ(fake::timesLogged(3, "inputSID [003401] globalSID [000050] not served: std::bad_alloc"),
             1);
+}
+
+TEST_F(LackOfMemory, LeavesAnOutputWithoutAnEcmOrEmmPidOutOfTheAnswer) {
+  request_.lastNodeSettings.clear();
+  request_.outputs[1].nextNode = 1;
+  storeCat({kEmmIn});
+  for (const int decodings : {0, 1, 2}) {  // of the programme, of the video and of the CAT
+    caDecodings = decodings;
+    ask();
+    EXPECT_THAT(answer_, testing::IsEmpty()) << decodings;
+  }
+  ask();
+  EXPECT_EQ(answer_.at(50).pidItems.size(), 7U);
 }
 
 }  // namespace
