@@ -13,7 +13,7 @@ struct CommandLineOptions {
   bool console = false;      ///< log to standard error too
   int32_t level = 5;         ///< highest log level printed, 3 to 7
   bool version = false;      ///< print the version and end
-  bool help = false;         ///< print the help and end; parseCommandLine has already done so
+  bool help = false;         ///< print the help and end: parseCommandLine does not return then
   std::string programName;   ///< argv[0]; empty when there is none
   int32_t firstOperand = 0;  ///< optind after parsing
 };

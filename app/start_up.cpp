@@ -87,10 +87,6 @@ int runTornel(int argc, char** argv) {
   if (options.version) {
     ShowVersionExitl(0, TORNEL_VERSION);
   }
-  if (options.help) {
-    printHelp(options.programName);
-    return EXIT_SUCCESS;
-  }
   keepLittleFreeMemory();
   // A reader of standard error that goes away must not take the service with it.
   (void)std::signal(SIGPIPE, SIG_IGN);

@@ -6,8 +6,7 @@ namespace tevra {
  * The whole life of the process: parses the arguments, registers with the watchdog, starts the
  * control server of the MPTS and then feeds the watchdog every 5 seconds for ever.
  *
- * Returns, with exit status 0, only when the module's type does not allow the MPTS index, or after
- * the help.
+ * Returns, with exit status 0, only when the module's type does not allow the MPTS index.
  */
 int runTornel(int argc, char** argv);
 

@@ -1,7 +1,6 @@
 #include "cfdb/ca_descriptors.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "platform/module_utils.h"
 #include "records/dvbpsi_lists.h"
@@ -55,12 +54,11 @@ std::vector<Descriptor> cfDescriptors(const std::vector<Descriptor>& descriptors
   return result;
 }
 
-std::vector<Descriptor> withoutCaDescriptors(const std::vector<Descriptor>& descriptors) {
-  std::vector<Descriptor> result;
-  result.reserve(descriptors.size());
-  std::copy_if(descriptors.begin(), descriptors.end(), std::back_inserter(result),
-               [](const Descriptor& descriptor) { return descriptor.tag != kCaDescriptorTag; });
-  return result;
+std::vector<Descriptor> withoutCaDescriptors(std::vector<Descriptor> descriptors) {
+  const auto isCa = [](const Descriptor& descriptor) { return descriptor.tag == kCaDescriptorTag; };
+  descriptors.erase(std::remove_if(descriptors.begin(), descriptors.end(), isCa),
+                    descriptors.end());
+  return descriptors;
 }
 
 }  // namespace tevra

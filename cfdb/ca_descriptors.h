@@ -25,7 +25,6 @@ inline constexpr int32_t kCaDescriptorTag = 0x09;
 
 /** What is left of a descriptor loop, in the same order, when CA descriptors are dropped: the
  * contract's cfDescriptors has a flag for it. */
-[[nodiscard]] std::vector<Descriptor> withoutCaDescriptors(
-    const std::vector<Descriptor>& descriptors);
+[[nodiscard]] std::vector<Descriptor> withoutCaDescriptors(std::vector<Descriptor> descriptors);
 
 }  // namespace tevra

@@ -145,29 +145,17 @@ bool ConflictFreeDB::getConflictFreePMT(PMT& out, int32_t inputSID) {
 
 bool ConflictFreeDB::getOutputPMT(PMT& out, int32_t inputSID) {
   MutexLock lock(pmts_);
-  const auto stored = pmts_.tables.find(inputSID);
-  if (stored != pmts_.tables.end()) {
-    const PMT& source = stored->second;
-    PMT pmt;
-    pmt.programNumber = source.programNumber;
-    pmt.version = source.version;
-    pmt.currentNext = source.currentNext;
-    pmt.pcrPid = source.pcrPid;
-    pmt.descriptors = withoutCaDescriptors(source.descriptors);
-    pmt.esList.reserve(source.esList.size());
-    for (const PMTES& stream : source.esList) {
-      if (!isCarriedStreamType(stream.streamType)) {
-        continue;
-      }
-      PMTES& copy = pmt.esList.emplace_back();
-      copy.streamType = stream.streamType;
-      copy.pid = stream.pid;
-      copy.descriptors = withoutCaDescriptors(stream.descriptors);
+  PMT pmt;
+  const bool isHeld = copyTable(pmts_.tables, inputSID, pmt);
+  if (isHeld) {
+    pmt.descriptors = withoutCaDescriptors(std::move(pmt.descriptors));
+    for (PMTES& stream : pmt.esList) {
+      stream.descriptors = withoutCaDescriptors(std::move(stream.descriptors));
     }
     out = std::move(pmt);
   }
   pids_.saveConflictFreeDB();
-  return stored != pmts_.tables.end();
+  return isHeld;
 }
 
 void ConflictFreeDB::restampEITpf(const EITMap& in) {

@@ -36,7 +36,6 @@ SIControlSrvHandler::SIControlSrvHandler(int32_t mptsIndex, uint16_t port)
   (void)setNotificationPort(notifyPort_, port);     // a refused port is logged there and
   (void)setNotificationPort(startupTarget_, port);  // by every notification
   conflictFreeDatabase_ = new ConflictFreeDB(mptsIndex, timeOffset_, eitVersions_);
-  inputDatabase_.clear();
   tableStores_.restoreTableStores();
   eitVersions_.restoreEITVersions();
   (void)requestConfiguration(startupTarget_);
@@ -46,7 +45,7 @@ SIControlSrvHandler::~SIControlSrvHandler() = default;
 
 void SIControlSrvHandler::getSIData(SIService& result) {
   log_function(kLogDebug, kNoTag, "getSIData");
-  result = siService_;
+  result = SIService();
 }
 
 bool SIControlSrvHandler::SISetData(const SIService& data) {

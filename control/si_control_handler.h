@@ -33,7 +33,7 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf {
   SIControlSrvHandler(const SIControlSrvHandler&) = delete;
   SIControlSrvHandler& operator=(const SIControlSrvHandler&) = delete;
 
-  /** A record with an empty name: nothing sets it. */
+  /** A record with an empty name. */
   void getSIData(SIService& result) override;
 
   /** Logs the name at level 7 and keeps nothing. Always true. */
@@ -106,7 +106,6 @@ class SIControlSrvHandler : public thrift::in_module::im_SIControlSrvIf {
   TimeOffset timeOffset_;
   uint16_t notifyPort_ = 0;
   Patience patience_;  ///< of the control call being served, where that may notify more than once
-  SIService siService_;
   TableStores tableStores_;
   EITVersions eitVersions_;
 };

@@ -27,10 +27,6 @@ bool copyEITs(const EITMap& held, EITMap& out) {
 
 }  // namespace
 
-InputTableDB::InputTableDB() {
-  clear();
-}
-
 bool InputTableDB::setInputPAT(const PAT& pat) {
   return pats_.store(pat, "Guardo PAT en DB local!");
 }

@@ -22,9 +22,6 @@ namespace tevra {
  */
 class InputTableDB {
  public:
-  /** Empty. */
-  InputTableDB();
-
   ///@{
   /** Takes the place of the one held. */
   bool setInputPAT(const PAT& pat);

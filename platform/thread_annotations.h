@@ -31,5 +31,3 @@
 #define ACQUIRED_BEFORE(...) TEVRA_ATTRIBUTE(acquired_before(__VA_ARGS__))
 /** On a function: after it the analysis counts `x` as held. */
 #define ASSERT_CAPABILITY(x) TEVRA_ATTRIBUTE(assert_capability(x))
-/** On a function: the analysis leaves it out. */
-#define NO_THREAD_SAFETY_ANALYSIS TEVRA_ATTRIBUTE(no_thread_safety_analysis)

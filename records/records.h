@@ -55,7 +55,4 @@ using thrift::in_module::SrvOutputRequest;
 using thrift::in_module::TableStore;
 using thrift::in_module::TableStoreFile;
 
-/** What a service broadcasts: EIT table id to EIT. */
-using ServiceEITs = std::map<int32_t, EIT>;
-
 }  // namespace tevra
