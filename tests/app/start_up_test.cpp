@@ -104,7 +104,7 @@ TEST_F(StartUp, OtherModuleTypesAreLoggedAndAllowOnlyMptsZero) {
 
 TEST_F(StartUp, VersionIsShownBeforeAnythingElseHappens) {
   EXPECT_THROW(run({"tornel", "-v", "-c", "-l", "7"}), tevra::fake::VersionShown);
-  EXPECT_THAT(platform().versionsShown, ElementsAre("0.9.1"));
+  EXPECT_THAT(platform().versionsShown, ElementsAre(Pair(0, "0.9.1")));
   EXPECT_THAT(platform().logSetups, IsEmpty());
   EXPECT_THAT(tevra::fake::logLines(), IsEmpty());
 }

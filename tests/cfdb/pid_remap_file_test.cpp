@@ -218,6 +218,17 @@ TEST_F(PidRemapFile, OfAnotherSlotIsIgnoredSilentlyAndOverwrittenByTheNextChange
   EXPECT_EQ(saved().inputToOutput, (std::map<int32_t, int32_t>{{0x200, 901}}));
 }
 
+TEST_F(PidRemapFile, OfAnotherModuleTypeIsTakenWhateverItsPool) {
+  ConflictFreeDB database(3, timeOffset_, eitVersions_);
+  EXPECT_EQ(setPat(database, {0x100}).programs.at(0).pid, 701);
+  platform().moduleType = 0;
+  fake::clearLog();
+  ConflictFreeDB restarted(3, timeOffset_, eitVersions_);
+  EXPECT_THAT(logLines(), ElementsAre(LogLine{4, "", "IN mod slot [3] PID poll [1300/1699]"}));
+  EXPECT_EQ(restarted.getConflictFreePID(0x100), 701);
+  EXPECT_EQ(restarted.getConflictFreePID(0x200), 702);
+}
+
 // Failed saves
 
 TEST_F(PidRemapFile, ThatCannotBeSavedIsTriedAgainOnlyAfterTheNextNewPid) {

@@ -150,8 +150,8 @@ int get_module_slot() {
   return platform().moduleSlot;
 }
 
-void ShowVersionExitl(int, const char* version) {
-  platform().versionsShown.emplace_back(version);
+void ShowVersionExitl(int unused, const char* version) {
+  platform().versionsShown.emplace_back(unused, version);
   throw tevra::fake::VersionShown();
 }
 
