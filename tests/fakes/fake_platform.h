@@ -42,7 +42,7 @@ struct Platform {
 
   std::vector<int> kicks;  ///< task of every watchdog_kick
   std::vector<int> unregistered;
-  std::vector<std::pair<int, int>> logSetups;  ///< level, mode
+  std::vector<std::pair<int, int>> logSetups;              ///< level, mode
   std::vector<std::pair<int, std::string>> versionsShown;  ///< arguments of ShowVersionExitl
   std::vector<int> moduleIdPresets;  ///< what get_module_id found where it stores
   int serviceStartedSignals = 0;
