@@ -436,6 +436,7 @@ TEST_F(LiveExtractTest, PausesInAnotherTransportStreamUntilThereIsAnAnswer) {
   air_.pat(2);
   air_.pmt();
   air_.sdt(0, "Uno", 2);
+  air_.otherPmt();  // for which nothing is said again
   air_.play(1);
   air_.then([&] {
     daemon_.answer = {{7, answerWithVideo().at(1201)}, {1201, SPTSConfiguration()}};
