@@ -56,10 +56,10 @@ std::string explainBroken(const DaemonAddress& address, const TTransportExceptio
              "--timeout";
     case TTransportException::END_OF_FILE:
       return "the daemon at " + nameOf(address) +
-             " closed the connection in the middle of a call; its log says why";
+             " closed the connection in the middle of a call: it was ended, or its log says why";
     default:
       return "the connection to the daemon at " + nameOf(address) + " broke (" + error.what() +
-             "); its log says why";
+             "): it was ended, or its log says why";
   }
 }
 
