@@ -144,33 +144,6 @@ TEST_F(InputTableDBTest, TheDatabaseSharesNoPMTWithItsCallers) {
   EXPECT_EQ(out, pmt(1, 1));
 }
 
-TEST_F(InputTableDBTest, ClearDropsEverythingButTheTOT) {
-  db_.setInputPAT(sample<PAT>());
-  db_.setInputTOT(sample<TOT>());
-  db_.setInputPMT(pmt(1, 1));
-  db_.setInputEITpf({{1, {{0x4E, EIT()}}}});
-  db_.setInputEITsch({{1, {{0x50, EIT()}}}});
-  db_.clear();
-  PAT pat;
-  EXPECT_FALSE(db_.getInputPAT(pat));
-  TOT tot;
-  EXPECT_TRUE(db_.getInputTOT(tot));
-  EXPECT_EQ(tot, sample<TOT>());
-  PMT out;
-  EXPECT_FALSE(db_.getInputPMT(out, 1));
-  EXPECT_TRUE(programNumbers().empty());
-  EITMap eits;
-  EXPECT_FALSE(db_.getInputEITpf(eits));
-  EXPECT_FALSE(db_.getInputEITsch(eits));
-}
-
-TEST_F(InputTableDBTest, ClearingTwiceIsClearingOnce) {
-  db_.clear();
-  db_.clear();
-  PAT pat;
-  EXPECT_FALSE(db_.getInputPAT(pat));
-}
-
 TEST_F(InputTableDBTest, APMTCopyThatFailsLeavesThePartAssignedAndTheLockFree) {
   db_.setInputPMT(pmt(1, 30));
   PMT large = pmt(1, 5);
