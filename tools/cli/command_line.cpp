@@ -1,7 +1,7 @@
 #include "tools/cli/command_line.h"
 
 #include <algorithm>
-#include <cctype>
+#include <limits>
 
 #include <CLI/CLI.hpp>
 
@@ -9,6 +9,7 @@
 #include "tools/cli/help_text.h"
 #include "tools/text/nearest.h"
 #include "tools/text/terminal.h"
+#include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {
@@ -37,9 +38,8 @@ std::string unknown(const std::string& kind, const std::string& word, const CLI:
 
 /** How wide help on `out` may be; 0 is no limit. */
 size_t columnsOf(const std::ostream& out) {
-  size_t columns = 0;
-  const bool isNumber = CLI::detail::lexical_cast(environmentVariable("COLUMNS"), columns);
-  return isNumber && columns > 0 ? columns : widthOf(out);
+  const int64_t columns = wholeNumber(environmentVariable("COLUMNS")).value_or(0);
+  return columns > 0 ? static_cast<size_t>(columns) : widthOf(out);
 }
 
 /** The command that the arguments name; `app` where they name none. */
@@ -52,18 +52,59 @@ const CLI::App& commandOf(const CLI::App& app) {
 std::string explain(const CLI::App& app, const std::string& problem) {
   const CLI::App& command = commandOf(app);
   const bool isChosen = &command != &app;
-  const auto unused = command.remaining();
+  const auto unused = app.remaining(true);
   const auto option = std::find_if(unused.begin(), unused.end(), [](const std::string& word) {
     return word.size() > 1 && word[0] == '-';
   });
   std::string text = problem;
   if (isChosen && option != unused.end()) {
-    text = unknown("option", *option, command);
+    const std::string name = option->substr(0, option->find('='));
+    text = command.get_option_no_throw(name) == nullptr
+               ? unknown("option", *option, command)
+               : name + " has its place behind '" + command.get_name() + "'";
   } else if (!isChosen) {
     text =
         unused.empty() ? "a command is missing" : unknown("command or option", unused.front(), app);
   }
   return text + "; see " + calledAs(command) + " --help";
+}
+
+/** Of an option with too few or too many values, whose name `problem` begins with. */
+std::string explainCount(const CLI::App& app, const std::string& problem) {
+  const std::string name = problem.substr(0, problem.find(':'));
+  const CLI::Option* option = commandOf(app).get_option_no_throw(name);
+  const bool isRepeated = option != nullptr && option->count() > 1;
+  return explain(app, name + (isRepeated ? " is given more than once" : " needs a value"));
+}
+
+std::string noneOf(const std::vector<std::string>& values, const std::string& value) {
+  return "'" + value + "' is none of " + joined(values, ", ");
+}
+
+/**
+ * What lies in the range goes to the library in decimal: it takes a leading 0 for octal. `form` is
+ * for the help.
+ */
+void refuseAllBut(CLI::Option& option, int lowest, int highest, const std::string& form) {
+  const auto transform = [=](std::string& text) {
+    const std::optional<int64_t> number = wholeNumber(text);
+    if (!number || *number < lowest || *number > highest) {
+      return "'" + text + "' is no whole number from " + std::to_string(lowest) + " to " +
+             std::to_string(highest);
+    }
+    text = std::to_string(*number);
+    return std::string();
+  };
+  option.transform(CLI::Validator(transform, form));
+}
+
+template <class Value>
+CLI::Option& declareNumber(CLI::App& app, const std::string& name, Value& value,
+                           const std::string& help) {
+  using Limits = std::numeric_limits<int>;
+  CLI::Option& option = *app.add_option(name, value, help);
+  refuseAllBut(option, Limits::min(), Limits::max(), "");
+  return option;
 }
 
 template <class Value>
@@ -80,21 +121,16 @@ Option Option::required() {
 }
 
 Option Option::range(int lowest, int highest) {
-  const std::string first = std::to_string(lowest);
-  const std::string last = std::to_string(highest);
-  const auto faultOf = [=](const std::string& text) {
-    int value = 0;
-    const bool isNumber = CLI::detail::lexical_cast(text, value);
-    return isNumber && value >= lowest && value <= highest
-               ? ""
-               : "'" + text + "' is no whole number from " + first + " to " + last;
-  };
-  return checked(faultOf, first + ".." + last);
+  refuseAllBut(option_, lowest, highest, std::to_string(lowest) + ".." + std::to_string(highest));
+  return *this;
 }
 
 Option Option::oneOf(const std::vector<std::string>& values) {
-  option_.check(CLI::IsMember(values));
-  return *this;
+  const auto faultOf = [values](const std::string& value) {
+    const bool isThere = std::find(values.begin(), values.end(), value) != values.end();
+    return isThere ? std::string() : noneOf(values, value);
+  };
+  return checked(faultOf, "{" + joined(values, ",") + "}");
 }
 
 Option Option::checked(const Check& check, const std::string& form) {
@@ -117,12 +153,12 @@ void Command::flag(const std::string& name, bool& value, const std::string& help
 }
 
 Option Command::option(const std::string& name, int& value, const std::string& help) {
-  return Option(*declare(app_, name, value, help).capture_default_str());
+  return Option(*declareNumber(app_, name, value, help).capture_default_str());
 }
 
 Option Command::option(const std::string& name, std::optional<int>& value,
                        const std::string& help) {
-  return Option(declare(app_, name, value, help));
+  return Option(declareNumber(app_, name, value, help));
 }
 
 Option Command::option(const std::string& name, std::string& value, const std::string& help) {
@@ -142,7 +178,18 @@ Option Command::option(const std::string& name, std::vector<std::string>& value,
 Option Command::list(const std::string& name, std::vector<std::string>& value,
                      const std::vector<std::string>& names, const std::string& help) {
   CLI::Option& option = declare(app_, name, value, help);
-  option.transform(CLI::IsMember(names, CLI::ignore_case).description(""));
+  const auto transform = [names](std::string& text) {
+    const auto isIt = [&text](const std::string& each) {
+      return CLI::detail::to_lower(each) == CLI::detail::to_lower(text);
+    };
+    const auto found = std::find_if(names.begin(), names.end(), isIt);
+    if (found == names.end()) {
+      return noneOf(names, text);
+    }
+    text = *found;
+    return std::string();
+  };
+  option.transform(CLI::Validator(transform, ""));
   return Option(*option.delimiter(',')->expected(1)->take_all());
 }
 
@@ -189,6 +236,11 @@ int CommandLine::run(int argc, const char* const* argv, const Console& console) 
   } catch (const CLI::CallForVersion& version) {
     console.out << version.what() << '\n';
     return kExitDone;
+  } catch (const CLI::ArgumentMismatch& error) {
+    printMessage(console.err, explainCount(*app_, error.what()));
+  } catch (const CLI::ExtrasError& /*error*/) {
+    printMessage(console.err, explain(*app_, "there is no place for '" +
+                                                 joined(app_->remaining(true), "', '") + "'"));
   } catch (const CLI::ParseError& error) {
     printMessage(console.err, explain(*app_, error.what()));
   } catch (const ArgumentError& error) {

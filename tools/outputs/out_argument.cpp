@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <limits>
 #include <optional>
 #include <set>
@@ -10,6 +9,7 @@
 
 #include "tools/text/dvb_text.h"
 #include "tools/text/tool_error.h"
+#include "tools/text/words.h"
 
 namespace tevra::tools {
 namespace {
@@ -69,19 +69,15 @@ std::vector<std::string> items(const OutputDraft& draft, const std::string& text
 }
 
 int32_t number(const OutputDraft& draft, const NumberKey& key, const std::string& value) {
-  const bool isHex = value.compare(0, 2, "0x") == 0 || value.compare(0, 2, "0X") == 0;
-  const char* begin = value.data() + (isHex ? 2 : 0);
-  const char* end = value.data() + value.size();
-  int64_t result = 0;
-  const auto [stop, error] = std::from_chars(begin, end, result, isHex ? 16 : 10);
-  if (stop != end || error == std::errc::invalid_argument || (isHex && *begin == '-')) {
+  const std::optional<int64_t> result = wholeNumber(value);
+  if (!result) {
     fail(draft, std::string(key.name) + " needs a whole number, not '" + value + "'");
   }
-  if (error == std::errc::result_out_of_range || result < key.lowest || result > key.highest) {
+  if (*result < key.lowest || *result > key.highest) {
     fail(draft, std::string(key.name) + " " + value + " is out of range, " +
                     std::to_string(key.lowest) + " to " + std::to_string(key.highest));
   }
-  return static_cast<int32_t>(result);
+  return static_cast<int32_t>(*result);
 }
 
 /** What was read of the value; raises UsageError where that is nothing. */

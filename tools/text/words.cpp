@@ -1,7 +1,9 @@
 #include "tools/text/words.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iomanip>
+#include <limits>
 #include <sstream>
 #include <string_view>
 
@@ -17,6 +19,22 @@ std::string counted(unsigned long long count, const std::string& noun) {
 
 std::string counted(unsigned long long count, const std::string& noun, const std::string& plural) {
   return std::to_string(count) + " " + (count == 1 ? noun : plural);
+}
+
+std::optional<int64_t> wholeNumber(const std::string& text) {
+  const bool isHex = text.compare(0, 2, "0x") == 0 || text.compare(0, 2, "0X") == 0;
+  const char* begin = text.data() + (isHex ? 2 : 0);
+  const char* end = text.data() + text.size();
+  int64_t number = 0;
+  const auto [stop, error] = std::from_chars(begin, end, number, isHex ? 16 : 10);
+  if (stop != end || error == std::errc::invalid_argument || (isHex && *begin == '-')) {
+    return std::nullopt;
+  }
+  if (error == std::errc::result_out_of_range) {
+    using Limits = std::numeric_limits<int64_t>;
+    return *begin == '-' ? Limits::min() : Limits::max();
+  }
+  return number;
 }
 
 std::string hex(int64_t value, int digits) {

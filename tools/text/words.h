@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,13 @@ namespace tevra::tools {
 /** The same of a noun whose plural is another. */
 [[nodiscard]] std::string counted(unsigned long long count, const std::string& noun,
                                   const std::string& plural);
+
+/**
+ * The number that a text is: decimal, whatever zeros it begins with, or hexadecimal behind "0x".
+ * One of more than 64 bits is the nearest that has them; nothing for a text that is no whole
+ * number.
+ */
+[[nodiscard]] std::optional<int64_t> wholeNumber(const std::string& text);
 
 /** "0x" and at least `digits` hexadecimal digits; `value` is not negative. */
 [[nodiscard]] std::string hex(int64_t value, int digits);

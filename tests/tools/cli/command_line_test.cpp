@@ -99,6 +99,15 @@ TEST_F(CommandLineTest, LeavesTheDefaultsOfWhatWasNotSaid) {
   EXPECT_THAT(words_, IsEmpty());
 }
 
+TEST_F(CommandLineTest, TakesANumberWithLeadingZerosForADecimalOne) {
+  EXPECT_EQ(7, run({"do", "a.ts", "-c", "08", "--port", "-010"}).status);
+  EXPECT_EQ(8, count_);
+  EXPECT_EQ(-10, port_);
+  EXPECT_EQ(7, run({"do", "a.ts", "-c", "0x09", "--port", "0X7fffffff"}).status);
+  EXPECT_EQ(9, count_);
+  EXPECT_EQ(0x7FFFFFFF, port_);
+}
+
 TEST_F(CommandLineTest, ExplainsTheOptionsInTheirOrderWithTypesAndDefaults) {
   const Result result = run({"do", "--help"});
   EXPECT_EQ(kExitDone, result.status);
@@ -166,20 +175,25 @@ TEST_F(CommandLineTest, ExplainsAsEverWhereTheColumnsMakeNoSense) {
 TEST_F(CommandLineTest, SaysOnOneLineWhatIsWrongAndWhereThereIsHelp) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
       {{}, "FILE is required"},
-      {{"a", "b"}, "b"},
+      {{"a", "b"}, "there is no place for 'b'; see"},
+      {{"a", "b", "c"}, "there is no place for 'b', 'c'; see"},
       {{"a", "--slow\nly"}, "--slow ly"},
       {{"a", "--sped", "slow"}, "there is no option '--sped' (did you mean '--speed'?); see"},
       {{"--tabel=PAT"}, "there is no option '--tabel=PAT' (did you mean '--table'?); see"},
       {{"a", "-c", "0"}, "--count: '0' is no whole number from 1 to 9"},
       {{"a", "-c", "10"}, "--count: '10' is no whole number from 1 to 9"},
       {{"a", "-c", "three"}, "--count: 'three' is no whole number from 1 to 9"},
-      {{"a", "--port", "x"}, "--port = x"},
-      {{"a", "--port", "2147483648"}, "--port = 2147483648"},
-      {{"a", "--port", "1", "--port", "2"}, "--port: "},
-      {{"a", "--speed", "Quick"}, "--speed: Quick not in {slow,quick}"},
+      {{"a", "-c", ""}, "--count: '' is no whole number from 1 to 9"},
+      {{"a", "--port", "x"}, "--port: 'x' is no whole number from -2147483648 to 2147483647"},
+      {{"a", "--port", "2147483648"}, "--port: '2147483648' is no whole number from"},
+      {{"a", "--port", "1", "--port", "2"}, "--port is given more than once; see"},
+      {{"a", "--port"}, "--port needs a value; see"},
+      {{"a", "--port", "1", "--port"}, "--port needs a value; see"},
+      {{"a", "--speed", "Quick"}, "--speed: 'Quick' is none of slow, quick; see"},
       {{"a", "--word", "bad"}, "--word: 'bad' is no word"},
       {{"a", "--word", "b", "c"}, "c"},
-      {{"a", "--table", "PAT,SDT"}, "--table: SDT not in {PAT,PMT}"},
+      {{"a", "--table", "PAT,SDT"}, "--table: 'SDT' is none of PAT, PMT; see"},
+      {{"a", "--table", ""}, "--table: '' is none of PAT, PMT; see"},
       {{"a", "--fast", "--port", "1"}, "--fast and --port exclude each other"},
   };
   for (const auto& [arguments, error] : wrong) {
@@ -203,6 +217,11 @@ TEST_F(CommandLineTest, WantsACommandThatThereIs) {
       "tornelctl: there is no command or option '--hepl' (did you mean '--help'?); see tornelctl "
       "--help\n",
       run({"--hepl"}).err);
+  EXPECT_EQ(
+      "tornelctl: there is no option '--sped' (did you mean '--speed'?); see tornelctl do --help\n",
+      run({"--sped", "do", "a"}).err);
+  EXPECT_EQ("tornelctl: --port has its place behind 'do'; see tornelctl do --help\n",
+            run({"--port=1", "do", "a"}).err);
   const Result result = run({"un\ndo"});
   EXPECT_EQ("tornelctl: there is no command or option 'un do'; see tornelctl --help\n", result.err);
   EXPECT_EQ(kExitUsage, result.status);

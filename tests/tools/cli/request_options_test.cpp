@@ -22,7 +22,7 @@ TEST(RequestOptions, SayWhatIsWrongWithTheOutputs) {
       {{"--service", "1", "--last-node", "none", "--out", "audio=eng"},
        "--out 'audio=eng': audio needs last-node settings to stand in, last-node none sends none"},
       {{"--service", "1", "--last-node", "some"},
-       "--last-node: some not in {direct,listed,none}; see tornelctl output --help"},
+       "--last-node: 'some' is none of direct, listed, none; see tornelctl output --help"},
   };
   for (const auto& [arguments, error] : wrong) {
     std::vector<std::string> all = {"output"};

@@ -5,6 +5,20 @@
 namespace tevra::tools {
 namespace {
 
+TEST(Words, AWholeNumberIsDecimalOrHexadecimal) {
+  EXPECT_EQ(0, wholeNumber("0"));
+  EXPECT_EQ(101, wholeNumber("0101")) << "not octal";
+  EXPECT_EQ(-8, wholeNumber("-08"));
+  EXPECT_EQ(0x1F, wholeNumber("0x1f"));
+  EXPECT_EQ(0x1F, wholeNumber("0X001F"));
+  EXPECT_EQ(INT64_MAX, wholeNumber("9223372036854775808")) << "the nearest";
+  EXPECT_EQ(INT64_MIN, wholeNumber("-9223372036854775809"));
+  EXPECT_EQ(INT64_MAX, wholeNumber("0x8000000000000000"));
+  for (const char* text : {"", " ", "-", "+1", " 1", "1 ", "1.5", "1x", "x", "0x", "0x-1", "0xg"}) {
+    EXPECT_EQ(std::nullopt, wholeNumber(text)) << text;
+  }
+}
+
 TEST(Words, CountInSingularAndPlural) {
   EXPECT_EQ("0 packets", counted(0, "packet"));
   EXPECT_EQ("1 packet", counted(1, "packet"));
