@@ -8,15 +8,16 @@ namespace {
 constexpr double kMillisecondsPerSecond = 1000;
 
 Json daemonJson(const DaemonStatus& daemon) {
-  Json json = {{"state", stateOf(daemon)}, {"address", daemon.address}};
-  json["answerMs"] =
-      daemon.answerSeconds ? Json(*daemon.answerSeconds * kMillisecondsPerSecond) : Json();
-  return json;
+  return {{"state", stateOf(daemon)},
+          {"address", daemon.address},
+          {"answerMs",
+           daemon.answerSeconds ? Json(*daemon.answerSeconds * kMillisecondsPerSecond) : Json()}};
 }
 
 Json fileJson(const KeptFile& file) {
-  Json json = {{"file", file.name}, {"state", stateOf(file)}};
-  json["saved"] = file.saved ? Json(isoTimeStamp(*file.saved, Zone::kUtc)) : Json();
+  Json json = {{"file", file.name},
+               {"state", stateOf(file)},
+               {"saved", file.saved ? Json(isoTimeStamp(*file.saved, Zone::kUtc)) : Json()}};
   if (!file.reason.empty()) {
     json["reason"] = file.reason;
   }
@@ -41,23 +42,20 @@ Json versionsJson(const std::optional<KeptVersions>& versions) {
   if (!versions) {
     return {};
   }
-  Json list = Json::array();
-  for (const auto& [tableId, version] : versions->byTableId) {
-    list.push_back({{"tableId", tableId}, {"version", version}});
-  }
-  return {{"startsLeft", versions->startsLeft}, {"versions", list}};
+  const auto version = [](const auto& entry) -> Json {
+    return {{"tableId", entry.first}, {"version", entry.second}};
+  };
+  return {{"startsLeft", versions->startsLeft},
+          {"versions", jsonList(versions->byTableId, version)}};
 }
 
-Json servicesJson(const KeptState& kept) {
-  Json list = Json::array();
-  for (const auto& [id, service] : kept.services) {
-    list.push_back({{"service", id},
-                    {"outputSID", orNull(service.outputSid)},
-                    {"name", service.name},
-                    {"tables", versionsJson(service.tables)},
-                    {"eits", versionsJson(service.eits)}});
-  }
-  return list;
+Json serviceJson(const std::pair<const int32_t, KeptService>& entry) {
+  const auto& [id, service] = entry;
+  return {{"service", id},
+          {"outputSID", orNull(service.outputSid)},
+          {"name", service.name},
+          {"tables", versionsJson(service.tables)},
+          {"eits", versionsJson(service.eits)}};
 }
 
 Json setJson(const SetStatus& status) {
@@ -69,7 +67,7 @@ Json setJson(const SetStatus& status) {
           {"root", status.root},
           {"files", jsonList(status.kept.files, fileJson)},
           {"pids", pidsJson(status.kept.pids)},
-          {"services", servicesJson(status.kept)}};
+          {"services", jsonList(status.kept.services, serviceJson)}};
 }
 
 }  // namespace

@@ -78,11 +78,11 @@ template <class Value>
   return value ? Json(*value) : Json(nullptr);
 }
 
-/** An array of what `toJson` makes of each record. */
-template <class Record, class ToJson>
-[[nodiscard]] Json jsonList(const std::vector<Record>& records, ToJson toJson) {
+/** An array of what `toJson` makes of each record of a container. */
+template <class Records, class ToJson>
+[[nodiscard]] Json jsonList(const Records& records, ToJson toJson) {
   Json list = Json::array();
-  for (const Record& record : records) {
+  for (const auto& record : records) {
     list.push_back(toJson(record));
   }
   return list;

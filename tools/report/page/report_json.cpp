@@ -30,24 +30,20 @@ Json pidJson(int pid, const PidCount& count, const Report& report) {
 }
 
 Json intervalJson(const IntervalFact& fact) {
-  Json services = Json::array();
-  for (const int id : fact.serviceIds) {
-    services.push_back(id);
-  }
-  return {{"what", fact.what},   {"pid", fact.pid},      {"serviceIds", services},
-          {"count", fact.count}, {"min", fact.shortest}, {"mean", fact.mean},
+  return {{"what", fact.what},
+          {"pid", fact.pid},
+          {"serviceIds", jsonList(fact.serviceIds, [](int id) { return id; })},
+          {"count", fact.count},
+          {"min", fact.shortest},
+          {"mean", fact.mean},
           {"max", fact.longest}};
 }
 
-Json kindsJson(const Report& report) {
-  Json kinds = Json::array();
-  for (const auto& [kind, packets] : report.packetsByKind()) {
-    kinds.push_back(Json({{"kind", kindWord(kind)},
-                          {"packets", packets},
-                          {"share", report.share(packets)},
-                          {"bitRate", orNull(report.bitRate(packets))}}));
-  }
-  return kinds;
+Json kindJson(StreamKind kind, uint64_t packets, const Report& report) {
+  return {{"kind", kindWord(kind)},
+          {"packets", packets},
+          {"share", report.share(packets)},
+          {"bitRate", orNull(report.bitRate(packets))}};
 }
 
 Json streamJson(const InputStream& stream) {
@@ -119,14 +115,9 @@ Json serviceJson(const Service& service, const Report& report) {
 }  // namespace
 
 std::string reportJson(const Report& report) {
-  Json pids = Json::array();
-  for (const auto& [pid, count] : report.pids) {
-    pids.push_back(pidJson(pid, count, report));
-  }
-  Json services = Json::array();
-  for (const Service& service : report.services) {
-    services.push_back(serviceJson(service, report));
-  }
+  const auto kind = [&](const auto& entry) { return kindJson(entry.first, entry.second, report); };
+  const auto pid = [&](const auto& entry) { return pidJson(entry.first, entry.second, report); };
+  const auto service = [&](const Service& entry) { return serviceJson(entry, report); };
   return indentedJson({{"file", report.file},
                        {"title", titleOf(report)},
                        {"packets", report.packets},
@@ -140,9 +131,9 @@ std::string reportJson(const Report& report) {
                        {"lastClock", clockJson(report.lastClock)},
                        {"tablesSent", report.tablesSent},
                        {"faults", report.faultLines()},
-                       {"kinds", kindsJson(report)},
-                       {"pids", pids},
-                       {"services", services},
+                       {"kinds", jsonList(report.packetsByKind(), kind)},
+                       {"pids", jsonList(report.pids, pid)},
+                       {"services", jsonList(report.services, service)},
                        {"others", jsonList(report.others, streamJson)},
                        {"tables", jsonList(report.tables, inputTableJson)},
                        {"checks", checksJson(report.checks)},
