@@ -119,7 +119,7 @@ void satellite(FieldReader& in) {
   const bool isS2 = in.bits(1) != 0;
   in.keep(wordField("dvbS2", isS2, "DVB-S2", "DVB-S"));
   if (isS2) {
-    in.keep({"rollOff", Number{rollOff, std::to_string(rollOff), nameOf<kRollOffs>(rollOff)}});
+    in.keep(decimalField("rollOff", rollOff, nameOf<kRollOffs>(rollOff)));
   }
   in.choice("modulation", 2, &nameOf<kSatelliteModulations>);
   symbolRate(in);

@@ -43,7 +43,7 @@ int64_t FieldReader::code(const std::string& name, int bitCount, NameOf nameOf) 
 
 int FieldReader::choice(const std::string& name, int bitCount, NameOf nameOf) {
   const auto value = static_cast<int>(bits(bitCount));
-  keep({name, Number{value, std::to_string(value), nameOf(value)}});
+  keep(decimalField(name, value, nameOf(value)));
   return value;
 }
 

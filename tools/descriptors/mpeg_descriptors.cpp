@@ -207,8 +207,7 @@ void hevcVideo(FieldReader& in) {
   in.flag("interlacedSource");
   in.flag("nonPacked");
   in.flag("frameOnly");
-  in.skip(40);
-  in.skip(4);
+  in.skip(44);
   in.number("level", 8);
   const bool hasTemporalLayers = in.flag("temporalLayerSubset");
   in.flag("stillPictures");

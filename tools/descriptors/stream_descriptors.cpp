@@ -85,7 +85,7 @@ void teletext(FieldReader& in) {
     const auto page = static_cast<int>(in.bits(8));
     // Magazine 8 is coded as 0; the page's BCD digits print as hexadecimal ones.
     const int number = ((magazine == 0 ? 8 : magazine) << 8) | page;
-    in.keep({"page", Text{hex(number, 3).substr(2), /*quoted=*/false}});
+    in.keep(plainField("page", hex(number, 3).substr(2)));
   });
 }
 

@@ -79,12 +79,12 @@ bool operator<(const DescriptorFields& a, const DescriptorFields& b) {
   return std::tie(a.tag, a.payload) < std::tie(b.tag, b.payload);
 }
 
-Field idField(const std::string& name, int value) {
-  return {name, Number{value, idText(value), {}}};
+Field idField(const std::string& name, int value, const std::string& meaning) {
+  return {name, Number{value, idText(value), meaning}};
 }
 
-Field decimalField(const std::string& name, int64_t value) {
-  return {name, Number{value, std::to_string(value), {}}};
+Field decimalField(const std::string& name, int64_t value, const std::string& meaning) {
+  return {name, Number{value, std::to_string(value), meaning}};
 }
 
 Field codeField(const std::string& name, int value, const std::string& meaning) {

@@ -86,12 +86,14 @@ struct Field {
 [[nodiscard]] bool operator<(const DescriptorFields& a, const DescriptorFields& b);
 ///@}
 
-/** A table_id, identifier or PID, shown as idText has it. */
-[[nodiscard]] Field idField(const std::string& name, int value);
-/** A quantity in decimal. */
-[[nodiscard]] Field decimalField(const std::string& name, int64_t value);
-/** "0x1B", with the meaning if there is one. */
+///@{
+/** A number with its meaning, if there is one: an identifier or PID as idText has it, a quantity or
+ * small code in decimal, a code as "0x1B". */
+[[nodiscard]] Field idField(const std::string& name, int value, const std::string& meaning = {});
+[[nodiscard]] Field decimalField(const std::string& name, int64_t value,
+                                 const std::string& meaning = {});
 [[nodiscard]] Field codeField(const std::string& name, int value, const std::string& meaning = {});
+///@}
 /** Shown as "yes" or "no". */
 [[nodiscard]] Field flagField(const std::string& name, bool value);
 /** A flag that is shown as one of two words instead of its name. */

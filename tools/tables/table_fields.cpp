@@ -24,10 +24,6 @@ Field descriptorsField(const std::vector<Descriptor>& descriptors,
   return {"descriptors", describe(descriptors, registrations)};
 }
 
-Field choiceField(const std::string& name, int value, const std::string& meaning) {
-  return {name, Number{value, std::to_string(value), meaning}};
-}
-
 Field timeField(const std::string& name, int64_t utcTime) {
   return {name, Time{utcTimeText(utcTime), streamTime(utcTime)}};
 }
@@ -40,9 +36,8 @@ Field freeCaField(bool freeCA) {
 
 void append(Fields& fields, const PAT& pat) {
   fields.push_back(listField("programs", pat.programs, [](const PATProgram& program) {
-    Field pid = idField("pid", program.pid);
-    std::get<Number>(pid.value).meaning = program.programNumber == 0 ? "NIT" : "PMT";
-    return Fields{idField("programNumber", program.programNumber), std::move(pid)};
+    return Fields{idField("programNumber", program.programNumber),
+                  idField("pid", program.pid, program.programNumber == 0 ? "NIT" : "PMT")};
   }));
 }
 
@@ -73,13 +68,13 @@ void append(Fields& fields, const Table& table) {
 }
 
 Fields serviceFields(const SDTService& service) {
-  return {
-      idField("serviceId", service.serviceId),
-      choiceField("runningStatus", service.runningStatus, runningStatusName(service.runningStatus)),
-      wordField("eitSchedule", service.eitSchedule, "EIT schedule", "no EIT schedule"),
-      wordField("eitPresentFollowing", service.eitPresentFollowing, "EIT p/f", "no EIT p/f"),
-      freeCaField(service.freeCA),
-      descriptorsField(service.descriptors)};
+  return {idField("serviceId", service.serviceId),
+          decimalField("runningStatus", service.runningStatus,
+                       runningStatusName(service.runningStatus)),
+          wordField("eitSchedule", service.eitSchedule, "EIT schedule", "no EIT schedule"),
+          wordField("eitPresentFollowing", service.eitPresentFollowing, "EIT p/f", "no EIT p/f"),
+          freeCaField(service.freeCA),
+          descriptorsField(service.descriptors)};
 }
 
 void append(Fields& fields, const SDT& sdt) {
@@ -87,12 +82,13 @@ void append(Fields& fields, const SDT& sdt) {
 }
 
 Fields eventFields(const EITEvent& event) {
-  return {idField("eventId", event.eventId),
-          timeField("startTime", event.startTime),
-          plainField("duration", durationDigits(event.duration)),
-          choiceField("runningStatus", event.runningStatus, runningStatusName(event.runningStatus)),
-          freeCaField(event.freeCA),
-          descriptorsField(event.descriptors)};
+  return {
+      idField("eventId", event.eventId),
+      timeField("startTime", event.startTime),
+      plainField("duration", durationDigits(event.duration)),
+      decimalField("runningStatus", event.runningStatus, runningStatusName(event.runningStatus)),
+      freeCaField(event.freeCA),
+      descriptorsField(event.descriptors)};
 }
 
 void append(Fields& fields, const EIT& eit) {
