@@ -24,9 +24,10 @@ struct PacketMark {
  * Tells the times of packets while the stream is read once. The clock is the first PID with two
  * PCRs that tell a rate; packets between two of its PCRs are spread evenly, like those of a
  * StreamClock, and the rate of the nearest interval goes on where the clock jumps, ends or has not
- * begun. An interval over 0.1 s of twice the time that its packets took before is a jump, or a gap
- * in the recording; if the next one is as well, the rate has changed. At most kMaxPending marks are
- * held back; without a clock by then, those packets have no time and are left out.
+ * begun. An interval of more than 0.1 s, and of more than twice the time that its packets took
+ * before, is a jump or a gap in the recording; if the next one is as well, the rate has changed. At
+ * most kMaxPending marks are held back; without a clock by then, those packets have no time and are
+ * left out.
  */
 class PacketTimes {
  public:

@@ -11,7 +11,7 @@ namespace tevra::tools::report {
 
 /** "passed", "failed", "not measurable: no PCR". */
 [[nodiscard]] std::string resultText(const StreamCheck& check);
-/** "0.100 s", "-980 ms"; empty without a value. */
+/** "-980.0 ms", "1.25 s"; empty without a value. */
 [[nodiscard]] std::string timeText(const std::optional<double>& seconds);
 /** "257, 258 and 3 more". */
 [[nodiscard]] std::string pidsText(const std::vector<CheckedPid>& pids);
