@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
 #include "records/records.h"
 #include "store/stored_entries.h"

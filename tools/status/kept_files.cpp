@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <utility>
 
 #include "platform/configuration_root.h"
 #include "platform/module_utils.h"

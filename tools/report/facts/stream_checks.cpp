@@ -1,7 +1,6 @@
 #include "tools/report/facts/stream_checks.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <string>
 #include <utility>

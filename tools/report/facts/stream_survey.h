@@ -1,10 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <set>
-#include <string>
-#include <vector>
+#include <optional>
 
 #include "tools/feed/stream_inventory.h"
 #include "tools/report/facts/section_tally.h"

@@ -1,7 +1,6 @@
 #include "tools/report/page/page_sections.h"
 
 #include <string>
-#include <vector>
 
 #include "tools/report/page/figures.h"
 #include "tools/report/page/page_words.h"
