@@ -18,7 +18,7 @@ using Bytes = std::vector<int>;
 std::string packetOf(int pid, int tableId, const Bytes& bytes) {
   std::string section = {static_cast<char>(tableId), '\xB0', static_cast<char>(bytes.size() + 4)};
   section.append(bytes.begin(), bytes.end());
-  const uint32_t crc = crc32Mpeg2(section);
+  const uint32_t crc = crc32Of(section);
   for (const int shift : {24, 16, 8, 0}) {
     section += static_cast<char>(crc >> shift & 0xFF);
   }

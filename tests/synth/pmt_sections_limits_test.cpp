@@ -33,12 +33,6 @@ class PmtSectionLimits : public PmtSections {
   }
 };
 
-TEST_F(PmtSectionLimits, AStreamThatFillsASectionAloneIsWhole) {
-  const PMT pmt = pmtOfSections(1);
-  EXPECT_THAT(sizes(pmt), ElementsAre(1024U));
-  EXPECT_THAT(fake::logLines(), IsEmpty());
-}
-
 TEST_F(PmtSectionLimits, AStreamOneByteLongerLosesItsLastDescriptor) {
   PMT pmt = somePmt();
   pmt.esList = {makeStream(0x1B, 0x70, makeFillers(kMostBytes - 5 + 1))};  // 3 of 257 and 233

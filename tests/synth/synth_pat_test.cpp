@@ -29,7 +29,7 @@ TEST_F(SynthPat, OneProgrammeTakesSixteenBytesAndOnePacket) {
   const std::string section("\x00\xB0\x0D\x00\x07\xC3\x00\x00\x04\xB1\xE0\x65", 12);
   const std::string& packet = packets()[0];
   EXPECT_EQ(packet.substr(0, 17), std::string("\x47\x40\x00\x10\x00", 5) + section);
-  EXPECT_EQ(crc32Mpeg2(packet.substr(5, 16)), 0U);
+  EXPECT_EQ(crc32Of(packet.substr(5, 16)), 0U);
   EXPECT_EQ(packet.substr(21), std::string(167, '\xFF'));
 }
 

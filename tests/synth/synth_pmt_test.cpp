@@ -12,13 +12,6 @@ using testing::SizeIs;
 
 class SynthPmt : public SynthesisTest<PMT> {
  protected:
-  /** Fills the PMT up so that its section takes `size` bytes. */
-  void fillTo(size_t size) {
-    filtered_ = makePmt(kInputProgram, 0x66);
-    filtered_.currentNext = true;
-    filtered_.descriptors = makeFillers(size - 16);
-  }
-
   PMT& filtered_ = input_.pmt;
 };
 
@@ -77,20 +70,6 @@ TEST_F(SynthPmt, OnlyTheLowThirteenBitsOfItsPidAreSent) {
   service_.pat.programs[0].pid = 0x2000 + 0x65;
   synthesise();
   EXPECT_THAT(sections(), SizeIs(1));
-}
-
-TEST_F(SynthPmt, SectionsAtTheEdgesOfPacketsTakeThePacketsTheyNeed) {
-  const std::vector<std::pair<size_t, size_t>> sizes = {
-      {18, 1}, {182, 1}, {183, 1}, {184, 2}, {185, 2}, {367, 2}, {368, 3}, {551, 3}, {552, 4}};
-  for (const auto& [size, count] : sizes) {
-    fillTo(size);
-    synthesise();
-    ASSERT_THAT(sections(), SizeIs(1)) << size;
-    EXPECT_EQ(section().size(), size);
-    EXPECT_THAT(packets(), SizeIs(count)) << size;
-    EXPECT_TRUE(fake::logged(7, packetsMade(static_cast<int>(count)).text));
-    EXPECT_EQ(decodePmt(packets(), 1201), output()) << size;
-  }
 }
 
 TEST_F(SynthPmt, TheNumberInTheRecordIsTheOneAskedForAndInTheSectionItsLowBits) {

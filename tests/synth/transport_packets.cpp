@@ -47,7 +47,7 @@ void finish(std::string& section) {
   require(std::all_of(stuffing, section.end(), [](char byte) { return byte == '\xFF'; }),
           "something other than stuffing after a section");
   section.resize(size);
-  require(crc32Mpeg2(section) == 0, "wrong CRC_32");
+  require(crc32Of(section) == 0, "wrong CRC_32");
 }
 
 template <class Table>
@@ -77,18 +77,6 @@ DvbpsiPtr<Table> decode(const Packets& packets, bool (*attach)(dvbpsi_t*, void*,
 }
 
 }  // namespace
-
-uint32_t crc32Mpeg2(const std::string& bytes) {
-  constexpr uint32_t kPolynomial = 0x04C11DB7;
-  uint32_t crc = 0xFFFFFFFF;
-  for (const char byte : bytes) {
-    crc ^= static_cast<uint32_t>(static_cast<uint8_t>(byte)) << 24;
-    for (int bit = 0; bit < 8; ++bit) {
-      crc = (crc & 0x80000000U) != 0 ? crc << 1 ^ kPolynomial : crc << 1;
-    }
-  }
-  return crc;
-}
 
 int byteAt(const std::string& bytes, size_t index) {
   return static_cast<uint8_t>(bytes.at(index));

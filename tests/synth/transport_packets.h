@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "records/records.h"
+#include "tests/support/crc32.h"
 
 /**
  * The receiving end of what the synthesis sends: written from ISO/IEC 13818-1 for the tests alone,
@@ -14,9 +15,6 @@
 namespace tevra::test {
 
 using Packets = std::vector<std::string>;
-
-/** CRC_32 (ISO/IEC 13818-1 annex A) bit by bit; 0 over a section that ends with its own. */
-[[nodiscard]] uint32_t crc32Mpeg2(const std::string& bytes);
 
 /**
  * The sections that `packets` carry on `pid`, CRC_32 included. Packets must be of 188 bytes,

@@ -20,8 +20,8 @@ Packets knownPackets() {
 }
 
 TEST(TransportPackets, TheCrcOfTheStandardsCheckStringIsRight) {
-  EXPECT_EQ(crc32Mpeg2("123456789"), 0x0376E6E7U);
-  EXPECT_EQ(crc32Mpeg2(""), 0xFFFFFFFFU);
+  EXPECT_EQ(crc32Of(std::string("123456789")), 0x0376E6E7U);
+  EXPECT_EQ(crc32Of(std::string()), 0xFFFFFFFFU);
 }
 
 TEST(TransportPackets, AKnownTableIsRead) {

@@ -200,15 +200,4 @@ std::optional<int64_t> TransportStream::pcrOf(size_t packet) const {
   return base * 300 + ((byte(packet, 10) & 1) << 8 | byte(packet, 11));
 }
 
-uint32_t crc32Of(const std::string& bytes) {
-  uint32_t crc = 0xFFFFFFFF;
-  for (const char character : bytes) {
-    crc ^= static_cast<uint32_t>(static_cast<uint8_t>(character)) << 24;
-    for (int bit = 0; bit < 8; ++bit) {
-      crc = (crc & 0x80000000U) != 0 ? crc << 1 ^ 0x04C11DB7U : crc << 1;
-    }
-  }
-  return crc;
-}
-
 }  // namespace tevra::test

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/crc32.h"
+
 namespace tevra::test {
 
 /** A section as it was carried (ISO/IEC 13818-1, 2.4.4). */
@@ -65,8 +67,5 @@ class TransportStream {
   std::string bytes_;
   mutable std::map<int, std::map<size_t, int64_t>> clocks_;
 };
-
-/** CRC_32 of ISO/IEC 13818-1 annex A; 0 over a section with its own CRC. */
-[[nodiscard]] uint32_t crc32Of(const std::string& bytes);
 
 }  // namespace tevra::test

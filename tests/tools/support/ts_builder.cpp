@@ -1,5 +1,7 @@
 #include "tests/tools/support/ts_builder.h"
 
+#include "tests/support/crc32.h"
+
 #include <algorithm>
 
 namespace tevra::tools::test {
@@ -9,7 +11,7 @@ constexpr int kOriginalNetworkId = 0xFF01;
 constexpr int64_t kStartTime = int64_t{60447} << 24;
 
 Bytes withCrc(Bytes section) {
-  const uint32_t crc = crc32(section);
+  const uint32_t crc = tevra::test::crc32Of(section);
   for (int shift = 24; shift >= 0; shift -= 8) {
     section.push_back(static_cast<uint8_t>(crc >> shift));
   }
@@ -44,17 +46,6 @@ Bytes bytesOf(const std::string& text) {
 
 Bytes be16(int value) {
   return {low8(value >> 8), low8(value)};
-}
-
-uint32_t crc32(const Bytes& bytes) {
-  uint32_t crc = 0xFFFFFFFF;
-  for (const uint8_t byte : bytes) {
-    for (int bit = 7; bit >= 0; --bit) {
-      const bool feedback = ((crc >> 31) ^ ((byte >> bit) & 1U)) != 0;
-      crc = (crc << 1) ^ (feedback ? 0x04C11DB7 : 0);
-    }
-  }
-  return crc;
 }
 
 Bytes makeSection(const SectionHeader& header, const Bytes& payload) {

@@ -20,9 +20,6 @@ using Bytes = std::vector<uint8_t>;
 /** Big-endian. */
 [[nodiscard]] Bytes be16(int value);
 
-/** The CRC_32 of ISO/IEC 13818-1 annex A, bit by bit. */
-[[nodiscard]] uint32_t crc32(const Bytes& bytes);
-
 struct SectionHeader {
   int tableId = 0;
   int extension = 0;
