@@ -51,8 +51,11 @@ class EveryOperation : public DiskFaults, public testing::WithParamInterface<con
     return options;
   }
 
-  /** Empty where nothing can be traced. */
+  /** Of a daemon that has served a round from good files; empty where nothing can be traced. */
   std::vector<Operation> operationsOfARound() {
+    writeGoodFiles();
+    start();
+    last_ = serve();
     Tracer tracer(daemon().pid(), theFiles());
     if (!tracer.attached()) {
       return {};
@@ -132,9 +135,6 @@ void EveryOperation::expectOldOrNew(const std::array<std::string, 3>& before) {
 }
 
 TEST_P(EveryOperation, ThatFailsLeavesTheFormerFileAndTheNextSaveGood) {
-  writeGoodFiles();
-  start();
-  last_ = serve();
   const std::vector<Operation> operations = operationsOfARound();
   if (operations.empty()) {
     GTEST_SKIP() << "no strace, or nothing may be traced";
@@ -156,9 +156,6 @@ INSTANTIATE_TEST_SUITE_P(DiskFaults, EveryOperation,
 using FullDisk = EveryOperation;
 
 TEST_P(FullDisk, OnWhichNothingCanBeMadeOrWrittenLeavesTheFormerFiles) {
-  writeGoodFiles();
-  start();
-  last_ = serve();
   const std::vector<Operation> operations = operationsOfARound();
   if (operations.empty()) {
     GTEST_SKIP() << "no strace, or nothing may be traced";

@@ -63,20 +63,6 @@ TEST_F(TornelctlExtract, AgainGivesTheSameBytes) {
   EXPECT_TRUE(readText(out_) == first);
 }
 
-TEST_F(TornelctlExtract, UnderANewNameMovesOnlyTheSdtsVersion) {
-  std::vector<std::string> arguments = withState_;
-  arguments.insert(arguments.end(), {"--name", "Uno"});
-  ASSERT_NO_FATAL_FAILURE(extract(samplePath(), 101, arguments));
-  const Spts before(out_);
-  arguments.back() = "Uno HD";
-  ASSERT_NO_FATAL_FAILURE(extract(samplePath(), 101, arguments));
-  const Spts after(out_);
-  EXPECT_EQ(after.sdt.version, before.sdt.version + 1);
-  EXPECT_EQ(after.pat.version, before.pat.version);
-  EXPECT_EQ(after.pmt.version, before.pmt.version);
-  EXPECT_EQ(after.pmtPid, before.pmtPid);
-}
-
 TEST_F(TornelctlExtract, OfTheItalianRecordingKeepsVideoEnglishAndSubtitles) {
   const std::string path = capturePath("italian-dtt-mpts.ts");
   if (!std::filesystem::exists(path)) {

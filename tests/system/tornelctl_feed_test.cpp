@@ -20,9 +20,7 @@ namespace {
 
 using fake::FakeMainTask;
 using fake::Notification;
-using testing::AllOf;
 using testing::ElementsAre;
-using testing::Ge;
 using testing::HasSubstr;
 using testing::Pair;
 using testing::SizeIs;
@@ -54,25 +52,6 @@ bool allNotified(FakeMainTask& mainTask, const Daemon& daemon) {
   return mainTask.waitFor(static_cast<size_t>(sent) + 1);
 }
 
-TEST_F(TornelctlFeed, GivesTheSamplesTablesOnceEach) {
-  const Outcome outcome = tornelctl({"feed", samplePath()});
-  EXPECT_EQ(outcome.exitStatus, 0) << outcome.err;
-  EXPECT_EQ(outcome.err, "");
-  ASSERT_TRUE(allNotified(mainTask_, daemon_));
-  EXPECT_THAT(notified("notifyPAT"), SizeIs(1));
-  EXPECT_THAT(notified("notifySDT"), SizeIs(1));
-  EXPECT_THAT(notified("notifyCAT"), SizeIs(1));
-  EXPECT_THAT(notified("notifyPMT"),
-              SizeIs(5));  // one service changes its PMT on the way
-  EXPECT_THAT(notified("notifyTOT"), SizeIs(Ge(4)));
-  const Lines lines = daemon_.logLines();
-  EXPECT_EQ(timesIn(lines, "3 setNIT"), 1);
-  EXPECT_EQ(timesIn(lines, "3 setBAT"), 1);
-  EXPECT_EQ(timesIn(lines, "7 setInputEITpf: SID [0x0066] tid [0x4e] v[14] nevents [2]"), 1);
-  EXPECT_EQ(timesIn(lines, "7 setInputEITpf: SID [0x0066] tid [0x4e] v[15] nevents [2]"), 1);
-  EXPECT_EQ(timesIn(lines, "7 setInputEITsch: SID [0x0065] tid [0x50] v[4] nevents [14]"), 1);
-}
-
 TEST_F(TornelctlFeed, GivesTheSamplesTablesUndistorted) {
   ASSERT_EQ(tornelctl({"feed", samplePath()}).exitStatus, 0);
   ASSERT_TRUE(allNotified(mainTask_, daemon_));
@@ -97,19 +76,6 @@ TEST_F(TornelctlFeed, GivesTheSamplesTablesUndistorted) {
   }
   EXPECT_THAT(pmtVersions, ElementsAre(Pair(101, ElementsAre(7)), Pair(102, ElementsAre(31, 0)),
                                        Pair(103, ElementsAre(2)), Pair(104, ElementsAre(12))));
-}
-
-TEST_F(TornelctlFeed, GivesTheSamplesCaDescriptorsWithPidsOfThePool) {
-  ASSERT_EQ(tornelctl({"feed", samplePath()}).exitStatus, 0);
-  ASSERT_TRUE(allNotified(mainTask_, daemon_));
-  const CAT cat = notified("notifyCAT").at(0).cat;
-  ASSERT_THAT(cat.descriptors, SizeIs(2));
-  for (const Descriptor& ca : cat.descriptors) {
-    ASSERT_GE(ca.data.size(), 4U);
-    const int pid =
-        (static_cast<uint8_t>(ca.data[2]) & 0x1F) << 8 | static_cast<uint8_t>(ca.data[3]);
-    EXPECT_THAT(pid, AllOf(Ge(101), testing::Le(299)));
-  }
 }
 
 TEST_F(TornelctlFeed, ReadsStandardInput) {

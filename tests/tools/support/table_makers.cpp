@@ -1,5 +1,7 @@
 #include "tests/tools/support/table_makers.h"
 
+#include "tests/support/tables.h"
+
 namespace tevra::tools::test {
 namespace {
 
@@ -13,10 +15,7 @@ std::string counted(const std::string& text) {
 }  // namespace
 
 Descriptor descriptorRecord(int tag, const std::string& data) {
-  Descriptor record;
-  record.tag = tag;
-  record.data = data;
-  return record;
+  return tevra::test::makeDescriptor(tag, data);
 }
 
 Descriptor serviceDescriptor(int type, const std::string& name) {
@@ -28,9 +27,8 @@ Descriptor languageDescriptor(const std::string& code) {
 }
 
 Descriptor caDescriptor(int caSystemId, int pid) {
-  return descriptorRecord(0x09,
-                          {static_cast<char>(caSystemId >> 8), static_cast<char>(caSystemId & 0xFF),
-                           static_cast<char>(0xE0 | (pid >> 8)), static_cast<char>(pid & 0xFF)});
+  return tevra::test::makeCaDescriptor(static_cast<uint16_t>(caSystemId),
+                                       static_cast<uint16_t>(pid));
 }
 
 Descriptor shortEventDescriptor(const std::string& name) {
@@ -38,18 +36,12 @@ Descriptor shortEventDescriptor(const std::string& name) {
 }
 
 PMTES streamRecord(int type, int pid, const std::vector<Descriptor>& descriptors) {
-  PMTES record;
-  record.streamType = type;
-  record.pid = pid;
-  record.descriptors = descriptors;
-  return record;
+  return tevra::test::makeStream(type, pid, descriptors);
 }
 
 SDTService serviceRecord(int id, const std::string& name) {
-  SDTService record;
-  record.serviceId = id;
+  SDTService record = tevra::test::makeService(id, {serviceDescriptor(0x01, name)});
   record.runningStatus = 4;
-  record.descriptors = {serviceDescriptor(0x01, name)};
   return record;
 }
 
@@ -76,23 +68,17 @@ PAT patRecord(const std::vector<std::pair<int, int>>& programs) {
 }
 
 PMT pmtRecord(const std::vector<PMTES>& streams) {
-  PMT record;
-  record.programNumber = kService;
+  PMT record = tevra::test::makePmt(kService, 502, streams);
   record.version = kVersion;
   record.currentNext = true;
-  record.pcrPid = 502;
-  record.esList = streams;
   return record;
 }
 
 SDT sdtRecord(const std::vector<SDTService>& services) {
-  SDT record;
-  record.tableId = 0x42;
+  SDT record = tevra::test::makeSdt(services);
   record.transportStreamId = 1;
   record.originalNetworkId = 2;
   record.version = kVersion;
-  record.currentNext = true;
-  record.services = services;
   return record;
 }
 
@@ -108,18 +94,14 @@ EIT eitRecord(const std::vector<EITEvent>& events) {
 }
 
 CAT catRecord(const std::vector<Descriptor>& descriptors) {
-  CAT record;
+  CAT record = tevra::test::makeCat(descriptors);
   record.version = kVersion;
   record.currentNext = true;
-  record.descriptors = descriptors;
   return record;
 }
 
 TOT totRecord(int64_t utcTime) {
-  TOT record;
-  record.tableId = 0x73;
-  record.utcTime = utcTime;
-  return record;
+  return tevra::test::makeTot(static_cast<uint64_t>(utcTime));
 }
 
 int64_t timeAt(int64_t clock) {

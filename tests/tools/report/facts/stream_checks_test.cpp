@@ -181,6 +181,18 @@ std::function<bool(int)> without(int place, int every, int from, int to) {
   return [=](int slot) { return slot % every == place && slot >= from && slot < to; };
 }
 
+/** These bits of a byte of one packet. */
+std::function<void(int, TsPacket&)> set(int at, size_t byte, uint8_t bits) {
+  return [=](int slot, TsPacket& packet) { packet.data()[byte] |= slot == at ? bits : uint8_t{0}; };
+}
+
+/** The same of every packet of the audio. */
+std::function<void(int, TsPacket&)> setInAudio(size_t byte, uint8_t bits) {
+  return [=](int /*slot*/, TsPacket& packet) {
+    packet.data()[byte] |= packet.pid() == kAudioPid ? bits : uint8_t{0};
+  };
+}
+
 /** One packet in the place of a null packet. */
 std::function<void(int, TsPacket&)> put(int at, const std::function<TsPacket()>& make) {
   return [=](int slot, TsPacket& packet) {
@@ -273,9 +285,7 @@ TEST(StreamChecks, NothingButPatsMayComeOnTheirPid) {
 
 TEST(StreamChecks, APatMayNotBeScrambled) {
   Multiplex multiplex;
-  multiplex.changes = [](int slot, TsPacket& packet) {
-    packet.data()[3] |= slot == 3000 ? kScrambled : uint8_t{0};
-  };
+  multiplex.changes = set(3000, 3, kScrambled);
   EXPECT_EQ("1.3.a 1x 200 ms 0", briefly(onlyFailure(checksOf(multiplex))));
 }
 
@@ -357,9 +367,7 @@ TEST(StreamChecks, APmtThatThePatNoLongerNamesNeedNotCome) {
 
 TEST(StreamChecks, APmtMayNotBeScrambled) {
   Multiplex multiplex;
-  multiplex.changes = [](int slot, TsPacket& packet) {
-    packet.data()[3] |= slot == 3001 ? kScrambled : uint8_t{0};
-  };
+  multiplex.changes = set(3001, 3, kScrambled);
   EXPECT_EQ("1.5.a 1x 200 ms 256", briefly(onlyFailure(checksOf(multiplex))));
 }
 
@@ -397,17 +405,13 @@ TEST(StreamChecks, ThePeriodOfPidsIsTheUsers) {
 
 TEST(StreamChecks, ADamagedPacketIsATransportErrorAndNothingElse) {
   Multiplex multiplex;
-  multiplex.changes = [](int slot, TsPacket& packet) {
-    packet.data()[1] |= slot == 3003 ? kDamaged : uint8_t{0};
-  };
+  multiplex.changes = set(3003, 1, kDamaged);
   EXPECT_EQ("2.1 1x -1 ms 258", briefly(onlyFailure(checksOf(multiplex))));
 }
 
 TEST(StreamChecks, DamagedPacketsEndNoWait) {
   Multiplex multiplex;
-  multiplex.changes = [](int /*slot*/, TsPacket& packet) {
-    packet.data()[1] |= packet.pid() == kAudioPid ? kDamaged : uint8_t{0};
-  };
+  multiplex.changes = setInAudio(1, kDamaged);
   const auto checks = checksOf(multiplex);
   EXPECT_THAT(failedOf(checks), ElementsAre("1.6", "2.1", "2.5"));
   EXPECT_EQ("1.6 1x 5998 ms 258", briefly(checks[5]));
@@ -433,9 +437,7 @@ TEST(StreamChecks, AWrongCrcOfAnotherTableThanAPmtOnItsPidIsNone) {
 TEST(StreamChecks, PcrsHaveToComeEveryTenthOfASecond) {
   Multiplex multiplex;
   multiplex.leavesOut = without(2, 20, 3000, 3120);  // 2982 to 3122
-  multiplex.changes = [](int slot, TsPacket& packet) {
-    packet.data()[5] |= slot == 3122 ? kDiscontinuity : uint8_t{0};  // the step is announced
-  };
+  multiplex.changes = set(3122, 5, kDiscontinuity);  // the step is announced
   EXPECT_EQ("2.3a 1x 140 ms 257", briefly(onlyFailure(checksOf(multiplex))));
 }
 
@@ -560,9 +562,7 @@ TEST(StreamChecks, OfWhatIsScrambledNoPtsIsExpected) {
 
 TEST(StreamChecks, ScrambledPacketsNeedACat) {
   Multiplex multiplex;
-  multiplex.changes = [](int /*slot*/, TsPacket& packet) {
-    packet.data()[3] |= packet.pid() == kAudioPid ? kScrambled : uint8_t{0};
-  };
+  multiplex.changes = setInAudio(3, kScrambled);
   EXPECT_THAT(failedOf(checksOf(multiplex)), IsEmpty());
   multiplex.leavesOut = without(4, 100, 0, kSlots);
   EXPECT_EQ("2.6 300x -1 ms 258", briefly(onlyFailure(checksOf(multiplex))));
