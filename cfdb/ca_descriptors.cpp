@@ -12,9 +12,8 @@ constexpr uint8_t kShortestCaDescriptor = 4;  // ISO/IEC 13818-1, 2.6.16
 
 /** `payload` cut to its 8-bit length, as a libdvbpsi CA descriptor. */
 DescriptorPtr toCaDescriptor(const std::string& payload) {
-  auto* bytes = const_cast<uint8_t*>(bytesOf(payload));  // copied, not changed
-  return allocated(DescriptorPtr(
-      dvbpsi_NewDescriptor(kCaDescriptorTag, static_cast<uint8_t>(payload.size()), bytes)));
+  return allocated(DescriptorPtr(dvbpsi_NewDescriptor(
+      kCaDescriptorTag, static_cast<uint8_t>(payload.size()), bytesOf(payload))));
 }
 
 /** The payload of `descriptor` with its CA_PID replaced; empty, with a log line, when it is

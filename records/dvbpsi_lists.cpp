@@ -17,18 +17,7 @@ void advance(Node*& first, Node*& tail, Node* node) {
   tail = node;
 }
 
-// libdvbpsi takes payloads without const but only reads them.
-uint8_t* mutableBytes(const uint8_t* bytes) {
-  return const_cast<uint8_t*>(bytes);
-}
-
 }  // namespace
-
-void DescriptorAppender::add(uint8_t tag, const uint8_t* payload, uint8_t length) {
-  dvbpsi_descriptor_t* node = allocated(dvbpsi_NewDescriptor(tag, length, mutableBytes(payload)));
-  (last_ == nullptr ? first_ : last_->p_next) = node;
-  last_ = node;
-}
 
 // The appenders below call libdvbpsi's add function on a window, a table of one node: the list's
 // last.
@@ -65,7 +54,7 @@ DecodableDescriptor::DecodableDescriptor(const Descriptor& record) {
   assert(fitsSection(record));
   descriptor_.i_tag = static_cast<uint8_t>(record.tag);
   descriptor_.i_length = static_cast<uint8_t>(record.data.size());
-  descriptor_.p_data = mutableBytes(bytesOf(record.data));
+  descriptor_.p_data = bytesOf(record.data);
 }
 
 DecodableDescriptor::~DecodableDescriptor() {
@@ -73,14 +62,17 @@ DecodableDescriptor::~DecodableDescriptor() {
 }
 
 void toDvbpsi(const std::vector<Descriptor>& descriptors, dvbpsi_descriptor_t*& first) {
-  DescriptorAppender appender(first);
+  assert(first == nullptr);
+  dvbpsi_descriptor_t** end = &first;
   for (const Descriptor& descriptor : descriptors) {
     if (!fitsSection(descriptor)) {
       logLeftOut(descriptor);
       continue;
     }
-    appender.add(static_cast<uint8_t>(descriptor.tag), bytesOf(descriptor.data),
-                 static_cast<uint8_t>(descriptor.data.size()));
+    *end = allocated(dvbpsi_NewDescriptor(static_cast<uint8_t>(descriptor.tag),
+                                          static_cast<uint8_t>(descriptor.data.size()),
+                                          bytesOf(descriptor.data)));
+    end = &(*end)->p_next;
   }
 }
 

@@ -18,22 +18,6 @@
  */
 namespace tevra {
 
-/** Appends to the descriptor loop that starts at `first`, which is empty at construction. */
-class DescriptorAppender {
- public:
-  /** `first` is the table's own pointer to its loop. */
-  explicit DescriptorAppender(dvbpsi_descriptor_t*& first) : first_(first) {
-    assert(first == nullptr);
-  }
-
-  /** Copies `length` bytes of payload, without tag and length. */
-  void add(uint8_t tag, const uint8_t* payload, uint8_t length);
-
- private:
-  dvbpsi_descriptor_t*& first_;
-  dvbpsi_descriptor_t* last_ = nullptr;
-};
-
 /** Appends programmes to an empty PAT. */
 class ProgramAppender {
  public:
@@ -83,9 +67,9 @@ class ServiceAppender {
 /** A descriptor's payload has an 8-bit length (ISO/IEC 13818-1, 2.6.1). */
 inline constexpr size_t kMaxDescriptorPayload = 255;
 
-/** `text` as the bytes that libdvbpsi takes. */
-inline const uint8_t* bytesOf(const std::string& text) {
-  return reinterpret_cast<const uint8_t*>(text.data());
+/** `text` as libdvbpsi takes it: without const, though it only reads the bytes. */
+inline uint8_t* bytesOf(const std::string& text) {
+  return reinterpret_cast<uint8_t*>(const_cast<char*>(text.data()));
 }
 
 /** Whether a section can hold the descriptor. */
@@ -116,8 +100,8 @@ class DecodableDescriptor {
 };
 
 /**
- * Fills the empty loop at `first`, in order. A descriptor whose payload exceeds 255 bytes is left
- * out with a level-4 line.
+ * Fills the empty loop at `first`, the table's own pointer to it, in order. A descriptor whose
+ * payload exceeds 255 bytes is left out with a level-4 line.
  */
 void toDvbpsi(const std::vector<Descriptor>& descriptors, dvbpsi_descriptor_t*& first);
 
