@@ -27,13 +27,10 @@ struct ReportOptions {
   int pidPeriod = report::kPidPeriod;
 };
 
-/** Written only when all is known, so that a failure leaves no half of a page. */
+/** Written only when all is known, and as a whole, so that a failure leaves the former page. */
 void write(const ReportOptions& options, const report::Report& report) {
-  const std::string text =
-      options.json ? report::reportJson(report) + "\n" : report::reportPage(report);
-  OutputFile file(options.outputFile);
-  file.write(reinterpret_cast<const uint8_t*>(text.data()), text.size());
-  file.close();
+  replaceFile(options.outputFile,
+              options.json ? report::reportJson(report) + "\n" : report::reportPage(report));
 }
 
 /** What the checks make no use of. */

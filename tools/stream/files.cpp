@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 #include <utility>
 
 #include "tools/text/tool_error.h"
@@ -35,6 +36,36 @@ std::FILE* openForWriting(const std::string& path) {
     fail("open", path);
   }
   return file;
+}
+
+/** With the rights that opening a file asks for. */
+bool mayUse(const std::string& path, int mode) {
+  return faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
+}
+
+/** Where `file` has its name, or would. */
+std::string folderOf(const std::filesystem::path& file) {
+  return file.has_parent_path() ? file.parent_path().string() : ".";
+}
+
+bool takesFiles(const std::string& folder) {
+  return mayUse(folder, W_OK | X_OK);
+}
+
+/** Of which file another takes the place; nothing where it is written where it lies. */
+std::optional<std::string> placeOf(const std::string& path) {
+  std::error_code ignored;
+  if (path == "-") {
+    return std::nullopt;
+  }
+  if (!std::filesystem::exists(path, ignored)) {
+    return path;
+  }
+  const std::filesystem::path linked = std::filesystem::canonical(path, ignored);
+  // What a link under /proc leads to may have no name, as a pipe has none.
+  const bool isReplaced =
+      std::filesystem::is_regular_file(linked, ignored) && takesFiles(folderOf(linked));
+  return isReplaced ? std::optional(linked.string()) : std::nullopt;
 }
 
 }  // namespace
@@ -91,7 +122,6 @@ bool isSameFile(const std::string& a, const std::string& b) {
 
 void requireWritable(const std::string& path) {
   const std::filesystem::path file(path);
-  const std::string folder = file.has_parent_path() ? file.parent_path().string() : ".";
   std::error_code ignored;
   std::string problem;
   if (path == "-") {
@@ -103,11 +133,11 @@ void requireWritable(const std::string& path) {
   if (std::filesystem::is_directory(file, ignored)) {
     problem = "it is a directory; name a file in it";
   } else if (std::filesystem::exists(file, ignored)) {
-    problem = access(path.c_str(), W_OK) == 0 ? "" : std::strerror(errno);
-  } else if (!std::filesystem::is_directory(folder, ignored)) {
-    problem = "there is no directory " + folder + "; make it first";
-  } else if (access(folder.c_str(), W_OK | X_OK) != 0) {
-    problem = folder + ": " + std::strerror(errno);
+    problem = mayUse(path, W_OK) ? "" : std::strerror(errno);
+  } else if (!std::filesystem::is_directory(folderOf(file), ignored)) {
+    problem = "there is no directory " + folderOf(file) + "; make it first";
+  } else if (!takesFiles(folderOf(file))) {
+    problem = folderOf(file) + ": " + std::strerror(errno);
   }
   if (!problem.empty()) {
     throw ToolError("cannot write " + path + ": " + problem);
@@ -133,20 +163,17 @@ void OutputFile::fail() const {
 }
 
 void replaceFile(const std::string& path, const std::string& text) {
-  std::error_code ignored;
-  const std::filesystem::path linked = std::filesystem::canonical(path, ignored);
-  const std::string target = linked.empty() ? path : linked.string();
-  const bool isReplaced = linked.empty() || std::filesystem::is_regular_file(linked, ignored);
-  const std::string written = isReplaced ? target + "." + std::to_string(getpid()) : target;
+  const std::optional<std::string> place = placeOf(path);
+  const std::string written = place ? *place + "." + std::to_string(getpid()) : path;
   try {
     OutputFile file(written);
     file.write(reinterpret_cast<const uint8_t*>(text.data()), text.size());
     file.close();
-    if (isReplaced && std::rename(written.c_str(), target.c_str()) != 0) {
+    if (place && std::rename(written.c_str(), place->c_str()) != 0) {
       throw ToolError("cannot replace " + path + ": " + std::strerror(errno));
     }
   } catch (const ToolError&) {
-    if (isReplaced) {
+    if (place) {
       (void)std::remove(written.c_str());
     }
     throw;

@@ -71,7 +71,9 @@ class OutputFile {
 /**
  * Puts a file that holds `text` under `path`, in one step, so that who reads it meanwhile finds the
  * former one or this. What a symbolic link points to is replaced; what is there and no regular file
- * is written where it lies. Raises ToolError when it cannot be, and then the former file stays.
+ * is written where it lies, as is what lies in a folder that takes no other file, and standard
+ * output, "-". Raises ToolError when it cannot be, and
+ * then the former file stays.
  */
 void replaceFile(const std::string& path, const std::string& text);
 

@@ -1,4 +1,7 @@
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -39,6 +42,14 @@ TEST_F(ReportCommand, WritesThePage) {
   EXPECT_EQ("report " + file_.path() + ": 4 services, 24 tables\n", result.out);
   EXPECT_THAT(file_.read(), StartsWith("<!DOCTYPE html>"));
   EXPECT_THAT(file_.read(), HasSubstr("<title>Head &amp; end</title>"));
+}
+
+TEST_F(ReportCommand, ReplacesThePageAsAWhole) {
+  file_.write(std::string("former"));
+  std::ifstream former(file_.path());
+  EXPECT_EQ(kExitDone, reportOf(test::sample()).status);
+  EXPECT_EQ("former", std::string(std::istreambuf_iterator<char>(former), {}));
+  EXPECT_THAT(file_.read(), StartsWith("<!DOCTYPE html>"));
 }
 
 TEST_F(ReportCommand, WritesJsonInstead) {

@@ -67,6 +67,24 @@ TEST_F(ReplacedFile, IsWrittenWhereItLiesIfItIsAPipe) {
   EXPECT_EQ(1, filesThere());
 }
 
+TEST_F(ReplacedFile, IsWrittenWhereItLiesIfItHasNoName) {
+  std::array<int, 2> pipe{};
+  ASSERT_EQ(0, pipe2(pipe.data(), O_CLOEXEC | O_NONBLOCK));
+  replaceFile("/proc/self/fd/" + std::to_string(pipe[1]), "new");
+  std::array<char, 8> got{};
+  EXPECT_EQ(3, read(pipe[0], got.data(), got.size()));
+  EXPECT_STREQ("new", got.data());
+  close(pipe[0]);
+  close(pipe[1]);
+}
+
+TEST_F(ReplacedFile, MayBeStandardOutput) {
+  testing::internal::CaptureStdout();
+  replaceFile("-", "new");
+  EXPECT_EQ("new", testing::internal::GetCapturedStdout());
+  EXPECT_FALSE(std::filesystem::exists("-"));
+}
+
 TEST_F(ReplacedFile, StaysWhereTheNewOneCannotBeWrittenOrPutInItsPlace) {
   EXPECT_THROW(replaceFile(directory_ / "absent/file", "new"), ToolError);
   EXPECT_THROW(replaceFile(directory_.path(), "new"), ToolError);
@@ -170,6 +188,21 @@ TEST_F(ReplacedFile, CanBeToldToBeWritableWithoutTouchingIt) {
   EXPECT_EQ("cannot write the output: no file is named", faultOf(""));
   EXPECT_EQ("cannot write /no/such/file: there is no directory /no/such; make it first",
             faultOf("/no/such/file"));
+}
+
+TEST_F(ReplacedFile, IsWrittenWhereItLiesInAFolderThatTakesNoOther) {
+  writeText(path_, "former");
+  ASSERT_EQ(0, chmod(path_.c_str(), 0666));
+  ASSERT_EQ(0, chmod(directory_.path().c_str(), 0555));
+  const uid_t user = geteuid();
+  if (user == 0) {  // whom no folder refuses a file
+    ASSERT_EQ(0, seteuid(65534));
+  }
+  EXPECT_EQ("", faultOf(path_));
+  EXPECT_NO_THROW(replaceFile(path_, "new"));
+  EXPECT_EQ(0, seteuid(user));
+  ASSERT_EQ(0, chmod(directory_.path().c_str(), 0755));
+  EXPECT_EQ("new", readText(path_));
 }
 
 }  // namespace
