@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include "tools/stream/files.h"
+#include "tools/stream/udp_address.h"
 #include "tools/stream/udp_source.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
@@ -23,6 +24,9 @@ std::unique_ptr<ByteSource> openSource(const std::string& name, const LiveOption
   if (isLiveSource(name)) {
     return std::make_unique<UdpSource>(parseUdpAddress(name), live);
   }
+  if (hasUnknownScheme(name)) {
+    throw ToolError("cannot open " + name + ": only udp:// and rtp:// are known, in small letters");
+  }
   return std::make_unique<InputFile>(name, live);
 }
 
@@ -40,7 +44,7 @@ bool isLiveSource(const std::string& name) {
 
 bool isReadOnce(const std::string& name) {
   struct stat status {};
-  return name == "-" || isLiveSource(name) ||
+  return name == "-" || isLiveSource(name) || hasUnknownScheme(name) ||
          (stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode));
 }
 

@@ -2,7 +2,9 @@
 
 #include "tools/stream/byte_source.h"
 #include "tools/stream/files.h"
+#include "tools/stream/udp_address.h"
 #include "tools/stream/udp_sink.h"
+#include "tools/text/tool_error.h"
 
 namespace tevra::tools {
 namespace {
@@ -31,6 +33,8 @@ std::unique_ptr<PacketSink> openSink(const std::string& name) {
 void requireSink(const std::string& name) {
   if (isLiveSink(name)) {
     (void)openSink(name);  // sends nothing
+  } else if (hasUnknownScheme(name)) {
+    throw ToolError("cannot send to " + name + ": only udp:// is known, in small letters");
   } else {
     requireWritable(name);
   }

@@ -28,4 +28,10 @@ struct UdpAddress {
 /** For calls of the kernel. Precondition: parseUdpAddress has read it, or would. */
 [[nodiscard]] sockaddr_in socketAddress(const UdpAddress& address);
 
+/** What the kernel's `error` says about a socket for `address`, and what to do about it. */
+[[nodiscard]] std::string explained(int error, const sockaddr_in& address);
+
+/** Whether it is written as an address, but of a scheme unknown here; no path of a file is. */
+[[nodiscard]] bool hasUnknownScheme(const std::string& name);
+
 }  // namespace tevra::tools

@@ -9,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <string>
 #include <thread>
 
@@ -23,8 +22,9 @@ constexpr int kPatience = 20;                    // ms, for what ends the receiv
 /** Little beside the buffer of the kernel, a dozen datagrams of a full multiplex. */
 constexpr std::chrono::milliseconds kGathering(2);
 
-[[noreturn]] void fail(const std::string& what, const std::string& name) {
-  throw ToolError("cannot " + what + " " + name + ": " + std::strerror(errno));
+[[noreturn]] void fail(const std::string& what, const UdpAddress& address) {
+  throw ToolError("cannot " + what + " " + urlOf(address) + ": " +
+                  explained(errno, socketAddress(address)));
 }
 
 /** As large as it may be: beyond the limit of all others with the rights of an administrator. */
@@ -34,20 +34,19 @@ void enlargeBuffer(int socket) {
   }
 }
 
-void joinGroup(int socket, const sockaddr_in& group, const std::string& name) {
+void joinGroup(int socket, const UdpAddress& group) {
   ip_mreq membership{};
-  membership.imr_multiaddr = group.sin_addr;
+  membership.imr_multiaddr = socketAddress(group).sin_addr;
   if (setsockopt(socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, &membership, sizeof membership) != 0) {
-    fail("join", name);
+    fail("join", group);
   }
 }
 
 /** A socket that receives at `address`; the caller closes it. */
 int openSocket(const UdpAddress& address) {
-  const std::string name = urlOf(address);
   const int socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (socket < 0) {
-    fail("receive at", name);
+    fail("receive at", address);
   }
   enlargeBuffer(socket);
   const sockaddr_in local = socketAddress(address);
@@ -56,10 +55,10 @@ int openSocket(const UdpAddress& address) {
   (void)setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &shared, sizeof shared);
   try {
     if (bind(socket, reinterpret_cast<const sockaddr*>(&local), sizeof local) != 0) {
-      fail("receive at", name);
+      fail("receive at", address);
     }
     if (shared != 0) {
-      joinGroup(socket, local, name);
+      joinGroup(socket, address);
     }
   } catch (const ToolError&) {
     close(socket);

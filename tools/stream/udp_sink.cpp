@@ -45,7 +45,7 @@ int openSocket(const sockaddr_in& address, const std::string& name) {
   if (socket < 0 || !isReachable(socket, address)) {
     const int error = errno;
     ::close(socket);
-    fail(name, std::strerror(error));
+    fail(name, explained(error, address));
   }
   (void)setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof kPatience);
   return socket;

@@ -77,6 +77,17 @@ TEST(ByteSource, OfAMissingFileFails) {
   EXPECT_THROW((void)openSource("udp://nonsense"), ToolError);
 }
 
+TEST(ByteSource, OfAnotherSchemeIsRefusedWithThoseThatThereAre) {
+  try {
+    (void)openSource("UDP://239.1.1.1:5000");
+    ADD_FAILURE() << "no error";
+  } catch (const ToolError& error) {
+    EXPECT_STREQ(
+        "cannot open UDP://239.1.1.1:5000: only udp:// and rtp:// are known, in small letters",
+        error.what());
+  }
+}
+
 TEST(ByteSource, IsLiveByItsName) {
   EXPECT_TRUE(isLiveSource("udp://239.1.1.1:5000"));
   EXPECT_TRUE(isLiveSource("rtp://239.1.1.1:5000"));
@@ -91,7 +102,8 @@ TEST(ByteSource, IsReadAgainOnlyIfItIsAFile) {
   EXPECT_TRUE(isReadOnce(file.path()));
   EXPECT_FALSE(isReadOnce(test::sample()));
   EXPECT_FALSE(isReadOnce(testing::TempDir()));
-  for (const char* name : {"-", "/dev/null", "udp://239.1.1.1:5000", "rtp://239.1.1.1:5000"}) {
+  for (const char* name :
+       {"-", "/dev/null", "udp://239.1.1.1:5000", "rtp://239.1.1.1:5000", "srt://a:1"}) {
     EXPECT_TRUE(isReadOnce(name)) << name;
   }
 }

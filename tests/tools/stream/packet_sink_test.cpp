@@ -51,6 +51,8 @@ TEST(PacketSink, CanBeToldToBeUsableWithoutTouchingIt) {
             faultOf("/no/such/file"));
   EXPECT_EQ("cannot send to rtp://127.0.0.1:1: packets are sent without RTP, to udp://ADDRESS:PORT",
             faultOf("rtp://127.0.0.1:1"));
+  EXPECT_EQ("cannot send to srt://127.0.0.1:1: only udp:// is known, in small letters",
+            faultOf("srt://127.0.0.1:1"));
   EXPECT_THAT(faultOf("udp://localhost:5000"),
               testing::StartsWith("'udp://localhost:5000' is not udp://ADDRESS:PORT"));
 }

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <filesystem>
+
+#include "tests/platform/temporary_directory.h"
 #include "tools/text/tool_error.h"
 
 namespace tevra::tools {
@@ -44,6 +48,38 @@ TEST(UdpAddress, OfAnyOtherTextIsRefused) {
   for (const char* text : {"file.ts", "", "udp:5", "127.0.0.1:5000", "rtp:/127.0.0.1:5000"}) {
     EXPECT_THROW((void)parseUdpAddress(text), ToolError) << text;
   }
+}
+
+TEST(UdpAddress, IsExplainedWhereTheKernelRefusesIt) {
+  const auto said = [](int error, const std::string& name) {
+    return explained(error, socketAddress(parseUdpAddress(name)));
+  };
+  EXPECT_EQ("No such device: is there a route? ip route add 239.0.0.0/8 dev eth1, for one",
+            said(ENODEV, "udp://239.1.2.3:5000"));
+  EXPECT_EQ("Network is unreachable: is there a route? ip route add 224.0.0.0/8 dev eth1, for one",
+            said(ENETUNREACH, "udp://224.1.2.3:5000"));
+  EXPECT_EQ("Network is unreachable: is there a route to it?",
+            said(ENETUNREACH, "udp://192.0.2.1:5000"));
+  EXPECT_EQ("Cannot assign requested address: it is no address of this machine",
+            said(EADDRNOTAVAIL, "udp://192.0.2.1:5000"));
+  EXPECT_EQ("Address already in use", said(EADDRINUSE, "udp://127.0.0.1:5000"));
+}
+
+TEST(UdpAddress, OfAnotherSchemeIsToldFromAFile) {
+  for (const char* name :
+       {"srt://239.1.2.3:5000", "UDP://239.1.2.3:5000", "http://", "h-1+x://a"}) {
+    EXPECT_TRUE(hasUnknownScheme(name)) << name;
+  }
+  for (const char* name : {"udp://239.1.2.3:5000", "rtp://x", "file.ts", "-", "", "://a", "a/b://c",
+                           "srt:/a", "/no/such/file"}) {
+    EXPECT_FALSE(hasUnknownScheme(name)) << name;
+  }
+  const tevra::test::TemporaryDirectory folder;
+  std::filesystem::create_directory(folder / "srt:");
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.path());
+  EXPECT_FALSE(hasUnknownScheme("srt://a.ts")) << "a file in a folder that is there";
+  std::filesystem::current_path(before);
 }
 
 }  // namespace

@@ -58,8 +58,32 @@ TEST_F(Receiver, IsNotRobbedOfWhatComesToItsAddress) {
   EXPECT_THROW(UdpReceiver({"127.0.0.1", kPort}), ToolError) << "all would come to the second";
 }
 
+/** Why none can be made. */
+std::string faultOf(const UdpAddress& address) {
+  try {
+    const UdpReceiver receiver(address);
+  } catch (const ToolError& error) {
+    return error.what();
+  }
+  return "";
+}
+
 TEST(UdpReceiver, AtAnAddressOfAnotherMachineIsRefused) {
-  EXPECT_THROW(UdpReceiver({"192.0.2.1", kPort}), ToolError);
+  EXPECT_EQ(
+      "cannot receive at udp://192.0.2.1:21047: Cannot assign requested address: it is no address "
+      "of this machine",
+      faultOf({"192.0.2.1", kPort}));
+}
+
+TEST(UdpReceiver, OfAGroupWithoutARouteIsRefusedWithAdvice) {
+  const std::string fault = faultOf({"239.1.1.1", kPort, kRtpScheme});
+  if (fault.empty()) {
+    GTEST_SKIP() << "this network has a route for groups";
+  }
+  EXPECT_EQ(
+      "cannot join rtp://239.1.1.1:21047: No such device: is there a route? ip route add "
+      "239.0.0.0/8 dev eth1, for one",
+      fault);
 }
 
 }  // namespace

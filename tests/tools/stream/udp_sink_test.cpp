@@ -93,5 +93,14 @@ TEST(UdpSinkAddress, IsRefusedWhereNothingCanBeSentTo) {
               StartsWith("cannot send to udp://255.255.255.255:5000: "));
 }
 
+TEST(UdpSinkAddress, WithoutARouteIsRefusedWithAdvice) {
+  const std::string error = errorOf("udp://192.0.2.1:5000");
+  if (error.empty()) {
+    GTEST_SKIP() << "this network has a route to all";
+  }
+  EXPECT_EQ("cannot send to udp://192.0.2.1:5000: Network is unreachable: is there a route to it?",
+            error);
+}
+
 }  // namespace
 }  // namespace tevra::tools
