@@ -1,8 +1,6 @@
 #include "tools/report/facts/stream_census.h"
 
-#include <algorithm>
 #include <cstdlib>
-#include <utility>
 
 #include "tools/si/section.h"
 #include "tools/si/section_reader.h"
@@ -11,8 +9,6 @@ namespace tevra::tools::report {
 namespace {
 
 constexpr size_t kUtcSize = 5;
-constexpr size_t kPcrBegin = 6;  // in a packet that has one
-constexpr size_t kPcrEnd = 12;
 
 /** Ticks from one PCR to the next, less than 0 where that lies behind. */
 int64_t pcrStep(int64_t from, int64_t to) {
@@ -29,13 +25,6 @@ bool isWorse(int64_t step, int64_t other) {
   return isJump(step) == isJump(other) ? std::abs(step) > std::abs(other) : isJump(step);
 }
 
-/** Byte for byte the same, but for the PCR (ISO/IEC 13818-1, 2.4.3.3). */
-bool isCopy(const TsPacket& packet, const TsPacket& last) {
-  const size_t rest = packet.pcr() && last.pcr() ? kPcrEnd : kPcrBegin;
-  return std::equal(packet.data(), packet.data() + kPcrBegin, last.data()) &&
-         std::equal(packet.data() + rest, packet.data() + kTsPacketSize, last.data() + rest);
-}
-
 }  // namespace
 
 StreamCensus::StreamCensus() : pids_(kPidCount) {}
@@ -43,17 +32,16 @@ StreamCensus::StreamCensus() : pids_(kPidCount) {}
 void StreamCensus::push(const TsPacket& packet) {
   Pid& pid = pids_[static_cast<size_t>(packet.pid())];
   ++pid.count.packets;
-  if (packet.transportError()) {
-    ++pid.count.transportErrors;
-    pid.lastCounter = -1;  // nothing else in it can be believed, nor whether it is of this PID
-    return;
-  }
+  pid.count.transportErrors += packet.transportError() ? 1 : 0;
   if (packet.pid() == kNullPid) {
     return;  // counters and flags of stuffing mean nothing (ISO/IEC 13818-1, 2.4.3.3)
   }
+  pid.count.continuityErrors += pid.continuity.breaksAt(packet) ? 1 : 0;
+  if (packet.transportError()) {
+    return;  // nothing else in it can be believed
+  }
   pid.count.scrambled += packet.scrambled() ? 1 : 0;
   notePcr(packet, pid);
-  checkContinuity(packet, pid);
   if (packet.pid() == kTotPid && packet.unitStart() && !packet.scrambled()) {
     readClock(packet);
   }
@@ -73,27 +61,6 @@ void StreamCensus::notePcr(const TsPacket& packet, Pid& pid) {
     }
   }
   pid.lastPcr = pcr;
-}
-
-/**
- * ISO/IEC 13818-1, 2.4.3.3: only payload moves the counter, and a packet may come twice, with none
- * of its PID between.
- */
-void StreamCensus::checkContinuity(const TsPacket& packet, Pid& pid) {
-  const int counter = packet.continuityCounter();
-  const int last = std::exchange(pid.lastCounter, counter);
-  const bool repeatable = std::exchange(pid.repeatable, packet.hasPayload());
-  const bool mayBeAny = last < 0 || packet.discontinuity();
-  if (!packet.hasPayload()) {
-    pid.count.continuityErrors += mayBeAny || counter == last ? 0 : 1;
-    return;
-  }
-  if (!mayBeAny && counter != ((last + 1) & 0x0F)) {
-    const bool copies = counter == last && isCopy(packet, pid.last);
-    pid.count.continuityErrors += copies && repeatable ? 0 : 1;
-    pid.repeatable = !copies;
-  }
-  pid.last = packet;
 }
 
 void StreamCensus::noteClock(StreamTime time) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/report/facts/report_data.h"
+#include "tools/stream/continuity.h"
 #include "tools/stream/ts_packet.h"
 
 namespace tevra::tools::report {
@@ -31,14 +32,11 @@ class StreamCensus {
  private:
   struct Pid {
     PidCount count;
-    int lastCounter = -1;     // none yet
-    bool repeatable = false;  // the next packet may repeat the last one
-    TsPacket last;            // with payload
+    Continuity continuity;
     std::optional<int64_t> lastPcr;
     std::optional<int64_t> widestStep;  // between two PCRs
   };
 
-  static void checkContinuity(const TsPacket& packet, Pid& pid);
   static void notePcr(const TsPacket& packet, Pid& pid);
   void readClock(const TsPacket& packet);
 
