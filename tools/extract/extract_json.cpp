@@ -6,10 +6,13 @@
 namespace tevra::tools {
 namespace {
 
-Json pidsJson(const std::map<int, uint64_t>& pidPackets) {
+Json pidsJson(const SptsFile& file) {
   Json list = Json::array();
-  for (const auto& [pid, packets] : pidPackets) {
-    list.push_back({{"pid", pid}, {"packets", packets}});
+  for (const auto& [pid, packets] : file.pidPackets) {
+    const auto gaps = file.pidGaps.find(pid);
+    list.push_back({{"pid", pid},
+                    {"packets", packets},
+                    {"gaps", gaps == file.pidGaps.end() ? 0 : gaps->second}});
   }
   return list;
 }
@@ -24,7 +27,7 @@ Json fileJson(const SptsFile& file) {
           {"tablePackets", file.tablePackets},
           {"seconds", orNull(file.seconds)},
           {"pidItems", pidItemsJson(file.configuration.pidItems)},
-          {"pids", pidsJson(file.pidPackets)},
+          {"pids", pidsJson(file)},
           {"warnings", file.warnings}};
 }
 

@@ -15,12 +15,12 @@ namespace tevra::tools {
  *     { "globalSID": n, "inputSID": n, "outputSID": n, "serviceName": "...", "file": "...",
  *       "streamPackets": n, "tablePackets": n, "seconds": 9.41 or null,
  *       "pidItems": as in outputJson,
- *       "pids": [ { "pid": n, "packets": n } ],
+ *       "pids": [ { "pid": n, "packets": n, "gaps": n } ],
  *       "warnings": [ "..." ] } ] }
  *
- * pidItems is what the daemon answered, pids what the file holds, in ascending order; seconds is
- * null without PCRs; a warning is a line about what a receiver would miss. Texts are UTF-8, what is
- * not becomes U+FFFD.
+ * pidItems is what the daemon answered, pids what the file holds, in ascending order, gaps being
+ * those of the input's packets; seconds is null without PCRs; a warning is a line about what a
+ * receiver would miss. Texts are UTF-8, what is not becomes U+FFFD.
  */
 [[nodiscard]] std::string extractJson(const std::string& source, uint64_t packets,
                                       uint64_t tablesSent, const std::vector<SptsFile>& outputs);

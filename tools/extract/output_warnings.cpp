@@ -89,6 +89,18 @@ void addSilentStreams(const SptsFile& file, Lines& lines) {
   }
 }
 
+void addGaps(const SptsFile& file, Lines& lines) {
+  const auto& items = file.configuration.pidItems;
+  for (const auto& [pid, gaps] : file.pidGaps) {
+    const auto item = std::find_if(items.begin(), items.end(), [pid = pid](const PIDItem& any) {
+      return any.outputPid == pid;
+    });
+    const bool isThere = item != items.end();  // not, where an answer before the last had it
+    lines.push_back(counted(gaps, "gap") + " in the packets of output PID " +
+                    (isThere ? described(pid, nameOf(*item, pmtOf(file))) : std::to_string(pid)));
+  }
+}
+
 /** Whether CA descriptors tell how the stream on the PID is descrambled. */
 bool isAnnounced(int pid, const PMT& pmt) {
   return !caReferences(pmt.descriptors).empty() ||
@@ -132,6 +144,7 @@ std::vector<std::string> outputWarnings(const SptsFile& file) {
   addPmtPid(file, lines);
   addClock(file, lines);
   addSilentStreams(file, lines);
+  addGaps(file, lines);
   addScrambled(file, lines);
   addUncarried(file, lines);
   for (std::string& line : audioWarnings(file.output.resolvedAudio(), file.input, "input")) {

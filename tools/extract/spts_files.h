@@ -25,6 +25,7 @@ struct SptsFile {
   std::optional<double> seconds;
   std::map<int, uint64_t> pidPackets;    ///< packets of streams and tables, by output PID
   std::map<int, uint64_t> pidScrambled;  ///< those of them that are scrambled
+  std::map<int, uint64_t> pidGaps;       ///< by output PID, gaps in the input's packets of streams
   std::vector<std::string> warnings;     ///< what a receiver would miss, a line each
 };
 

@@ -28,6 +28,7 @@ void SptsOutput::finish() {
   sink_->close();
   output_.streamPackets = writer_.streamPackets();
   output_.tablePackets = writer_.tablePackets();
+  output_.pidGaps = writer_.gaps();
   if (const std::optional<int64_t> duration = writer_.duration()) {
     output_.seconds = ticksToSeconds(*duration);
   }

@@ -67,6 +67,7 @@ void SptsWriter::noteChanges(const SptsRoutes& next) {
     const std::optional<PidRoute>& after = next.of(inputPid);
     if (after && (!before || before->outputPid != after->outputPid)) {
       counters_.change(after->outputPid);
+      continuity_.erase(inputPid);
     }
   }
 }
@@ -104,6 +105,9 @@ void SptsWriter::carry(const TsPacket& packet, const PidRoute& route) {
     counters_.number(copy);
   } else {
     counters_.carry(copy);
+  }
+  if (!route.pcrOnly && continuity_[packet.pid()].breaksAt(packet)) {
+    ++gaps_[route.outputPid];
   }
   sink_(copy);
   ++streamPackets_;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "tools/extract/continuity_counters.h"
 #include "tools/outputs/spts_routes.h"
 #include "tools/outputs/table_repetition.h"
+#include "tools/stream/continuity.h"
 #include "tools/stream/running_clock.h"
 #include "tools/stream/stream_clock.h"
 #include "tools/stream/ts_packet.h"
@@ -53,13 +55,21 @@ class SptsWriter {
    * Raises ToolError as the constructor does, and then changes nothing.
    */
   void configure(const SPTSConfiguration& configuration);
-  /** Packets of the input are left out here: counters run on over that. */
-  void skip() { counters_.changeAll(); }
+  /** Packets of the input are left out here: counters run on over that, and it is no gap. */
+  void skip() {
+    counters_.changeAll();
+    continuity_.clear();
+  }
 
   /** Packets written that came from the input. */
   [[nodiscard]] uint64_t streamPackets() const { return streamPackets_; }
   /** Packets written of PAT, SDT and PMT. */
   [[nodiscard]] uint64_t tablePackets() const { return tablePackets_; }
+  /**
+   * By output PID, how often packets of the input's stream did not follow each other, as Continuity
+   * has it; 1 and more.
+   */
+  [[nodiscard]] const std::map<int, uint64_t>& gaps() const { return gaps_; }
   /** Stream time from the first to the last input packet in 27 MHz ticks; nothing without PCRs. */
   [[nodiscard]] std::optional<int64_t> duration() const {
     const bool isMeasured = exact_.isMeasured() || running_.isMeasured();
@@ -84,7 +94,7 @@ class SptsWriter {
   void take(const TsPacket& packet, const RunningClock::Moment& moment);
   void insert(const Packets& table);
   void carry(const TsPacket& packet, const PidRoute& route);
-  /** Notes which output PIDs get another stream with these routes. */
+  /** Notes which PIDs get another stream, or begin anew, with these routes. */
   void noteChanges(const SptsRoutes& next);
 
   Plan plan_;
@@ -95,6 +105,8 @@ class SptsWriter {
 
   TableRepetition repetition_;
   ContinuityCounters counters_;
+  std::map<int, Continuity> continuity_;  // by input PID
+  std::map<int, uint64_t> gaps_;
   uint64_t streamPackets_ = 0;
   uint64_t tablePackets_ = 0;
   int64_t duration_ = 0;

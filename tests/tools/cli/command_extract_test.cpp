@@ -372,7 +372,7 @@ TEST_F(ExtractCommand, PrintsWhatItWroteAsJson) {
   EXPECT_EQ(1546, first.at("streamPackets"));
   EXPECT_NEAR(9.41, first.at("seconds").get<double>(), 0.01);
   EXPECT_EQ(502, first.at("pidItems").at(1).at("outputPid"));
-  EXPECT_EQ((json{{"pid", 502}, {"packets", 1546}}), first.at("pids").at(3));
+  EXPECT_EQ((json{{"pid", 502}, {"packets", 1546}, {"gaps", 0}}), first.at("pids").at(3));
   EXPECT_EQ(json::array(), first.at("warnings"));
   EXPECT_EQ(1U, printed.at("outputs").at(1).at("warnings").size());
 }

@@ -81,6 +81,16 @@ TEST(OutputWarnings, TellOfStreamsWithoutAPacket) {
   EXPECT_EQ(1U, outputWarnings(file).size());
 }
 
+TEST(OutputWarnings, TellOfGapsInTheStreamsOfEachPid) {
+  SptsFile file = goodFile();
+  file.pidGaps = {{502, 14}, {503, 1}, {504, 2}};
+  EXPECT_THAT(outputWarnings(file),
+              ElementsAre("14 gaps in the packets of output PID 502 (MPEG-2 video)",
+                          "1 gap in the packets of output PID 503 (MPEG-2 audio)",
+                          "2 gaps in the packets of output PID 504"))
+      << "504 is of an answer before the last";
+}
+
 TEST(OutputWarnings, LeaveTheStreamsToTheErrorWhereThereIsNone) {
   SptsFile file = goodFile();
   file.streamPackets = 0;

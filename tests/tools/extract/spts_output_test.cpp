@@ -69,6 +69,16 @@ TEST_F(SptsOutputTest, IsAccountedForOverANewAnswer) {
   EXPECT_TRUE(file_.warnings.empty());
 }
 
+TEST_F(SptsOutputTest, CountsGapsAndWarnsOfThem) {
+  push(2);
+  input_.lose(kInputVideo, 1);
+  push(2);
+  output_.finish();
+  EXPECT_EQ((std::map<int, uint64_t>{{kVideo, 1}}), file_.pidGaps);
+  EXPECT_EQ(std::vector<std::string>{"1 gap in the packets of output PID 502 (MPEG-2 video)"},
+            file_.warnings);
+}
+
 TEST_F(SptsOutputTest, KeepsTheFormerAnswerWhereTheNewOneCannotBeUsed) {
   push(20);
   file_.configuration = otherAnswer();

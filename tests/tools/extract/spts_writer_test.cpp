@@ -30,6 +30,8 @@ constexpr int kVideo = 502;
 constexpr int kAudio = 503;
 constexpr int64_t kMillisecond = kSystemClock / 1000;
 
+using Gaps = std::map<int, uint64_t>;  // by output PID
+
 /** A video with PCR and an audio stream; the PMT takes three packets. */
 SPTSConfiguration makeConfiguration() {
   SPTSConfiguration configuration;
@@ -204,6 +206,18 @@ TEST_F(SptsWriterTest, AllPacketsOfATableStandTogether) {
   }
 }
 
+TEST_F(SptsWriterTest, CountsGapsInTheInputsPacketsByOutputPid) {
+  pushInput(30);
+  EXPECT_EQ(Gaps{}, writer_.gaps());
+  input_.lose(kInputVideo, 1);
+  pushInput(10);
+  input_.lose(kInputVideo, 1);
+  input_.lose(kInputAudio, 1);
+  pushInput(10);
+  writer_.finish();
+  EXPECT_EQ((Gaps{{kVideo, 2}, {kAudio, 1}}), writer_.gaps());
+}
+
 TEST_F(SptsWriterTest, TellsHowLongTheInputIs) {
   pushInput(2000);
   writer_.finish();
@@ -250,6 +264,18 @@ TEST_F(SptsWriterSharedPidTest, NumbersPacketsAnewWhereInputPidsShareAnOutputPid
   const std::vector<TsPacket> packets = outputOf(kVideo);
   EXPECT_EQ(601U, packets.size());
   expectCountersRunOn(packets);
+}
+
+TEST_F(SptsWriterSharedPidTest, CountsTheGapsOfTheStreamsThatShareAnOutputPidTogether) {
+  pushInput(20);
+  input_.lose(kInputVideo, 1);
+  input_.lose(kInputAudio, 1);
+  writer_.push(input_.stream(kInputPmt, 0, pcr_));
+  input_.lose(kInputPmt, 1);
+  writer_.push(input_.stream(kInputPmt, 0, pcr_));
+  pushInput(20);
+  writer_.finish();
+  EXPECT_EQ((Gaps{{kVideo, 2}}), writer_.gaps()) << "the PMT's PID carries none";
 }
 
 class SptsWriterAtOnceTest : public SptsWriterTest {
@@ -401,6 +427,22 @@ TEST_F(SptsWriterAtOnceTest, LeavesTheInputsLossesInAStreamOverANewAnswer) {
   const std::vector<TsPacket> video = outputOf(kVideo);
   EXPECT_EQ(3, video[0].continuityCounter());
   EXPECT_EQ(3 + 9 + 2, video[9].continuityCounter());
+}
+
+TEST_F(SptsWriterAtOnceTest, TakesWhatItIsNotGivenOrDoesNotCarryForNoGap) {
+  pushInput(10);
+  input_.lose(kInputVideo, 25);
+  writer_.skip();
+  pushInput(10);
+  writer_.configure(nextConfiguration(kPmt, {pidItem(kInputAudio, kAudio, kPidEs)}));
+  pushInput(10);  // without the video
+  writer_.configure(makeConfiguration());
+  pushInput(10);
+  EXPECT_EQ(Gaps{}, writer_.gaps());
+  input_.lose(kInputVideo, 1);
+  writer_.configure(nextConfiguration());
+  pushInput(10);
+  EXPECT_EQ((Gaps{{kVideo, 1}}), writer_.gaps()) << "a stream goes on over a new answer";
 }
 
 TEST_F(SptsWriterAtOnceTest, GoesOnInTimeByANewPcrPid) {
