@@ -55,7 +55,8 @@ StreamFeed LiveExtract::run(ByteSource& source) {
       [this](const SiTable& table, const StreamInventory& inventory) { take(table, inventory); });
   if (outputs_.empty()) {
     (void)settledOutputs(request_.drafts, stream.inventory());  // says which service is missing
-    throw ToolError(request_.source + " ended while its tables were still waited for");
+    throw ToolError(request_.source + (source.isStopped() ? " was stopped" : " ended") +
+                    " while its tables were still waited for");
   }
   for (Writer& writer : writers_) {
     writer.output->finish();

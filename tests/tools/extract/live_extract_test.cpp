@@ -85,6 +85,10 @@ class Air : public ByteSource {
   /** `action` is run when all that has been added by now has been read. */
   void then(const std::function<void()>& action) { actions_[stream_.packets().size()] = action; }
 
+  /** Its end is not its own. */
+  void stop() { isStopped_ = true; }
+
+  [[nodiscard]] bool isStopped() const override { return isStopped_; }
   size_t read(uint8_t* buffer, size_t size) override {
     const auto action = actions_.find(next_);
     if (action != actions_.end()) {
@@ -102,6 +106,7 @@ class Air : public ByteSource {
   std::map<size_t, std::function<void()>> actions_;
   size_t next_ = 0;
   int64_t clock_ = 0;
+  bool isStopped_ = false;
 };
 
 class LiveExtractTest : public testing::Test {
@@ -249,6 +254,13 @@ TEST_F(LiveExtractTest, SaysWhatWasMissingWhenTheSourceEndsEarly) {
   air_.pmt();
   air_.play(1);
   EXPECT_EQ("air ended while its tables were still waited for", errorOfRun());
+}
+
+TEST_F(LiveExtractTest, SaysThatTheSourceWasStoppedWhereItDidNotEnd) {
+  air_.pat();
+  air_.pmt();
+  air_.stop();
+  EXPECT_EQ("air was stopped while its tables were still waited for", errorOfRun());
 }
 
 TEST_F(LiveExtractTest, TakesTheFirstServiceHoweverLateItsPmtComes) {
