@@ -18,6 +18,7 @@
 #include "tools/outputs/output_text.h"
 #include "tools/stream/packet_sink.h"
 #include "tools/text/decimals.h"
+#include "tools/text/standard_streams.h"
 #include "tools/text/time_stamp.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
@@ -47,8 +48,9 @@ struct Extraction {
 
 void printInput(const ExtractOptions& options, const StreamFeed& stream, std::ostream& out) {
   if (!options.json) {
-    out << "input " << options.source.name << ": " << counted(stream.packets(), "packet") << ", "
-        << counted(stream.tables().sent(), "table") << "\n";
+    out << "input " << sourceName(options.source.name) << ": "
+        << counted(stream.packets(), "packet") << ", " << counted(stream.tables().sent(), "table")
+        << "\n";
   }
 }
 
@@ -70,7 +72,7 @@ void printAnswers(const ExtractOptions& options, const std::vector<SptsFile>& ou
 }
 
 void printFile(const SptsFile& output, std::ostream& out) {
-  out << "output " << output.file << ": " << counted(output.streamPackets, "packet")
+  out << "output " << sinkName(output.file) << ": " << counted(output.streamPackets, "packet")
       << " of streams, " << counted(output.tablePackets, "packet") << " of tables, "
       << (output.seconds ? fixedText(*output.seconds, 2) + " s" : "unknown duration") << "\n";
 }
@@ -78,7 +80,7 @@ void printFile(const SptsFile& output, std::ostream& out) {
 void printFiles(const std::vector<SptsFile>& outputs, const Console& console) {
   for (const SptsFile& output : outputs) {
     for (const std::string& warning : output.warnings) {
-      console.err << "tornelctl: " << output.file << ": " << warning << "\n";
+      console.err << "tornelctl: " << sinkName(output.file) << ": " << warning << "\n";
     }
     if (output.streamPackets != 0) {
       printFile(output, console.out);
@@ -90,7 +92,7 @@ void requireStreams(const std::vector<SptsFile>& outputs) {
   std::vector<std::string> files;
   for (const SptsFile& output : outputs) {
     if (output.streamPackets == 0) {
-      files.push_back(output.file);
+      files.push_back(sinkName(output.file));
     }
   }
   if (!files.empty()) {
@@ -149,7 +151,8 @@ Extraction extractLive(const ExtractOptions& options, const Console& console) {
   };
   OnSilence silent;
   const auto calls = [&](ByteSource& source, thrift::in_module::im_SIControlSrvIf& engine) {
-    LiveExtract extract({options.source.name, options.drafts, options.pattern}, engine, events);
+    LiveExtract extract({sourceName(options.source.name), options.drafts, options.pattern}, engine,
+                        events);
     silent = [&](std::chrono::milliseconds silence) { extract.silent(silence); };
     const StreamFeed stream = extract.run(source);
     extraction = {stream.packets(), stream.tables().sent(), extract.outputs()};

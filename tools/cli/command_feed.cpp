@@ -12,6 +12,7 @@
 #include "tools/feed/stream_feed.h"
 #include "tools/stream/byte_source.h"
 #include "tools/stream/pacer.h"
+#include "tools/text/standard_streams.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {
@@ -37,8 +38,8 @@ void report(const FeedOptions& options, const StreamFeed& stream, const Console&
   if (options.json) {
     console.out << feedJson(options.source.name, stream) << "\n";
   } else {
-    console.out << options.source.name << ": " << counted(stream.packets(), "packet") << ", "
-                << counted(stream.tables().sent(), "table") << " sent, "
+    console.out << sourceName(options.source.name) << ": " << counted(stream.packets(), "packet")
+                << ", " << counted(stream.tables().sent(), "table") << " sent, "
                 << counted(stream.statistics().discontinuities, "discontinuity", "discontinuities")
                 << ", " << counted(stream.statistics().crcErrors, "CRC error") << "\n";
     stream.tables().print(console.out);
@@ -71,7 +72,8 @@ StreamFeed feedStream(const FeedOptions& options, ByteSource& source,
 
 int feed(const FeedOptions& options, const Console& console) {
   if (options.loop && isReadOnce(options.source.name)) {
-    throw ArgumentError("--loop needs a file: " + options.source.name + " cannot begin again");
+    throw ArgumentError("--loop needs a file: " + sourceName(options.source.name) +
+                        " cannot begin again");
   }
   int status = kExitDone;
   const auto read = [&](ByteSource& source) {

@@ -9,6 +9,7 @@
 #include "tools/si/stream_faults.h"
 #include "tools/tables/table_fields.h"
 #include "tools/tables/table_printer.h"
+#include "tools/text/standard_streams.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
@@ -38,7 +39,7 @@ void requireTables(const std::string& name, const ByteSource& source, uint64_t p
     throw ToolError(source.explainNothing(name, packets));
   }
   if (printed == 0) {
-    throw ToolError(name + " holds " + counted(tables, "table") +
+    throw ToolError(sourceName(name) + " holds " + counted(tables, "table") +
                     ", but none that was asked for; leave out --table and --service to see all");
   }
 }

@@ -1,14 +1,16 @@
 #include "tools/cli/engine_options.h"
 
 #include "tools/engine/private_engine.h"
+#include "tools/text/standard_streams.h"
 
 namespace tevra::tools {
 namespace {
 
 void tellWhatWillBeReplaced(const DaemonAddress& address, const std::string& file,
                             const Console& console) {
-  console.err << "tornelctl: what " << file << " holds will replace the tables of the daemon at "
-              << nameOf(address) << "; if its transport stream was another, its PIDs begin anew\n"
+  console.err << "tornelctl: what " << sourceName(file)
+              << " holds will replace the tables of the daemon at " << nameOf(address)
+              << "; if its transport stream was another, its PIDs begin anew\n"
               << std::flush;
 }
 

@@ -5,19 +5,21 @@
 #include "tools/stream/files.h"
 #include "tools/stream/udp_address.h"
 #include "tools/stream/udp_source.h"
+#include "tools/text/standard_streams.h"
 #include "tools/text/tool_error.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools {
 
 std::string ByteSource::explainNothing(const std::string& name, uint64_t packets) const {
+  const std::string called = sourceName(name);
   if (packets == 0 && isStopped()) {
-    return "no packet came from " + name + " before it was stopped";
+    return "no packet came from " + called + " before it was stopped";
   }
   if (packets == 0) {
-    return name + " holds no transport stream: no packets of 188, 192 or 204 bytes";
+    return called + " holds no transport stream: no packets of 188, 192 or 204 bytes";
   }
-  return name + " holds " + counted(packets, "packet") + ", but no complete table";
+  return called + " holds " + counted(packets, "packet") + ", but no complete table";
 }
 
 std::unique_ptr<ByteSource> openSource(const std::string& name, const LiveOptions& live) {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <utility>
 
+#include "tools/text/standard_streams.h"
 #include "tools/text/tool_error.h"
 
 namespace tevra::tools {
@@ -96,7 +97,7 @@ size_t InputFile::read(uint8_t* buffer, size_t size) {
     return count >= 0 || (errno != EAGAIN && errno != EINTR);  // taken away meanwhile
   });
   if (count < 0 && comes) {
-    fail("read", path_);
+    fail("read", sourceName(path_));
   }
   return comes ? static_cast<size_t>(count) : 0;
 }
@@ -159,7 +160,7 @@ void OutputFile::close() {
 }
 
 void OutputFile::fail() const {
-  tools::fail("write", path_);
+  tools::fail("write", sinkName(path_));
 }
 
 void replaceFile(const std::string& path, const std::string& text) {

@@ -157,7 +157,7 @@ TEST(Cli, RefusesArgumentsThatMakeNoSense) {
       {{"feed"}, "FILE"},
       {{"feed", "a.ts", "b.ts"}, "b.ts"},
       {{"feed", "a.ts", "--rate", "fast"}, "--rate"},
-      {{"feed", "-", "--loop"}, "--loop needs a file: - cannot begin again"},
+      {{"feed", "-", "--loop"}, "--loop needs a file: standard input cannot begin again"},
       {{"feed", "udp://127.0.0.1:5000", "--loop"}, "--loop needs a file: udp://127.0.0.1:5000 "},
       {{"feed", "/dev/null", "--loop"}, "--loop needs a file: /dev/null cannot begin again"},
       {{"output", "--service", "1", "--name", "Caf\xE9"},

@@ -19,6 +19,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/tools/support/run_tornelctl.h"
+#include "tests/tools/support/sample_answer.h"
 #include "tests/tools/support/temporary_file.h"
 #include "tests/tools/support/udp_sender.h"
 #include "tools/cli/cli.h"
@@ -166,6 +167,57 @@ class InterruptedPipe {
   std::atomic<bool> done_{false};
   std::thread writer_;
 };
+
+/** Commands with the sample on their standard input. */
+class NamedInput : public test::WithFakeDaemon {
+ protected:
+  NamedInput() { server_.daemon().answer[101] = test::sampleAnswer().at(1201); }
+  ~NamedInput() override {
+    dup2(before_, STDIN_FILENO);
+    close(before_);
+  }
+
+  static void give(const std::string& path = test::sample()) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    dup2(file, STDIN_FILENO);
+    close(file);
+  }
+
+ private:
+  const int before_ = dup(STDIN_FILENO);
+};
+
+TEST_F(NamedInput, IsStandardInputToWhatFeedsADaemon) {
+  give();
+  EXPECT_THAT(runWithDaemon({"feed", "-"}).out, StartsWith("standard input: 10013 packets"));
+  give();
+  EXPECT_THAT(runWithDaemon({"output", "--from", "-", "--daemon"}).err,
+              StartsWith(replacing("standard input")));
+}
+
+TEST_F(NamedInput, IsStandardInputToWhatFindsNothingInIt) {
+  give();
+  EXPECT_THAT(run({"tables", "-", "--service", "9"}).err,
+              StartsWith("tornelctl: standard input holds "));
+  const TemporaryFile file("ts");
+  file.write(test::contentOf(test::sample()));
+  std::vector<TsPacket> packets = file.readPackets();
+  const auto isPat = [](const TsPacket& packet) { return packet.pid() == kPatPid; };
+  packets.erase(std::remove_if(packets.begin(), packets.end(), isPat), packets.end());
+  file.write(packets);
+  give(file.path());
+  EXPECT_THAT(run({"extract", "-", "--service", "101", "-o", "/dev/null"}).err,
+              HasSubstr(" standard input has no PAT so far: waiting for it\n"));
+}
+
+TEST_F(NamedInput, IsStandardInputAsTheOutputIsStandardOutput) {
+  give();
+  testing::internal::CaptureStdout();
+  const Result result = run({"extract", "-", "--service", "101", "-o", "-"});
+  EXPECT_EQ('G', testing::internal::GetCapturedStdout()[0]);
+  EXPECT_THAT(result.err, HasSubstr("input standard input: 10013 packets"));
+  EXPECT_THAT(result.err, HasSubstr("output standard output: "));
+}
 
 TEST(InterruptedCommands, PrintTheTablesThatCame) {
   const InterruptedPipe pipe;

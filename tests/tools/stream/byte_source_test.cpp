@@ -59,6 +59,14 @@ TEST(ByteSource, ThatCannotBeginAgainCannotBeLooped) {
   EXPECT_THROW((void)looped.goesOn(), ToolError);
 }
 
+TEST(ByteSource, OfStandardInputIsCalledSoWhereItHoldsNothing) {
+  SpentSource spent;
+  EXPECT_EQ("standard input holds no transport stream: no packets of 188, 192 or 204 bytes",
+            spent.explainNothing("-", 0));
+  EXPECT_EQ("standard input holds 1 packet, but no complete table", spent.explainNothing("-", 1));
+  EXPECT_EQ("a.ts holds 1 packet, but no complete table", spent.explainNothing("a.ts", 1));
+}
+
 TEST(ByteSource, OfWhatIsNoRegularFileKnowsNoSize) {
   EXPECT_FALSE(openSource("/dev/null")->size().has_value());
 }

@@ -1,13 +1,16 @@
 #include "tools/stream/files.h"
 
 #include <fcntl.h>
+#include <stdio_ext.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <utility>
 
 #include <gmock/gmock.h>
@@ -112,6 +115,16 @@ class Fifo : public testing::Test {
   int writer_ = -1;
 };
 
+/** Why it fails; nothing if it does not. */
+std::string faultOf(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const ToolError& error) {
+    return error.what();
+  }
+  return "";
+}
+
 std::string readOnce(ByteSource& source) {
   std::array<uint8_t, 100> buffer{};
   const size_t count = source.read(buffer.data(), buffer.size());
@@ -165,14 +178,29 @@ TEST(StandardInput, IsWaitedForUntilStoppedAndLeftOpen) {
   }
 }
 
+TEST(StandardStreams, AreNamedWhereTheyFail) {
+  const int input = dup(STDIN_FILENO);
+  const int folder = open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  dup2(folder, STDIN_FILENO);
+  InputFile source("-");
+  EXPECT_EQ("cannot read standard input: Is a directory", faultOf([&] { (void)readOnce(source); }));
+  dup2(input, STDIN_FILENO);
+  const int output = dup(STDOUT_FILENO);
+  const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+  std::fflush(stdout);
+  dup2(full, STDOUT_FILENO);
+  EXPECT_EQ("cannot write standard output: No space left on device",
+            faultOf([] { replaceFile("-", "new"); }));
+  __fpurge(stdout);
+  dup2(output, STDOUT_FILENO);
+  for (const int descriptor : {input, folder, output, full}) {
+    close(descriptor);
+  }
+}
+
 /** Why it cannot be written; nothing if it can. */
 std::string faultOf(const std::string& path) {
-  try {
-    requireWritable(path);
-  } catch (const ToolError& error) {
-    return error.what();
-  }
-  return "";
+  return faultOf([&] { requireWritable(path); });
 }
 
 TEST_F(ReplacedFile, CanBeToldToBeWritableWithoutTouchingIt) {

@@ -5,6 +5,7 @@
 
 #include "tools/report/page/figures.h"
 #include "tools/text/decimals.h"
+#include "tools/text/standard_streams.h"
 #include "tools/text/text_table.h"
 #include "tools/text/words.h"
 
@@ -86,7 +87,7 @@ std::string firstPriorityText(const std::vector<StreamCheck>& checks) {
 }
 
 void printVerdict(const Verdict& verdict, std::ostream& out) {
-  out << verdict.file << ": " << counted(verdict.packets, "packet") << ", "
+  out << sourceName(verdict.file) << ": " << counted(verdict.packets, "packet") << ", "
       << (verdict.seconds ? lengthText(*verdict.seconds) : "no PCR") << "; ETSI TR 101 290\n";
   TextTable table({"no.", "check", "limit", "worst", "count", "PIDs", "result"});
   for (const StreamCheck& check : verdict.checks) {

@@ -9,6 +9,7 @@
 #include "tools/report/page/page_words.h"
 #include "tools/report/page/svg.h"
 #include "tools/text/dvb_time.h"
+#include "tools/text/standard_streams.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {
@@ -114,9 +115,10 @@ void summarySection(const Report& report, const std::string& title, Markup& mark
     const auto heading = markup.open("h1");
     markup.leaf("bdi", {}, title);
   }
-  if (title != report.file) {
+  const std::string file = sourceName(report.file);
+  if (title != file) {
     const auto line = markup.open("p", {{"class", "file"}});
-    markup.leaf("bdi", {}, report.file);
+    markup.leaf("bdi", {}, file);
   }
   faults(report, markup);
   figures(report, markup);

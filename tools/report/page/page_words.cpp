@@ -5,12 +5,13 @@
 #include <iterator>
 
 #include "tools/report/page/figures.h"
+#include "tools/text/standard_streams.h"
 #include "tools/text/words.h"
 
 namespace tevra::tools::report {
 
 std::string titleOf(const Report& report) {
-  return report.title.empty() ? std::filesystem::path(report.file).filename().string()
+  return report.title.empty() ? std::filesystem::path(sourceName(report.file)).filename().string()
                               : report.title;
 }
 

@@ -42,6 +42,15 @@ TEST(CheckWords, PrintTheVerdictLast) {
       out.str());
 }
 
+TEST(CheckWords, CallStandardInputSoButInJson) {
+  Verdict verdict = verdictOf();
+  verdict.file = "-";
+  std::ostringstream out;
+  printVerdict(verdict, out);
+  EXPECT_EQ(0U, out.str().find("standard input: 10 packets"));
+  EXPECT_EQ("-", nlohmann::json::parse(verdictJson(verdict)).at("file"));
+}
+
 TEST(CheckWords, SayWhatOfTheFirstPriorityIsNotKnown) {
   Verdict verdict = verdictOf();
   verdict.checks[0].result = CheckResult::kPassed;

@@ -51,6 +51,18 @@ size_t timesIn(const std::string& text, const std::string& part) {
   return times;
 }
 
+TEST(ReportPage, CallsStandardInputSo) {
+  Report report = test::reportOf(2, 2);
+  report.file = "-";
+  EXPECT_THAT(reportPage(report), HasSubstr("<title>standard input</title>"));
+  const auto json = nlohmann::json::parse(reportJson(report));
+  EXPECT_EQ("standard input", json.at("title"));
+  EXPECT_EQ("-", json.at("file"));
+  EXPECT_THAT(reportPage(report), Not(HasSubstr("<p class=\"file\">")));
+  report.title = "Head end";
+  EXPECT_THAT(reportPage(report), HasSubstr("<p class=\"file\"><bdi>standard input</bdi>"));
+}
+
 TEST(ReportPage, LetsNoTextOfTheStreamBecomeMarkup) {
   for (const std::string& title : {std::string(), std::string(kHostile)}) {
     Report report = hostileReport();
