@@ -199,24 +199,39 @@ TEST_F(NamedInput, IsStandardInputToWhatFindsNothingInIt) {
   give();
   EXPECT_THAT(run({"tables", "-", "--service", "9"}).err,
               StartsWith("tornelctl: standard input holds "));
-  const TemporaryFile file("ts");
-  file.write(test::contentOf(test::sample()));
-  std::vector<TsPacket> packets = file.readPackets();
-  const auto isPat = [](const TsPacket& packet) { return packet.pid() == kPatPid; };
-  packets.erase(std::remove_if(packets.begin(), packets.end(), isPat), packets.end());
-  file.write(packets);
-  give(file.path());
-  EXPECT_THAT(run({"extract", "-", "--service", "101", "-o", "/dev/null"}).err,
-              HasSubstr(" standard input has no PAT so far: waiting for it\n"));
+  const TemporaryFile cut("ts");
+  cut.write(test::contentOf(test::sample()).substr(0, size_t{188} * 13));
+  give(cut.path());
+  EXPECT_EQ("tornelctl: standard input ended while its tables were still waited for\n",
+            run({"extract", "-", "--service", "101", "-o", "/dev/null"}).err);
 }
 
 TEST_F(NamedInput, IsStandardInputAsTheOutputIsStandardOutput) {
-  give();
+  const TemporaryFile cut("ts");
+  cut.write(test::contentOf(test::sample()).substr(0, size_t{188} * 22));
+  give(cut.path());
   testing::internal::CaptureStdout();
   const Result result = run({"extract", "-", "--service", "101", "-o", "-"});
   EXPECT_EQ('G', testing::internal::GetCapturedStdout()[0]);
-  EXPECT_THAT(result.err, HasSubstr("input standard input: 10013 packets"));
+  EXPECT_THAT(result.err, HasSubstr("input standard input: 22 packets"));
+  EXPECT_THAT(result.err, HasSubstr("tornelctl: standard output: the input has no packet of "));
   EXPECT_THAT(result.err, HasSubstr("output standard output: "));
+}
+
+TEST_F(NamedInput, LeavesStandardOutputWithTablesAlone) {
+  const TemporaryFile tables("ts");
+  tables.write(test::contentOf(test::sample()));
+  std::vector<TsPacket> packets = tables.readPackets();
+  const auto isOfItsStreams = [](const TsPacket& packet) {
+    return packet.pid() >= 257 && packet.pid() <= 260;
+  };
+  packets.erase(std::remove_if(packets.begin(), packets.end(), isOfItsStreams), packets.end());
+  tables.write(packets);
+  give(tables.path());
+  testing::internal::CaptureStdout();
+  const Result result = run({"extract", "-", "--service", "101", "-o", "-"});
+  EXPECT_EQ('G', testing::internal::GetCapturedStdout()[0]);
+  EXPECT_THAT(result.err, HasSubstr("tornelctl: standard output holds tables alone: "));
 }
 
 TEST(InterruptedCommands, PrintTheTablesThatCame) {
