@@ -180,22 +180,23 @@ TEST(StandardInput, IsWaitedForUntilStoppedAndLeftOpen) {
 
 TEST(StandardStreams, AreNamedWhereTheyFail) {
   const int input = dup(STDIN_FILENO);
-  const int folder = open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  dup2(folder, STDIN_FILENO);
-  InputFile source("-");
-  EXPECT_EQ("cannot read standard input: Is a directory", faultOf([&] { (void)readOnce(source); }));
-  dup2(input, STDIN_FILENO);
   const int output = dup(STDOUT_FILENO);
+  const int folder = open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
   std::fflush(stdout);
+  dup2(folder, STDIN_FILENO);
   dup2(full, STDOUT_FILENO);
-  EXPECT_EQ("cannot write standard output: No space left on device",
-            faultOf([] { replaceFile("-", "new"); }));
+  InputFile source("-");
+  const std::string reading = faultOf([&] { (void)readOnce(source); });
+  const std::string writing = faultOf([] { replaceFile("-", "new"); });
   __fpurge(stdout);
+  dup2(input, STDIN_FILENO);
   dup2(output, STDOUT_FILENO);
-  for (const int descriptor : {input, folder, output, full}) {
+  for (const int descriptor : {input, output, folder, full}) {
     close(descriptor);
   }
+  EXPECT_EQ("cannot read standard input: Is a directory", reading);
+  EXPECT_EQ("cannot write standard output: No space left on device", writing);
 }
 
 /** Why it cannot be written; nothing if it can. */
