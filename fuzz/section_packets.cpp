@@ -6,7 +6,7 @@
 #include <string>
 
 #include "fuzz/byte_source.h"
-#include "tests/synth/transport_packets.h"
+#include "tests/support/crc32.h"
 
 namespace tevra::fuzz {
 namespace {
@@ -30,7 +30,7 @@ std::string makeSection(ByteSource& source) {
                          static_cast<char>((isLong ? 0xB0 : 0x70) | length >> 8),
                          static_cast<char>(length & 0xFF)};
   section += payload;
-  const uint32_t crc = test::crc32Mpeg2(section);
+  const uint32_t crc = test::crc32Of(section);
   for (const int shift : {24, 16, 8, 0}) {
     section += static_cast<char>(crc >> shift & 0xFF);
   }
