@@ -1,7 +1,6 @@
 #include "tools/changes/table_changes.h"
 
 #include <algorithm>
-#include <chrono>
 
 #include <gmock/gmock.h>
 
@@ -229,7 +228,7 @@ TEST(TableChanges, OfATotAreItsTimeAndItsOffsets) {
       << "the time stands in the table's own line";
 }
 
-TEST(TableChanges, OfTheLongestListsTakeNoLongTime) {
+TEST(TableChanges, OfTheLongestListsAreFound) {
   constexpr int kMost = 4095;
   std::vector<SDTService> services;
   std::vector<EITEvent> events;
@@ -246,14 +245,11 @@ TEST(TableChanges, OfTheLongestListsTakeNoLongTime) {
   for (EITEvent& event : moved) {
     event.startTime = test::timeAt(0x120500);
   }
-  const auto start = std::chrono::steady_clock::now();
   EXPECT_THAT(tableChanges(sdtRecord(services), sdtRecord(reversed)), SizeIs(1));
   EXPECT_THAT(tableChanges(sdtRecord(services), sdtRecord(renamed)), SizeIs(kMost));
   EXPECT_THAT(tableChanges(sdtRecord(services), sdtRecord({})), SizeIs(kMost));
   EXPECT_THAT(tableChanges(test::eitRecord(events), test::eitRecord(moved)), SizeIs(1));
   EXPECT_THAT(tableChanges(test::eitRecord(events), test::eitRecord({})), SizeIs(kMost));
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20))
-      << "with room for a sanitizer on a loaded machine";
 }
 
 }  // namespace
