@@ -72,8 +72,7 @@ class OutputFile {
  * Puts a file that holds `text` under `path`, in one step, so that who reads it meanwhile finds the
  * former one or this. What a symbolic link points to is replaced; what is there and no regular file
  * is written where it lies, as is what lies in a folder that takes no other file, and standard
- * output, "-". Raises ToolError when it cannot be, and
- * then the former file stays.
+ * output, "-". Raises ToolError when it cannot be, and then a file that was to be replaced stays.
  */
 void replaceFile(const std::string& path, const std::string& text);
 
